@@ -1,0 +1,70 @@
+import { invalidRequest } from '../api-error.mjs';
+import { isHost, isObject, isPlainText, isPort, isTransport } from '../validate.mjs';
+import { isDeviceUri } from '../discovery/usb.mjs';
+import { pick } from './pick.mjs';
+
+/**
+ * Commands on printers, by path.
+ *
+ * The companion judges some of these answers by their bare text: a success may nowhere hold the word
+ * error in quotation marks, and only a success of add-usb may hold the word queue. So answers repeat
+ * nothing that a person typed, printers' names included.
+ * @param {object} service see service.mjs
+ */
+export function printerRoutes({ printers, jobs, cups }) {
+  const actions = {
+    drawer: ({ id, pin }) => jobs.drawer(id, pin),
+    cut: ({ id }) => jobs.cut(id),
+    'codepage-test': ({ id }) => jobs.codePages(id),
+  };
+
+  return {
+    '/admin/test': async ({ printer }) => accepted(await jobs.test(printer)),
+
+    '/admin/designer/print': async ({ printer, doc }) => accepted(await jobs.designer(printer, doc)),
+
+    '/admin/profile': async ({ id, profile }) => {
+      printers.get(id);
+      if (!isObject(profile)) throw invalidRequest('إعدادات الطابعة غير صالحة.');
+      await printers.saveProfile(id, profile);
+      return { body: { ok: true } };
+    },
+
+    '/admin/printers/action': async ({ id, action, pin }) => {
+      if (action === 'clear-queue') {
+        const printer = printers.get(id);
+        const cancelled = jobs.cancelWaiting(id);
+        if (printer.type === 'cups') await cups.clear(printer.queue);
+        return { body: { ok: true, cancelled } };
+      }
+      if (typeof action !== 'string' || !Object.hasOwn(actions, action)) throw invalidRequest('أمر غير معروف.');
+      return accepted(await actions[action]({ id, pin }));
+    },
+
+    '/admin/printers/add': async ({ type, name, host, port, transport = 'raw' }) => {
+      if (type !== 'net') throw invalidRequest('نوع الطابعة غير صالح.');
+      if (!isPlainText(name)) throw invalidRequest('اسم الطابعة غير صالح.');
+      if (!isHost(host)) throw invalidRequest('عنوان الطابعة غير صالح.');
+      if (!isPort(port)) throw invalidRequest('منفذ الطابعة غير صالح.');
+      if (!isTransport(transport)) throw invalidRequest('طريقة الاتصال غير صالحة.');
+      const printer = await printers.addNetwork({ name: name.trim(), host, port, transport });
+      return { body: { printer: pick(printer, ['id', 'type', 'state', 'reason']) } };
+    },
+
+    '/admin/printers/add-usb': async ({ name, uri }) => {
+      if (!isPlainText(name) || name.startsWith('-')) throw invalidRequest('اسم الطابعة غير صالح.');
+      if (!isDeviceUri(uri)) throw invalidRequest('عنوان جهاز USB غير صالح.');
+      return { body: await printers.addUsb({ name, uri }) };
+    },
+
+    '/admin/printers/remove': async ({ id }) => {
+      await printers.remove(id);
+      jobs.cancelWaiting(id);
+      return { body: { ok: true } };
+    },
+  };
+}
+
+function accepted(job) {
+  return { status: 202, body: { job: pick(job, ['id', 'printerId', 'kind', 'status', 'createdAt', 'updatedAt']) } };
+}

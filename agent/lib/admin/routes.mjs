@@ -1,0 +1,50 @@
+import { ApiError, invalidRequest } from '../api-error.mjs';
+import { readJsonBody } from '../http/body.mjs';
+import { discoverBonjour } from '../discovery/bonjour.mjs';
+import { discoverNetwork } from '../discovery/network.mjs';
+import { discoverUsb } from '../discovery/usb.mjs';
+import { agentState, scanResult } from './state.mjs';
+import { diagnostics } from './diagnostics.mjs';
+import { printerRoutes } from './printer-routes.mjs';
+import { siteRoutes } from './site-routes.mjs';
+
+const DONE = Object.freeze({ ok: true });
+
+/**
+ * The private commands, by method and path.
+ * @param {object} service see service.mjs
+ * @returns {Record<string, (call: { request: object, signal: AbortSignal }) => Promise<object> | object>}
+ */
+export function adminRoutes(service) {
+  const { alerts, settings, printers, monitor, cups } = service;
+  const post = {
+    '/admin/alerts/read': async () => { await alerts.markAllRead(); return { body: DONE }; },
+    '/admin/alerts/clear': async () => { await alerts.clearResolved(); return { body: DONE }; },
+    '/admin/settings': async ({ autoApprovePairing, ...rest }) => {
+      if (typeof autoApprovePairing !== 'boolean' || Object.keys(rest).length > 0) throw invalidRequest();
+      await settings.update((draft) => { draft.autoApprovePairing = autoApprovePairing; });
+      return { body: DONE };
+    },
+    '/admin/scan': async () => {
+      await Promise.all([monitor.probeAll(), cups.refresh()]);
+      return { body: scanResult(printers) };
+    },
+    '/admin/discover/network': async (_, signal) => ({ body: { hosts: await discoverNetwork({ signal }) } }),
+    '/admin/discover/bonjour': async (_, signal) => ({ body: { services: await discoverBonjour({ signal }) } }),
+    '/admin/discover/usb': async () => ({ body: { devices: await discoverUsb() } }),
+    // There is no release channel yet: nothing to look for, and nothing to fetch.
+    '/admin/update/check': () => ({ body: { available: false, enabled: false } }),
+    '/admin/update/stage': () => { throw new ApiError(409, 'not_enabled', 'التحديث التلقائي غير مفعّل بعد.'); },
+    ...printerRoutes(service),
+    ...siteRoutes(service),
+  };
+  return {
+    'GET /admin/state': () => ({ body: agentState(service) }),
+    'GET /admin/alerts': () => ({ body: { alerts: alerts.list(), unread: alerts.unread } }),
+    'GET /admin/diagnostics': () => ({ body: diagnostics(service) }),
+    ...Object.fromEntries(Object.entries(post).map(([path, command]) => [
+      `POST ${path}`,
+      async ({ request, signal }) => command(await readJsonBody(request), signal),
+    ])),
+  };
+}

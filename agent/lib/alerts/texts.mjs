@@ -1,0 +1,44 @@
+/** A printer does not answer. */
+export function printerOffline(id, name, reason) {
+  const why = {
+    no_route: 'لا يوجد مسار إلى الطابعة على الشبكة. تحقق من اتصال هذا الجهاز بالشبكة.',
+    not_connected: 'الطابعة غير موصولة بالجهاز. تحقق من الكابل والكهرباء.',
+  }[reason] ?? 'الطابعة لا تستجيب. تحقق من الكهرباء والكابل ومن اتصالها بالشبكة.';
+  return { key: offlineKey(id), severity: 'critical', title: `انقطع الاتصال بالطابعة «${name}»`, message: why, action: 'scan' };
+}
+
+export const offlineKey = (id) => `printer:${id}:offline`;
+
+const FAILURES = {
+  offline: 'لم تُطبع الورقة لأن الطابعة غير متصلة.',
+  interrupted: 'انقطع الاتصال أثناء الطباعة، وقد يكون جزء من الورقة طُبع. تحقق من الورق قبل الإعادة.',
+  queue_stalled: 'توقفت الوظيفة في طابور النظام فأُلغيت. تحقق من الطابعة ثم أعد الطباعة.',
+  timeout: 'لم تستقبل الطابعة البيانات في الوقت المحدد.',
+};
+
+/** A print did not reach the paper, or may not have. */
+export function printFailed(id, name, errorCode) {
+  return {
+    key: failedKey(id),
+    severity: 'warning',
+    title: `فشلت طباعة على «${name}»`,
+    message: FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
+    action: 'jobs',
+  };
+}
+
+export const failedKey = (id) => `job:${id}:failed`;
+
+export const SETTINGS_BROKEN_KEY = 'settings:broken';
+
+/** The settings file was unusable and has been kept aside. */
+export function settingsBroken() {
+  return {
+    key: SETTINGS_BROKEN_KEY,
+    severity: 'warning',
+    title: 'تعذرت قراءة إعدادات الطباعة',
+    message: 'كان ملف الإعدادات تالفًا فحُفظت نسخة منه وبدأت الخدمة بالإعدادات الافتراضية. '
+      + 'أعد إضافة طابعات الشبكة والمواقع.',
+    action: 'settings',
+  };
+}

@@ -1,0 +1,50 @@
+import net from 'node:net';
+import { findProgram, runProgram } from '../system/program.mjs';
+import { isHost, isPort } from '../validate.mjs';
+
+const SERVICES = { '_pdl-datastream._tcp': 'raw', '_printer._tcp': 'lpd', '_ipp._tcp': 'ipp' };
+const TOTAL_MS = 6000;
+
+/** Names come with \DDD for every byte that is not a plain letter, in decimal, and \c for a character as it is. */
+export function unescapeName(text) {
+  const bytes = [];
+  for (const [piece] of text.matchAll(/\\\d{3}|\\.|[^\\]/gsu)) {
+    if (/^\\\d{3}$/.test(piece)) bytes.push(Number(piece.slice(1)) & 0xff);
+    else bytes.push(...Buffer.from(piece.startsWith('\\') ? piece.slice(1) : piece, 'utf8'));
+  }
+  return Buffer.from(bytes).toString('utf8');
+}
+
+/**
+ * Reads `avahi-browse -rptk`: "=;interface;IPv4;name;type;domain;host;address;port;text".
+ * @param {string} output
+ * @param {string} transport
+ * @returns {{ name: string, host: string, port: number, transport: string }[]}
+ */
+export function parseBrowse(output, transport) {
+  const found = new Map();
+  for (const line of output.split('\n')) {
+    const [mark, , , name, , , , address, port] = line.split(';');
+    const service = { name: unescapeName(name ?? '').replace(/\p{Cc}/gu, ''), host: address, port: Number(port), transport };
+    // A link-local IPv6 address means nothing without the interface it belongs to.
+    if (mark !== '=' || !isHost(address) || /^fe[89ab]/i.test(address) || !isPort(service.port) || service.name === '') continue;
+    const known = found.get(service.name);
+    if (!known || (net.isIPv6(known.host) && net.isIPv4(address))) found.set(service.name, service);
+  }
+  return [...found.values()];
+}
+
+/**
+ * Printers that announce themselves; none where the system has no browser for that.
+ * @param {{ signal?: AbortSignal, env?: NodeJS.ProcessEnv }} options
+ * @returns {Promise<{ name: string, host: string, port: number, transport: string }[]>} within 6 s
+ */
+export async function discoverBonjour({ signal, env = process.env } = {}) {
+  const browser = findProgram('avahi-browse', env);
+  if (!browser) return [];
+  const lists = await Promise.all(Object.entries(SERVICES).map(async ([type, transport]) => {
+    const { stdout } = await runProgram(browser, ['-rptk', type], { timeoutMs: TOTAL_MS, signal });
+    return parseBrowse(stdout, transport);
+  }));
+  return lists.flat();
+}

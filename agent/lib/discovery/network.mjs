@@ -1,0 +1,60 @@
+import os from 'node:os';
+import net from 'node:net';
+import { inParallel, probe } from '../printers/probe.mjs';
+import { isHost } from '../validate.mjs';
+
+const PRINTER_PORT = 9100;
+const WIDTH = 64;
+// Milliseconds for one address, and for the whole search.
+const CONNECT_MS = 400;
+const TOTAL_MS = 30_000;
+// 1022 addresses: what a search can visit in its time.
+const LARGEST_PREFIX = 22;
+
+const toNumber = (address) => address.split('.').reduce((sum, part) => sum * 256 + Number(part), 0);
+const toAddress = (number) => [24, 16, 8, 0].map((shift) => Math.floor(number / 2 ** shift) % 256).join('.');
+
+/**
+ * The addresses of this computer's own IPv4 networks, a part of /22 around it where the network is larger.
+ * This computer comes last: something on it may listen on the printers' port.
+ * @param {ReturnType<typeof os.networkInterfaces>} interfaces
+ * @returns {string[]} without doubles
+ */
+export function localAddresses(interfaces = os.networkInterfaces()) {
+  const own = Object.values(interfaces).flat().filter((each) => each && !each.internal && (each.family === 'IPv4' || each.family === 4));
+  const addresses = own.flatMap(({ address, cidr }) => {
+    const prefix = Math.max(LARGEST_PREFIX, Number(cidr?.split('/')[1] ?? 24));
+    const size = 2 ** (32 - prefix);
+    const first = Math.floor(toNumber(address) / size) * size;
+    // A network of two or fewer addresses has neither a number of its own nor a broadcast address.
+    const edge = size > 2 ? 1 : 0;
+    return Array.from({ length: size - 2 * edge }, (_, index) => toAddress(first + edge + index));
+  });
+  const ownAddresses = own.map(({ address }) => address);
+  return [...new Set([...addresses.filter((address) => !ownAddresses.includes(address)), ...ownAddresses])];
+}
+
+/** Hosts named by hand: "10.0.0.5,10.0.0.6:9101,[::1]:9100"; what is not a host is skipped. */
+export function parseTargets(list) {
+  return list.split(',').map((text) => text.trim()).filter(Boolean).flatMap((text) => {
+    const [, bracketed, plain, port] = /^(?:\[([^\]]+)\]|([^:]+))(?::(\d{1,5}))?$/.exec(text) ?? [];
+    const host = bracketed ?? plain ?? (net.isIPv6(text) ? text : null);
+    return host && isHost(host) ? [{ host, port: Number(port ?? PRINTER_PORT) }] : [];
+  });
+}
+
+/**
+ * Finds what accepts connections on the printers' port nearby.
+ * @param {{ signal?: AbortSignal, env?: NodeJS.ProcessEnv }} options signal = the asker has gone
+ * @returns {Promise<{ host: string, port: number }[]>} in the order searched; ends within 30 s
+ */
+export async function discoverNetwork({ signal, env = process.env } = {}) {
+  const named = env.ZEMRAK_LP_SCAN_HOSTS;
+  const targets = named !== undefined ? parseTargets(named) : localAddresses().map((host) => ({ host, port: PRINTER_PORT }));
+  const until = Date.now() + TOTAL_MS;
+  const found = await inParallel(targets, WIDTH, async (target) => {
+    if (signal?.aborted || Date.now() > until) return false;
+    return (await probe(target, CONNECT_MS, signal)).ok;
+  });
+  return targets.filter((_, index) => found[index]);
+}

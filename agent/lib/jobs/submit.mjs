@@ -1,0 +1,88 @@
+import { ApiError, invalidRequest } from '../api-error.mjs';
+import { columnsOfProfile, render } from '../print/render.mjs';
+import { codePageTest, testPage } from '../print/test-page.mjs';
+import { columnsOfPaper, designerReceipt } from '../print/designer-receipt.mjs';
+import { checkDesignerDoc } from '../print/designer-doc.mjs';
+
+const DEFAULT_CUT = 'partial';
+const DEFAULT_PIN = '2';
+const PINS = ['2', '5', 'both', 'none'];
+
+/**
+ * Jobs of the person at this computer. They do not wait for a printer that is off:
+ * such a job is recorded as failed and refused.
+ */
+export class AdminJobs {
+  #printers;
+  #queue;
+
+  /** @param {{ printers: import('../printers/registry.mjs').Printers, queue: import('./queue.mjs').JobQueue }} parts */
+  constructor({ printers, queue }) {
+    this.#printers = printers;
+    this.#queue = queue;
+  }
+
+  /** Prints the test page. @returns {Promise<object>} the job's record */
+  test(printerId) {
+    const printer = this.#printers.get(printerId);
+    const columns = columnsOfProfile(printer.profile);
+    return this.#submit(printer, 'test', testPage({ name: printer.displayName, columns, cut: cutOf(printer) }), columns);
+  }
+
+  /** Prints a receipt of the designer. @throws {ApiError} 400 */
+  designer(printerId, doc) {
+    const printer = this.#printers.get(printerId);
+    const { paperWidthMm } = checkDesignerDoc(doc);
+    const paper = columnsOfPaper(paperWidthMm);
+    const columns = printer.profile.dots ? Math.min(paper, columnsOfProfile(printer.profile)) : paper;
+    const receipt = designerReceipt(doc, { cut: cutOf(printer), drawerPin: printer.profile.drawerPin ?? DEFAULT_PIN });
+    return this.#submit(printer, 'designer', receipt, columns);
+  }
+
+  /**
+   * Opens the drawer.
+   * @param {unknown} pin "2", "5" or "both"; undefined = the printer's own
+   */
+  drawer(printerId, pin) {
+    const printer = this.#printers.get(printerId);
+    const chosen = pin ?? printer.profile.drawerPin ?? DEFAULT_PIN;
+    if (!PINS.includes(chosen)) throw invalidRequest('رقم الدرج غير صالح.');
+    if (chosen === 'none') throw new ApiError(409, 'drawer_disabled', 'درج النقد معطّل في إعدادات هذه الطابعة.');
+    return this.#command(printer, 'drawer', [{ op: 'drawer', pin: chosen }]);
+  }
+
+  /** Feeds a little and cuts. */
+  cut(printerId) {
+    const printer = this.#printers.get(printerId);
+    if (cutOf(printer) === 'none') throw new ApiError(409, 'cut_disabled', 'القص معطّل في إعدادات هذه الطابعة.');
+    return this.#command(printer, 'cut', [{ op: 'feed', lines: 2 }, { op: 'cut', mode: cutOf(printer) }]);
+  }
+
+  /** Prints a line in every code page. */
+  codePages(printerId) {
+    const printer = this.#printers.get(printerId);
+    return this.#command(printer, 'codepage-test', codePageTest({ cut: cutOf(printer) }));
+  }
+
+  /** Drops what waits for a printer. @returns {number} how many of our own jobs */
+  cancelWaiting(printerId) { return this.#queue.cancelWaiting(printerId); }
+
+  /** A job that is only commands means nothing to an ordinary printer. */
+  async #command(printer, kind, operations) {
+    if (printer.protocol === 'none') throw new ApiError(409, 'unsupported_command', 'هذه طابعة عادية لا تدعم هذا الأمر.');
+    return this.#submit(printer, kind, operations, columnsOfProfile(printer.profile));
+  }
+
+  async #submit(printer, kind, operations, columns) {
+    if (printer.state === 'offline') {
+      await this.#queue.refuse(printer, kind, 'offline');
+      throw new ApiError(409, 'offline', 'الطابعة غير متصلة.');
+    }
+    const { bytes, text } = render(operations, { protocol: printer.protocol, profile: printer.profile, columns });
+    return this.#queue.accept(printer, kind, { bytes, text, raw: printer.protocol !== 'none' });
+  }
+}
+
+function cutOf(printer) {
+  return printer.profile.cut ?? DEFAULT_CUT;
+}

@@ -1,0 +1,40 @@
+/** Lines kept for the diagnostics report. */
+export const LOG_LINES = 200;
+
+const LINE_CHARS = 500;
+
+/**
+ * Logger that writes English lines to a stream and remembers the last ones.
+ * Callers never pass tokens, receipt texts or request bodies.
+ * A reader that has gone away (EPIPE) ends the writing, not the service.
+ */
+export class Log {
+  #lines = [];
+  #stream;
+
+  /** @param {NodeJS.WritableStream | null} stream null = remember only */
+  constructor(stream = process.stdout) {
+    this.#stream = stream;
+    stream?.on('error', () => { this.#stream = null; });
+  }
+
+  info(text) { this.#add('info', text); }
+  warn(text) { this.#add('warn', text); }
+  error(text) { this.#add('error', text); }
+
+  /** @returns {string[]} oldest first, at most LOG_LINES */
+  lines() { return [...this.#lines]; }
+
+  /** Writes a line as it is, without time or level, and does not remember it. */
+  plain(text) {
+    if (this.#stream?.writable) this.#stream.write(`${text}\n`);
+  }
+
+  #add(level, text) {
+    // One event is one line: control characters would let a printer's name forge another.
+    const line = `${new Date().toISOString()} ${level} ${text}`.replace(/\p{Cc}+/gu, ' ').slice(0, LINE_CHARS);
+    this.#lines.push(line);
+    if (this.#lines.length > LOG_LINES) this.#lines.shift();
+    this.plain(line);
+  }
+}

@@ -1,0 +1,69 @@
+import { barcodePayload } from './symbols.mjs';
+import { encodeText } from './text-encoder.mjs';
+
+const ESC = 0x1b;
+const FS = 0x1c;
+const GS = 0x1d;
+const ALIGN = { left: 0, center: 1, right: 2 };
+const ERROR_CORRECTION = { L: 48, M: 49, Q: 50, H: 51 };
+
+// Blank lines that bring the last printed line past the knife; GS V 65 and 66 do it themselves.
+const CUT = {
+  partial: [GS, 0x56, 66, 0],
+  full: [GS, 0x56, 65, 0],
+  'gs-v-0': [ESC, 0x64, 4, GS, 0x56, 0],
+  'esc-i': [ESC, 0x64, 4, ESC, 0x69],
+  'esc-m': [ESC, 0x64, 4, ESC, 0x6d],
+  none: [],
+};
+
+const PINS = { 2: [0], 5: [1], both: [0, 1], none: [] };
+
+/** ESC/POS, one function per operation; each returns bytes. */
+export const escpos = {
+  /** Clears the printer's state, leaves the two-byte character mode, selects the code page. */
+  begin: ({ escT }) => Buffer.from([ESC, 0x40, FS, 0x2e, ...(escT === null ? [] : [ESC, 0x74, escT])]),
+
+  selectPage: (page) => Buffer.of(ESC, 0x74, page),
+
+  /** @param {{ text: string, align?: string, bold?: boolean, size?: number }} line size 1 to 8, both ways */
+  line: ({ text, align = 'left', bold = false, size = 1 }, codepage) => Buffer.concat([
+    Buffer.of(ESC, 0x61, ALIGN[align], ESC, 0x45, bold ? 1 : 0, GS, 0x21, ((size - 1) << 4) | (size - 1)),
+    encodeText(text, codepage),
+    Buffer.of(0x0a),
+  ]),
+
+  feed: (lines) => Buffer.of(ESC, 0x64, Math.min(255, lines)),
+
+  /** @param {{ data: string, size: number, ec?: string }} qr size = module width in dots, 1 to 16 */
+  qr: ({ data, size, ec = 'M' }) => {
+    const content = Buffer.from(data, 'utf8');
+    const store = content.length + 3;
+    return Buffer.concat([
+      Buffer.of(ESC, 0x61, 1),
+      Buffer.of(GS, 0x28, 0x6b, 4, 0, 49, 65, 50, 0),
+      Buffer.of(GS, 0x28, 0x6b, 3, 0, 49, 67, size),
+      Buffer.of(GS, 0x28, 0x6b, 3, 0, 49, 69, ERROR_CORRECTION[ec]),
+      Buffer.of(GS, 0x28, 0x6b, store & 0xff, store >> 8, 49, 80, 48),
+      content,
+      Buffer.of(GS, 0x28, 0x6b, 3, 0, 49, 81, 48, 0x0a),
+    ]);
+  },
+
+  /** Height 80 dots, modules 2 dots wide, text below. */
+  barcode: ({ format, data }) => {
+    const payload = barcodePayload(format, data);
+    return Buffer.concat([
+      Buffer.of(ESC, 0x61, 1, GS, 0x68, 80, GS, 0x77, 2, GS, 0x48, 2, GS, 0x6b, payload.code, payload.data.length),
+      payload.data,
+      Buffer.of(0x0a),
+    ]);
+  },
+
+  cut: (mode) => Buffer.from(CUT[mode]),
+
+  /** Pulse of 50 ms, then 500 ms of rest (units of 2 ms). */
+  drawer: (pin) => Buffer.concat(PINS[pin].map((connector) => Buffer.of(ESC, 0x70, connector, 25, 250))),
+
+  beep: (count) => Buffer.of(ESC, 0x42, Math.min(9, count), 2),
+};

@@ -1,0 +1,144 @@
+import { randomBytes } from 'node:crypto';
+import { ApiError, invalidRequest, printerNotFound } from '../api-error.mjs';
+import { failedKey, offlineKey, printerOffline } from '../alerts/texts.mjs';
+import { checkProfile, displayName, mergeProfile, sameAlias } from './profile.mjs';
+import { PREVIEW } from './preview.mjs';
+
+/** Network printers that may be added. */
+const MAX_PRINTERS = 200;
+
+/** All printers: network ones in the order they were added, the system's queues, the preview printer. */
+export class Printers {
+  #settings;
+  #monitor;
+  #cups;
+  #alerts;
+  #isBusy = () => false;
+
+  /** @param {{ settings: object, monitor: object, cups: object, alerts: object }} parts */
+  constructor({ settings, monitor, cups, alerts }) {
+    this.#settings = settings;
+    this.#monitor = monitor;
+    this.#cups = cups;
+    this.#alerts = alerts;
+  }
+
+  /** @param {(id: string) => boolean} isBusy whether a job is being sent to a printer */
+  watchJobs(isBusy) { this.#isBusy = isBusy; }
+
+  /** @returns {object[]} id, name, displayName, type, state, reason?, protocol, profile, and host, port, transport or queue */
+  list() {
+    const { printers, profiles, queues } = this.#settings.values;
+    const networked = printers.map((printer) => ({ ...printer, type: 'net', ...this.#monitor.status(printer.id) }));
+    return [...networked, ...this.#cups.list(), { ...PREVIEW, state: 'ready' }].map((printer) => {
+      const profile = profiles[printer.id] ?? {};
+      const state = this.#isBusy(printer.id) && printer.state !== 'error' ? { state: 'busy', reason: undefined } : {};
+      // A system queue with a driver takes text; its device's bytes are the driver's business.
+      const usual = printer.type === 'cups' && !queues.includes(printer.queue) ? 'none' : 'escpos';
+      return { ...printer, ...state, displayName: displayName(printer, profile), protocol: profile.protocol ?? usual, profile };
+    });
+  }
+
+  /** @throws {ApiError} 404 */
+  get(id) {
+    const printer = typeof id === 'string' ? this.list().find((each) => each.id === id) : undefined;
+    if (!printer) throw printerNotFound();
+    return printer;
+  }
+
+  /**
+   * Adds a network printer, and waits for the first word from it (at most 1 s).
+   * @param {{ name: string, host: string, port: number, transport: string }} fields validated
+   * @returns {Promise<object>} the printer; the one that already has this host and port, if there is one
+   */
+  async addNetwork({ name, host, port, transport }) {
+    const same = (each) => each.host.toLowerCase() === host.toLowerCase() && each.port === port;
+    const stored = this.#settings.values.printers.find(same) ?? await this.#settings.update((draft) => {
+      const existing = draft.printers.find(same);
+      if (existing) return existing;
+      if (draft.printers.length >= MAX_PRINTERS) throw new ApiError(409, 'too_many_printers', 'وصل عدد الطابعات إلى الحد الأقصى.');
+      const printer = { id: `net-${randomBytes(6).toString('hex')}`, name, host, port, transport };
+      draft.printers.push(printer);
+      return printer;
+    });
+    await this.#monitor.probe(stored);
+    return this.get(stored.id);
+  }
+
+  /**
+   * Makes a raw print queue for a USB device.
+   * @returns {Promise<object>} the printer
+   */
+  async addUsb({ name, uri }) {
+    const queue = queueName(name, this.#cups.list().map((each) => each.queue));
+    await this.#cups.addRaw(queue, uri);
+    await this.#settings.update((draft) => {
+      if (!draft.queues.includes(queue)) draft.queues.push(queue);
+      draft.profiles[`cups-${queue}`] ??= {};
+      if (!this.#aliasTaken(draft, name, null) && checkProfile({ alias: name })) draft.profiles[`cups-${queue}`].alias = name.trim();
+    });
+    return { id: `cups-${queue}`, queue };
+  }
+
+  /** @throws {ApiError} 404; 409 for printers that are not this service's to remove */
+  async remove(id) {
+    const printer = this.get(id);
+    if (printer.type === 'preview') throw new ApiError(409, 'not_removable', 'طابعة المعاينة لا تُحذف.');
+    if (printer.type === 'cups') {
+      if (!this.#settings.values.queues.includes(printer.queue)) {
+        throw new ApiError(409, 'not_removable', 'هذه طابعة من طابعات النظام، احذفها من إعدادات النظام.');
+      }
+      await this.#cups.removeQueue(printer.queue);
+    }
+    await this.#settings.update((draft) => {
+      draft.printers = draft.printers.filter((each) => each.id !== id);
+      draft.queues = draft.queues.filter((queue) => queue !== printer.queue);
+      delete draft.profiles[id];
+    });
+    this.#monitor.forget(id);
+    this.#alerts.resolve(failedKey(id));
+  }
+
+  /**
+   * Lays the given keys over a printer's profile.
+   * @param {string} id
+   * @param {object} given
+   * @throws {ApiError} 400 for an unknown key, a bad value or an alias in use; nothing is stored then
+   */
+  async saveProfile(id, given) {
+    this.get(id);
+    const checked = checkProfile(given);
+    if (!checked) throw invalidRequest('إعدادات الطابعة غير صالحة. الاسم المستعار حروف وأرقام ومسافات فقط.');
+    await this.#settings.update((draft) => {
+      if (checked.alias && this.#aliasTaken(draft, checked.alias, id)) throw invalidRequest('هذا الاسم مستخدم لطابعة أخرى.');
+      draft.profiles[id] = mergeProfile(draft.profiles[id], checked);
+    });
+  }
+
+  /** After the system's queues were read: raises and ends their offline alerts, and ends those of printers that are gone. */
+  noteSystemQueues() {
+    const ids = new Set(this.list().map(({ id }) => id));
+    this.#alerts.resolveWhere((key) => {
+      const [, id] = /^(?:printer|job):(.*):(?:offline|failed)$/.exec(key) ?? [];
+      return id !== undefined && !ids.has(id);
+    });
+    for (const printer of this.list().filter(({ type }) => type === 'cups')) {
+      if (printer.state === 'offline') this.#alerts.ensure(printerOffline(printer.id, printer.displayName, printer.reason));
+      else this.#alerts.resolve(offlineKey(printer.id));
+    }
+  }
+
+  #aliasTaken(settings, alias, ownId) {
+    const names = this.list().filter(({ id }) => id !== ownId).map(({ id, name }) => settings.profiles[id]?.alias ?? name);
+    return names.some((name) => sameAlias(name, alias));
+  }
+}
+
+/** A print queue's name made of a printer's: ASCII, free among `taken`. */
+function queueName(name, taken) {
+  const base = name.normalize('NFKD').replace(/[^A-Za-z0-9]+/g, '_').replace(/^_+|_+$/g, '').slice(0, 60) || 'Receipt_Printer';
+  for (let n = 1; ; n += 1) {
+    const candidate = n === 1 ? base : `${base}_${n}`;
+    if (!taken.includes(candidate)) return candidate;
+  }
+}

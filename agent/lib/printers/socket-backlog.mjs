@@ -1,0 +1,17 @@
+import { readFile } from 'node:fs/promises';
+
+/**
+ * Bytes of a TCP connection that the other end has not acknowledged, from the kernel's table:
+ * a flushed socket only says that the kernel took them.
+ * @param {{ localPort: number, remotePort: number, family: string }} link ports are noted before the socket closes
+ * @returns {Promise<number | null>} null where there is no such table or the connection is not in it
+ */
+export async function unacknowledgedBytes({ localPort, remotePort, family }) {
+  const table = await readFile(family === 'IPv6' ? '/proc/net/tcp6' : '/proc/net/tcp', 'latin1').catch(() => '');
+  const port = (number) => `:${number.toString(16).toUpperCase().padStart(4, '0')}`;
+  for (const line of table.split('\n')) {
+    const [, local, remote, , queues] = line.trim().split(/\s+/);
+    if (local?.endsWith(port(localPort)) && remote?.endsWith(port(remotePort))) return Number.parseInt(queues.split(':')[0], 16);
+  }
+  return null;
+}

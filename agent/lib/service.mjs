@@ -1,0 +1,140 @@
+import { readFileSync } from 'node:fs';
+import { configPaths, ensurePrivateFolder } from './paths.mjs';
+import { Log } from './log.mjs';
+import { Settings, readSettings } from './store/settings.mjs';
+import { Alerts } from './alerts/alerts.mjs';
+import { desktopAnnouncer } from './alerts/desktop.mjs';
+import { SETTINGS_BROKEN_KEY, settingsBroken } from './alerts/texts.mjs';
+import { JobHistory } from './jobs/history.mjs';
+import { JobQueue } from './jobs/queue.mjs';
+import { AdminJobs } from './jobs/submit.mjs';
+import { NetworkMonitor } from './printers/monitor.mjs';
+import { CupsQueues } from './printers/cups.mjs';
+import { Printers } from './printers/registry.mjs';
+import { sender } from './printers/send.mjs';
+import { Router } from './http/router.mjs';
+import { openListener } from './http/listener.mjs';
+import { adminGuard, renewToken } from './admin/token.mjs';
+import { adminRoutes } from './admin/routes.mjs';
+
+// A job being sent may take this long to end after the service was told to stop (milliseconds).
+const GRACE_MS = 1500;
+const FIRST_PROBE_MS = 1000;
+
+/** The port another program holds. */
+export class PortTaken extends Error {}
+
+/**
+ * Starts the service. The ports come first: a copy that does not get them has not touched
+ * a single file of the copy that holds them.
+ * @param {NodeJS.ProcessEnv} env
+ * @returns {Promise<object>} the running service: log, listeners, stop(), flushSync()
+ * @throws {PortTaken}
+ */
+export async function startService(env = process.env) {
+  const log = new Log();
+  const paths = configPaths(env);
+  const read = readSettings(paths.settings);
+  let router = null;
+  let opened;
+  const ready = new Promise((resolve) => { opened = resolve; });
+  const answer = async (request, context) => {
+    await ready;
+    return router.answer(request, context);
+  };
+  const { listeners, close } = await openPorts({ env, paths, settings: read.settings, answer, log });
+
+  ensurePrivateFolder(paths.root);
+  const token = await renewToken(paths.token);
+  const service = compose({ env, log, paths, read, listeners });
+  router = new Router();
+  router.group('/admin/', adminGuard(() => token), adminRoutes(service));
+
+  const { monitor, cups, queue, settings, alerts, history } = service;
+  await Promise.race([
+    Promise.all([monitor.start(), cups.start()]),
+    new Promise((resolve) => { setTimeout(resolve, FIRST_PROBE_MS).unref(); }),
+  ]);
+  opened();
+  return {
+    log,
+    listeners,
+    stop: async () => {
+      const closed = close();
+      monitor.stop();
+      cups.stop();
+      await queue.stop(GRACE_MS);
+      await Promise.all([settings.settled(), alerts.flush(), history.flush()]);
+      await closed;
+    },
+    flushSync: () => {
+      alerts.flushSync();
+      history.flushSync();
+    },
+  };
+}
+
+/** Makes the parts and ties them together; nothing runs yet. */
+function compose({ env, log, paths, read, listeners }) {
+  const settings = new Settings(paths.settings, read);
+  const alerts = new Alerts(paths.alerts, log, desktopAnnouncer(env));
+  const moved = settings.quarantine();
+  if (moved) {
+    log.error(`settings.json cannot be used (${read.broken}); kept aside, starting with defaults`);
+    alerts.happened(settingsBroken());
+  } else {
+    alerts.resolve(SETTINGS_BROKEN_KEY);
+  }
+  const history = new JobHistory(paths.jobs, log);
+  const nameOf = (id) => settings.values.profiles[id]?.alias ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
+  const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);
+  const cups = new CupsQueues(() => printers.noteSystemQueues(), env);
+  const printers = new Printers({ settings, monitor, cups, alerts });
+  const queue = new JobQueue({ history, alerts, log, send: sender({ monitor, cups, previews: paths.previews }) });
+  printers.watchJobs((id) => queue.isBusy(id));
+  const jobs = new AdminJobs({ printers, queue });
+  return { log, settings, alerts, history, monitor, cups, printers, queue, jobs, listeners, startedAt: Date.now() };
+}
+
+async function openPorts({ env, paths, settings, answer, log }) {
+  const httpPort = portFrom(env.ZEMRAK_LP_HTTP_PORT, settings.httpPort);
+  const httpsPort = portFrom(env.ZEMRAK_LP_HTTPS_PORT, settings.httpsPort);
+  const plain = await openOrTaken({ port: httpPort, answer, log });
+  const material = readTls(paths, log);
+  let secure = null;
+  try {
+    secure = material && await openOrTaken({ port: httpsPort, tls: material, answer, log });
+  } catch (error) {
+    if (error instanceof PortTaken) {
+      await plain.close();
+      throw error;
+    }
+    log.error(`HTTPS is off: the certificate does not load (${error.code ?? error.message})`);
+  }
+  return {
+    listeners: { httpPort: plain.port, httpsPort: secure?.port ?? httpsPort, tls: Boolean(secure) },
+    close: () => Promise.all([plain.close(), secure?.close()]),
+  };
+}
+
+async function openOrTaken(options) {
+  try {
+    return await openListener(options);
+  } catch (error) {
+    if (error.code === 'EADDRINUSE') throw new PortTaken(`port ${options.port} is already in use`);
+    throw error;
+  }
+}
+
+function readTls(paths, log) {
+  try {
+    return { cert: readFileSync(paths.serverCert), key: readFileSync(paths.serverKey) };
+  } catch (error) {
+    if (error.code !== 'ENOENT') log.error(`HTTPS is off: ${error.code}`);
+    return null;
+  }
+}
+
+function portFrom(text, fallback) {
+  return /^\d{1,5}$/.test(text ?? '') && Number(text) <= 65535 ? Number(text) : fallback;
+}

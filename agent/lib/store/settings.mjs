@@ -1,0 +1,109 @@
+import { moveAside, readJsonObject, writeFileAtomic } from './json-file.mjs';
+import { isHost, isPort, isTransport, isPlainText } from '../validate.mjs';
+import { checkProfile } from '../printers/profile.mjs';
+import { normaliseOrigin } from '../sites/origins.mjs';
+
+export const DEFAULT_HTTP_PORT = 17731;
+export const DEFAULT_HTTPS_PORT = 17732;
+
+/** Fresh defaults: no printers, no sites, pairing asks. */
+export function defaultSettings() {
+  return {
+    httpPort: DEFAULT_HTTP_PORT,
+    httpsPort: DEFAULT_HTTPS_PORT,
+    autoApprovePairing: false,
+    printers: [],
+    queues: [],
+    profiles: {},
+    origins: [],
+    sites: [],
+  };
+}
+
+const isList = (value, each) => Array.isArray(value) && value.every(each);
+const isRecord = (value) => value !== null && typeof value === 'object' && !Array.isArray(value);
+const storedProfile = (profile) => isRecord(profile) && checkProfile(profile) !== null;
+
+const CHECKS = {
+  httpPort: isPort,
+  httpsPort: isPort,
+  autoApprovePairing: (value) => typeof value === 'boolean',
+  printers: (value) => isList(value, (printer) => isRecord(printer) && isPlainText(printer.id) && isPlainText(printer.name)
+    && isHost(printer.host) && isPort(printer.port) && isTransport(printer.transport)),
+  queues: (value) => isList(value, (name) => isPlainText(name)),
+  profiles: (value) => isRecord(value) && Object.values(value).every(storedProfile),
+  origins: (value) => isList(value, (origin) => normaliseOrigin(origin) === origin),
+  sites: (value) => isList(value, (site) => isRecord(site) && isPlainText(site.id) && typeof site.origin === 'string'
+    && isPlainText(site.name) && Number.isFinite(site.createdAt)),
+};
+
+/**
+ * Reads settings.json without changing anything on disk.
+ * Keys this version does not know are kept, so that a newer version finds them again.
+ * @param {string} file
+ * @returns {{ settings: object, broken: string | null }} broken = why the file could not be used; settings are then the defaults
+ */
+export function readSettings(file) {
+  const read = readJsonObject(file);
+  if (read.kind === 'missing') return { settings: defaultSettings(), broken: null };
+  if (read.kind === 'broken') return { settings: defaultSettings(), broken: read.why };
+  const bad = Object.keys(CHECKS).find((key) => key in read.value && !CHECKS[key](read.value[key]));
+  if (bad) return { settings: defaultSettings(), broken: `bad value of ${bad}` };
+  return { settings: { ...defaultSettings(), ...read.value }, broken: null };
+}
+
+/** The service's settings: read from memory, changed only through update(). */
+export class Settings {
+  #file;
+  #current;
+  #mustMoveAside;
+  #tail = Promise.resolve();
+
+  /**
+   * @param {string} file
+   * @param {{ settings: object, broken: string | null }} read what readSettings gave
+   */
+  constructor(file, read) {
+    this.#file = file;
+    this.#current = read.settings;
+    this.#mustMoveAside = read.broken !== null;
+  }
+
+  /** The current values; callers must not change them. */
+  get values() { return this.#current; }
+
+  /**
+   * Moves a broken file out of the way, once; nothing is written before that has worked.
+   * @returns {string | null} where it went; null when the file was fine
+   * @throws the file system's error
+   */
+  quarantine() {
+    if (!this.#mustMoveAside) return null;
+    const target = moveAside(this.#file);
+    this.#mustMoveAside = false;
+    return target;
+  }
+
+  /**
+   * Changes the settings one caller at a time: on disk first, then in memory.
+   * @template T
+   * @param {(draft: object) => T} change edits the draft; what it throws leaves everything as it was
+   * @returns {Promise<T>} what `change` returned
+   * @throws the file system's error; nothing has changed then
+   */
+  update(change) {
+    const turn = this.#tail.then(async () => {
+      this.quarantine();
+      const draft = structuredClone(this.#current);
+      const result = change(draft);
+      await writeFileAtomic(this.#file, JSON.stringify(draft, null, 1));
+      this.#current = draft;
+      return result;
+    });
+    this.#tail = turn.catch(() => {});
+    return turn;
+  }
+
+  /** Settles when every update begun so far is on disk or has failed. */
+  settled() { return this.#tail; }
+}

@@ -1,0 +1,148 @@
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import path from 'node:path';
+import net from 'node:net';
+import { fakePrinter, fakeProgram, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { localAddresses, parseTargets } from '../../agent/lib/discovery/network.mjs';
+import { discoverBonjour, unescapeName } from '../../agent/lib/discovery/bonjour.mjs';
+import { discoverUsb, isDeviceUri } from '../../agent/lib/discovery/usb.mjs';
+import { parseQueueStates } from '../../agent/lib/printers/cups.mjs';
+
+test('the network search finds what listens, in order', async (t) => {
+  const [one, two, gone] = [await fakePrinter(t), await fakePrinter(t), await fakePrinter(t)];
+  await gone.close();
+  const list = [`127.0.0.1:${gone.port}`, `127.0.0.1:${two.port}`, `localhost:${one.port}`, '-bad', 'a b:1', `127.0.0.1:${one.port}`].join(', ');
+  const service = await startService(t, { env: { ZEMRAK_LP_SCAN_HOSTS: list } });
+  const { status, body } = await service.post('/admin/discover/network');
+  assert.equal(status, 200);
+  assert.deepEqual(body, { hosts: [{ host: '127.0.0.1', port: two.port }, { host: 'localhost', port: one.port }, { host: '127.0.0.1', port: one.port }] });
+});
+
+test('a search ends when its asker has gone', async (t) => {
+  const total = 5000;
+  let visits = 0;
+  const server = await fakePrinter(t, { onConnection: () => { visits += 1; } });
+  const service = await startService(t, { env: { ZEMRAK_LP_SCAN_HOSTS: Array(total).fill(`127.0.0.1:${server.port}`).join(',') } });
+  const socket = net.connect(service.port, '127.0.0.1');
+  socket.write(`POST /admin/discover/network HTTP/1.1\r\nHost: localhost\r\nX-Zemrak-Admin: ${readConfig(service.home, 'admin.token')}\r\nContent-Length: 0\r\n\r\n`);
+  await until(() => visits > 0, 'the search to begin');
+  socket.destroy();
+  await until(async () => {
+    const before = visits;
+    for (let n = 0; n < 5; n += 1) await service.get('/admin/state');
+    return visits === before;
+  }, 'the search to end');
+  assert.ok(visits < total / 2, `${visits} visits`);
+});
+
+test('addresses of the own networks', () => {
+  const at = (address, cidr, more) => ({ address, cidr, family: 'IPv4', internal: false, ...more });
+  const small = localAddresses({ lo: [at('127.0.0.1', '127.0.0.1/8', { internal: true })], eth0: [at('192.168.1.50', '192.168.1.50/24'), { address: 'fd00::5', family: 'IPv6', cidr: 'fd00::5/64', internal: false }] });
+  assert.equal(small.length, 254);
+  assert.deepEqual([small[0], small.at(-2), small.at(-1)], ['192.168.1.1', '192.168.1.254', '192.168.1.50']);
+  const large = localAddresses({ a: [at('10.1.6.9', '10.1.6.9/8')], b: [at('10.1.6.10', '10.1.6.10/22')] });
+  assert.equal(large.length, 1022, 'the two overlap');
+  assert.deepEqual([large[0], large.at(-3), large.at(-1)], ['10.1.4.1', '10.1.7.254', '10.1.6.10']);
+  assert.deepEqual(localAddresses({ p: [at('10.0.0.2', '10.0.0.2/31')] }), ['10.0.0.3', '10.0.0.2']);
+  assert.deepEqual(localAddresses({ p: [at('10.0.0.2', '10.0.0.2/32')] }), ['10.0.0.2']);
+  assert.deepEqual(parseTargets('10.0.0.5, [::1]:91,fd00::1,x:1:2,,p.local:9101'),
+    [{ host: '10.0.0.5', port: 9100 }, { host: '::1', port: 91 }, { host: 'fd00::1', port: 9100 }, { host: 'p.local', port: 9101 }]);
+});
+
+test('printers that announce themselves', async (t) => {
+  const home = privateHome(t);
+  assert.deepEqual(await discoverBonjour({ env: { PATH: path.join(home, 'bin') } }), [], 'no browser installed');
+  const lines = {
+    '_pdl-datastream._tcp': [
+      '+;eth0;IPv4;Kitchen;_pdl-datastream._tcp;local',
+      '=;eth0;IPv6;Kitchen\\032\\217\\133;_pdl-datastream._tcp;local;k.local;fd00::7;9100;"a=b"',
+      '=;eth0;IPv4;Kitchen\\032\\217\\133;_pdl-datastream._tcp;local;k.local;10.0.0.7;9100;"x;y"',
+      '=;eth0;IPv4;Semi\\059colon\\.;_pdl-datastream._tcp;local;s.local;10.0.0.8;9101;',
+      '=;eth0;IPv6;LinkLocal;_pdl-datastream._tcp;local;l.local;fe80::1;9100;',
+      '=;eth0;IPv4;BadPort;_pdl-datastream._tcp;local;l.local;10.0.0.9;0;', '=;eth0;IPv4', 'Failed to resolve'],
+    '_printer._tcp': ['=;eth0;IPv4;Line;_printer._tcp;local;x.local;10.0.0.10;515;'],
+    '_ipp._tcp': ['=;eth0;IPv4;Air;_ipp._tcp;local;y.local;10.0.0.11;631;'],
+  };
+  for (const [type, content] of Object.entries(lines)) writeFileSync(path.join(home, type), content.join('\n'));
+  fakeProgram(home, 'avahi-browse', `[ "$1" = -rptk ] || exit 1\ncat "${home}/$2"`);
+  const service = await startService(t, { home });
+  assert.deepEqual((await service.post('/admin/discover/bonjour')).body, { services: [
+    { name: 'Kitchen م', host: '10.0.0.7', port: 9100, transport: 'raw' }, { name: 'Semi;colon.', host: '10.0.0.8', port: 9101, transport: 'raw' },
+    { name: 'Line', host: '10.0.0.10', port: 515, transport: 'lpd' }, { name: 'Air', host: '10.0.0.11', port: 631, transport: 'ipp' }] });
+  assert.equal(unescapeName('a\\092b\\\\c'), 'a\\b\\c');
+});
+
+test('USB printers', async (t) => {
+  const home = privateHome(t);
+  const root = path.join(home, 'usb');
+  const device = (name, fields, interfaceClass) => {
+    for (const folder of [name, `${name}:1.0`]) mkdirSync(path.join(root, folder), { recursive: true });
+    for (const [key, value] of Object.entries(fields)) writeFileSync(path.join(root, name, key), `${value}\n`);
+    writeFileSync(path.join(root, `${name}:1.0`, 'bInterfaceClass'), `${interfaceClass}\n`);
+  };
+  device('1-1', { manufacturer: 'ACME', product: 'POS 80', serial: 'A1' }, '07');
+  device('1-2', { product: 'Mouse' }, '03');
+  device('1-3', {}, '07');
+  device('2-1.4', { manufacturer: 'Other', product: 'Slip' }, '07');
+  const env = { PATH: path.join(home, 'bin') };
+  const found = [
+    { vendor: 'ACME', product: 'POS 80', uri: 'usb://ACME/POS%2080?serial=A1' },
+    { vendor: null, product: 'USB Printer', uri: 'usb://Unknown/Printer' },
+    { vendor: 'Other', product: 'Slip', uri: 'usb://Other/Slip' },
+  ];
+  fakeProgram(home, 'lpinfo', 'exit 1');
+  assert.deepEqual(await discoverUsb({ root, env }), found);
+  fakeProgram(home, 'lpinfo', 'echo "network socket"; echo "direct usb://ACME%20Inc/POS80?serial=A1&interface=1"; echo "direct usb://Other/Slip?serial=?"');
+  assert.deepEqual((await discoverUsb({ root, env })).map(({ uri }) => uri), ['usb://ACME%20Inc/POS80?serial=A1&interface=1', 'usb://Unknown/Printer', 'usb://Other/Slip?serial=?']);
+  assert.deepEqual(await discoverUsb({ root: path.join(home, 'none'), env }), []);
+  for (const { uri } of found) assert.ok(isDeviceUri(uri), uri);
+  for (const uri of ['', 'usb://', 'file:///etc/passwd', '-x', 'usb://a/b\nc', 'usb://a/b;rm', 'usb://a/$(x)', 'socket://10.0.0.1', null]) assert.ok(!isDeviceUri(uri), String(uri));
+});
+
+test('the system\'s print queues', async (t) => {
+  const home = privateHome(t);
+  const spool = path.join(home, 'spool');
+  mkdirSync(spool);
+  writeFileSync(path.join(home, 'names'), 'Office\nSlip\nGone\n');
+  const states = (office) => writeFileSync(path.join(home, 'states'), `printer Office is idle.  enabled since today\n\tAlerts: ${office}\nprinter Slip now printing Slip-1.  enabled since today\n\tAlerts: none\nprinter Gone disabled since today -\n\treason unknown\n`);
+  states('none');
+  fakeProgram(home, 'lpstat', `case "$1" in -e) cat "${home}/names";; -l) cat "${home}/states";; *) ls "${spool}" | grep pending | sed 's/$/ user/';; esac; exit 0`);
+  fakeProgram(home, 'lp', `cat > "${spool}/last"; echo "$@" > "${spool}/args"; echo "request id is Office-7 (1 file(s))"`);
+  fakeProgram(home, 'cancel', `echo "$@" > "${spool}/cancelled"`);
+  fakeProgram(home, 'lpadmin', `echo "$@" > "${spool}/admin"; case "$*" in *refuse*) echo "queue forbidden" >&2; exit 1;; esac; [ "$1" = -x ] || echo "$2" >> "${home}/names"`);
+  const service = await startService(t, { home });
+  const shown = Object.fromEntries((await service.state()).printers.map(({ id, state }) => [id, state]));
+  assert.deepEqual(shown, { 'cups-Office': 'ready', 'cups-Slip': 'busy', 'cups-Gone': 'error', preview: 'ready' });
+
+  const job = (await service.post('/admin/test', { printer: 'cups-Office' })).body.job;
+  assert.equal((await service.ended(job.id)).status, 'completed');
+  assert.match(readFileSync(path.join(spool, 'args'), 'utf8'), /^-d Office -t Zemrak \S+\n$/);
+  assert.match(readFileSync(path.join(spool, 'last'), 'utf8'), /Zemrak Printer/, 'text, as the driver expects');
+  assert.equal((await service.post('/admin/printers/action', { id: 'cups-Office', action: 'cut' })).body.error.code, 'unsupported_command');
+  await service.post('/admin/profile', { id: 'cups-Office', profile: { protocol: 'escpos' } });
+  await service.ended((await service.post('/admin/printers/action', { id: 'cups-Office', action: 'cut' })).body.job.id);
+  assert.match(readFileSync(path.join(spool, 'args'), 'utf8'), /-o raw\n$/);
+  assert.equal((await service.post('/admin/printers/action', { id: 'cups-Office', action: 'clear-queue' })).status, 200);
+  assert.equal(readFileSync(path.join(spool, 'cancelled'), 'utf8'), '-a Office\n');
+
+  states('offline-report');
+  assert.equal((await service.post('/admin/scan')).body.printers[0].state, 'offline');
+  assert.deepEqual((await service.alerts()).map(({ key, resolvedAt }) => [key, resolvedAt]), [['printer:cups-Office:offline', undefined]]);
+
+  const uri = 'usb://ACME/POS80?serial=A1';
+  const added = await service.post('/admin/printers/add-usb', { name: 'طابعة Slip', uri });
+  assert.deepEqual(added.body, { id: 'cups-Slip_2', queue: 'Slip_2' });
+  assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), `-p Slip_2 -v ${uri} -E -m raw\n`);
+  const own = await service.printer('cups-Slip_2');
+  assert.deepEqual([own.protocol, own.profile.alias], ['escpos', 'طابعة Slip']);
+  for (const body of [{ name: 'refuse', uri }, { name: '-x', uri }, { name: 'queue', uri: 'file:///queue' }, { name: '', uri }]) {
+    const answer = await service.post('/admin/printers/add-usb', body);
+    assert.ok(answer.status >= 400);
+    assert.doesNotMatch(answer.text, /queue/, 'the companion would take it for success');
+  }
+  assert.equal((await service.post('/admin/printers/remove', { id: 'cups-Office' })).status, 409);
+  assert.equal((await service.post('/admin/printers/remove', { id: 'cups-Slip_2' })).status, 200);
+  assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), '-x Slip_2\n');
+  assert.equal(parseQueueStates('').size, 0);
+});

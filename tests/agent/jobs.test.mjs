@@ -1,0 +1,201 @@
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import net from 'node:net';
+import { readdirSync, readFileSync } from 'node:fs';
+import path from 'node:path';
+import { configFolder, designerDoc, fakePrinter, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { streamAll } from '../../agent/lib/printers/transport-raw.mjs';
+import { MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
+
+const failedOf = (id) => `job:${id}:failed`;
+const longReceipt = () => designerDoc({ items: Array.from({ length: 300 }, (_, n) => ({ name: `${n} ${'long name '.repeat(180)}`, qty: '1', price: '1' })) });
+
+test('every kind of job reaches the listener, in order and whole', async (t) => {
+  const service = await startService(t);
+  const printer = await fakePrinter(t);
+  const id = await service.addPrinter(printer.port);
+  await service.post('/admin/profile', { id, profile: { cut: 'esc-i', drawerPin: 'both' } });
+  const sends = [
+    ['test', () => service.post('/admin/test', { printer: id })],
+    ['drawer', () => service.post('/admin/printers/action', { id, action: 'drawer', pin: '5' })],
+    ['drawer', () => service.post('/admin/printers/action', { id, action: 'drawer' })],
+    ['cut', () => service.post('/admin/printers/action', { id, action: 'cut' })],
+    ['codepage-test', () => service.post('/admin/printers/action', { id, action: 'codepage-test' })],
+    ['designer', () => service.post('/admin/designer/print', { printer: id, doc: longReceipt() })],
+  ];
+  const ids = [];
+  for (const [kind, send] of sends) {
+    const { status, body } = await send();
+    assert.deepEqual([status, body.job.kind], [202, kind]);
+    ids.push(body.job.id);
+  }
+  for (const each of ids) assert.equal((await service.ended(each)).status, 'completed');
+  const [page, pin5, both, cut, pages, receipt] = printer.jobs.map((bytes) => bytes.toString('latin1'));
+  assert.equal(printer.jobs.length, sends.length, 'each exactly once');
+  assert.ok(page.startsWith('\x1b@') && page.includes('Kitchen') && page.endsWith('\x1bd\x04\x1bi'));
+  assert.ok(pin5.endsWith('\x1bp\x01\x19\xfa') && !pin5.includes('\x1bp\x00'));
+  assert.ok(both.endsWith('\x1bp\x00\x19\xfa\x1bp\x01\x19\xfa'));
+  assert.ok(cut.endsWith('\x1bi'));
+  for (let number = 0; number < 64; number += 1) assert.ok(pages.includes(`\x1bt${String.fromCharCode(number)}`), `page ${number}`);
+  assert.ok(receipt.length > 500_000 && receipt.endsWith('\x1bi'));
+  const jobs = (await service.state()).recentJobs;
+  assert.deepEqual(jobs.map((job) => job.id), ids.toReversed(), 'newest first');
+  for (const job of jobs) assert.deepEqual(Object.keys(job).sort(), ['createdAt', 'id', 'kind', 'printerId', 'printerName', 'status', 'updatedAt']);
+  assert.doesNotMatch(readConfig(service.home, 'jobs.json'), /long name/);
+});
+
+test('a link cut in the middle: interrupted, told once, never sent again', async (t) => {
+  const service = await startService(t);
+  let attempts = 0;
+  let cutting = true;
+  const printer = await fakePrinter(t, {
+    onConnection: (socket) => socket.once('data', () => {
+      attempts += 1;
+      if (cutting) socket.resetAndDestroy?.() ?? socket.destroy();
+      else socket.resume();
+    }),
+  });
+  const id = await service.addPrinter(printer.port);
+  const print = async () => service.ended((await service.post('/admin/designer/print', { printer: id, doc: longReceipt() })).body.job.id);
+  const first = await print();
+  assert.deepEqual([first.status, first.errorCode], ['failed', 'interrupted']);
+  await print();
+  const [alert] = await service.alerts();
+  assert.deepEqual([alert.key, alert.severity, alert.action, alert.count], [failedOf(id), 'warning', 'jobs', 2]);
+  for (let n = 0; n < 3; n += 1) await service.post('/admin/scan');
+  assert.equal(attempts, 2, 'one connection with data for each job');
+  cutting = false;
+  assert.equal((await print()).status, 'completed');
+  assert.ok((await service.alerts())[0].resolvedAt);
+});
+
+test('a printer that is off: refused at once and on record', async (t) => {
+  const service = await startService(t);
+  const gone = await fakePrinter(t);
+  const id = await service.addPrinter(gone.port);
+  await gone.close();
+  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline');
+  for (const [route, body] of [['/admin/test', { printer: id }], ['/admin/printers/action', { id, action: 'cut' }], ['/admin/designer/print', { printer: id, doc: designerDoc() }]]) {
+    const answer = await service.post(route, body);
+    assert.deepEqual([answer.status, answer.body.error.code], [409, 'offline'], route);
+  }
+  const { recentJobs } = await service.state();
+  assert.deepEqual(recentJobs.map(({ kind, status, errorCode }) => [kind, status, errorCode]),
+    [['designer', 'failed', 'offline'], ['cut', 'failed', 'offline'], ['test', 'failed', 'offline']]);
+});
+
+test('a reader that never reads fills its queue and keeps nobody else waiting', async (t) => {
+  const home = privateHome(t);
+  const service = await startService(t, { home });
+  // A tiny receive buffer cannot be asked for here: the receipt is larger than what the kernel takes instead.
+  const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
+  const id = await service.addPrinter(stuck.port, 'Stuck');
+  const doc = longReceipt();
+  const first = (await service.post('/admin/designer/print', { printer: id, doc })).body.job.id;
+  const isSending = async () => (await service.state()).recentJobs.some((job) => job.id === first && job.status === 'sending');
+  await until(isSending, 'the first job to be sent');
+  assert.equal((await service.printer(id)).state, 'busy');
+  const waiting = [];
+  let busy = null;
+  while (!busy) {
+    const answer = await service.post('/admin/test', { printer: id });
+    if (answer.status === 409) busy = answer;
+    else waiting.push(answer.body.job.id);
+    assert.ok(waiting.length <= MAX_WAITING + 3, 'the queue has an end');
+  }
+  assert.equal(busy.body.error.code, 'queue_busy');
+  assert.ok(waiting.length >= MAX_WAITING);
+  assert.equal((await service.ended((await service.post('/admin/test', { printer: 'preview' })).body.job.id)).status, 'completed');
+
+  const cleared = await service.post('/admin/printers/action', { id, action: 'clear-queue' });
+  assert.doesNotMatch(cleared.text, /"error"/);
+  assert.ok(cleared.body.cancelled >= MAX_WAITING - 2);
+  assert.equal((await service.ended(waiting.at(-1))).status, 'cancelled');
+});
+
+test('bytes the printer\'s end has not acknowledged are not called printed', async (t) => {
+  const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
+  const connect = () => new Promise((resolve) => { const socket = net.connect({ port: stuck.port, host: '127.0.0.1', allowHalfOpen: true }, () => resolve(socket)); });
+  // The kernel takes the first wholly, long before the other end does; of the second it takes a part.
+  for (const bytes of [1024 * 1024, 32 * 1024 * 1024]) {
+    const began = Date.now();
+    await assert.rejects(streamAll(await connect(), Buffer.alloc(bytes, 'x'), { stallMs: 400, settleMs: 50 }), { code: 'interrupted' }, `${bytes} bytes`);
+    assert.ok(Date.now() - began < 5000);
+  }
+});
+
+test('after a restart nothing is sent again', async (t) => {
+  const home = privateHome(t);
+  const printer = await fakePrinter(t);
+  plant(home, 'settings.json', { printers: [{ id: 'net-1', name: 'K', host: '127.0.0.1', port: printer.port, transport: 'raw' }] });
+  const job = (id, status) => ({ id, printerId: 'net-1', printerName: 'K', kind: 'test', status, createdAt: 1, updatedAt: 1 });
+  plant(home, 'jobs.json', { jobs: [job('a', 'queued'), job('b', 'sending'), job('c', 'printing'), job('d', 'waiting'), job('e', 'completed'), { id: 5 }, ...Array.from({ length: 600 }, (_, n) => job(`old${n}`, 'failed'))] });
+  const service = await startService(t, { home });
+  const { recentJobs } = await service.state();
+  assert.deepEqual(recentJobs.slice(0, 5).map(({ id, status, errorCode }) => [id, status, errorCode]), [
+    ['a', 'failed', 'expired_after_restart'], ['b', 'failed', 'uncertain_after_restart'], ['c', 'failed', 'uncertain_after_restart'],
+    ['d', 'failed', 'expired_after_restart'], ['e', 'completed', undefined]]);
+  assert.equal(recentJobs.length, 200);
+  await service.ended((await service.post('/admin/test', { printer: 'net-1' })).body.job.id);
+  assert.equal(printer.jobs.length, 1);
+  assert.equal(JSON.parse(readConfig(home, 'jobs.json')).jobs.length, 500);
+
+  // Killed in the middle of a job: what was on its way is on record as being sent.
+  const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
+  const id = await service.addPrinter(stuck.port, 'Stuck');
+  const sent = (await service.post('/admin/designer/print', { printer: id, doc: longReceipt() })).body.job.id;
+  const next = (await service.post('/admin/test', { printer: id })).body.job.id;
+  await until(() => JSON.parse(readConfig(home, 'jobs.json')).jobs.find((each) => each.id === sent).status === 'sending', 'the job to be sent');
+  await service.stop('SIGKILL');
+  const again = await startService(t, { home });
+  const codes = Object.fromEntries((await again.state()).recentJobs.map((each) => [each.id, each.errorCode]));
+  assert.deepEqual([codes[sent], codes[next]], ['uncertain_after_restart', 'expired_after_restart']);
+});
+
+test('the line printer protocol', async (t) => {
+  const service = await startService(t);
+  const steps = [];
+  const server = await fakePrinter(t, {
+    onConnection: (socket) => {
+      let held = Buffer.alloc(0);
+      let expected = 0;
+      socket.on('data', (data) => {
+        held = Buffer.concat([held, data]);
+        for (;;) {
+          const end = expected > 0 ? (held.length >= expected ? expected : -1) : held.indexOf(0x0a) + 1;
+          if (end <= 0) return;
+          const step = held.subarray(0, end);
+          held = held.subarray(end);
+          steps.push(step);
+          expected = expected === 0 && (step[0] === 2 || step[0] === 3) && steps.length > 1 ? Number.parseInt(step.toString('latin1', 1), 10) + 1 : 0;
+          socket.write(Buffer.of(0));
+        }
+      });
+    },
+  });
+  const id = await service.addPrinter(server.port, 'Server', 'lpd');
+  assert.equal((await service.ended((await service.post('/admin/test', { printer: id })).body.job.id)).status, 'completed');
+  const text = steps.map((step) => step.toString('latin1'));
+  assert.match(text[0], /^\x02lp\n$/);
+  assert.match(text[1], /^\x02\d+ cfA001\S+\n$/);
+  assert.match(text[2], /^H\S+\nP\w+\nldfA001/);
+  assert.match(text[3], /^\x03\d+ dfA001\S+\n$/);
+  assert.ok(text[4].startsWith('\x1b@') && text[4].endsWith('\x00'));
+  assert.equal(text.length, 5);
+});
+
+test('the preview printer keeps the newest hundred', async (t) => {
+  const home = privateHome(t);
+  const service = await startService(t, { home });
+  const folder = path.join(configFolder(home), 'previews');
+  let last;
+  for (let n = 0; n < 105; n += 1) {
+    last = (await service.post('/admin/printers/action', { id: 'preview', action: 'drawer', pin: '2' })).body.job.id;
+    if (n % 25 === 24) await service.ended(last);
+  }
+  await service.ended(last);
+  const names = readdirSync(folder);
+  assert.deepEqual([names.filter((name) => name.endsWith('.bin')).length, names.filter((name) => name.endsWith('.txt')).length], [100, 100]);
+  const newest = names.filter((name) => name.includes(last)).map((name) => readFileSync(path.join(folder, name), 'latin1'));
+  assert.ok(newest.some((content) => content.endsWith('\x1bp\x00\x19\xfa')) && newest.includes('[drawer 2]\n'));
+});

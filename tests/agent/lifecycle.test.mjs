@@ -1,0 +1,139 @@
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import { spawn } from 'node:child_process';
+import { existsSync, readFileSync, readdirSync, statSync } from 'node:fs';
+import net from 'node:net';
+import { SCRIPT, command, configFolder, designerDoc, fakePrinter, launch, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+
+const isAlive = (pid) => { try { process.kill(pid, 0); return true; } catch { return false; } };
+
+test('wrong command lines', async (t) => {
+  const home = privateHome(t);
+  for (const args of [[], ['serve'], ['run', 'twice'], ['allow-origin'], ['toString']]) {
+    const { status, stdout, stderr } = await command(t, home, args);
+    assert.deepEqual([status, stdout], [64, ''], args.join(' '));
+    assert.match(stderr, /^usage: /);
+  }
+  assert.ok(!existsSync(configFolder(home)));
+});
+
+test('a second copy leaves with 78 and touches nothing', async (t) => {
+  const home = privateHome(t);
+  const first = await startService(t, { home });
+  await first.post('/admin/test', { printer: 'preview' });
+  const folder = configFolder(home);
+  const snapshot = () => readdirSync(folder).map((name) => [name, statSync(`${folder}/${name}`).mtimeMs, statSync(`${folder}/${name}`).ino]);
+  await until(async () => (await first.state()).recentJobs[0].status === 'completed', 'the job to end');
+  plant(home, 'settings.json', '{broken');
+  const before = snapshot();
+  const second = await command(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: String(first.port) });
+  assert.equal(second.status, 78);
+  assert.match(second.stderr, /^port \d+ is already in use\n$/);
+  assert.deepEqual(snapshot(), before);
+  assert.equal((await first.get('/admin/state')).status, 200, 'its token still holds');
+});
+
+test('ports: from the settings, the environment first; a taken HTTPS port counts as well', async (t) => {
+  const taken = net.createServer();
+  await new Promise((resolve) => { taken.listen(0, '127.0.0.1', resolve); });
+  t.after(() => taken.close());
+  const home = privateHome(t);
+  plant(home, 'settings.json', { httpPort: taken.address().port });
+  assert.equal((await command(t, home, ['run'])).status, 78);
+  const service = await startService(t, { home });
+  assert.notEqual(service.port, taken.address().port);
+  await service.stop();
+  assert.equal((await command(t, home, ['init-tls'], { PATH: process.env.PATH })).status, 0);
+  const secure = await command(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: String(taken.address().port) });
+  assert.equal(secure.status, 78);
+});
+
+test('only the loopback address is listened on', async (t) => {
+  const service = await startService(t);
+  const probe = (host) => new Promise((resolve) => {
+    const socket = net.connect(service.port, host, () => { socket.destroy(); resolve('open'); });
+    socket.on('error', () => resolve('closed'));
+  });
+  assert.equal(await probe('127.0.0.1'), 'open');
+  for (const host of ['127.0.0.2', '::1']) assert.equal(await probe(host), 'closed', host);
+});
+
+test('told to stop: the job being sent ends, what waits stays unsent', async (t) => {
+  const home = privateHome(t);
+  const service = await startService(t, { home });
+  let release;
+  const printer = await fakePrinter(t, { onConnection: (socket, self) => {
+    const chunks = [];
+    socket.pause();
+    release = () => socket.resume();
+    socket.on('data', (chunk) => chunks.push(chunk));
+    socket.on('end', () => { if (chunks.length > 0) self.jobs.push(Buffer.concat(chunks)); });
+  } });
+  const id = await service.addPrinter(printer.port);
+  const items = Array.from({ length: 300 }, (_, n) => ({ name: 'x'.repeat(2000), qty: '1', price: String(n) }));
+  const sent = (await service.post('/admin/designer/print', { printer: id, doc: designerDoc({ items }) })).body.job.id;
+  const waits = (await service.post('/admin/test', { printer: id })).body.job.id;
+  await until(async () => (await service.state()).recentJobs.find((job) => job.id === sent).status === 'sending', 'the job to be sent');
+  service.child.kill('SIGTERM');
+  await until(() => /stopping/.test(service.stdout), 'the service to stop');
+  release();
+  assert.equal(await service.exited, 0);
+  const statuses = Object.fromEntries(JSON.parse(readConfig(home, 'jobs.json')).jobs.map((job) => [job.id, job.status]));
+  assert.deepEqual([statuses[sent], statuses[waits]], ['completed', 'queued']);
+  assert.equal(printer.jobs.length, 1);
+});
+
+test('a printer that never reads holds up no stop', async (t) => {
+  const service = await startService(t);
+  const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
+  const id = await service.addPrinter(stuck.port);
+  const items = Array.from({ length: 300 }, () => ({ name: 'x'.repeat(2000), qty: '1', price: '1' }));
+  for (let n = 0; n < 3; n += 1) await service.post('/admin/designer/print', { printer: id, doc: designerDoc({ items }) });
+  const idle = net.connect(service.port, '127.0.0.1');
+  t.after(() => idle.destroy());
+  idle.on('error', () => {});
+  const began = Date.now();
+  assert.equal(await service.stop('SIGINT'), 0);
+  assert.ok(Date.now() - began < 3500, 'within its grace');
+});
+
+test('ends with its parent', async (t) => {
+  const home = privateHome(t);
+  const script = `const {spawn} = require('child_process');
+    const child = spawn(process.execPath, [${JSON.stringify(SCRIPT)}, 'run'], { stdio: ['ignore', 'pipe', 'inherit'] });
+    child.stdout.on('data', (data) => { if (/listening/.test(data)) console.log(child.pid); });`;
+  const parent = spawn(process.execPath, ['-e', script], {
+    env: { HOME: home, PATH: `${home}/bin`, ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_EXIT_WITH_PARENT: '1', ZEMRAK_LP_NO_OS_NOTIFY: '1' }, stdio: ['ignore', 'pipe', 'inherit'],
+  });
+  t.after(() => parent.kill('SIGKILL'));
+  const pid = await new Promise((resolve) => { parent.stdout.once('data', (data) => resolve(Number(data))); });
+  t.after(() => { if (isAlive(pid)) process.kill(pid, 'SIGKILL'); });
+  assert.ok(isAlive(pid));
+  parent.kill('SIGKILL');
+  await until(() => !isAlive(pid), 'the service to end', 5000);
+});
+
+test('a reader of its output that has gone does not end it', async (t) => {
+  const home = privateHome(t);
+  const run = launch(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0' });
+  await until(() => /listening on http.*\n/.test(run.stdout), 'the service to listen');
+  const port = Number(/:(\d+)\n/.exec(run.stdout)[1]);
+  run.child.stdout.destroy();
+  run.child.stderr.destroy();
+  const call = (route, body) => fetch(`http://127.0.0.1:${port}${route}`, { method: body ? 'POST' : 'GET', body, headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') } });
+  for (let n = 0; n < 20; n += 1) assert.equal((await call('/admin/test', '{"printer":"preview"}')).status, 202);
+  assert.equal((await call('/admin/state')).status, 200);
+  assert.equal(run.child.exitCode, null);
+  const [user, system] = readFileSync(`/proc/${run.child.pid}/stat`, 'utf8').split(') ')[1].split(' ').slice(11, 13).map(Number);
+  assert.ok(user + system < 300, 'hundredths of a second: it does not write in a loop');
+  run.child.kill('SIGTERM');
+  assert.equal(await new Promise((resolve) => { run.child.on('exit', resolve); }), 0);
+});
+
+test('a config folder that cannot be made is an error, not a hang', async (t) => {
+  const home = privateHome(t);
+  plant(home, 'x', '');
+  const { status, stderr } = await command(t, `${configFolder(home)}/x`, ['run'], { ZEMRAK_LP_HTTP_PORT: '0' });
+  assert.equal(status, 1);
+  assert.match(stderr, /ENOTDIR|EEXIST/);
+});
