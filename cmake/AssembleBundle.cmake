@@ -1,0 +1,20 @@
+# Copies what changed into the bundle's resources and removes what the source tree no longer has.
+set(resources "${BUNDLE}/resources")
+file(MAKE_DIRECTORY "${resources}")
+
+file(REAL_PATH "${NODE}" node_real)
+if(IS_SYMLINK "${resources}/node")
+  file(READ_SYMLINK "${resources}/node" node_linked)
+endif()
+if(NOT "${node_linked}" STREQUAL "${node_real}")
+  file(REMOVE "${resources}/node")
+  file(CREATE_LINK "${node_real}" "${resources}/node" SYMBOLIC)
+endif()
+
+file(COPY "${SOURCE}/agent" DESTINATION "${resources}")
+file(GLOB_RECURSE installed RELATIVE "${resources}/agent" "${resources}/agent/*")
+foreach(path IN LISTS installed)
+  if(NOT EXISTS "${SOURCE}/agent/${path}")
+    file(REMOVE "${resources}/agent/${path}")
+  endif()
+endforeach()
