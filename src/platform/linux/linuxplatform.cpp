@@ -1,0 +1,33 @@
+#include "platform/linux/parentdeathguard.h"
+#include "platform/linux/posixsignals.h"
+#include "platform/linux/sessioninstance.h"
+#include "platform/platform.h"
+
+#include <ctime>
+
+namespace zemrak::platform {
+
+std::unique_ptr<ChildGuard> makeChildGuard()
+{
+    return std::make_unique<linux_::ParentDeathGuard>();
+}
+
+std::unique_ptr<SingleInstance> makeSingleInstance()
+{
+    return std::make_unique<linux_::SessionInstance>();
+}
+
+std::unique_ptr<TerminationSignals> makeTerminationSignals()
+{
+    return std::make_unique<linux_::PosixSignals>();
+}
+
+std::chrono::milliseconds systemUptime()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec));
+}
+
+} // namespace zemrak::platform

@@ -1,0 +1,26 @@
+#include "platform/none/unguarded.h"
+#include "platform/platform.h"
+
+namespace zemrak::platform {
+
+std::unique_ptr<ChildGuard> makeChildGuard()
+{
+    return std::make_unique<none::Unguarded>();
+}
+
+std::unique_ptr<SingleInstance> makeSingleInstance()
+{
+    return std::make_unique<none::AlwaysAlone>();
+}
+
+std::unique_ptr<TerminationSignals> makeTerminationSignals()
+{
+    return std::make_unique<none::DefaultSignals>();
+}
+
+std::chrono::milliseconds systemUptime()
+{
+    return std::chrono::hours(24);
+}
+
+} // namespace zemrak::platform

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "host/childguard.h"
+#include "host/singleinstance.h"
+#include "host/terminationsignals.h"
+
+#include <chrono>
+#include <memory>
+
+namespace zemrak {
+
+/// Makes the running platform's side of every interface. One implementation is linked in.
+namespace platform {
+
+[[nodiscard]] std::unique_ptr<ChildGuard> makeChildGuard();
+[[nodiscard]] std::unique_ptr<SingleInstance> makeSingleInstance();
+[[nodiscard]] std::unique_ptr<TerminationSignals> makeTerminationSignals();
+/// Time since the computer was started.
+[[nodiscard]] std::chrono::milliseconds systemUptime();
+
+} // namespace platform
+
+} // namespace zemrak
