@@ -1,0 +1,155 @@
+#pragma once
+
+#include "app/adminchannel.h"
+#include "app/commands.h"
+#include "app/page.h"
+#include "app/servicelog.h"
+#include "app/servicesupervisor.h"
+#include "app/statepoll.h"
+#include "app/toast.h"
+#include "base/clock.h"
+#include "health/healthsummary.h"
+#include "host/applicationbundle.h"
+#include "host/childguard.h"
+#include "host/userdefaults.h"
+#include "model/agentstate.h"
+#include "model/alertitem.h"
+#include "model/scanresult.h"
+
+#include <QDateTime>
+#include <QObject>
+
+#include <optional>
+
+namespace zemrak {
+
+/// May this program post notifications?
+enum class NotificationStatus
+{
+    NotDetermined,
+    Denied,
+    Authorized,
+    Provisional,
+    Ephemeral
+};
+
+/// Where an Agent finds its service. The defaults are the real ones.
+struct AgentPlaces
+{
+    ApplicationBundle bundle;
+    QString configDir; ///< where the service keeps its files
+    quint16 port = AdminChannel::defaultPort; ///< until the service names another
+};
+
+/// The one object that pages, status item and notifications look at: what is known of the service and of the host, and
+/// what can be asked of them. Made once by the composition root. It composes and publishes; the rules are in its parts.
+/// Main thread only.
+class Agent : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool running READ isRunning NOTIFY runningChanged)
+    Q_PROPERTY(QString log READ log NOTIFY logChanged)
+    Q_PROPERTY(QString toast READ toast NOTIFY toastChanged)
+    Q_PROPERTY(bool portConflict READ portConflict NOTIFY portConflictChanged)
+    Q_PROPERTY(QString availableUpdate READ availableUpdate NOTIFY availableUpdateChanged)
+    Q_PROPERTY(bool updating READ isUpdating NOTIFY updatingChanged)
+    Q_PROPERTY(bool keepAwake READ keepAwake NOTIFY keepAwakeChanged)
+    Q_PROPERTY(bool scanning READ isScanning NOTIFY scanningChanged)
+    Q_PROPERTY(double scanProgress READ scanProgress NOTIFY scanProgressChanged)
+    Q_PROPERTY(QString scanStep READ scanStep NOTIFY scanStepChanged)
+    Q_PROPERTY(bool launchAtLogin READ launchAtLogin NOTIFY launchAtLoginChanged)
+    Q_PROPERTY(bool loginNeedsApproval READ loginNeedsApproval NOTIFY loginNeedsApprovalChanged)
+    Q_PROPERTY(QDateTime lastSystemStart READ lastSystemStart NOTIFY lastSystemStartChanged)
+    Q_PROPERTY(bool caTrusted READ isCaTrusted NOTIFY caTrustedChanged)
+
+public:
+    Agent(const AgentPlaces &places, const UserDefaults &defaults, Clock &clock, ChildGuard &guard);
+
+    /// A launched service process exists; it need not answer yet.
+    [[nodiscard]] bool isRunning() const { return m_supervisor.isRunning(); }
+    /// The service's latest snapshot; null while it does not answer. Valid until stateChanged().
+    [[nodiscard]] const AgentState *state() const { return m_poll.state(); }
+    /// The last 4000 characters the service printed, or why it could not be launched.
+    [[nodiscard]] QString log() const { return m_log.text(); }
+    /// The transient message; null while there is none.
+    [[nodiscard]] QString toast() const { return m_toast.text(); }
+    [[nodiscard]] bool portConflict() const { return m_supervisor.portConflict(); }
+    [[nodiscard]] HealthSummary health() const { return summarise(state(), portConflict()); }
+
+    [[nodiscard]] const QList<AlertItem> &alerts() const { return m_alerts; }
+    /// The page the main window is asked to show; none when nothing is asked.
+    [[nodiscard]] std::optional<Page> requestedPage() const { return m_requestedPage; }
+    void setRequestedPage(std::optional<Page> page);
+
+    [[nodiscard]] QString availableUpdate() const { return m_availableUpdate; }
+    [[nodiscard]] bool isUpdating() const { return m_updating; }
+    [[nodiscard]] NotificationStatus notifStatus() const { return m_notifStatus; }
+    [[nodiscard]] bool keepAwake() const { return m_keepAwake; }
+    [[nodiscard]] bool isScanning() const { return m_scanning; }
+    /// From 0 to 1.
+    [[nodiscard]] double scanProgress() const { return m_scanProgress; }
+    [[nodiscard]] QString scanStep() const { return m_scanStep; }
+    [[nodiscard]] const std::optional<ScanResult> &scanResult() const { return m_scanResult; }
+    [[nodiscard]] bool launchAtLogin() const { return m_launchAtLogin; }
+    [[nodiscard]] bool loginNeedsApproval() const { return m_loginNeedsApproval; }
+    /// Invalid when no automatic start was ever seen.
+    [[nodiscard]] QDateTime lastSystemStart() const { return m_lastSystemStart; }
+    [[nodiscard]] bool isCaTrusted() const { return m_caTrusted; }
+
+    [[nodiscard]] Commands &commands() { return m_commands; }
+    [[nodiscard]] AdminChannel &adminChannel() { return m_channel; }
+
+    void start() { m_supervisor.start(); }
+    void stop() { m_supervisor.stop(); }
+    void restart() { m_supervisor.restart(); }
+    /// stop(), and waits for the service to be gone, for a few seconds at most.
+    void shutDown() { m_supervisor.shutDown(); }
+    void refresh() { m_poll.refresh(); }
+    void flash(const QString &text) { m_toast.flash(text); }
+
+Q_SIGNALS:
+    void runningChanged();
+    void stateChanged();
+    void logChanged();
+    void toastChanged();
+    void portConflictChanged();
+    void alertsChanged();
+    void requestedPageChanged();
+    void availableUpdateChanged();
+    void updatingChanged();
+    void notifStatusChanged();
+    void keepAwakeChanged();
+    void scanningChanged();
+    void scanProgressChanged();
+    void scanStepChanged();
+    void scanResultChanged();
+    void launchAtLoginChanged();
+    void loginNeedsApprovalChanged();
+    void lastSystemStartChanged();
+    void caTrustedChanged();
+
+private:
+    ServiceLog m_log;
+    Toast m_toast;
+    ServiceSupervisor m_supervisor;
+    AdminChannel m_channel;
+    StatePoll m_poll;
+    Commands m_commands;
+
+    QList<AlertItem> m_alerts;
+    std::optional<Page> m_requestedPage;
+    QString m_availableUpdate;
+    QString m_scanStep;
+    std::optional<ScanResult> m_scanResult;
+    QDateTime m_lastSystemStart;
+    double m_scanProgress = 0;
+    NotificationStatus m_notifStatus = NotificationStatus::NotDetermined;
+    bool m_updating = false;
+    bool m_keepAwake = false;
+    bool m_scanning = false;
+    bool m_launchAtLogin = false;
+    bool m_loginNeedsApproval = false;
+    bool m_caTrusted = false;
+};
+
+} // namespace zemrak

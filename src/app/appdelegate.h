@@ -1,0 +1,42 @@
+#pragma once
+
+#include "app/agent.h"
+#include "base/clock.h"
+#include "host/applicationbundle.h"
+#include "host/childguard.h"
+#include "host/singleinstance.h"
+#include "host/terminationsignals.h"
+#include "host/userdefaults.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace zemrak {
+
+/// Start and end of the interactive application, and the owner of all that lives in between. Main thread only.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AppDelegate(const ApplicationBundle &bundle);
+    ~AppDelegate() override;
+
+    /// Starts up, in an order that matters: nothing that could disturb a running copy happens before this one knows
+    /// that it is alone. False: another copy runs, and this process is to end with status 0, saying nothing.
+    [[nodiscard]] bool finishLaunching();
+
+private:
+    void willTerminate();
+    void revealMainWindow();
+
+    SystemClock m_clock;
+    UserDefaults m_defaults;
+    std::unique_ptr<ChildGuard> m_childGuard;
+    std::unique_ptr<SingleInstance> m_instance;
+    std::unique_ptr<TerminationSignals> m_signals;
+    Agent m_agent;
+};
+
+} // namespace zemrak

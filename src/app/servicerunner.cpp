@@ -1,0 +1,53 @@
+#include "app/servicerunner.h"
+
+#include "app/servicecommand.h"
+
+namespace zemrak {
+
+ServiceRunner::ServiceRunner(ApplicationBundle bundle, ChildGuard &guard, QObject *parent)
+    : QObject(parent)
+    , m_bundle(std::move(bundle))
+    , m_guard(guard)
+{
+}
+
+ServiceRunner::~ServiceRunner()
+{
+    for (QProcess *command : findChildren<QProcess *>()) {
+        command->disconnect(this);
+        command->kill();
+        command->waitForFinished();
+    }
+}
+
+void ServiceRunner::runOnce(const QStringList &arguments, Done done)
+{
+    auto *command = new QProcess(this);
+    setServiceCommand(*command, m_bundle, arguments);
+    command->setProcessChannelMode(QProcess::ForwardedChannels);
+    m_guard.guard(*command);
+
+    const auto finish = [command, done = std::move(done)](int status) {
+        command->deleteLater();
+        done(status);
+    };
+    connect(command, &QProcess::finished, this,
+        [finish](int code, QProcess::ExitStatus how) { finish(how == QProcess::NormalExit ? code : -1); });
+    // Queued, since a launch may fail from within start().
+    connect(
+        command, &QProcess::errorOccurred, this,
+        [finish](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart)
+                finish(-1);
+        },
+        Qt::QueuedConnection);
+    command->start();
+}
+
+void ServiceRunner::cancelAll()
+{
+    for (QProcess *command : findChildren<QProcess *>())
+        command->kill();
+}
+
+} // namespace zemrak

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "app/adminchannel.h"
+#include "base/clock.h"
+#include "model/agentstate.h"
+
+#include <QByteArray>
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+namespace zemrak {
+
+/// Reads the service's state every two seconds and holds the latest snapshot. Main thread only.
+class StatePoll : public QObject
+{
+    Q_OBJECT
+
+public:
+    StatePoll(AdminChannel &channel, Clock &clock, QObject *parent = nullptr);
+
+    /// The latest snapshot; null while the service does not answer, or says what does not decode. Valid until
+    /// stateChanged().
+    [[nodiscard]] const AgentState *state() const { return m_state ? &*m_state : nullptr; }
+
+    /// Polls every two seconds from now, and once extra after one second.
+    void arm();
+    /// Polls no more; an answer under way is still taken.
+    void disarm();
+    /// One poll.
+    void refresh();
+
+Q_SIGNALS:
+    /// At the begin of every poll: the moment to look again at what else may have changed.
+    void aboutToRefresh();
+    /// The snapshot differs from the one before; never told for one that is the same.
+    void stateChanged();
+    /// The service gave a good answer, whether or not anything is new in it.
+    void answered();
+
+private:
+    void take(const AdminAnswer &answer);
+    void publish(std::optional<AgentState> state);
+
+    AdminChannel &m_channel;
+    Clock &m_clock;
+    std::unique_ptr<Timer> m_timer;
+    std::optional<AgentState> m_state;
+    QByteArray m_body; ///< what m_state was decoded from: the same bytes again need no decoding
+};
+
+} // namespace zemrak
