@@ -1,0 +1,257 @@
+#include "app/commands.h"
+#include "support/fakebundle.h"
+#include "support/httpserver.h"
+#include "support/manualclock.h"
+
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace zemrak;
+using namespace zemrak::test;
+
+namespace {
+
+struct Fixture
+{
+    FakeBundle files;
+    ManualClock clock;
+    HttpServer server;
+    AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
+    StatePoll poll{channel, clock};
+    Toast toast{clock};
+    Commands commands{channel, poll, toast};
+    std::optional<bool> done;
+    std::optional<qsizetype> hits;
+
+    Commands::Succeeded note()
+    {
+        return [this](bool ok) { done = ok; };
+    }
+    template <typename Record> Commands::Found<Record> count()
+    {
+        return [this](const QList<Record> &found) { hits = found.size(); };
+    }
+};
+
+using Call = std::function<void(Fixture &)>;
+
+QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+const QByteArray noBody; // null: nothing is sent
+
+/// One line of the table of commands.
+struct Row
+{
+    const char *name;
+    Call call;
+    const char *path;
+    QByteArray body;
+    int timeoutMs;
+};
+
+QList<Row> table()
+{
+    return {
+        {"testPrint", [](Fixture &f) { f.commands.testPrint(text("p1")); }, "/admin/test", R"({"printer":"p1"})", 5000},
+        {"saveProfile",
+            [](Fixture &f) {
+                f.commands.saveProfile(
+                    text("p1"), {{text("dots"), QJsonValue()}, {text("cut"), text("full")}}, f.note());
+            },
+            "/admin/profile", R"({"id":"p1","profile":{"cut":"full","dots":null}})", 5000},
+        {"printerAction", [](Fixture &f) { f.commands.printerAction(text("p1"), text("cut"), {}, text("ok")); },
+            "/admin/printers/action", R"({"action":"cut","id":"p1"})", 15000},
+        {"printerAction with a pin",
+            [](Fixture &f) { f.commands.printerAction(text("p1"), text("drawer"), text("5"), text("ok")); },
+            "/admin/printers/action", R"({"action":"drawer","id":"p1","pin":"5"})", 15000},
+        {"remove", [](Fixture &f) { f.commands.remove(text("p1")); }, "/admin/printers/remove", R"({"id":"p1"})", 5000},
+        {"addNetwork", [](Fixture &f) { f.commands.addNetwork(text("K"), text("10.0.0.9"), 9100); },
+            "/admin/printers/add", R"({"host":"10.0.0.9","name":"K","port":9100,"transport":"raw","type":"net"})",
+            5000},
+        {"addNetwork by LPD", [](Fixture &f) { f.commands.addNetwork(text(""), text(" h"), -1, text("lpd")); },
+            "/admin/printers/add", R"({"host":" h","name":"","port":-1,"transport":"lpd","type":"net"})", 5000},
+        {"addUsb", [](Fixture &f) { f.commands.addUsb(text("U"), text("usb:x")); }, "/admin/printers/add-usb",
+            R"({"name":"U","uri":"usb:x"})", 40000},
+        {"addOrigin", [](Fixture &f) { f.commands.addOrigin(text(" Pos.Example "), f.note()); }, "/admin/origins/add",
+            R"({"origin":" Pos.Example "})", 5000},
+        {"removeOrigin", [](Fixture &f) { f.commands.removeOrigin(text("a")); }, "/admin/origins/remove",
+            R"({"origin":"a"})", 5000},
+        {"revoke", [](Fixture &f) { f.commands.revoke(text("s1")); }, "/admin/revoke", R"({"id":"s1"})", 5000},
+        {"setAutoApprove", [](Fixture &f) { f.commands.setAutoApprove(true); }, "/admin/settings",
+            R"({"autoApprovePairing":true})", 5000},
+        {"scanBonjour", [](Fixture &f) { f.commands.scanBonjour(f.count<BonjourService>()); },
+            "/admin/discover/bonjour", noBody, 20000},
+        {"scanNetwork", [](Fixture &f) { f.commands.scanNetwork(f.count<NetHost>()); }, "/admin/discover/network",
+            noBody, 40000},
+        {"scanUsb", [](Fixture &f) { f.commands.scanUsb(f.count<UsbDevice>()); }, "/admin/discover/usb", noBody, 15000},
+        {"printDesigner",
+            [](Fixture &f) {
+                f.commands.printDesigner(text("p1"), {{text("title"), text("T")}}, f.note());
+            },
+            "/admin/designer/print", R"({"doc":{"title":"T"},"printer":"p1"})", 15000},
+    };
+}
+
+} // namespace
+
+class CommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void requests_data()
+    {
+        QTest::addColumn<qsizetype>("index");
+        const QList<Row> rows = table();
+        for (qsizetype i = 0; i < rows.size(); ++i)
+            QTest::newRow(rows[i].name) << i;
+    }
+    void requests()
+    {
+        QFETCH(qsizetype, index);
+        const Row row = table().at(index);
+        Fixture f;
+        row.call(f);
+        QTRY_COMPARE(f.server.requests().size(), 1);
+        const HttpRequest &request = f.server.requests().first();
+        QCOMPARE(request.method, QByteArray("POST"));
+        QCOMPARE(request.target, QByteArray(row.path));
+        QCOMPARE(request.header("Content-Type"), row.body.isNull() ? QByteArray() : QByteArray("application/json"));
+        QCOMPARE(QJsonDocument::fromJson(request.body), QJsonDocument::fromJson(row.body));
+
+        // It is given up exactly at its time-out.
+        QCOMPARE(f.clock.pending(), 1);
+        f.clock.advance(std::chrono::milliseconds(row.timeoutMs - 1));
+        QCOMPARE(f.clock.pending(), 1);
+        f.clock.advance(std::chrono::milliseconds(1));
+        QTRY_VERIFY(!f.toast.text().isNull() || f.done || f.hits || f.server.requests().size() == 2);
+    }
+
+    void verdicts_data()
+    {
+        QTest::addColumn<Call>("call");
+        QTest::addColumn<QByteArray>("answer"); // null: none
+        QTest::addColumn<QString>("message"); // null: none
+        QTest::addColumn<int>("refreshes");
+        QTest::addColumn<int>("done"); // -1: not called
+        const auto row = [](const char *name, const Call &call, const QByteArray &answer, const char16_t *message,
+                             int refreshes, int done = -1) {
+            QTest::newRow(name) << call << answer << (message ? QString::fromUtf16(message) : QString()) << refreshes
+                                << done;
+        };
+        const QByteArray none;
+        const QByteArray good = "{}";
+        const QByteArray error = R"({"error":{"code":"x"}})";
+
+        const Call test = [](Fixture &f) { f.commands.testPrint(text("p")); };
+        row("test: any body", test, error, u"تم إرسال طباعة التجربة", 0);
+        row("test: empty body", test, "", u"تم إرسال طباعة التجربة", 0);
+        row("test: none", test, none, u"تعذر إرسال الطباعة", 0);
+
+        const Call profile = [](Fixture &f) { f.commands.saveProfile(text("p"), {}, f.note()); };
+        row("profile: good", profile, good, nullptr, 1, 1);
+        row("profile: the bare word is no error", profile, R"({"note":"error 5"})", nullptr, 1, 1);
+        row("profile: error", profile, error, nullptr, 0, 0);
+        row("profile: none", profile, none, nullptr, 0, 0);
+
+        const Call action
+            = [](Fixture &f) { f.commands.printerAction(text("p"), text("cut"), {}, QStringLiteral("أُرسل أمر القص")); };
+        row("action: good", action, good, u"أُرسل أمر القص", 0);
+        row("action: error", action, error, u"تعذر تنفيذ الأمر على هذه الطابعة", 0);
+        row("action: none", action, none, u"تعذر تنفيذ الأمر على هذه الطابعة", 0);
+
+        row(
+            "remove: none", [](Fixture &f) { f.commands.remove(text("p")); }, none, nullptr, 1);
+
+        const Call add = [](Fixture &f) { f.commands.addNetwork(text("n"), text("h"), 1); };
+        row("network: error", add, error, u"تمت إضافة الطابعة", 1);
+        row("network: none", add, none, u"تمت إضافة الطابعة", 1);
+
+        const Call usb = [](Fixture &f) { f.commands.addUsb(text("n"), text("u")); };
+        row("usb: good", usb, R"({"queue":"q"})", u"تم إنشاء طابعة USB", 1);
+        row("usb: an error that speaks of a queue", usb, R"({"error":"no queue"})", u"تم إنشاء طابعة USB", 1);
+        row("usb: error", usb, error, u"تعذر إنشاء الطابعة (قد يلزم صلاحية مدير)", 1);
+        row("usb: none", usb, none, u"تعذر إنشاء الطابعة (قد يلزم صلاحية مدير)", 1);
+
+        const Call origin = [](Fixture &f) { f.commands.addOrigin(text("o"), f.note()); };
+        row("origin: good", origin, R"({"origin":"o.example"})", u"تمت إضافة الموقع", 1, 1);
+        row("origin: error", origin, R"({"error":"bad origin"})", u"عنوان غير صالح: اكتب نطاقًا مثل pos.example.com", 0,
+            0);
+        row("origin: none", origin, none, u"عنوان غير صالح: اكتب نطاقًا مثل pos.example.com", 0, 0);
+
+        row(
+            "remove origin: none", [](Fixture &f) { f.commands.removeOrigin(text("o")); }, none, u"تم حذف الموقع", 1);
+        row(
+            "revoke: error", [](Fixture &f) { f.commands.revoke(text("s")); }, error, nullptr, 1);
+        row(
+            "auto on", [](Fixture &f) { f.commands.setAutoApprove(true); }, none, u"الموافقة التلقائية مفعّلة", 1);
+        row(
+            "auto off", [](Fixture &f) { f.commands.setAutoApprove(false); }, good, u"الموافقة التلقائية متوقفة", 1);
+
+        const Call print = [](Fixture &f) { f.commands.printDesigner(text("p"), {}, f.note()); };
+        row("designer: good", print, good, nullptr, 0, 1);
+        row("designer: error", print, error, nullptr, 0, 0);
+        row("designer: none", print, none, nullptr, 0, 0);
+    }
+    void verdicts()
+    {
+        QFETCH(Call, call);
+        QFETCH(QByteArray, answer);
+        QFETCH(QString, message);
+        QFETCH(int, refreshes);
+        QFETCH(int, done);
+        Fixture f;
+        f.server.answerWith([answer](const HttpRequest &request, QTcpSocket &socket) {
+            if (request.target == "/admin/state")
+                return;
+            if (answer.isNull())
+                socket.abort();
+            else
+                socket.write(HttpServer::response(answer));
+        });
+        QSignalSpy toast(&f.toast, &Toast::changed);
+        call(f);
+        QTRY_VERIFY(!f.toast.text().isNull() || f.done || !f.server.requestsTo("/admin/state").isEmpty());
+        QTRY_COMPARE(f.server.requestsTo("/admin/state").size(), refreshes);
+        QTest::qWait(20);
+        QCOMPARE(f.server.requestsTo("/admin/state").size(), refreshes);
+        QCOMPARE(f.toast.text(), message);
+        QVERIFY(toast.count() <= 1);
+        QCOMPARE(f.done ? int(*f.done) : -1, done);
+    }
+
+    void searches_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<qsizetype>("hits");
+        QTest::newRow("hits") << QByteArray(R"({"hosts":[{"host":"a","port":1},{"host":"b","port":2}]})")
+                              << qsizetype(2);
+        QTest::newRow("one is odd") << QByteArray(R"({"hosts":[{"host":"a","port":1},{"host":"b","port":"2"}]})")
+                                    << qsizetype(0);
+        QTest::newRow("error") << QByteArray(R"({"error":1})") << qsizetype(0);
+        QTest::newRow("none") << QByteArray() << qsizetype(0);
+    }
+    void searches()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(qsizetype, hits);
+        Fixture f;
+        f.server.answerWith([answer](const HttpRequest &, QTcpSocket &socket) {
+            if (answer.isNull())
+                socket.abort();
+            else
+                socket.write(HttpServer::response(answer));
+        });
+        f.commands.scanNetwork(f.count<NetHost>());
+        QTRY_VERIFY(f.hits);
+        QCOMPARE(*f.hits, hits);
+        QVERIFY(f.toast.text().isNull());
+    }
+};
+
+QTEST_GUILESS_MAIN(CommandsTest)
+#include "tst_commands.moc"

@@ -1,0 +1,235 @@
+#include "app/agent.h"
+#include "app/statepoll.h"
+#include "app/toast.h"
+#include "support/fakebundle.h"
+#include "support/httpserver.h"
+#include "support/manualclock.h"
+#include "support/wiredata.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace zemrak;
+using namespace zemrak::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+QByteArray stateBody(const QString &version = QStringLiteral("1"), qint64 httpPort = 0)
+{
+    QJsonObject state = storedObject(QStringLiteral("wire/state.json"));
+    state.insert(QStringLiteral("version"), version);
+    state.insert(QStringLiteral("httpPort"), httpPort);
+    return toJson(state);
+}
+
+struct Fixture
+{
+    FakeBundle files;
+    ManualClock clock;
+    HttpServer server;
+    AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
+    StatePoll poll{channel, clock};
+    QSignalSpy changed{&poll, &StatePoll::stateChanged};
+    QSignalSpy answered{&poll, &StatePoll::answered};
+
+    QByteArray stateHere(const char *version = "1") { return stateBody(QString::fromLatin1(version), server.port()); }
+};
+
+} // namespace
+
+class StatePollTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pollsAfterOneSecondAndEveryTwo()
+    {
+        Fixture f;
+        f.server.answerJson(f.stateHere());
+        QSignalSpy about(&f.poll, &StatePoll::aboutToRefresh);
+        f.poll.arm();
+        f.clock.advance(999ms);
+        QCOMPARE(about.count(), 0);
+        f.clock.advance(1ms); // 1 s
+        QCOMPARE(about.count(), 1);
+        f.clock.advance(1s); // 2 s
+        QCOMPARE(about.count(), 2);
+        f.clock.advance(4s); // 4 s and 6 s
+        QCOMPARE(about.count(), 4);
+        f.poll.arm(); // begins anew, without a second beat beside the first
+        f.clock.advance(4s);
+        QCOMPARE(about.count(), 7);
+        f.poll.disarm();
+        f.clock.advance(60s);
+        QCOMPARE(about.count(), 7);
+    }
+
+    void sameStateAnnouncesNothing()
+    {
+        Fixture f;
+        QVERIFY(!f.poll.state());
+        f.server.answerJson(f.stateHere());
+        f.poll.refresh();
+        QTRY_COMPARE(f.answered.count(), 1);
+        QCOMPARE(f.changed.count(), 1);
+        QCOMPARE(f.poll.state()->printers.size(), 2);
+        f.poll.refresh();
+        QTRY_COMPARE(f.answered.count(), 2);
+        f.server.answerJson(f.stateHere() + "  \n"); // other bytes, the same state
+        f.poll.refresh();
+        QTRY_COMPARE(f.answered.count(), 3);
+        QCOMPARE(f.changed.count(), 1);
+        f.server.answerJson(f.stateHere("2"));
+        f.poll.refresh();
+        QTRY_COMPARE(f.changed.count(), 2);
+        QCOMPARE(f.poll.state()->version, QStringLiteral("2"));
+    }
+
+    void anythingElseMeansNoState_data()
+    {
+        QTest::addColumn<QByteArray>("response");
+        QTest::newRow("refused") << HttpServer::response(R"({"error":{"code":"unauthorized"}})", "401 Unauthorized");
+        QTest::newRow("key missing") << HttpServer::response(R"({"version":"1"})");
+        QTest::newRow("cut off") << HttpServer::response(stateBody().chopped(1));
+        QTest::newRow("empty") << HttpServer::response({});
+        QTest::newRow("no HTTP") << QByteArray("hello\r\n\r\n");
+    }
+    void anythingElseMeansNoState()
+    {
+        QFETCH(QByteArray, response);
+        Fixture f;
+        f.server.answerJson(f.stateHere());
+        f.poll.refresh();
+        QTRY_VERIFY(f.poll.state());
+        f.server.answerWith([response](const HttpRequest &, QTcpSocket &socket) {
+            socket.write(response);
+            socket.disconnectFromHost();
+        });
+        f.poll.refresh();
+        QTRY_VERIFY(!f.poll.state());
+        QCOMPARE(f.changed.count(), 2);
+        f.poll.refresh();
+        QTRY_VERIFY(f.server.requests().size() >= 3);
+        QTest::qWait(50);
+        QCOMPARE(f.changed.count(), 2);
+        QCOMPARE(f.answered.count(), 1);
+
+        f.server.answerJson(f.stateHere()); // the very bytes from before the fall
+        f.poll.refresh();
+        QTRY_VERIFY(f.poll.state());
+    }
+
+    void silenceMeansNoState()
+    {
+        Fixture f;
+        f.server.answerJson(f.stateHere());
+        f.poll.refresh();
+        QTRY_VERIFY(f.poll.state());
+        f.server.answerWith({});
+        f.poll.refresh();
+        QTRY_COMPARE(f.server.requests().size(), 2);
+        f.clock.advance(4999ms);
+        QTest::qWait(50);
+        QVERIFY(f.poll.state());
+        f.clock.advance(1ms);
+        QTRY_VERIFY(!f.poll.state());
+    }
+
+    void portFollowsTheState()
+    {
+        Fixture f;
+        HttpServer moved;
+        moved.answerJson(stateBody(QStringLiteral("moved"), moved.port()));
+        f.server.answerJson(stateBody(QStringLiteral("1"), moved.port()));
+        f.poll.refresh();
+        QTRY_VERIFY(f.poll.state());
+        f.poll.refresh();
+        QTRY_COMPARE(f.poll.state()->version, QStringLiteral("moved"));
+        QCOMPARE(f.server.requests().size(), 1);
+        moved.answerJson("{}");
+        f.poll.refresh();
+        QTRY_VERIFY(!f.poll.state());
+        f.poll.refresh(); // back to where it began
+        QTRY_COMPARE(f.server.requests().size(), 2);
+    }
+
+    void toastIsClearedByTheFirstDelay()
+    {
+        ManualClock clock;
+        Toast toast(clock);
+        QSignalSpy changed(&toast, &Toast::changed);
+        toast.flash(QStringLiteral("one"));
+        clock.advance(1s);
+        toast.flash(QStringLiteral("two"));
+        clock.advance(1499ms);
+        QCOMPARE(toast.text(), QStringLiteral("two"));
+        clock.advance(1ms);
+        QVERIFY(toast.text().isNull());
+        clock.advance(10s);
+        QCOMPARE(changed.count(), 3);
+    }
+
+    // The pieces together: what the service does is seen on the properties, each change told once.
+    void agentPublishesItsService()
+    {
+        FakeBundle files;
+        ManualClock clock;
+        HttpServer server;
+        NoGuard guard;
+        QTemporaryDir settings;
+        UserDefaults defaults(settings.filePath(QStringLiteral("settings.ini")));
+        defaults.setBoolean(QLatin1String("keepAwake"), true);
+        files.setService(QStringLiteral("echo bye; exit 78"));
+        Agent agent(
+            {.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock, guard);
+        QSignalSpy running(&agent, &Agent::runningChanged);
+        QSignalSpy conflict(&agent, &Agent::portConflictChanged);
+        QSignalSpy state(&agent, &Agent::stateChanged);
+        QVERIFY(agent.keepAwake() && !agent.isRunning() && !agent.state() && agent.toast().isNull());
+
+        agent.start();
+        QTRY_VERIFY(agent.portConflict());
+        QCOMPARE(agent.log(), QStringLiteral("bye\n"));
+        QCOMPARE(running.count(), 2);
+        QCOMPARE(agent.health().headline, QStringLiteral("المنفذ مشغول"));
+        server.answerJson("{}"); // an answer that is no state leaves the conflict as it is
+        agent.refresh();
+        QTRY_COMPARE(server.requests().size(), 1);
+        QTest::qWait(50);
+        QVERIFY(agent.portConflict());
+
+        server.answerJson(stateBody(QStringLiteral("1"), server.port()));
+        agent.refresh();
+        QTRY_VERIFY(!agent.portConflict());
+        QCOMPARE(conflict.count(), 2);
+        QCOMPARE(state.count(), 1);
+        QCOMPARE(agent.health().headline, QStringLiteral("مشكلة في طابعة"));
+
+        agent.stop();
+        const qsizetype asked = server.requests().size();
+        clock.advance(60s);
+        QTest::qWait(50);
+        QVERIFY(server.requests().size() <= asked + 1); // at most the look one second after the start
+        QCOMPARE(files.runs(), 1);
+    }
+
+    void requestedPageTellsEachRequest()
+    {
+        FakeBundle files;
+        ManualClock clock;
+        NoGuard guard;
+        QTemporaryDir settings;
+        Agent agent({.bundle = files.bundle(), .configDir = files.configDir(), .port = 1},
+            UserDefaults(settings.filePath(QStringLiteral("s.ini"))), clock, guard);
+        QSignalSpy requested(&agent, &Agent::requestedPageChanged);
+        agent.setRequestedPage(Page::Alerts);
+        agent.setRequestedPage(Page::Alerts);
+        agent.setRequestedPage(std::nullopt);
+        agent.setRequestedPage(Page::Alerts);
+        QCOMPARE(requested.count(), 3);
+    }
+};
+
+QTEST_GUILESS_MAIN(StatePollTest)
+#include "tst_statepoll.moc"

@@ -1,0 +1,137 @@
+#include "platform/linux/sessioninstance.h"
+#include "support/privatebus.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace zemrak::linux_;
+using namespace zemrak::test;
+
+// This program is also each of the copies: with the argument "copy" it claims, says what came of it, and stays as
+// long as it is the one.
+namespace {
+
+int runCopy(QCoreApplication &application)
+{
+    SessionInstance instance;
+    instance.onActivated([] {
+        std::puts("shown");
+        std::fflush(stdout);
+    });
+    if (!instance.claim()) {
+        std::puts("second");
+        return 0;
+    }
+    std::puts("first");
+    std::fflush(stdout);
+    return application.exec();
+}
+
+class Copy
+{
+public:
+    Copy(const QString &runtimeDir, const QString &busAddress)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir);
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+        m_process.setProcessEnvironment(environment);
+        m_process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("copy")});
+    }
+    ~Copy()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    [[nodiscard]] QByteArray said()
+    {
+        m_said += m_process.readAllStandardOutput();
+        return m_said;
+    }
+    void kill() { m_process.kill(); }
+    [[nodiscard]] bool ended() const { return m_process.state() == QProcess::NotRunning; }
+    [[nodiscard]] int status() const { return m_process.exitCode(); }
+
+private:
+    QProcess m_process;
+    QByteArray m_said;
+};
+
+} // namespace
+
+class InstanceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void oneCopyRuns_data()
+    {
+        QTest::addColumn<bool>("bus");
+        QTest::addColumn<bool>("sameBus");
+        QTest::newRow("one session bus") << true << true;
+        QTest::newRow("two session buses of one user") << true << false;
+        QTest::newRow("no session bus") << false << true;
+    }
+    void oneCopyRuns()
+    {
+        QFETCH(bool, bus);
+        QFETCH(bool, sameBus);
+        const PrivateBus firstBus;
+        const PrivateBus otherBus;
+        const QTemporaryDir runtime;
+        const QString none = QStringLiteral("unix:path=") + runtime.filePath(QStringLiteral("nobody"));
+        const QString firstAddress = bus ? firstBus.address() : none;
+        const QString secondAddress = !bus ? none : sameBus ? firstBus.address() : otherBus.address();
+
+        auto first = std::make_unique<Copy>(runtime.path(), firstAddress);
+        QTRY_COMPARE(first->said(), QByteArray("first\n"));
+        Copy second(runtime.path(), secondAddress);
+        QTRY_VERIFY(second.ended());
+        QCOMPARE(second.said(), QByteArray("second\n"));
+        QCOMPARE(second.status(), 0);
+        QTRY_COMPARE(first->said(), QByteArray("first\nshown\n"));
+
+        first->kill(); // a killed copy leaves nothing that keeps the next one out
+        first.reset();
+        Copy third(runtime.path(), secondAddress);
+        QTRY_COMPARE(third.said(), QByteArray("first\n"));
+    }
+
+    void startedInTheSameMoment()
+    {
+        const PrivateBus bus;
+        for (int round = 0; round < 10; ++round) {
+            const QTemporaryDir runtime;
+            Copy one(runtime.path(), bus.address());
+            Copy two(runtime.path(), bus.address());
+            QTRY_VERIFY(one.ended() != two.ended());
+            Copy &winner = one.ended() ? two : one;
+            Copy &loser = one.ended() ? one : two;
+            QCOMPARE(loser.said(), QByteArray("second\n"));
+            QTRY_COMPARE(winner.said(), QByteArray("first\nshown\n"));
+        }
+    }
+
+    void runtimeFolderThatCannotBeWrittenIsNoObstacle()
+    {
+        const PrivateBus bus;
+        Copy first(QStringLiteral("/proc/nowhere"), bus.address());
+        QTRY_COMPARE(first.said(), QByteArray("first\n"));
+        Copy second(QStringLiteral("/proc/nowhere"), bus.address());
+        QTRY_COMPARE(second.said(), QByteArray("second\n"));
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "copy") == 0)
+        return runCopy(application);
+    InstanceTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_instance.moc"

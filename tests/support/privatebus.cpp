@@ -1,0 +1,25 @@
+#include "support/privatebus.h"
+
+namespace zemrak::test {
+
+PrivateBus::PrivateBus()
+{
+    m_daemon.setProcessChannelMode(QProcess::SeparateChannels);
+    m_daemon.start(QStringLiteral("dbus-daemon"),
+        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+    while (m_address.isEmpty()) {
+        if (!m_daemon.canReadLine() && !m_daemon.waitForReadyRead(10'000))
+            qFatal("No private session bus: %s", qUtf8Printable(m_daemon.errorString()));
+        m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
+    }
+}
+
+PrivateBus::~PrivateBus()
+{
+    m_daemon.terminate();
+    if (!m_daemon.waitForFinished(5000))
+        m_daemon.kill();
+    m_daemon.waitForFinished();
+}
+
+} // namespace zemrak::test

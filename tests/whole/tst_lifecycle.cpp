@@ -1,0 +1,229 @@
+#include "support/privatebus.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace zemrak::test;
+
+namespace {
+
+const QString &builtBundle()
+{
+    static const QString path = QStringLiteral(ZEMRAK_BUNDLE);
+    return path;
+}
+
+/// The real program in a home of its own.
+class Program
+{
+public:
+    Program(const QTemporaryDir &home, const PrivateBus &bus, const QStringList &arguments = {},
+        const QString &bundle = builtBundle())
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("HOME"), home.path());
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+        m_process.setProcessEnvironment(environment);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(bundle + QStringLiteral("/bin/zemrak-printer"), arguments);
+    }
+    ~Program()
+    {
+        if (isAlive())
+            signal(SIGTERM);
+        if (!m_process.waitForFinished(6000))
+            m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    [[nodiscard]] bool isAlive() const { return m_process.state() != QProcess::NotRunning; }
+    [[nodiscard]] bool endedWith(int status) const
+    {
+        return !isAlive() && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == status;
+    }
+    void signal(int number) const { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+    [[nodiscard]] qint64 processId() const { return m_process.processId(); }
+    [[nodiscard]] QByteArray output()
+    {
+        m_output += m_process.readAll();
+        return m_output;
+    }
+
+private:
+    QProcess m_process;
+    QByteArray m_output;
+};
+
+bool servicePortTaken()
+{
+    QTcpSocket probe;
+    probe.connectToHost(QStringLiteral("127.0.0.1"), 17731);
+    return probe.waitForConnected(500);
+}
+
+// The service processes whose parent is, or was, the program.
+QList<qint64> childrenOf(qint64 parent)
+{
+    QList<qint64> found;
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[0-9]*")}, QDir::Dirs)) {
+        QFile stat(QStringLiteral("/proc/%1/stat").arg(entry));
+        if (!stat.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray line = stat.readAll();
+        if (line.mid(line.lastIndexOf(')') + 2).split(' ').value(1).toLongLong() == parent)
+            found.append(entry.toLongLong());
+    }
+    return found;
+}
+
+bool exists(qint64 processId)
+{
+    return ::kill(static_cast<pid_t>(processId), 0) == 0;
+}
+
+} // namespace
+
+class LifecycleTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QVERIFY2(!servicePortTaken(), "Port 17731 is in use on this machine"); }
+
+    void runsItsServiceAndEndsWithIt_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+        QTest::newRow("SIGINT") << int(SIGINT);
+    }
+    void runsItsServiceAndEndsWithIt()
+    {
+        QFETCH(int, signal);
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        Program program(home, bus);
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        const QList<qint64> services = childrenOf(program.processId());
+        QCOMPARE(services.size(), 1);
+
+        Program second(home, bus);
+        QTRY_VERIFY(second.endedWith(0));
+        QCOMPARE(second.output(), QByteArray());
+        QTRY_VERIFY(program.output().contains("Asked to show the main window"));
+        QCOMPARE(childrenOf(program.processId()), services);
+
+        QElapsedTimer took;
+        took.start();
+        program.signal(signal);
+        QTRY_VERIFY(program.endedWith(0));
+        QVERIFY2(took.elapsed() < 3000, qPrintable(QString::number(took.elapsed())));
+        QVERIFY(!exists(services.first()));
+        QVERIFY(!program.output().contains("admin.token"));
+    }
+
+    void killedProgramLeavesNoService_data()
+    {
+        QTest::addColumn<bool>("frozen");
+        QTest::newRow("a service that works") << false;
+        QTest::newRow("a service that hangs") << true;
+    }
+    void killedProgramLeavesNoService()
+    {
+        QFETCH(bool, frozen);
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        Program program(home, bus);
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        const QList<qint64> services = childrenOf(program.processId());
+        QCOMPARE(services.size(), 1);
+        if (frozen)
+            ::kill(static_cast<pid_t>(services.first()), SIGSTOP);
+        program.signal(SIGKILL);
+        QTRY_VERIFY(!exists(services.first()));
+
+        Program next(home, bus);
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+    }
+
+    // A frozen service ignores every polite word; the way out takes the three seconds it is given, and no more.
+    void frozenServiceDoesNotHoldTheEndUp()
+    {
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        Program program(home, bus);
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        const QList<qint64> services = childrenOf(program.processId());
+        ::kill(static_cast<pid_t>(services.value(0)), SIGSTOP);
+        program.signal(SIGTERM);
+        QTRY_VERIFY_WITH_TIMEOUT(program.endedWith(0), 6000);
+        QVERIFY(!exists(services.value(0)));
+    }
+
+    void takenPortIsToldByTheServiceAndSurvived()
+    {
+        QTcpServer squatter;
+        QVERIFY(squatter.listen(QHostAddress::LocalHost, 17731));
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        Program program(home, bus);
+        QTRY_VERIFY_WITH_TIMEOUT(program.output().contains("status 78"), 15'000);
+        QVERIFY(program.isAlive());
+        QVERIFY(!QFile::exists(
+            home.filePath(QStringLiteral("Library/Application Support/Zemrak Local Print/admin.token"))));
+    }
+
+    void modesEndAtOnceWithoutAService_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("menu bar") << QStringList{QStringLiteral("--render-menubar"), QStringLiteral("pictures")};
+        QTest::newRow("notifications") << QStringList{QStringLiteral("--notif-check")};
+        QTest::newRow("guide") << QStringList{QStringLiteral("--export-docs"), QStringLiteral("/proc/none/guide.md")};
+        QTest::newRow("login item") << QStringList{QStringLiteral("--login-item=neither")};
+    }
+    void modesEndAtOnceWithoutAService()
+    {
+        QFETCH(QStringList, arguments);
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        Program program(home, bus, arguments);
+        QTRY_VERIFY(program.endedWith(0));
+        QVERIFY(!QDir(home.filePath(QStringLiteral("Library"))).exists());
+    }
+
+    // Moved anywhere, the bundle uses what lies in it; one without its service says so and ends.
+    void bundleStandsOnItsOwn()
+    {
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        const QString moved = home.filePath(QStringLiteral("متجر 'الزاوية' %1"));
+        QVERIFY(QDir().mkpath(moved));
+        QCOMPARE(QProcess::execute(
+                     QStringLiteral("cp"), {QStringLiteral("-a"), builtBundle() + QStringLiteral("/."), moved}),
+            0);
+        {
+            Program program(home, bus, {}, moved);
+            QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+            QFile command(QStringLiteral("/proc/%1/cmdline").arg(childrenOf(program.processId()).value(0)));
+            QVERIFY(command.open(QIODevice::ReadOnly));
+            QCOMPARE(QString::fromUtf8(command.readAll()).split(QChar(0)).value(1),
+                moved + QStringLiteral("/resources/agent/bin/zemrak-local-print.mjs"));
+        }
+        QVERIFY(QDir(moved + QStringLiteral("/resources/agent")).removeRecursively());
+        Program broken(home, bus, {}, moved);
+        QTRY_VERIFY(broken.endedWith(1));
+        QVERIFY(broken.output().contains("lacks the print service"));
+    }
+};
+
+QTEST_GUILESS_MAIN(LifecycleTest)
+#include "tst_lifecycle.moc"
