@@ -1,0 +1,63 @@
+# Shared by the scripts of this folder; sourced, not run.
+# shellcheck shell=bash
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+say() { printf '\n== %s\n' "$*"; }
+
+# Debian packages, each with the reason it is needed for.
+packages_run=(
+  g++ cmake ninja-build           # the build
+  qt6-base-dev                    # Qt: core, window system, network, D-Bus, tests
+  nodejs                          # runs the print service
+  openssl                         # the service's certificate authority
+  libnss3-tools                   # certutil: browsers' trust in that authority
+)
+packages_test=(
+  "${packages_run[@]}"
+  dbus-daemon                     # private session buses
+  clang-format shellcheck         # gates
+  procps util-linux               # what the fake services of the tests use
+)
+
+# A package counts as there when dpkg says so, or when the program it is wanted for was installed another way.
+have_package() {
+  case $1 in
+    nodejs) command -v node >/dev/null && return 0 ;;
+    g++ | cmake | openssl | clang-format | shellcheck) command -v "$1" >/dev/null && return 0 ;;
+  esac
+  dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+}
+
+# install_packages NAME...: installs what is missing, or says how and stops.
+install_packages() {
+  local missing=() package
+  for package in "$@"; do
+    have_package "$package" || missing+=("$package")
+  done
+  if [ ${#missing[@]} -eq 0 ]; then
+    return 0
+  fi
+  say "Installing: ${missing[*]}"
+  local get=(apt-get install -y --no-install-recommends "${missing[@]}")
+  if [ "$(id -u)" -eq 0 ]; then
+    apt-get update && DEBIAN_FRONTEND=noninteractive "${get[@]}"
+  elif command -v sudo >/dev/null && { sudo -n true 2>/dev/null || [ -t 0 ]; }; then
+    sudo apt-get update && sudo DEBIAN_FRONTEND=noninteractive "${get[@]}"
+  else
+    printf 'These packages are missing. As an administrator, run:\n\n  apt-get update && %s\n\n' "${get[*]}" >&2
+    exit 1
+  fi
+}
+
+# build PRESET: configures when needed, then builds what changed.
+build() {
+  say "Building ($1)"
+  (cd "$root" && cmake --preset "$1" >"$root/build/$1.configure.log" 2>&1) || {
+    cat "$root/build/$1.configure.log" >&2
+    exit 1
+  }
+  (cd "$root" && cmake --build --preset "$1")
+}
+
+mkdir -p "$root/build"
