@@ -7,7 +7,7 @@ namespace zemrak {
 namespace {
 
 // Where the last `count` code points begin.
-qsizetype tailStart(const QString &text, qsizetype count)
+qsizetype tailStart(QStringView text, qsizetype count)
 {
     qsizetype start = text.size();
     while (count > 0 && start > 0) {
@@ -28,7 +28,7 @@ QString lastCharacters(const QString &text, qsizetype count)
         return text;
     // Only the neighbourhood of the cut decides whether it goes through a character; no real one is longer.
     constexpr qsizetype neighbourhood = 64;
-    const qsizetype from = tailStart(text.left(start), neighbourhood);
+    const qsizetype from = tailStart(QStringView(text).left(start), neighbourhood);
     const QString around = text.mid(from, start - from + neighbourhood);
     QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, around);
     boundaries.setPosition(start - from);
