@@ -44,7 +44,7 @@ bool isAnswered(const QNetworkReply &reply)
     const QNetworkReply::NetworkError error = reply.error();
     if (!reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid())
         return false;
-    return error == QNetworkReply::NoError
+    return error == QNetworkReply::NoError || error == QNetworkReply::ProxyAuthenticationRequiredError // a bare 407
         || (error > QNetworkReply::UnknownProxyError && error != QNetworkReply::ContentReSendError
             && error != QNetworkReply::ProtocolFailure);
 }
@@ -68,6 +68,11 @@ AdminChannel::~AdminChannel()
         reply->disconnect(this);
 }
 
+bool AdminChannel::hasToken() const
+{
+    return readAdminToken(m_tokenFile).has_value();
+}
+
 void AdminChannel::request(const AdminRequest &request, QObject *context, Done done)
 {
     QObject *const owner = context == nullptr ? this : context;
@@ -85,12 +90,13 @@ QNetworkReply *AdminChannel::send(const AdminRequest &request)
         = plainRequest(QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(request.path)));
     if (const std::optional<QByteArray> token = readAdminToken(m_tokenFile))
         outgoing.setRawHeader("X-Zemrak-Admin", token->isNull() ? QByteArray("") : *token);
-    if (!request.body)
-        return m_network.sendCustomRequest(outgoing, request.method);
+    if (request.method == "GET")
+        return m_network.get(outgoing);
 
-    const QByteArray bytes = QJsonDocument(*request.body).toJson(QJsonDocument::Compact);
+    const QByteArray bytes = request.body ? QJsonDocument(*request.body).toJson(QJsonDocument::Compact) : QByteArray();
     auto body = std::make_unique<OnceOnlyBody>(bytes);
-    outgoing.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/json"));
+    if (request.body)
+        outgoing.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/json"));
     outgoing.setHeader(QNetworkRequest::ContentLengthHeader, bytes.size());
     outgoing.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     QNetworkReply *reply = m_network.sendCustomRequest(outgoing, request.method, body.get());

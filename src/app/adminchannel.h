@@ -19,7 +19,7 @@ struct AdminRequest
 {
     QString path; ///< begins with "/admin/"
     QByteArray method = "GET";
-    std::optional<QJsonObject> body = {}; ///< none: no body is sent
+    std::optional<QJsonObject> body = {}; ///< none: no body is sent; a GET never has one
     std::chrono::milliseconds timeout = std::chrono::seconds(5); ///< from sending to the last byte of the answer
 };
 
@@ -27,7 +27,8 @@ struct AdminRequest
 using AdminAnswer = std::optional<QByteArray>;
 
 /// The private line to the print service: HTTP to 127.0.0.1 and nowhere else, with the token it left in its folder.
-/// No proxy, redirect, cookie, cache or repetition. Main thread only; never blocks.
+/// No proxy, redirect, cookie or cache. What changes something is sent once at most; a GET whose connection breaks may
+/// be asked again by the network layer. Main thread only; never blocks.
 class AdminChannel : public QObject
 {
     Q_OBJECT
@@ -44,6 +45,9 @@ public:
     /// The port the service's state names. None: the one given at construction again. A number that is no port makes
     /// every request fail.
     void setPort(std::optional<qint64> port) { m_port = port.value_or(m_initialPort); }
+
+    /// The service has left a token that can be read.
+    [[nodiscard]] bool hasToken() const;
 
     using Done = std::function<void(const AdminAnswer &answer)>;
 

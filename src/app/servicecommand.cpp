@@ -19,6 +19,9 @@ void setServiceCommand(QProcess &process, const ApplicationBundle &bundle, const
 QProcessEnvironment serviceEnvironment(const ApplicationBundle &bundle)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    // A launcher's leave to raise a window is ours alone.
+    environment.remove(QStringLiteral("XDG_ACTIVATION_TOKEN"));
+    environment.remove(QStringLiteral("DESKTOP_STARTUP_ID"));
     environment.insert(QStringLiteral("ZEMRAK_LP_EXIT_WITH_PARENT"), QStringLiteral("1"));
     // Notifications are the application's: two programs must not announce the same problem.
     environment.insert(QStringLiteral("ZEMRAK_LP_NO_OS_NOTIFY"), QStringLiteral("1"));

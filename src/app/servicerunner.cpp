@@ -16,7 +16,7 @@ ServiceRunner::~ServiceRunner()
     for (QProcess *command : findChildren<QProcess *>()) {
         command->disconnect(this);
         command->kill();
-        command->waitForFinished();
+        command->waitForFinished(3000);
     }
 }
 

@@ -42,7 +42,7 @@ ServiceSupervisor::~ServiceSupervisor()
     if (m_process) {
         m_process->disconnect(this);
         m_process->kill();
-        m_process->waitForFinished();
+        m_process->waitForFinished(static_cast<int>(politeEnd.count()));
     }
 }
 
@@ -50,13 +50,13 @@ void ServiceSupervisor::start()
 {
     m_stopping = false;
     m_startTimer->stop();
-    Q_EMIT startRequested();
     if (hasProcess()) {
         m_replacing = true;
         requestEnd();
     } else {
         prepare();
     }
+    Q_EMIT startRequested();
 }
 
 void ServiceSupervisor::stop()
@@ -64,9 +64,10 @@ void ServiceSupervisor::stop()
     m_stopping = true;
     m_replacing = false;
     m_startTimer->stop();
+    m_prepareCancelled = m_preparing;
     m_runner.cancelAll();
-    Q_EMIT stopRequested();
     requestEnd();
+    Q_EMIT stopRequested();
 }
 
 void ServiceSupervisor::restart()
@@ -87,22 +88,28 @@ void ServiceSupervisor::shutDown()
 
 void ServiceSupervisor::prepare()
 {
-    if (m_preparing)
+    if (m_preparing || hasProcess())
         return;
     if (QFile::exists(m_configDir + QStringLiteral("/tls/server.crt"))) {
         launch();
         return;
     }
     m_preparing = true;
+    m_prepareCancelled = false;
     m_prepareTimer->start(certificatePatience);
     m_runner.runOnce({QStringLiteral("init-tls")}, [this](int status) {
         m_preparing = false;
         m_prepareTimer->stop();
+        if (m_stopping)
+            return;
+        // Stopped and started again meanwhile: the certificate still is to be made first.
+        if (std::exchange(m_prepareCancelled, false)) {
+            prepare();
+            return;
+        }
         if (status != 0)
             qCWarning(lcService) << "The certificate was not made; status" << status;
-        // Stopped meanwhile: nothing is launched. Stopped and started again meanwhile: this is the launch it waits for.
-        if (!m_stopping && !hasProcess())
-            launch();
+        launch();
     });
 }
 
@@ -151,7 +158,7 @@ void ServiceSupervisor::onLaunchFailed()
     m_log.replace(QStringLiteral("تعذر تشغيل الخدمة: ") + m_process->errorString());
     qCWarning(lcService) << "The print service could not be launched:" << m_process->errorString();
     letGoOfProcess();
-    if (std::exchange(m_replacing, false))
+    if (std::exchange(m_replacing, false) && !m_stopping)
         prepare();
 }
 
@@ -159,15 +166,15 @@ void ServiceSupervisor::onEnded(const ServiceExit &exit)
 {
     qCInfo(lcService) << "The print service ended;" << (exit.bySignal ? "signal" : "status") << exit.status;
     letGoOfProcess();
-    setRunning(false);
-    if (std::exchange(m_replacing, false)) {
-        // It was told to make room; how it took that says nothing about the port or the next launch.
-        prepare();
-        return;
-    }
-    setPortConflict(isPortConflict(exit));
-    if (!m_stopping)
+    // Everything is decided before anybody is told: who is told may call back.
+    const bool replaced = std::exchange(m_replacing, false);
+    if (!replaced && !m_stopping)
         m_startTimer->start(relaunchDelay(exit));
+    setRunning(false);
+    if (!replaced)
+        setPortConflict(isPortConflict(exit));
+    else if (!m_stopping)
+        prepare(); // it made room; how it took that says nothing about the port
 }
 
 void ServiceSupervisor::letGoOfProcess()

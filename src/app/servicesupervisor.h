@@ -18,7 +18,8 @@ namespace zemrak {
 /// Keeps the print service running: launches it, collects its output, launches it again when it ends.
 ///
 /// There is never more than one service process: a launch waits until the process before it is gone, and one that
-/// ignores the request to end is killed after three seconds. Main thread only; nothing but shutDown() blocks.
+/// ignores the request to end is killed after three seconds. Main thread only; nothing but shutDown() and the
+/// destructor blocks. Slots may call back into it.
 class ServiceSupervisor : public QObject
 {
     Q_OBJECT
@@ -44,12 +45,12 @@ public:
     void stop();
     /// stop(), and start() one second later.
     void restart();
-    /// stop(), and waits until the service is gone: at most the three seconds it is given, then it is killed. For the
-    /// end of the application.
+    /// stop(), and waits until the service is gone: three seconds, then it is killed, and the system gets three more
+    /// to clear it away. For the end of the application.
     void shutDown();
 
 Q_SIGNALS:
-    /// At the begin of every start(), also of those after a crash.
+    /// At every start(), also of those after a crash.
     void startRequested();
     void stopRequested();
     void runningChanged();
@@ -81,6 +82,7 @@ private:
     bool m_stopping = false; ///< a deliberate end: no relaunch
     bool m_replacing = false; ///< launch as soon as the present process has ended
     bool m_preparing = false;
+    bool m_prepareCancelled = false; ///< by stop(), not by its own failure
     bool m_running = false;
     bool m_portConflict = false;
 };

@@ -10,9 +10,9 @@ class SingleInstance
 public:
     virtual ~SingleInstance() = default;
 
-    /// Tries to become the one copy. False: another one runs; it has been asked to show its window, and this process
-    /// is to end. Called once, on the main thread; blocks for at most a few seconds. The claim ends with this object
-    /// or with the process, however that ends.
+    /// Tries to become the one copy. False: another one runs and has taken the request to show its window, or has not
+    /// answered for ten seconds; this process is to end. A copy that is just ending is waited for. Called once, on the
+    /// main thread, which it blocks meanwhile. The claim ends with this object or with the process, however that ends.
     [[nodiscard]] virtual bool claim() = 0;
 
     /// Called on the main thread whenever another copy, or the desktop, asks this one to show its window. Set before

@@ -19,4 +19,10 @@ UserDefaults::UserDefaults(const QString &fileName)
 {
 }
 
+void UserDefaults::setStrings(QLatin1String key, const QStringList &values)
+{
+    if (strings(key) != values)
+        m_settings.setValue(key, values);
+}
+
 } // namespace zemrak

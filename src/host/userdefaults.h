@@ -2,6 +2,7 @@
 
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 namespace zemrak {
@@ -13,9 +14,16 @@ public:
     /// `fileName` empty: the application's own file.
     explicit UserDefaults(const QString &fileName = {});
 
-    /// An absent key, or one that holds something else, reads as false.
-    [[nodiscard]] bool boolean(QLatin1String key) const { return m_settings.value(key).toBool(); }
+    /// True only when the key holds "true"; absent or anything else reads as false.
+    [[nodiscard]] bool boolean(QLatin1String key) const
+    {
+        return m_settings.value(key).toString() == QLatin1String("true");
+    }
     void setBoolean(QLatin1String key, bool value) { m_settings.setValue(key, value); }
+    /// Absent reads as empty.
+    [[nodiscard]] QStringList strings(QLatin1String key) const { return m_settings.value(key).toStringList(); }
+    /// Writes only what differs.
+    void setStrings(QLatin1String key, const QStringList &values);
 
 private:
     QSettings m_settings;

@@ -15,7 +15,7 @@ struct JobInfo
     QString kind;
     QString status;
     std::optional<QString> errorCode;
-    double updatedAt = 0; ///< milliseconds since 1970-01-01 UTC
+    double updatedAt = 0; ///< time stamp, as the service sends it
 
     [[nodiscard]] static std::optional<JobInfo> decode(const QJsonValue &value);
     bool operator==(const JobInfo &) const = default;

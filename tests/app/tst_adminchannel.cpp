@@ -167,8 +167,8 @@ private Q_SLOTS:
         row("200 empty", HttpServer::response({}), {});
         row("401 with a challenge",
             "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"\r\nContent-Length: 3\r\n\r\n{1}", "{1}");
-        for (const char *status :
-            {"400 Bad", "403 No", "404 No", "405 No", "409 No", "413 No", "421 No", "500 Oh", "503 Oh", "599 Odd"})
+        for (const char *status : {"400 Bad", "403 No", "404 No", "405 No", "407 No", "409 No", "413 No", "421 No",
+                 "500 Oh", "503 Oh", "599 Odd"})
             row(status, HttpServer::response("{\"error\":1}", status), "{\"error\":1}");
         row("redirect", "HTTP/1.1 302 Found\r\nLocation: /admin/elsewhere\r\nContent-Length: 4\r\n\r\nmove", "move");
         row("chunked", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nab\r\n1\r\nc\r\n0\r\n\r\n", "abc");
@@ -218,18 +218,20 @@ private Q_SLOTS:
         const AdminRequest order{.path = QStringLiteral("/admin/test"),
             .method = "POST",
             .body = QJsonObject{{QStringLiteral("printer"), QStringLiteral("p")}}};
+        const AdminRequest bare{.path = QStringLiteral("/admin/discover/network"), .method = "POST"};
         for (const bool onUsedConnection : {false, true}) {
-            for (const bool abruptly : {false, true}) {
+            for (const auto &[request, abruptly] :
+                {std::pair(order, false), std::pair(order, true), std::pair(bare, false), std::pair(bare, true)}) {
                 f.server.answerJson("{}");
                 if (onUsedConnection) {
                     const auto before = f.ask();
                     QTRY_COMPARE(before->calls, 1);
                 }
                 f.server.forget();
-                f.server.answerWith([abruptly](const HttpRequest &, QTcpSocket &socket) {
+                f.server.answerWith([abruptly = abruptly](const HttpRequest &, QTcpSocket &socket) {
                     abruptly ? socket.abort() : socket.close();
                 });
-                const auto outcome = f.ask(order);
+                const auto outcome = f.ask(request);
                 QTRY_COMPARE(outcome->calls, 1);
                 QVERIFY(!outcome->answer);
                 QTest::qWait(100);

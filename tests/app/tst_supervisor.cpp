@@ -99,6 +99,22 @@ private Q_SLOTS:
         QTRY_VERIFY(!f.supervisor.isRunning());
     }
 
+    void stopAndStartWhileTheCertificateIsMadeStillMakesIt()
+    {
+        Fixture f;
+        f.files.setCertificate(false);
+        f.files.setInitTls(QStringLiteral("exec sleep 60"));
+        f.files.setLastingService();
+        f.supervisor.start();
+        QTRY_COMPARE(f.files.launches().size(), 1);
+        f.supervisor.stop();
+        f.files.setInitTls(QStringLiteral("exit 0"));
+        f.files.setLastingService();
+        f.supervisor.start();
+        const QString initTls = QStringLiteral("init-tls");
+        QTRY_COMPARE(f.files.launches(), (QStringList{initTls, initTls, QStringLiteral("run")}));
+    }
+
     void stopWhileTheCertificateIsMadeLaunchesNothing()
     {
         Fixture f;
@@ -257,6 +273,60 @@ private Q_SLOTS:
         QCOMPARE(f.runs(), 2);
         QVERIFY(!f.overlapped());
         QCOMPARE(f.clock.pending(), 0);
+    }
+
+    // However the old process takes it to be replaced, its end is no news: no flag, no second launch.
+    void endOfAReplacedServiceChangesNothing()
+    {
+        Fixture f;
+        f.files.setService(QStringLiteral("trap 'kill $!; exit 78' TERM; echo up; sleep 60 9>&- & wait"));
+        QSignalSpy conflict(&f.supervisor, &ServiceSupervisor::portConflictChanged);
+        f.supervisor.start();
+        QTRY_VERIFY(f.log.text().contains(QLatin1String("up")));
+        f.files.setLastingService();
+        f.supervisor.start();
+        QTRY_COMPARE(f.runs(), 2);
+        QTRY_VERIFY(f.supervisor.isRunning());
+        QCOMPARE(conflict.count(), 0);
+        QCOMPARE(f.clock.pending(), 0);
+        f.clock.advance(60s);
+        SETTLE();
+        QCOMPARE(f.runs(), 2);
+        QVERIFY(!f.overlapped());
+    }
+
+    // Whoever is told of a change may answer with a command, from within.
+    void slotsMayCallBack()
+    {
+        Fixture f;
+        f.files.setService(QStringLiteral("exit 78"));
+        bool once = true;
+        const auto startOnce = [&] {
+            if (!f.supervisor.isRunning() && std::exchange(once, false)) {
+                f.files.setLastingService();
+                f.supervisor.start();
+            }
+        };
+        connect(&f.supervisor, &ServiceSupervisor::runningChanged, &f.supervisor, startOnce);
+        f.supervisor.start();
+        QTRY_COMPARE(f.runs(), 2);
+        QTRY_VERIFY(f.supervisor.isRunning());
+        f.clock.advance(60s);
+        SETTLE();
+        QCOMPARE(f.runs(), 2);
+
+        once = true;
+        f.supervisor.start(); // the slot starts as well, in the middle of the replacement
+        QTRY_COMPARE(f.runs(), 3);
+        SETTLE();
+        QCOMPARE(f.runs(), 3);
+
+        connect(&f.supervisor, &ServiceSupervisor::startRequested, &f.supervisor, &ServiceSupervisor::stop);
+        f.supervisor.start();
+        QTRY_VERIFY(!f.supervisor.isRunning());
+        f.clock.advance(60s);
+        SETTLE();
+        QVERIFY(!f.supervisor.isRunning() && !f.overlapped());
     }
 
     void stopIsFinalAndHarmlessTwice()

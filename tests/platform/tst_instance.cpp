@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+
 using namespace zemrak::linux_;
 using namespace zemrak::test;
 
@@ -52,6 +54,7 @@ public:
         return m_said;
     }
     void kill() { m_process.kill(); }
+    void freeze() { ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP); }
     [[nodiscard]] bool ended() const { return m_process.state() == QProcess::NotRunning; }
     [[nodiscard]] int status() const { return m_process.exitCode(); }
 
@@ -100,19 +103,42 @@ private Q_SLOTS:
         QTRY_COMPARE(third.said(), QByteArray("first\n"));
     }
 
+    void startedInTheSameMoment_data()
+    {
+        QTest::addColumn<bool>("bus");
+        QTest::newRow("session bus") << true;
+        QTest::newRow("no session bus") << false;
+    }
     void startedInTheSameMoment()
     {
-        const PrivateBus bus;
+        QFETCH(bool, bus);
+        const PrivateBus privateBus;
         for (int round = 0; round < 10; ++round) {
             const QTemporaryDir runtime;
-            Copy one(runtime.path(), bus.address());
-            Copy two(runtime.path(), bus.address());
+            const QString address = bus ? privateBus.address() : QStringLiteral("unix:path=/nobody");
+            Copy one(runtime.path(), address);
+            Copy two(runtime.path(), address);
             QTRY_VERIFY(one.ended() != two.ended());
             Copy &winner = one.ended() ? two : one;
             Copy &loser = one.ended() ? one : two;
             QCOMPARE(loser.said(), QByteArray("second\n"));
             QTRY_COMPARE(winner.said(), QByteArray("first\nshown\n"));
         }
+    }
+
+    // A copy that holds the claim but does not answer is waited for; when it goes, the new one takes over.
+    void silentCopyIsOutlived()
+    {
+        const PrivateBus bus;
+        const QTemporaryDir runtime;
+        auto first = std::make_unique<Copy>(runtime.path(), bus.address());
+        QTRY_COMPARE(first->said(), QByteArray("first\n"));
+        first->freeze();
+        Copy second(runtime.path(), bus.address());
+        QTest::qWait(300);
+        QVERIFY(!second.ended());
+        first.reset();
+        QTRY_COMPARE(second.said(), QByteArray("first\n"));
     }
 
     void runtimeFolderThatCannotBeWrittenIsNoObstacle()

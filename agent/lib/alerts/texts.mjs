@@ -1,10 +1,13 @@
+// A name keeps its own direction inside an Arabic line, whatever letters it is made of.
+const isolated = (name) => `\u2068${name}\u2069`;
+
 /** A printer does not answer. */
 export function printerOffline(id, name, reason) {
   const why = {
     no_route: 'لا يوجد مسار إلى الطابعة على الشبكة. تحقق من اتصال هذا الجهاز بالشبكة.',
     not_connected: 'الطابعة غير موصولة بالجهاز. تحقق من الكابل والكهرباء.',
   }[reason] ?? 'الطابعة لا تستجيب. تحقق من الكهرباء والكابل ومن اتصالها بالشبكة.';
-  return { key: offlineKey(id), severity: 'critical', title: `انقطع الاتصال بالطابعة «${name}»`, message: why, action: 'scan' };
+  return { key: offlineKey(id), severity: 'critical', title: `انقطع الاتصال بالطابعة «${isolated(name)}»`, message: why, action: 'scan' };
 }
 
 export const offlineKey = (id) => `printer:${id}:offline`;
@@ -21,7 +24,7 @@ export function printFailed(id, name, errorCode) {
   return {
     key: failedKey(id),
     severity: 'warning',
-    title: `فشلت طباعة على «${name}»`,
+    title: `فشلت طباعة على «${isolated(name)}»`,
     message: FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
     action: 'jobs',
   };

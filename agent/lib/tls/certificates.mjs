@@ -1,7 +1,7 @@
 import os from 'node:os';
 import path from 'node:path';
 import { existsSync, readFileSync } from 'node:fs';
-import { mkdtemp, rename, rm, writeFile } from 'node:fs/promises';
+import { mkdtemp, readdir, rename, rm, writeFile } from 'node:fs/promises';
 import { X509Certificate, createPrivateKey } from 'node:crypto';
 import { findProgram, runProgram } from '../system/program.mjs';
 import { ensurePrivateFolder } from '../paths.mjs';
@@ -62,6 +62,7 @@ export async function ensureCertificates(paths, env = process.env) {
   if (await isGoodPair(openssl, paths)) return 'kept';
   ensurePrivateFolder(paths.root);
   ensurePrivateFolder(paths.tls);
+  await removeLeftovers(paths.root);
   const work = await mkdtemp(path.join(paths.root, 'tls-new-'));
   const run = async (...args) => {
     const { status, stderr } = await runProgram(openssl, args, { timeoutMs: 30_000, cwd: work });
@@ -119,4 +120,11 @@ function isMatching(certificate, key) {
 
 function daysLeft(certificate) {
   return (Date.parse(new X509Certificate(readFileSync(certificate)).validTo) - Date.now()) / DAY_MS;
+}
+
+/** Working folders of runs that were killed: each may hold a private key. */
+async function removeLeftovers(root) {
+  for (const name of await readdir(root)) {
+    if (name.startsWith('tls-new-')) await rm(path.join(root, name), { recursive: true, force: true });
+  }
 }

@@ -1,6 +1,7 @@
 #include "platform/linux/posixsignals.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,8 +17,10 @@ std::array<int, 2> wakePipe{-1, -1};
 
 extern "C" void wakeEventLoop(int)
 {
+    const int interrupted = errno;
     const char byte = 1;
     [[maybe_unused]] const ssize_t written = write(wakePipe[1], &byte, 1);
+    errno = interrupted;
 }
 
 void handleWith(void (*handler)(int), int flags)
@@ -27,8 +30,14 @@ void handleWith(void (*handler)(int), int flags)
     };
     action.sa_handler = handler;
     action.sa_flags = flags;
-    for (const int signal : requests)
-        sigaction(signal, &action, nullptr);
+    for (const int signal : requests) {
+        // Whoever started us may have had a signal ignored, as nohup does; that is to stay so.
+        struct sigaction present
+        {
+        };
+        if (sigaction(signal, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
+            sigaction(signal, &action, nullptr);
+    }
 }
 
 } // namespace

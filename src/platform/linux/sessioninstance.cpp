@@ -2,9 +2,11 @@
 
 #include <QDBusMessage>
 #include <QDBusReply>
+#include <QElapsedTimer>
 #include <QLocalSocket>
 #include <QLoggingCategory>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace zemrak::linux_ {
 
@@ -13,6 +15,8 @@ namespace {
 Q_LOGGING_CATEGORY(lcInstance, "zemrak.platform")
 
 constexpr int patienceMs = 2000; ///< for each question to the bus or to the other copy
+constexpr qint64 longestWaitMs = 10'000; ///< a copy on its way out has a service to wait for
+constexpr unsigned long pauseMs = 50;
 
 QString busName()
 {
@@ -56,20 +60,22 @@ QDBusMessage busCall(const QString &method, const QVariantList &arguments)
     return message;
 }
 
-void askOverBus(const QDBusConnection &bus)
+// True when the other copy says that it heard.
+bool askOverBus(const QDBusConnection &bus)
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
         busName(), objectPath(), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
     message.setArguments({launchersPermission()});
-    bus.call(message, QDBus::Block, patienceMs);
+    return bus.call(message, QDBus::Block, patienceMs).type() == QDBusMessage::ReplyMessage;
 }
 
-void askOverSocket()
+constexpr char heard[] = "heard";
+
+bool askOverSocket()
 {
     QLocalSocket socket;
     socket.connectToServer(socketFile(), QIODevice::ReadWrite);
-    if (socket.waitForConnected(patienceMs))
-        socket.waitForDisconnected(patienceMs);
+    return socket.waitForConnected(patienceMs) && socket.waitForReadyRead(patienceMs) && socket.readAll() == heard;
 }
 
 } // namespace
@@ -80,8 +86,9 @@ SessionInstance::SessionInstance()
     new ApplicationAdaptor(this);
     connect(&m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket *asking = m_server.nextPendingConnection()) {
+            connect(asking, &QLocalSocket::disconnected, asking, &QObject::deleteLater);
+            asking->write(heard);
             asking->disconnectFromServer();
-            asking->deleteLater();
             activate({});
         }
     });
@@ -89,23 +96,45 @@ SessionInstance::SessionInstance()
 
 SessionInstance::~SessionInstance()
 {
-    if (m_ownsName)
-        m_bus.call(busCall(QStringLiteral("ReleaseName"), {busName()}), QDBus::NoBlock);
+    releaseName();
 }
 
 bool SessionInstance::claim()
 {
-    if (!claimName() || !claimLock())
-        return false;
-    listen();
-    return true;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    Outcome outcome = tryClaim();
+    while (outcome == Outcome::AnotherSilent && elapsed.elapsed() < longestWaitMs) {
+        QThread::msleep(pauseMs);
+        outcome = tryClaim();
+    }
+    if (outcome == Outcome::Ours)
+        listen();
+    return outcome == Outcome::Ours;
 }
 
-bool SessionInstance::claimName()
+SessionInstance::Outcome SessionInstance::tryClaim()
+{
+    const Outcome name = claimName();
+    if (name != Outcome::Ours)
+        return name;
+    const Outcome lock = claimLock();
+    if (lock != Outcome::Ours)
+        releaseName();
+    return lock;
+}
+
+void SessionInstance::releaseName()
+{
+    if (std::exchange(m_ownsName, false))
+        m_bus.call(busCall(QStringLiteral("ReleaseName"), {busName()}), QDBus::NoBlock);
+}
+
+SessionInstance::Outcome SessionInstance::claimName()
 {
     if (!m_bus.isConnected()) {
-        qCInfo(lcInstance) << "No session bus; one copy is ensured by a lock alone";
-        return true;
+        qCDebug(lcInstance) << "No session bus; one copy is ensured by a lock alone";
+        return Outcome::Ours;
     }
     // The object stands before the name is asked for: whoever sees the name taken can call it at once.
     m_bus.registerObject(objectPath(), this, QDBusConnection::ExportAdaptors);
@@ -116,27 +145,26 @@ bool SessionInstance::claimName()
         = m_bus.call(busCall(QStringLiteral("RequestName"), {busName(), doNotQueue}), QDBus::Block, patienceMs);
     if (!answer.isValid()) {
         qCWarning(lcInstance) << "The session bus gave no name:" << answer.error().message();
-        return true;
+        return Outcome::Ours;
     }
     m_ownsName = answer.value() == primaryOwner || answer.value() == alreadyOwner;
-    if (!m_ownsName)
-        askOverBus(m_bus);
-    return m_ownsName;
+    if (m_ownsName)
+        return Outcome::Ours;
+    return askOverBus(m_bus) ? Outcome::Another : Outcome::AnotherSilent;
 }
 
-bool SessionInstance::claimLock()
+SessionInstance::Outcome SessionInstance::claimLock()
 {
     switch (m_lock.tryLock(runtimeFile(QStringLiteral("zemrak-printer.lock")))) {
     case RuntimeLock::Outcome::HeldByAnother:
-        askOverSocket();
-        return false;
+        return askOverSocket() ? Outcome::Another : Outcome::AnotherSilent;
     case RuntimeLock::Outcome::Unavailable:
         qCWarning(lcInstance) << "The runtime folder takes no lock";
-        return true;
+        return Outcome::Ours;
     case RuntimeLock::Outcome::Taken:
         break;
     }
-    return true;
+    return Outcome::Ours;
 }
 
 void SessionInstance::listen()

@@ -28,8 +28,16 @@ public:
     void activate(const QVariantMap &platformData);
 
 private:
-    [[nodiscard]] bool claimName();
-    [[nodiscard]] bool claimLock();
+    enum class Outcome
+    {
+        Ours,
+        Another, ///< it has taken our request
+        AnotherSilent, ///< it holds the claim and does not answer: it hangs, or is on its way out
+    };
+    [[nodiscard]] Outcome tryClaim();
+    [[nodiscard]] Outcome claimName();
+    [[nodiscard]] Outcome claimLock();
+    void releaseName();
     void listen();
 
     QDBusConnection m_bus;
