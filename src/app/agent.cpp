@@ -1,14 +1,28 @@
 #include "app/agent.h"
 
+#include <QPointer>
+#include <QUuid>
+
 namespace zemrak {
 
-Agent::Agent(const AgentPlaces &places, const UserDefaults &defaults, Clock &clock, ChildGuard &guard)
-    : m_toast(clock)
+namespace {
+
+constexpr QLatin1String keepAwakeKey("keepAwake");
+constexpr QLatin1String notifiedKey("notifiedAlerts");
+
+} // namespace
+
+Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, ChildGuard &guard, Notifier &notifier)
+    : m_notifier(notifier)
+    , m_toast(clock)
     , m_supervisor(places.bundle, places.configDir, clock, guard, m_log)
     , m_channel(places.configDir + QStringLiteral("/admin.token"), clock, places.port)
     , m_poll(m_channel, clock)
     , m_commands(m_channel, m_poll, m_toast)
-    , m_keepAwake(defaults.boolean(QLatin1String("keepAwake")))
+    , m_alertDelivery(notifier, clock, defaults.strings(notifiedKey),
+          [&defaults](const QStringList &ids) { defaults.setStrings(notifiedKey, ids); })
+    , m_alertFeed(m_channel, m_alertDelivery, clock)
+    , m_keepAwake(defaults.boolean(keepAwakeKey))
 {
     connect(&m_log, &ServiceLog::changed, this, &Agent::logChanged);
     connect(&m_toast, &Toast::changed, this, &Agent::toastChanged);
@@ -18,6 +32,43 @@ Agent::Agent(const AgentPlaces &places, const UserDefaults &defaults, Clock &clo
     connect(&m_supervisor, &ServiceSupervisor::stopRequested, &m_poll, &StatePoll::disarm);
     connect(&m_poll, &StatePoll::stateChanged, this, &Agent::stateChanged);
     connect(&m_poll, &StatePoll::answered, &m_supervisor, &ServiceSupervisor::clearPortConflict);
+
+    connect(&m_poll, &StatePoll::aboutToRefresh, &m_alertFeed, &AlertFeed::refresh);
+    connect(&m_poll, &StatePoll::stateChanged, this, &Agent::onServiceSeen);
+    connect(&m_supervisor, &ServiceSupervisor::portConflictChanged, this, &Agent::onServiceSeen);
+    connect(&m_alertFeed, &AlertFeed::changed, this, [this] {
+        m_alertModel.setAlerts(m_alertFeed.all());
+        Q_EMIT alertsChanged();
+    });
+}
+
+void Agent::onServiceSeen()
+{
+    m_alertFeed.setService(state() != nullptr, portConflict());
+}
+
+void Agent::refreshNotifStatus()
+{
+    m_notifier.status([self = QPointer(this)](NotificationStatus status) {
+        if (self && std::exchange(self->m_notifStatus, status) != status)
+            Q_EMIT self->notifStatusChanged();
+    });
+}
+
+void Agent::requestNotifications(std::function<void(bool granted)> done)
+{
+    m_notifier.requestPermission([self = QPointer(this), done = std::move(done)](bool granted, const QString &) {
+        if (self)
+            self->refreshNotifStatus();
+        if (done)
+            done(granted);
+    });
+}
+
+void Agent::testNotification()
+{
+    m_notifier.post(QUuid::createUuid().toString(QUuid::WithoutBraces), QStringLiteral("Zemrak Printer"),
+        QStringLiteral("الإشعارات تعمل ✓ سنخبرك هنا عند أي مشكلة في الطباعة."), false);
 }
 
 void Agent::setRequestedPage(std::optional<Page> page)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/adminchannel.h"
+#include "app/alertfeed.h"
 #include "app/commands.h"
 #include "app/page.h"
 #include "app/servicelog.h"
@@ -8,7 +9,10 @@
 #include "app/statepoll.h"
 #include "app/toast.h"
 #include "base/clock.h"
+#include "health/alertdelivery.h"
+#include "health/alertmodel.h"
 #include "health/healthsummary.h"
+#include "health/notifier.h"
 #include "host/applicationbundle.h"
 #include "host/childguard.h"
 #include "host/userdefaults.h"
@@ -19,21 +23,12 @@
 #include <QDateTime>
 #include <QObject>
 
+#include <functional>
 #include <optional>
 
 namespace zemrak {
 
-/// May this program post notifications?
-enum class NotificationStatus
-{
-    NotDetermined,
-    Denied,
-    Authorized,
-    Provisional,
-    Ephemeral
-};
-
-/// Where an Agent finds its service. The defaults are the real ones.
+/// Where an Agent finds its service.
 struct AgentPlaces
 {
     ApplicationBundle bundle;
@@ -43,7 +38,8 @@ struct AgentPlaces
 
 /// The one object that pages, status item and notifications look at: what is known of the service and of the host, and
 /// what can be asked of them. Made once by the composition root. It composes and publishes; the rules are in its parts.
-/// Main thread only.
+/// Every published value has its change signal; those without a form of their own in QML (snapshot, alerts, results,
+/// enumerations) have a getter in place of a property, and models and presenters stand before them. Main thread only.
 class Agent : public QObject
 {
     Q_OBJECT
@@ -51,6 +47,7 @@ class Agent : public QObject
     Q_PROPERTY(QString log READ log NOTIFY logChanged)
     Q_PROPERTY(QString toast READ toast NOTIFY toastChanged)
     Q_PROPERTY(bool portConflict READ portConflict NOTIFY portConflictChanged)
+    Q_PROPERTY(qint64 alertsBadge READ alertsBadge NOTIFY alertsChanged)
     Q_PROPERTY(QString availableUpdate READ availableUpdate NOTIFY availableUpdateChanged)
     Q_PROPERTY(bool updating READ isUpdating NOTIFY updatingChanged)
     Q_PROPERTY(bool keepAwake READ keepAwake NOTIFY keepAwakeChanged)
@@ -63,7 +60,7 @@ class Agent : public QObject
     Q_PROPERTY(bool caTrusted READ isCaTrusted NOTIFY caTrustedChanged)
 
 public:
-    Agent(const AgentPlaces &places, const UserDefaults &defaults, Clock &clock, ChildGuard &guard);
+    Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, ChildGuard &guard, Notifier &notifier);
 
     /// A launched service process exists; it need not answer yet.
     [[nodiscard]] bool isRunning() const { return m_supervisor.isRunning(); }
@@ -76,7 +73,13 @@ public:
     [[nodiscard]] bool portConflict() const { return m_supervisor.portConflict(); }
     [[nodiscard]] HealthSummary health() const { return summarise(state(), portConflict()); }
 
-    [[nodiscard]] const QList<AlertItem> &alerts() const { return m_alerts; }
+    /// The service's alerts, in its order.
+    [[nodiscard]] const QList<AlertItem> &alerts() const { return m_alertFeed.alerts(); }
+    /// The application's own alert, while there is one, and then the service's.
+    [[nodiscard]] QList<AlertItem> allAlerts() const { return m_alertFeed.all(); }
+    [[nodiscard]] qint64 alertsBadge() const { return m_alertFeed.badge(); }
+    /// allAlerts() row by row.
+    [[nodiscard]] AlertModel *alertModel() { return &m_alertModel; }
     /// The page the main window is asked to show; none when nothing is asked.
     [[nodiscard]] std::optional<Page> requestedPage() const { return m_requestedPage; }
     void setRequestedPage(std::optional<Page> page);
@@ -107,6 +110,13 @@ public:
     void refresh() { m_poll.refresh(); }
     void flash(const QString &text) { m_toast.flash(text); }
 
+    void markAlertsRead() { m_alertFeed.markRead(); }
+    void clearAlertHistory() { m_alertFeed.clearHistory(); }
+    void refreshNotifStatus();
+    /// Asks for leave to post notifications; `done` may be empty.
+    void requestNotifications(std::function<void(bool granted)> done = {});
+    void testNotification();
+
 Q_SIGNALS:
     void runningChanged();
     void stateChanged();
@@ -129,14 +139,19 @@ Q_SIGNALS:
     void caTrustedChanged();
 
 private:
+    void onServiceSeen();
+
+    Notifier &m_notifier;
     ServiceLog m_log;
     Toast m_toast;
     ServiceSupervisor m_supervisor;
     AdminChannel m_channel;
     StatePoll m_poll;
     Commands m_commands;
+    AlertDelivery m_alertDelivery;
+    AlertFeed m_alertFeed;
+    AlertModel m_alertModel;
 
-    QList<AlertItem> m_alerts;
     std::optional<Page> m_requestedPage;
     QString m_availableUpdate;
     QString m_scanStep;

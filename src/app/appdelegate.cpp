@@ -18,7 +18,8 @@ AppDelegate::AppDelegate(const ApplicationBundle &bundle)
     : m_childGuard(platform::makeChildGuard())
     , m_instance(platform::makeSingleInstance())
     , m_signals(platform::makeTerminationSignals())
-    , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, *m_childGuard)
+    , m_notifier(platform::makeNotifier(bundle.resource(QStringLiteral("logo-circle.png"))))
+    , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, *m_childGuard, *m_notifier)
 {
 }
 
@@ -26,6 +27,11 @@ AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::finishLaunching()
 {
+    m_notifier->onClicked([this] {
+        m_agent.setRequestedPage(Page::Alerts);
+        revealMainWindow();
+    });
+    m_notifier->install();
     m_instance->onActivated([this] { revealMainWindow(); });
     if (!m_instance->claim())
         return false;

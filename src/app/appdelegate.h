@@ -36,6 +36,7 @@ private:
     std::unique_ptr<ChildGuard> m_childGuard;
     std::unique_ptr<SingleInstance> m_instance;
     std::unique_ptr<TerminationSignals> m_signals;
+    std::unique_ptr<Notifier> m_notifier;
     Agent m_agent;
 };
 

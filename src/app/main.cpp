@@ -1,5 +1,7 @@
 #include "app/appdelegate.h"
 #include "app/commandline.h"
+#include "app/notificationcheck.h"
+#include "platform/platform.h"
 
 #include <QGuiApplication>
 
@@ -42,6 +44,18 @@ int runInteractively(int &argc, char *argv[])
     return delegate.finishLaunching() ? QGuiApplication::exec() : EXIT_SUCCESS;
 }
 
+int runNotificationCheck(int &argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const std::unique_ptr<Notifier> notifier = platform::makeNotifier({});
+    SystemClock clock;
+    checkNotifications(*notifier, clock, [](const QString &line) {
+        std::printf("%s\n", qUtf8Printable(line));
+        std::fflush(stdout);
+    });
+    return QCoreApplication::exec();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -50,5 +64,7 @@ int main(int argc, char *argv[])
     const LaunchMode mode = launchMode(textOf(argc, argv));
     if (mode.kind == LaunchMode::Kind::Interactive)
         return runInteractively(argc, argv);
+    if (mode.kind == LaunchMode::Kind::NotificationCheck)
+        return runNotificationCheck(argc, argv);
     return EXIT_SUCCESS;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "health/notifier.h"
 #include "host/childguard.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
@@ -13,6 +14,8 @@ namespace zemrak {
 namespace platform {
 
 [[nodiscard]] std::unique_ptr<ChildGuard> makeChildGuard();
+/// `iconFile`: the picture beside a notification's text.
+[[nodiscard]] std::unique_ptr<Notifier> makeNotifier(const QString &iconFile);
 [[nodiscard]] std::unique_ptr<SingleInstance> makeSingleInstance();
 [[nodiscard]] std::unique_ptr<TerminationSignals> makeTerminationSignals();
 /// Time since the computer was started.

@@ -1,7 +1,10 @@
+#include "platform/linux/desktopnotifier.h"
 #include "platform/linux/parentdeathguard.h"
 #include "platform/linux/posixsignals.h"
 #include "platform/linux/sessioninstance.h"
 #include "platform/platform.h"
+
+#include <QStandardPaths>
 
 #include <ctime>
 
@@ -10,6 +13,14 @@ namespace zemrak::platform {
 std::unique_ptr<ChildGuard> makeChildGuard()
 {
     return std::make_unique<linux_::ParentDeathGuard>();
+}
+
+std::unique_ptr<Notifier> makeNotifier(const QString &iconFile)
+{
+    // The runtime folder goes with the login session, and with it go the notifications that the ledger counts.
+    const QString ledger = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)
+        + QStringLiteral("/zemrak-printer-notifications.json");
+    return std::make_unique<linux_::DesktopNotifier>(QDBusConnection::sessionBus(), ledger, iconFile);
 }
 
 std::unique_ptr<SingleInstance> makeSingleInstance()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "health/notifier.h"
 #include "host/childguard.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
@@ -32,6 +33,18 @@ class DefaultSignals final : public TerminationSignals
 {
 public:
     void onRequested(std::function<void()>) override { qInfo("No termination signals on this platform"); }
+};
+
+/// Nothing is shown.
+class SilentNotifier final : public Notifier
+{
+public:
+    void install() override { qInfo("No notifications on this platform"); }
+    void onClicked(std::function<void()>) override { }
+    void status(StatusDone done) override { done(NotificationStatus::Denied); }
+    void requestPermission(PermissionDone done) override { done(false, QStringLiteral("not on this platform")); }
+    void post(const QString &, const QString &, const QString &, bool) override { }
+    void retract(const QStringList &) override { }
 };
 
 } // namespace zemrak::none

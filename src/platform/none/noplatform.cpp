@@ -1,4 +1,4 @@
-#include "platform/none/unguarded.h"
+#include "platform/none/inert.h"
 #include "platform/platform.h"
 
 namespace zemrak::platform {
@@ -6,6 +6,11 @@ namespace zemrak::platform {
 std::unique_ptr<ChildGuard> makeChildGuard()
 {
     return std::make_unique<none::Unguarded>();
+}
+
+std::unique_ptr<Notifier> makeNotifier(const QString &)
+{
+    return std::make_unique<none::SilentNotifier>();
 }
 
 std::unique_ptr<SingleInstance> makeSingleInstance()

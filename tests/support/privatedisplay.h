@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+
+struct xcb_connection_t;
+
+namespace zemrak::test {
+
+/// An X11 display of a test's own, that nobody sees, gone with this object.
+class PrivateDisplay
+{
+public:
+    PrivateDisplay();
+    ~PrivateDisplay();
+    PrivateDisplay(const PrivateDisplay &) = delete;
+    PrivateDisplay &operator=(const PrivateDisplay &) = delete;
+
+    [[nodiscard]] QString name() const { return m_name; }
+
+private:
+    QProcess m_server;
+    QString m_name;
+};
+
+/// A panel with a tray of the older kind on such a display, gone with this object.
+class X11Panel
+{
+public:
+    explicit X11Panel(const PrivateDisplay &display);
+    ~X11Panel();
+    X11Panel(const X11Panel &) = delete;
+    X11Panel &operator=(const X11Panel &) = delete;
+
+    /// Icons that have asked to be shown.
+    [[nodiscard]] int dockRequests();
+
+private:
+    [[nodiscard]] quint32 atom(const QByteArray &name) const;
+
+    xcb_connection_t *m_display;
+    quint32 m_window = 0;
+    int m_requests = 0;
+};
+
+} // namespace zemrak::test
