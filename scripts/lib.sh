@@ -1,5 +1,5 @@
 # Shared by the scripts of this folder; sourced, not run.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034 # the scripts that source this use what it sets
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
