@@ -11,6 +11,7 @@ if(NOT "${node_linked}" STREQUAL "${node_real}")
   file(CREATE_LINK "${node_real}" "${resources}/node" SYMBOLIC)
 endif()
 
+file(COPY "${SOURCE}/resources/logo-circle.png" DESTINATION "${resources}")
 file(COPY "${SOURCE}/agent" DESTINATION "${resources}")
 file(GLOB_RECURSE installed RELATIVE "${resources}/agent" "${resources}/agent/*")
 foreach(path IN LISTS installed)

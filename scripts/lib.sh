@@ -9,13 +9,14 @@ say() { printf '\n== %s\n' "$*"; }
 packages_run=(
   g++ cmake ninja-build           # the build
   qt6-base-dev                    # Qt: core, window system, network, D-Bus, tests
+  pkg-config libxcb1-dev          # finding trays of the older kind on X11
   nodejs                          # runs the print service
   openssl                         # the service's certificate authority
   libnss3-tools                   # certutil: browsers' trust in that authority
 )
 packages_test=(
   "${packages_run[@]}"
-  dbus-daemon                     # private session buses
+  dbus-daemon xvfb                # private session buses and displays
   clang-format shellcheck         # gates
   procps util-linux               # what the fake services of the tests use
 )

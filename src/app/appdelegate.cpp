@@ -20,6 +20,7 @@ AppDelegate::AppDelegate(const ApplicationBundle &bundle)
     , m_signals(platform::makeTerminationSignals())
     , m_notifier(platform::makeNotifier(bundle.resource(QStringLiteral("logo-circle.png"))))
     , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, *m_childGuard, *m_notifier)
+    , m_bundle(bundle)
 {
 }
 
@@ -38,11 +39,53 @@ bool AppDelegate::finishLaunching()
     m_signals->onRequested([] { QCoreApplication::quit(); });
     connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::willTerminate);
     m_agent.start();
+    createStatusBar();
     return true;
+}
+
+void AppDelegate::createStatusBar()
+{
+    m_statusItem = platform::makeStatusItem();
+    m_statusBar = std::make_unique<StatusBarController>(
+        *m_statusItem, QImage(m_bundle.resource(QStringLiteral("logo-circle.png"))));
+    connect(m_statusBar.get(), &StatusBarController::commandChosen, this, &AppDelegate::carryOut);
+    connect(&m_agent, &Agent::stateChanged, this, &AppDelegate::updateStatusBar);
+    connect(&m_agent, &Agent::portConflictChanged, this, &AppDelegate::updateStatusBar);
+    connect(&m_agent, &Agent::launchAtLoginChanged, this, &AppDelegate::updateStatusBar);
+    connect(&m_agent, &Agent::loginNeedsApprovalChanged, this, &AppDelegate::updateStatusBar);
+    updateStatusBar();
+}
+
+void AppDelegate::updateStatusBar()
+{
+    m_statusBar->update(m_agent.health(), m_agent.launchAtLogin(), m_agent.loginNeedsApproval());
+}
+
+void AppDelegate::carryOut(StatusCommand command)
+{
+    switch (command) {
+    case StatusCommand::ShowWindow:
+        revealMainWindow();
+        break;
+    case StatusCommand::Restart:
+        m_agent.restart();
+        break;
+    case StatusCommand::Quit:
+        m_agent.stop();
+        QCoreApplication::quit();
+        break;
+    case StatusCommand::Scan:
+    case StatusCommand::ToggleLogin:
+    case StatusCommand::OpenLoginSettings:
+        qCInfo(lcApp) << "This entry has no operation behind it yet";
+        break;
+    }
 }
 
 void AppDelegate::willTerminate()
 {
+    m_statusBar.reset();
+    m_statusItem.reset(); // gone at once, also when the service takes its time
     m_agent.shutDown();
 }
 

@@ -2,6 +2,8 @@
 
 #include "app/agent.h"
 #include "base/clock.h"
+#include "health/statusbarcontroller.h"
+#include "health/statusitem.h"
 #include "host/applicationbundle.h"
 #include "host/childguard.h"
 #include "host/singleinstance.h"
@@ -30,6 +32,9 @@ public:
 private:
     void willTerminate();
     void revealMainWindow();
+    void createStatusBar();
+    void updateStatusBar();
+    void carryOut(StatusCommand command);
 
     SystemClock m_clock;
     UserDefaults m_defaults;
@@ -38,6 +43,9 @@ private:
     std::unique_ptr<TerminationSignals> m_signals;
     std::unique_ptr<Notifier> m_notifier;
     Agent m_agent;
+    ApplicationBundle m_bundle;
+    std::unique_ptr<StatusItem> m_statusItem; ///< before what shows itself in it
+    std::unique_ptr<StatusBarController> m_statusBar;
 };
 
 } // namespace zemrak

@@ -1,9 +1,11 @@
 #include "app/appdelegate.h"
 #include "app/commandline.h"
 #include "app/notificationcheck.h"
+#include "health/statusicon.h"
 #include "platform/platform.h"
 
-#include <QGuiApplication>
+#include <QApplication>
+#include <QImage>
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,8 +18,8 @@ void nameApplication()
 {
     QCoreApplication::setApplicationName(QStringLiteral("zemrak-printer"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ZEMRAK_VERSION));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Zemrak Printer"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.zemrak.Printer"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Zemrak Printer"));
+    QApplication::setDesktopFileName(QStringLiteral("com.zemrak.Printer"));
 }
 
 // The arguments as text, before any application object exists: which object that is depends on them.
@@ -31,9 +33,10 @@ QStringList textOf(int argc, char *argv[])
 
 int runInteractively(int &argc, char *argv[])
 {
-    QGuiApplication application(argc, argv);
+    QApplication application(argc, argv);
+    QApplication::setLayoutDirection(Qt::RightToLeft);
     // The window is optional: the application stays until it is told to quit.
-    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setQuitOnLastWindowClosed(false);
 
     const ApplicationBundle bundle = ApplicationBundle::ofThisProcess();
     if (const QString fault = bundle.fault(); !fault.isEmpty()) {
@@ -41,7 +44,15 @@ int runInteractively(int &argc, char *argv[])
         return EXIT_FAILURE;
     }
     AppDelegate delegate(bundle);
-    return delegate.finishLaunching() ? QGuiApplication::exec() : EXIT_SUCCESS;
+    return delegate.finishLaunching() ? QApplication::exec() : EXIT_SUCCESS;
+}
+
+void drawPreviews(int &argc, char *argv[], const QString &folder)
+{
+    const QCoreApplication application(argc, argv);
+    const QImage logo(ApplicationBundle::ofThisProcess().resource(QStringLiteral("logo-circle.png")));
+    if (!renderPreviews(folder, logo))
+        std::fprintf(stderr, "zemrak-printer: the previews were not written to %s\n", qUtf8Printable(folder));
 }
 
 int runNotificationCheck(int &argc, char *argv[])
@@ -64,6 +75,8 @@ int main(int argc, char *argv[])
     const LaunchMode mode = launchMode(textOf(argc, argv));
     if (mode.kind == LaunchMode::Kind::Interactive)
         return runInteractively(argc, argv);
+    if (mode.kind == LaunchMode::Kind::RenderMenubar)
+        drawPreviews(argc, argv, mode.operand);
     if (mode.kind == LaunchMode::Kind::NotificationCheck)
         return runNotificationCheck(argc, argv);
     return EXIT_SUCCESS;

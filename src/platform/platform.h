@@ -1,6 +1,7 @@
 #pragma once
 
 #include "health/notifier.h"
+#include "health/statusitem.h"
 #include "host/childguard.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
@@ -17,6 +18,8 @@ namespace platform {
 /// `iconFile`: the picture beside a notification's text.
 [[nodiscard]] std::unique_ptr<Notifier> makeNotifier(const QString &iconFile);
 [[nodiscard]] std::unique_ptr<SingleInstance> makeSingleInstance();
+/// Needs a QApplication.
+[[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem();
 [[nodiscard]] std::unique_ptr<TerminationSignals> makeTerminationSignals();
 /// Time since the computer was started.
 [[nodiscard]] std::chrono::milliseconds systemUptime();

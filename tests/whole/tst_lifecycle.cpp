@@ -219,7 +219,7 @@ private Q_SLOTS:
     void modesEndAtOnceWithoutAService_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("menu bar") << QStringList{QStringLiteral("--render-menubar"), QStringLiteral("pictures")};
+        QTest::newRow("menu bar") << QStringList{QStringLiteral("--render-menubar"), QStringLiteral("/proc/none")};
         QTest::newRow("notifications") << QStringList{QStringLiteral("--notif-check")};
         QTest::newRow("guide") << QStringList{QStringLiteral("--export-docs"), QStringLiteral("/proc/none/guide.md")};
         QTest::newRow("login item") << QStringList{QStringLiteral("--login-item=neither")};

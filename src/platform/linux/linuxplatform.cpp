@@ -2,6 +2,7 @@
 #include "platform/linux/parentdeathguard.h"
 #include "platform/linux/posixsignals.h"
 #include "platform/linux/sessioninstance.h"
+#include "platform/linux/systemtray.h"
 #include "platform/platform.h"
 
 #include <QStandardPaths>
@@ -26,6 +27,11 @@ std::unique_ptr<Notifier> makeNotifier(const QString &iconFile)
 std::unique_ptr<SingleInstance> makeSingleInstance()
 {
     return std::make_unique<linux_::SessionInstance>();
+}
+
+std::unique_ptr<StatusItem> makeStatusItem()
+{
+    return std::make_unique<linux_::SystemTray>();
 }
 
 std::unique_ptr<TerminationSignals> makeTerminationSignals()

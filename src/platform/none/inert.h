@@ -1,6 +1,7 @@
 #pragma once
 
 #include "health/notifier.h"
+#include "health/statusitem.h"
 #include "host/childguard.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
@@ -45,6 +46,15 @@ public:
     void requestPermission(PermissionDone done) override { done(false, QStringLiteral("not on this platform")); }
     void post(const QString &, const QString &, const QString &, bool) override { }
     void retract(const QStringList &) override { }
+};
+
+/// Nowhere to be seen.
+class InvisibleStatusItem final : public StatusItem
+{
+public:
+    void show(const QIcon &, const StatusContent &) override { qInfo("No status item on this platform"); }
+    void onCommand(OnCommand) override { }
+    [[nodiscard]] bool isAvailable() const override { return false; }
 };
 
 } // namespace zemrak::none

@@ -18,6 +18,11 @@ std::unique_ptr<SingleInstance> makeSingleInstance()
     return std::make_unique<none::AlwaysAlone>();
 }
 
+std::unique_ptr<StatusItem> makeStatusItem()
+{
+    return std::make_unique<none::InvisibleStatusItem>();
+}
+
 std::unique_ptr<TerminationSignals> makeTerminationSignals()
 {
     return std::make_unique<none::DefaultSignals>();

@@ -1,0 +1,30 @@
+#include "health/statusbarcontroller.h"
+
+#include "health/statusicon.h"
+
+namespace zemrak {
+
+StatusBarController::StatusBarController(StatusItem &item, const QImage &logo, QObject *parent)
+    : QObject(parent)
+    , m_item(item)
+    , m_fine(statusIcon(logo, false))
+    , m_problem(statusIcon(logo, true))
+{
+    m_item.onCommand([this](StatusCommand command) { Q_EMIT commandChosen(command); });
+}
+
+StatusBarController::~StatusBarController()
+{
+    m_item.onCommand({});
+}
+
+void StatusBarController::update(const HealthSummary &health, bool launchAtLogin, bool loginNeedsApproval)
+{
+    const StatusContent content = statusContent(health, launchAtLogin, loginNeedsApproval);
+    if (m_shown == content)
+        return;
+    m_shown = content;
+    m_item.show(content.problem ? m_problem : m_fine, content);
+}
+
+} // namespace zemrak

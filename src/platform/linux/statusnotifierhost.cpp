@@ -1,0 +1,60 @@
+#include "platform/linux/statusnotifierhost.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+
+namespace zemrak::linux_ {
+
+namespace {
+
+const QLatin1String registrarName("org.kde.StatusNotifierWatcher");
+const QLatin1String registrarPath("/StatusNotifierWatcher");
+
+} // namespace
+
+StatusNotifierHost::StatusNotifierHost(const QDBusConnection &bus, QObject *parent)
+    : QObject(parent)
+    , m_bus(bus)
+{
+    if (!m_bus.isConnected())
+        return;
+    m_registrar.setConnection(m_bus);
+    m_registrar.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    m_registrar.addWatchedService(registrarName);
+    connect(&m_registrar, &QDBusServiceWatcher::serviceRegistered, this, &StatusNotifierHost::ask);
+    connect(&m_registrar, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        delete m_question;
+        setPresent(false);
+    });
+    for (const QLatin1String signal :
+        {QLatin1String("StatusNotifierHostRegistered"), QLatin1String("StatusNotifierHostUnregistered")})
+        m_bus.connect(QString(), registrarPath, registrarName, signal, this, SLOT(ask()));
+    ask();
+}
+
+void StatusNotifierHost::ask()
+{
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        registrarName, registrarPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    question.setArguments({QString(registrarName), QStringLiteral("IsStatusNotifierHostRegistered")});
+    question.setAutoStartService(false); // which panel is started is not for us to say
+    delete m_question;
+    m_question = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
+    connect(m_question, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *answered) {
+        answered->deleteLater();
+        m_question.clear();
+        const QDBusPendingReply<QVariant> answer = *answered;
+        setPresent(answer.isValid() && answer.value().toBool());
+    });
+}
+
+void StatusNotifierHost::setPresent(bool present)
+{
+    if (m_present == present)
+        return;
+    m_present = present;
+    Q_EMIT presentChanged();
+}
+
+} // namespace zemrak::linux_
