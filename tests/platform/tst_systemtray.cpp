@@ -357,13 +357,13 @@ private Q_SLOTS:
         QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
         if (later)
             panel = std::make_unique<X11Panel>(display);
-        QTRY_COMPARE(panel->dockRequests(), 1);
+        QTRY_COMPARE(panel->dockedIcons(), 1);
         QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("available"));
 
         panel.reset(); // the panel is restarted
         QTRY_COMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
         panel = std::make_unique<X11Panel>(display);
-        QTRY_COMPARE(panel->dockRequests(), 1);
+        QTRY_COMPARE(panel->dockedIcons(), 1);
     }
 
     void betterTrayIsWaitedFor()
@@ -376,7 +376,7 @@ private Q_SLOTS:
         TrayPanel panel(bus.address());
         panel.appear();
         QTRY_COMPARE(panel.items().size(), 1);
-        QCOMPARE(older.dockRequests(), 0);
+        QCOMPARE(older.dockedIcons(), 0);
     }
 };
 

@@ -62,7 +62,7 @@ X11Panel::~X11Panel()
     xcb_disconnect(m_display);
 }
 
-int X11Panel::dockRequests()
+qsizetype X11Panel::dockedIcons()
 {
     const quint32 request = atom("_NET_SYSTEM_TRAY_OPCODE");
     constexpr quint32 dock = 0;
@@ -70,9 +70,9 @@ int X11Panel::dockRequests()
         const auto *message = reinterpret_cast<const xcb_client_message_event_t *>(event.get());
         if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE && message->type == request
             && message->data.data32[1] == dock)
-            ++m_requests;
+            m_icons.insert(message->data.data32[2]);
     }
-    return m_requests;
+    return m_icons.size();
 }
 
 quint32 X11Panel::atom(const QByteArray &name) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QProcess>
+#include <QSet>
 #include <QString>
 
 struct xcb_connection_t;
@@ -32,15 +33,15 @@ public:
     X11Panel(const X11Panel &) = delete;
     X11Panel &operator=(const X11Panel &) = delete;
 
-    /// Icons that have asked to be shown.
-    [[nodiscard]] int dockRequests();
+    /// Icons that have asked to be shown; one that asks twice, as it may when the panel comes just then, is one.
+    [[nodiscard]] qsizetype dockedIcons();
 
 private:
     [[nodiscard]] quint32 atom(const QByteArray &name) const;
 
     xcb_connection_t *m_display;
     quint32 m_window = 0;
-    int m_requests = 0;
+    QSet<quint32> m_icons; ///< by their windows
 };
 
 } // namespace zemrak::test
