@@ -1,4 +1,4 @@
-import { readFile } from 'node:fs/promises';
+import { readFileSync } from 'node:fs';
 
 /**
  * Bytes of a TCP connection that the other end has not acknowledged, from the kernel's table:
@@ -7,11 +7,20 @@ import { readFile } from 'node:fs/promises';
  * @returns {Promise<number | null>} null where there is no such table or the connection is not in it
  */
 export async function unacknowledgedBytes({ localPort, remotePort, family }) {
-  const table = await readFile(family === 'IPv6' ? '/proc/net/tcp6' : '/proc/net/tcp', 'latin1').catch(() => '');
+  const table = readTable(family === 'IPv6' ? '/proc/net/tcp6' : '/proc/net/tcp');
   const port = (number) => `:${number.toString(16).toUpperCase().padStart(4, '0')}`;
   for (const line of table.split('\n')) {
     const [, local, remote, , queues] = line.trim().split(/\s+/);
     if (local?.endsWith(port(localPort)) && remote?.endsWith(port(remotePort))) return Number.parseInt(queues.split(':')[0], 16);
   }
   return null;
+}
+
+// Read in one go: the asynchronous call of Node.js 18 takes the first short read of such a file for its end.
+function readTable(file) {
+  try {
+    return readFileSync(file, 'latin1');
+  } catch {
+    return '';
+  }
 }
