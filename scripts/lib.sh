@@ -24,7 +24,7 @@ packages_test=(
 # A package counts as there when dpkg says so, or when the program it is wanted for was installed another way.
 have_package() {
   case $1 in
-    nodejs) command -v node >/dev/null && node -e 'process.exit(parseInt(process.versions.node) < 18)' && return 0 ;;
+    nodejs) command -v node >/dev/null && node -e 'process.exit(parseInt(process.versions.node) < 18 ? 1 : 0)' && return 0 ;;
     g++ | cmake | openssl | clang-format | shellcheck) command -v "$1" >/dev/null && return 0 ;;
   esac
   dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
