@@ -7,22 +7,23 @@ namespace zemrak {
 
 namespace {
 
-constexpr QLatin1String keepAwakeKey("keepAwake");
 constexpr QLatin1String notifiedKey("notifiedAlerts");
 
 } // namespace
 
-Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, ChildGuard &guard, Notifier &notifier)
-    : m_notifier(notifier)
+Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, const AgentHost &host)
+    : m_notifier(host.notifier)
     , m_toast(clock)
-    , m_supervisor(places.bundle, places.configDir, clock, guard, m_log)
+    , m_supervisor(places.bundle, places.configDir, clock, host.childGuard, m_log)
     , m_channel(places.configDir + QStringLiteral("/admin.token"), clock, places.port)
     , m_poll(m_channel, clock)
     , m_commands(m_channel, m_poll, m_toast)
-    , m_alertDelivery(notifier, clock, defaults.strings(notifiedKey),
+    , m_alertDelivery(host.notifier, clock, defaults.strings(notifiedKey),
           [&defaults](const QStringList &ids) { defaults.setStrings(notifiedKey, ids); })
     , m_alertFeed(m_channel, m_alertDelivery, clock)
-    , m_keepAwake(defaults.boolean(keepAwakeKey))
+    , m_link(m_channel, m_poll, m_toast, m_log, places.bundle, host.childGuard)
+    , m_login(host.loginItem, defaults, m_link, clock, places.bundle.path())
+    , m_keepAwake(host.activities, defaults)
 {
     connect(&m_log, &ServiceLog::changed, this, &Agent::logChanged);
     connect(&m_toast, &Toast::changed, this, &Agent::toastChanged);
@@ -33,6 +34,7 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, Ch
     connect(&m_poll, &StatePoll::stateChanged, this, &Agent::stateChanged);
     connect(&m_poll, &StatePoll::answered, &m_supervisor, &ServiceSupervisor::clearPortConflict);
 
+    connect(&m_poll, &StatePoll::aboutToRefresh, &m_login, &LaunchAtLogin::refreshLoginState);
     connect(&m_poll, &StatePoll::aboutToRefresh, &m_alertFeed, &AlertFeed::refresh);
     connect(&m_poll, &StatePoll::stateChanged, this, &Agent::onServiceSeen);
     connect(&m_supervisor, &ServiceSupervisor::portConflictChanged, this, &Agent::onServiceSeen);
@@ -40,6 +42,11 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, Ch
         m_alertModel.setAlerts(m_alertFeed.all());
         Q_EMIT alertsChanged();
     });
+
+    connect(&m_login, &LaunchAtLogin::launchAtLoginChanged, this, &Agent::launchAtLoginChanged);
+    connect(&m_login, &LaunchAtLogin::loginNeedsApprovalChanged, this, &Agent::loginNeedsApprovalChanged);
+    connect(&m_login, &LaunchAtLogin::lastSystemStartChanged, this, &Agent::lastSystemStartChanged);
+    connect(&m_keepAwake, &KeepAwake::changed, this, &Agent::keepAwakeChanged);
 }
 
 void Agent::onServiceSeen()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/adminchannel.h"
+#include "app/agentlink.h"
 #include "app/alertfeed.h"
 #include "app/commands.h"
 #include "app/page.h"
@@ -15,6 +16,10 @@
 #include "health/notifier.h"
 #include "host/applicationbundle.h"
 #include "host/childguard.h"
+#include "host/keepawake.h"
+#include "host/launchatlogin.h"
+#include "host/loginitem.h"
+#include "host/processactivities.h"
 #include "host/userdefaults.h"
 #include "model/agentstate.h"
 #include "model/alertitem.h"
@@ -34,6 +39,15 @@ struct AgentPlaces
     ApplicationBundle bundle;
     QString configDir; ///< where the service keeps its files
     quint16 port = AdminChannel::defaultPort; ///< until the service names another
+};
+
+/// The computer's side of what an Agent does. All of it outlives the Agent.
+struct AgentHost
+{
+    ChildGuard &childGuard;
+    Notifier &notifier;
+    LoginItem &loginItem;
+    ProcessActivities &activities;
 };
 
 /// The one object that pages, status item and notifications look at: what is known of the service and of the host, and
@@ -60,7 +74,7 @@ class Agent : public QObject
     Q_PROPERTY(bool caTrusted READ isCaTrusted NOTIFY caTrustedChanged)
 
 public:
-    Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, ChildGuard &guard, Notifier &notifier);
+    Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, const AgentHost &host);
 
     /// A launched service process exists; it need not answer yet.
     [[nodiscard]] bool isRunning() const { return m_supervisor.isRunning(); }
@@ -87,16 +101,16 @@ public:
     [[nodiscard]] QString availableUpdate() const { return m_availableUpdate; }
     [[nodiscard]] bool isUpdating() const { return m_updating; }
     [[nodiscard]] NotificationStatus notifStatus() const { return m_notifStatus; }
-    [[nodiscard]] bool keepAwake() const { return m_keepAwake; }
+    [[nodiscard]] bool keepAwake() const { return m_keepAwake.isOn(); }
     [[nodiscard]] bool isScanning() const { return m_scanning; }
     /// From 0 to 1.
     [[nodiscard]] double scanProgress() const { return m_scanProgress; }
     [[nodiscard]] QString scanStep() const { return m_scanStep; }
     [[nodiscard]] const std::optional<ScanResult> &scanResult() const { return m_scanResult; }
-    [[nodiscard]] bool launchAtLogin() const { return m_launchAtLogin; }
-    [[nodiscard]] bool loginNeedsApproval() const { return m_loginNeedsApproval; }
+    [[nodiscard]] bool launchAtLogin() const { return m_login.launchAtLogin(); }
+    [[nodiscard]] bool loginNeedsApproval() const { return m_login.loginNeedsApproval(); }
     /// Invalid when no automatic start was ever seen.
-    [[nodiscard]] QDateTime lastSystemStart() const { return m_lastSystemStart; }
+    [[nodiscard]] QDateTime lastSystemStart() const { return m_login.lastSystemStart(); }
     [[nodiscard]] bool isCaTrusted() const { return m_caTrusted; }
 
     [[nodiscard]] Commands &commands() { return m_commands; }
@@ -116,6 +130,15 @@ public:
     /// Asks for leave to post notifications; `done` may be empty.
     void requestNotifications(std::function<void(bool granted)> done = {});
     void testNotification();
+
+    void setLaunchAtLogin(bool on) { m_login.setLaunchAtLogin(on); }
+    void reRegisterLogin() { m_login.reRegisterLogin(); }
+    void healLoginItemIfNeeded() { m_login.healLoginItemIfNeeded(); }
+    /// Notes that this launch was an automatic one.
+    void recordSystemStart() { m_login.recordSystemStart(); }
+    void setKeepAwake(bool on) { m_keepAwake.set(on); }
+    /// Takes up the wish of an earlier run.
+    void restoreKeepAwake() { m_keepAwake.restore(); }
 
 Q_SIGNALS:
     void runningChanged();
@@ -151,19 +174,18 @@ private:
     AlertDelivery m_alertDelivery;
     AlertFeed m_alertFeed;
     AlertModel m_alertModel;
+    AgentLink m_link; ///< before those who use it
+    LaunchAtLogin m_login;
+    KeepAwake m_keepAwake;
 
     std::optional<Page> m_requestedPage;
     QString m_availableUpdate;
     QString m_scanStep;
     std::optional<ScanResult> m_scanResult;
-    QDateTime m_lastSystemStart;
     double m_scanProgress = 0;
     NotificationStatus m_notifStatus = NotificationStatus::NotDetermined;
     bool m_updating = false;
-    bool m_keepAwake = false;
     bool m_scanning = false;
-    bool m_launchAtLogin = false;
-    bool m_loginNeedsApproval = false;
     bool m_caTrusted = false;
 };
 

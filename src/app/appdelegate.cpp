@@ -15,12 +15,11 @@ Q_LOGGING_CATEGORY(lcApp, "zemrak.app")
 } // namespace
 
 AppDelegate::AppDelegate(const ApplicationBundle &bundle)
-    : m_childGuard(platform::makeChildGuard())
-    , m_instance(platform::makeSingleInstance())
+    : m_instance(platform::makeSingleInstance())
     , m_signals(platform::makeTerminationSignals())
-    , m_notifier(platform::makeNotifier(bundle.resource(QStringLiteral("logo-circle.png"))))
-    , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, *m_childGuard, *m_notifier)
     , m_bundle(bundle)
+    , m_host(bundle)
+    , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, m_host.forAgent())
 {
 }
 
@@ -28,11 +27,15 @@ AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::finishLaunching()
 {
-    m_notifier->onClicked([this] {
+    if (isAutomaticStart(QCoreApplication::arguments(), platform::systemUptime()))
+        m_agent.recordSystemStart();
+    m_host.notifier().onClicked([this] {
         m_agent.setRequestedPage(Page::Alerts);
         revealMainWindow();
     });
-    m_notifier->install();
+    m_host.notifier().install();
+    m_agent.healLoginItemIfNeeded();
+    m_agent.restoreKeepAwake();
     m_instance->onActivated([this] { revealMainWindow(); });
     if (!m_instance->claim())
         return false;
@@ -40,14 +43,15 @@ bool AppDelegate::finishLaunching()
     connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::willTerminate);
     m_agent.start();
     createStatusBar();
+    m_activity = m_host.activities().begin(
+        ProcessActivities::IdleSleep::Allowed, QStringLiteral("Zemrak Printer is serving print requests"));
     return true;
 }
 
 void AppDelegate::createStatusBar()
 {
     m_statusItem = platform::makeStatusItem();
-    m_statusBar = std::make_unique<StatusBarController>(
-        *m_statusItem, QImage(m_bundle.resource(QStringLiteral("logo-circle.png"))));
+    m_statusBar = std::make_unique<StatusBarController>(*m_statusItem, QImage(m_bundle.logo()));
     connect(m_statusBar.get(), &StatusBarController::commandChosen, this, &AppDelegate::carryOut);
     connect(&m_agent, &Agent::stateChanged, this, &AppDelegate::updateStatusBar);
     connect(&m_agent, &Agent::portConflictChanged, this, &AppDelegate::updateStatusBar);
@@ -74,8 +78,10 @@ void AppDelegate::carryOut(StatusCommand command)
         m_agent.stop();
         QCoreApplication::quit();
         break;
-    case StatusCommand::Scan:
     case StatusCommand::ToggleLogin:
+        m_agent.setLaunchAtLogin(!m_agent.launchAtLogin());
+        break;
+    case StatusCommand::Scan:
     case StatusCommand::OpenLoginSettings:
         qCInfo(lcApp) << "This entry has no operation behind it yet";
         break;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/agent.h"
+#include "app/platformhost.h"
 #include "base/clock.h"
 #include "health/statusbarcontroller.h"
 #include "health/statusitem.h"
 #include "host/applicationbundle.h"
-#include "host/childguard.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
 #include "host/userdefaults.h"
@@ -38,12 +38,12 @@ private:
 
     SystemClock m_clock;
     UserDefaults m_defaults;
-    std::unique_ptr<ChildGuard> m_childGuard;
     std::unique_ptr<SingleInstance> m_instance;
     std::unique_ptr<TerminationSignals> m_signals;
-    std::unique_ptr<Notifier> m_notifier;
-    Agent m_agent;
     ApplicationBundle m_bundle;
+    PlatformHost m_host;
+    Agent m_agent;
+    std::unique_ptr<ProcessActivities::Activity> m_activity; ///< as long as print requests are served
     std::unique_ptr<StatusItem> m_statusItem; ///< before what shows itself in it
     std::unique_ptr<StatusBarController> m_statusBar;
 };

@@ -1,6 +1,9 @@
 #include "app/appdelegate.h"
 #include "app/commandline.h"
+#include "app/loginitemcommand.h"
 #include "app/notificationcheck.h"
+#include "app/platformhost.h"
+#include "app/servicecommand.h"
 #include "health/statusicon.h"
 #include "platform/platform.h"
 
@@ -50,7 +53,7 @@ int runInteractively(int &argc, char *argv[])
 void drawPreviews(int &argc, char *argv[], const QString &folder)
 {
     const QCoreApplication application(argc, argv);
-    const QImage logo(ApplicationBundle::ofThisProcess().resource(QStringLiteral("logo-circle.png")));
+    const QImage logo(ApplicationBundle::ofThisProcess().logo());
     if (!renderPreviews(folder, logo))
         std::fprintf(stderr, "zemrak-printer: the previews were not written to %s\n", qUtf8Printable(folder));
 }
@@ -67,6 +70,20 @@ int runNotificationCheck(int &argc, char *argv[])
     return QCoreApplication::exec();
 }
 
+void switchLoginItem(int &argc, char *argv[], const QString &value)
+{
+    const QCoreApplication application(argc, argv);
+    const ApplicationBundle bundle = ApplicationBundle::ofThisProcess();
+    UserDefaults defaults;
+    SystemClock clock;
+    PlatformHost host(bundle);
+    Agent agent({.bundle = bundle, .configDir = serviceConfigDir()}, defaults, clock, host.forAgent());
+    const QString status = setLoginItem(value, agent, host.loginItem());
+    if (!agent.log().isEmpty())
+        std::fprintf(stderr, "%s\n", qUtf8Printable(agent.log().trimmed()));
+    std::printf("%s\n", qUtf8Printable(status));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -79,5 +96,7 @@ int main(int argc, char *argv[])
         drawPreviews(argc, argv, mode.operand);
     if (mode.kind == LaunchMode::Kind::NotificationCheck)
         return runNotificationCheck(argc, argv);
+    if (mode.kind == LaunchMode::Kind::LoginItem)
+        switchLoginItem(argc, argv, mode.operand);
     return EXIT_SUCCESS;
 }

@@ -17,6 +17,8 @@ public:
     [[nodiscard]] QString path() const { return m_path; }
     [[nodiscard]] QString resource(const QString &relativePath) const;
 
+    [[nodiscard]] QString program() const { return m_path + QStringLiteral("/bin/zemrak-printer"); }
+    [[nodiscard]] QString logo() const { return resource(QStringLiteral("logo-circle.png")); }
     [[nodiscard]] QString node() const { return resource(QStringLiteral("node")); }
     [[nodiscard]] QString serviceScript() const { return resource(QStringLiteral("agent/bin/zemrak-local-print.mjs")); }
     [[nodiscard]] QString pdfRenderer() const { return resource(QStringLiteral("pdfrender")); }

@@ -19,6 +19,16 @@ UserDefaults::UserDefaults(const QString &fileName)
 {
 }
 
+QDateTime UserDefaults::date(QLatin1String key) const
+{
+    return QDateTime::fromString(string(key), Qt::ISODateWithMs);
+}
+
+void UserDefaults::setDate(QLatin1String key, const QDateTime &moment)
+{
+    m_settings.setValue(key, moment.toUTC().toString(Qt::ISODateWithMs));
+}
+
 void UserDefaults::setStrings(QLatin1String key, const QStringList &values)
 {
     if (strings(key) != values)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QSettings>
 #include <QString>
 #include <QStringList>
@@ -20,6 +21,12 @@ public:
         return m_settings.value(key).toString() == QLatin1String("true");
     }
     void setBoolean(QLatin1String key, bool value) { m_settings.setValue(key, value); }
+    /// Absent reads as null.
+    [[nodiscard]] QString string(QLatin1String key) const { return m_settings.value(key).toString(); }
+    void setString(QLatin1String key, const QString &value) { m_settings.setValue(key, value); }
+    /// Absent, or no date, reads as invalid. Exact to the millisecond.
+    [[nodiscard]] QDateTime date(QLatin1String key) const;
+    void setDate(QLatin1String key, const QDateTime &moment);
     /// Absent reads as empty.
     [[nodiscard]] QStringList strings(QLatin1String key) const { return m_settings.value(key).toStringList(); }
     /// Writes only what differs.

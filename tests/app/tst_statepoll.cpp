@@ -4,7 +4,7 @@
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
-#include "support/recordingnotifier.h"
+#include "support/testhost.h"
 #include "support/wiredata.h"
 
 #include <QSignalSpy>
@@ -177,14 +177,13 @@ private Q_SLOTS:
         FakeBundle files;
         ManualClock clock;
         HttpServer server;
-        NoGuard guard;
-        RecordingNotifier notifier;
+        TestHost host;
         QTemporaryDir settings;
         UserDefaults defaults(settings.filePath(QStringLiteral("settings.ini")));
         defaults.setBoolean(QLatin1String("keepAwake"), true);
         files.setService(QStringLiteral("echo bye; exit 78"));
         Agent agent({.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
-            guard, notifier);
+            host.forAgent());
         QSignalSpy running(&agent, &Agent::runningChanged);
         QSignalSpy conflict(&agent, &Agent::portConflictChanged);
         QSignalSpy state(&agent, &Agent::stateChanged);
@@ -220,12 +219,11 @@ private Q_SLOTS:
     {
         FakeBundle files;
         ManualClock clock;
-        NoGuard guard;
-        RecordingNotifier notifier;
+        TestHost host;
         QTemporaryDir settings;
         UserDefaults defaults(settings.filePath(QStringLiteral("s.ini")));
         Agent agent(
-            {.bundle = files.bundle(), .configDir = files.configDir(), .port = 1}, defaults, clock, guard, notifier);
+            {.bundle = files.bundle(), .configDir = files.configDir(), .port = 1}, defaults, clock, host.forAgent());
         QSignalSpy requested(&agent, &Agent::requestedPageChanged);
         agent.setRequestedPage(Page::Alerts);
         agent.setRequestedPage(Page::Alerts);

@@ -1,7 +1,7 @@
 #include "app/agent.h"
 #include "app/servicecommand.h"
 #include "platform/platform.h"
-#include "support/recordingnotifier.h"
+#include "support/testhost.h"
 #include "support/wiredata.h"
 
 #include <QJsonArray>
@@ -84,9 +84,9 @@ private Q_SLOTS:
         UserDefaults defaults(home.filePath(QStringLiteral("settings.ini")));
         SystemClock clock;
         const std::unique_ptr<ChildGuard> guard = platform::makeChildGuard();
-        RecordingNotifier notifier;
+        TestHost host;
         Agent agent({.bundle = ApplicationBundle(QStringLiteral(ZEMRAK_BUNDLE)), .configDir = serviceConfigDir()},
-            defaults, clock, *guard, notifier);
+            defaults, clock, {*guard, host.notifier, host.loginItem, host.activities});
         QStringList toasts;
         connect(&agent, &Agent::toastChanged, &agent, [&] { toasts.append(agent.toast()); });
         agent.start();
@@ -138,16 +138,17 @@ private Q_SLOTS:
         // Switched off: two polls later at the latest it is known, and the service has something to say about it.
         device.switchOff();
         QTRY_COMPARE_WITH_TIMEOUT(stateOf(agent, name), QStringLiteral("offline"), 4500);
-        QTRY_COMPARE(notifier.posted.size(), 1);
+        QTRY_COMPARE(host.notifier.posted.size(), 1);
         QCOMPARE(agent.alertsBadge(), 1);
-        QVERIFY(notifier.posted.first().critical && notifier.posted.first().title.contains(QStringLiteral("كاشير 1")));
+        QVERIFY(host.notifier.posted.first().critical
+            && host.notifier.posted.first().title.contains(QStringLiteral("كاشير 1")));
         QCOMPARE(agent.health().problems.value(0), QStringLiteral("كاشير 1: لا تستجيب على الشبكة"));
 
         QVERIFY(device.switchOn(port));
         QTRY_COMPARE_WITH_TIMEOUT(stateOf(agent, name), QStringLiteral("ready"), 6000);
         QVERIFY(agent.health().ok);
-        QTRY_COMPARE(notifier.retracted.size(), 1);
-        QCOMPARE(notifier.retracted.first(), QStringList{notifier.posted.first().id});
+        QTRY_COMPARE(host.notifier.retracted.size(), 1);
+        QCOMPARE(host.notifier.retracted.first(), QStringList{host.notifier.posted.first().id});
 
         // The printer, its profile and the jobs outlive the service.
         agent.restart();

@@ -1,7 +1,9 @@
+#include "platform/linux/autostartentry.h"
 #include "platform/linux/desktopnotifier.h"
 #include "platform/linux/parentdeathguard.h"
 #include "platform/linux/posixsignals.h"
 #include "platform/linux/sessioninstance.h"
+#include "platform/linux/sleepinhibitors.h"
 #include "platform/linux/systemtray.h"
 #include "platform/platform.h"
 
@@ -16,12 +18,22 @@ std::unique_ptr<ChildGuard> makeChildGuard()
     return std::make_unique<linux_::ParentDeathGuard>();
 }
 
+std::unique_ptr<LoginItem> makeLoginItem(const QString &program, const QString &icon)
+{
+    return std::make_unique<linux_::AutostartEntry>(program, icon);
+}
+
 std::unique_ptr<Notifier> makeNotifier(const QString &iconFile)
 {
     // The runtime folder goes with the login session, and with it go the notifications that the ledger counts.
     const QString ledger = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)
         + QStringLiteral("/zemrak-printer-notifications.json");
     return std::make_unique<linux_::DesktopNotifier>(QDBusConnection::sessionBus(), ledger, iconFile);
+}
+
+std::unique_ptr<ProcessActivities> makeProcessActivities()
+{
+    return std::make_unique<linux_::SleepInhibitors>();
 }
 
 std::unique_ptr<SingleInstance> makeSingleInstance()

@@ -3,6 +3,8 @@
 #include "health/notifier.h"
 #include "health/statusitem.h"
 #include "host/childguard.h"
+#include "host/loginitem.h"
+#include "host/processactivities.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
 
@@ -15,6 +17,26 @@ class Unguarded final : public ChildGuard
 {
 public:
     void guard(QProcess &) override { qInfo("No child guard on this platform"); }
+};
+
+/// Nothing starts at login.
+class NoLoginItem final : public LoginItem
+{
+public:
+    [[nodiscard]] LoginItemStatus status() const override { return LoginItemStatus::NotFound; }
+    [[nodiscard]] std::optional<QString> registerItem() override { return QStringLiteral("not on this platform"); }
+    [[nodiscard]] std::optional<QString> unregisterItem() override { return std::nullopt; }
+};
+
+/// The computer sleeps when it likes.
+class UntoldActivities final : public ProcessActivities
+{
+public:
+    [[nodiscard]] std::unique_ptr<Activity> begin(IdleSleep, const QString &) override
+    {
+        qInfo("No sleep inhibitor on this platform");
+        return std::make_unique<Activity>();
+    }
 };
 
 /// Every copy believes it is the only one.

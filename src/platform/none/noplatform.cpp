@@ -8,9 +8,19 @@ std::unique_ptr<ChildGuard> makeChildGuard()
     return std::make_unique<none::Unguarded>();
 }
 
+std::unique_ptr<LoginItem> makeLoginItem(const QString &, const QString &)
+{
+    return std::make_unique<none::NoLoginItem>();
+}
+
 std::unique_ptr<Notifier> makeNotifier(const QString &)
 {
     return std::make_unique<none::SilentNotifier>();
+}
+
+std::unique_ptr<ProcessActivities> makeProcessActivities()
+{
+    return std::make_unique<none::UntoldActivities>();
 }
 
 std::unique_ptr<SingleInstance> makeSingleInstance()

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "app/agent.h"
+#include "platform/none/inert.h"
+#include "support/fakebundle.h"
+#include "support/recordingnotifier.h"
+
+namespace zemrak::test {
+
+/// A computer that does nothing of itself and keeps what it is told to show.
+struct TestHost
+{
+    NoGuard childGuard;
+    RecordingNotifier notifier;
+    none::NoLoginItem loginItem;
+    none::UntoldActivities activities;
+
+    [[nodiscard]] AgentHost forAgent() { return {childGuard, notifier, loginItem, activities}; }
+};
+
+} // namespace zemrak::test
