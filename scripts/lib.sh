@@ -19,6 +19,7 @@ packages_test=(
   dbus-daemon xvfb                # private session buses and displays
   clang-format shellcheck         # gates
   procps util-linux               # what the fake services of the tests use
+  desktop-file-utils libglib2.0-bin # a desktop's own reading of the login item
 )
 
 # A package counts as there when dpkg says so, or when the program it is wanted for was installed another way.

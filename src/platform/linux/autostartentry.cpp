@@ -45,6 +45,17 @@ bool isSwitchedOff(const DesktopEntry &entry)
     return (!only.isEmpty() && !names(only)) || names(entry.list(QStringLiteral("NotShowIn")));
 }
 
+// The format forbids an equals sign in the name of what is started, and some desktops look for the program before they
+// undo a doubled percent sign. A shell in front takes such a name as an argument.
+QStringList command(const QString &program)
+{
+    QStringList words{program, automaticStartArgument};
+    if (program.contains(QLatin1Char('=')) || program.contains(QLatin1Char('%')))
+        words = QStringList{QStringLiteral("/bin/sh"), QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\"")}
+            + words;
+    return words;
+}
+
 LoginItemStatus statusOf(const QString &fileName)
 {
     QFile file(fileName);
@@ -55,10 +66,10 @@ LoginItemStatus statusOf(const QString &fileName)
         return LoginItemStatus::NotFound;
     if (isSwitchedOff(*entry))
         return LoginItemStatus::RequiresApproval;
-    const std::optional<QStringList> command = entry->exec();
+    const std::optional<QStringList> words = entry->exec();
     const QString condition = entry->value(QStringLiteral("TryExec"));
-    const bool starts = entry->value(QStringLiteral("Type")) == QLatin1String("Application") && command
-        && isProgram(command->first()) && (condition.isEmpty() || isProgram(condition));
+    const bool starts = entry->value(QStringLiteral("Type")) == QLatin1String("Application") && words
+        && isProgram(words->first()) && (condition.isEmpty() || isProgram(condition));
     return starts ? LoginItemStatus::Enabled : LoginItemStatus::NotFound;
 }
 
@@ -87,20 +98,19 @@ LoginItemStatus AutostartEntry::status() const
 
 std::optional<QString> AutostartEntry::registerItem()
 {
-    const std::optional<QString> command = execValue({m_program, automaticStartArgument});
-    if (!command)
-        return QStringLiteral("%1: an equals sign in the path cannot be started at login").arg(m_program);
     const QString text = QStringLiteral("[Desktop Entry]\n"
                                         "Type=Application\n"
                                         "Name=Zemrak Printer\n"
                                         "Comment=Keeps receipt printing running\n"
                                         "Comment[ar]=%1\n"
                                         "Exec=%2\n"
-                                        "Icon=%3\n"
+                                        "TryExec=%3\n"
+                                        "Icon=%4\n"
                                         "Terminal=false\n"
                                         "StartupNotify=false\n"
                                         "X-GNOME-Autostart-enabled=true\n")
-                             .arg(QStringLiteral("يُبقي طباعة الفواتير تعمل"), *command, escapedValue(m_icon));
+                             .arg(QStringLiteral("يُبقي طباعة الفواتير تعمل"), execValue(command(m_program)),
+                                 escapedValue(m_program), escapedValue(m_icon));
 
     QDir().mkpath(QFileInfo(m_file).path()); // if this fails, so does the opening, and that says why
     QSaveFile file(m_file);

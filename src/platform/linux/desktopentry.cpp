@@ -169,10 +169,8 @@ QString escapedValue(const QString &text)
     return value;
 }
 
-std::optional<QString> execValue(const QStringList &words)
+QString execValue(const QStringList &words)
 {
-    if (words.isEmpty() || words.first().contains(QLatin1Char('=')))
-        return std::nullopt;
     QStringList parts;
     for (QString word : words) {
         word.replace(QLatin1Char('%'), QLatin1String("%%"));

@@ -31,8 +31,7 @@ private:
 
 /// `text` as the value of a key.
 [[nodiscard]] QString escapedValue(const QString &text);
-/// `words` as the value of `Exec`, ready to be written into the file. None when the first word holds an equals sign,
-/// which the format forbids in the name of a program.
-[[nodiscard]] std::optional<QString> execValue(const QStringList &words);
+/// `words` as the value of `Exec`, ready to be written into the file.
+[[nodiscard]] QString execValue(const QStringList &words);
 
 } // namespace zemrak::linux_
