@@ -45,15 +45,13 @@ bool isSwitchedOff(const DesktopEntry &entry)
     return (!only.isEmpty() && !names(only)) || names(entry.list(QStringLiteral("NotShowIn")));
 }
 
-// The format forbids an equals sign in the name of what is started, and some desktops look for the program before they
-// undo a doubled percent sign. A shell in front takes such a name as an argument.
+// The format forbids an equals sign in the name of what is started, and desktops look for the program before they undo
+// a doubled percent sign. A program in front that only runs another takes such a name as an argument.
 QStringList command(const QString &program)
 {
-    QStringList words{program, automaticStartArgument};
-    if (program.contains(QLatin1Char('=')) || program.contains(QLatin1Char('%')))
-        words = QStringList{QStringLiteral("/bin/sh"), QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\"")}
-            + words;
-    return words;
+    const QStringList words{program, automaticStartArgument};
+    const bool odd = program.contains(QLatin1Char('=')) || program.contains(QLatin1Char('%'));
+    return odd ? QStringList{QStringLiteral("nice"), QStringLiteral("-n"), QStringLiteral("0")} + words : words;
 }
 
 LoginItemStatus statusOf(const QString &fileName)
