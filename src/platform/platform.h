@@ -3,6 +3,7 @@
 #include "health/notifier.h"
 #include "health/statusitem.h"
 #include "host/childguard.h"
+#include "host/desktop.h"
 #include "host/loginitem.h"
 #include "host/processactivities.h"
 #include "host/singleinstance.h"
@@ -19,6 +20,8 @@ namespace platform {
 [[nodiscard]] std::unique_ptr<ChildGuard> makeChildGuard();
 /// `program` is what is to start at login, `icon` the picture beside it in the desktop's settings.
 [[nodiscard]] std::unique_ptr<LoginItem> makeLoginItem(const QString &program, const QString &icon);
+/// Needs a QApplication.
+[[nodiscard]] std::unique_ptr<Desktop> makeDesktop();
 /// `iconFile`: the picture beside a notification's text.
 [[nodiscard]] std::unique_ptr<Notifier> makeNotifier(const QString &iconFile);
 [[nodiscard]] std::unique_ptr<ProcessActivities> makeProcessActivities();

@@ -1,5 +1,6 @@
 #include "platform/linux/autostartentry.h"
 #include "platform/linux/desktopnotifier.h"
+#include "platform/linux/linuxdesktop.h"
 #include "platform/linux/parentdeathguard.h"
 #include "platform/linux/posixsignals.h"
 #include "platform/linux/sessioninstance.h"
@@ -21,6 +22,11 @@ std::unique_ptr<ChildGuard> makeChildGuard()
 std::unique_ptr<LoginItem> makeLoginItem(const QString &program, const QString &icon)
 {
     return std::make_unique<linux_::AutostartEntry>(program, icon);
+}
+
+std::unique_ptr<Desktop> makeDesktop()
+{
+    return std::make_unique<linux_::LinuxDesktop>(QDBusConnection::sessionBus());
 }
 
 std::unique_ptr<Notifier> makeNotifier(const QString &iconFile)

@@ -3,12 +3,15 @@
 #include "health/notifier.h"
 #include "health/statusitem.h"
 #include "host/childguard.h"
+#include "host/desktop.h"
 #include "host/loginitem.h"
 #include "host/processactivities.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
 
 #include <QLoggingCategory>
+#include <QMetaObject>
+#include <QUrl>
 
 namespace zemrak::none {
 
@@ -36,6 +39,29 @@ public:
     {
         qInfo("No sleep inhibitor on this platform");
         return std::make_unique<Activity>();
+    }
+};
+
+/// Nothing can be opened, and every question where to save is cancelled.
+class BareDesktop final : public Desktop
+{
+public:
+    void chooseSaveFile(const SaveQuestion &, QObject *context, Chosen chosen) override
+    {
+        qInfo("No file dialog on this platform");
+        QMetaObject::invokeMethod(
+            context, [chosen = std::move(chosen)] { chosen(std::nullopt); }, Qt::QueuedConnection);
+    }
+    void reveal(const QString &) override { qInfo("No file manager on this platform"); }
+    bool openUrl(const QUrl &) override
+    {
+        qInfo("No way to open addresses on this platform");
+        return false;
+    }
+    bool openSettings(SettingsPane) override
+    {
+        qInfo("No settings program on this platform");
+        return false;
     }
 };
 

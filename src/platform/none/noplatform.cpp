@@ -13,6 +13,11 @@ std::unique_ptr<LoginItem> makeLoginItem(const QString &, const QString &)
     return std::make_unique<none::NoLoginItem>();
 }
 
+std::unique_ptr<Desktop> makeDesktop()
+{
+    return std::make_unique<none::BareDesktop>();
+}
+
 std::unique_ptr<Notifier> makeNotifier(const QString &)
 {
     return std::make_unique<none::SilentNotifier>();

@@ -1,0 +1,90 @@
+#include "host/diagnosticsreport.h"
+
+#include "host/privatefile.h"
+
+#include <QFuture>
+#include <QLoggingCategory>
+#include <QPromise>
+#include <QThreadPool>
+
+#include <memory>
+
+namespace zemrak {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcReport, "zemrak.host")
+
+} // namespace
+
+DiagnosticsReport::DiagnosticsReport(ServiceLink &link, Desktop &desktop, Clock &clock, QObject *parent)
+    : QObject(parent)
+    , m_link(link)
+    , m_desktop(desktop)
+    , m_clock(clock)
+{
+}
+
+void DiagnosticsReport::setExporting(bool exporting)
+{
+    if (m_exporting == exporting)
+        return;
+    m_exporting = exporting;
+    Q_EMIT exportingChanged();
+}
+
+void DiagnosticsReport::exportDiagnostics()
+{
+    if (m_exporting)
+        return;
+    setExporting(true);
+    m_link.get(QStringLiteral("/admin/diagnostics"), 20s, this, [this](const ServiceLink::Answer &report) {
+        if (report && !report->isEmpty()) {
+            askWhere(*report);
+            return;
+        }
+        setExporting(false);
+        m_link.flash(QStringLiteral("تعذر إنشاء التقرير"));
+    });
+}
+
+void DiagnosticsReport::askWhere(const QByteArray &report)
+{
+    const auto now = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::milliseconds(m_clock.wallTime()));
+    const QString name = QStringLiteral("Zemrak-Printer-diagnostics-%1.json").arg(now.count());
+    m_desktop.chooseSaveFile({.title = QStringLiteral("حفظ تقرير التشخيص"), .fileName = name}, this,
+        [this, report](const std::optional<QString> &path) {
+            if (path && !path->isEmpty())
+                write(*path, report);
+            else
+                setExporting(false);
+        });
+}
+
+// The person may have chosen a slow stick or a share that hangs: the window must not wait for it.
+void DiagnosticsReport::write(const QString &path, const QByteArray &report)
+{
+    const auto promise = std::make_shared<QPromise<QString>>();
+    promise->future().then(this, [this, path](const QString &fault) { onWritten(path, fault); });
+    QThreadPool::globalInstance()->start([promise, path, report] {
+        promise->start();
+        promise->addResult(writePrivateFile(path, report));
+        promise->finish();
+    });
+}
+
+void DiagnosticsReport::onWritten(const QString &path, const QString &fault)
+{
+    setExporting(false);
+    if (!fault.isEmpty()) {
+        qCWarning(lcReport) << "The diagnostics report was not written:" << fault;
+        m_link.flash(QStringLiteral("تعذر حفظ التقرير، تحقق من المساحة أو اختر مجلدًا آخر"));
+        return;
+    }
+    m_desktop.reveal(path);
+    m_link.flash(QStringLiteral("تم حفظ تقرير التشخيص"));
+}
+
+} // namespace zemrak

@@ -1,0 +1,166 @@
+#include "host/connectioncheck.h"
+#include "support/manualclock.h"
+#include "support/recordinglink.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace zemrak;
+using namespace zemrak::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QByteArray found = R"({"printers":[{"id":"a","name":"K","state":"ready"},)"
+                         R"({"id":"b","name":"B","state":"offline","reason":"no_route"}],"connected":1})";
+
+struct Fixture
+{
+    ManualClock clock;
+    RecordingLink link;
+    ConnectionCheck check{link, clock};
+
+    [[nodiscard]] bool shows(double progress, const char *step) const
+    {
+        return check.scanProgress() == progress && check.scanStep() == QString::fromUtf8(step);
+    }
+    void runToRequest()
+    {
+        check.runScan();
+        clock.advance(1300ms);
+    }
+    void runToEnd(const ServiceLink::Answer &answer)
+    {
+        runToRequest();
+        link.requests.last().answer(answer);
+        clock.advance(900ms);
+    }
+};
+
+} // namespace
+
+class ConnectionCheckTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void walksThroughItsStages()
+    {
+        Fixture f;
+        f.check.runScan();
+        QVERIFY(f.check.isScanning());
+        QVERIFY(f.shows(0.03, "فحص خدمة الطباعة"));
+        f.clock.advance(599ms);
+        QVERIFY(f.shows(0.03, "فحص خدمة الطباعة"));
+        f.clock.advance(1ms);
+        QVERIFY(f.shows(0.22, "البحث عن الطابعات المتاحة"));
+        f.clock.advance(699ms);
+        QVERIFY(f.link.requests.isEmpty());
+        f.clock.advance(1ms);
+        QVERIFY(f.shows(0.4, "اختبار اتصال كل طابعة"));
+        QCOMPARE(f.link.requests.size(), 1);
+        QCOMPARE(f.link.requests[0].method, QByteArray("POST"));
+        QCOMPARE(f.link.requests[0].path, QStringLiteral("/admin/scan"));
+        QCOMPARE(f.link.requests[0].timeout, 25s);
+
+        f.clock.advance(20s); // as long as the service takes
+        QVERIFY(f.shows(0.4, "اختبار اتصال كل طابعة"));
+        f.link.requests[0].answer(found);
+        f.clock.advance(299ms);
+        QVERIFY(f.shows(0.4, "اختبار اتصال كل طابعة"));
+        f.clock.advance(1ms);
+        QVERIFY(f.shows(0.85, "التحقق من الأذونات والمنافذ"));
+        QVERIFY(!f.check.scanResult());
+        f.clock.advance(599ms);
+        QVERIFY(f.check.isScanning());
+        QCOMPARE(f.link.refreshes, 0);
+        f.clock.advance(1ms);
+        QVERIFY(f.shows(1.0, "اكتمل الفحص"));
+        QVERIFY(!f.check.isScanning());
+        QCOMPARE(f.check.scanResult()->printers.size(), 2);
+        QCOMPARE(f.check.scanResult()->printers[1].reason, QStringLiteral("no_route"));
+        QCOMPARE(f.check.scanResult()->connected, 1);
+        QCOMPARE(f.link.refreshes, 1);
+    }
+
+    void failureWalksOnAndLeavesNoResult_data()
+    {
+        QTest::addColumn<bool>("answered");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("no answer") << false << QByteArray();
+        QTest::newRow("empty") << true << QByteArray();
+        QTest::newRow("error") << true << QByteArray(R"({"error":{"code":"internal"}})");
+        QTest::newRow("cut off") << true << found.chopped(3);
+        QTest::newRow("wrong type") << true << QByteArray(R"({"printers":[],"connected":"1"})");
+    }
+    void failureWalksOnAndLeavesNoResult()
+    {
+        QFETCH(const bool, answered);
+        QFETCH(const QByteArray, body);
+        Fixture f;
+        f.runToEnd(found);
+        QVERIFY(f.check.scanResult());
+        f.runToRequest();
+        QVERIFY(!f.check.scanResult());
+        f.link.requests.last().answer(answered ? ServiceLink::Answer(body) : std::nullopt);
+        f.clock.advance(300ms);
+        QVERIFY(f.shows(0.85, "التحقق من الأذونات والمنافذ"));
+        f.clock.advance(600ms);
+        QVERIFY(f.shows(1.0, "اكتمل الفحص"));
+        QVERIFY(!f.check.isScanning());
+        QVERIFY(!f.check.scanResult());
+        QCOMPARE(f.link.refreshes, 2);
+        QVERIFY(f.link.flashed.isEmpty());
+    }
+
+    void secondStartChangesNothing()
+    {
+        Fixture f;
+        f.check.runScan();
+        f.clock.advance(700ms);
+        const QSignalSpy steps(&f.check, &ConnectionCheck::scanStepChanged);
+        f.check.runScan();
+        QVERIFY(f.shows(0.22, "البحث عن الطابعات المتاحة"));
+        QVERIFY(steps.isEmpty());
+        f.clock.advance(600ms);
+        f.check.runScan();
+        QCOMPARE(f.link.requests.size(), 1);
+        f.link.requests[0].answer(found);
+        f.clock.advance(10s);
+        QCOMPARE(f.link.refreshes, 1);
+        QCOMPARE(f.clock.pending(), 0);
+    }
+
+    void endIsAnnouncedWithTheResultInPlace()
+    {
+        Fixture f;
+        bool hadResult = false;
+        connect(&f.check, &ConnectionCheck::scanningChanged, &f.check, [&] {
+            if (!f.check.isScanning()) {
+                hadResult = f.check.scanResult().has_value();
+                f.check.runScan(); // somebody cannot wait
+            }
+        });
+        f.runToEnd(found);
+        QVERIFY(hadResult);
+        QVERIFY(f.check.isScanning());
+        QVERIFY(f.shows(0.03, "فحص خدمة الطباعة"));
+        QCOMPARE(f.link.refreshes, 1);
+    }
+
+    void endOfTheApplicationInTheMiddleIsQuiet()
+    {
+        ManualClock clock;
+        RecordingLink link;
+        auto check = std::make_unique<ConnectionCheck>(link, clock);
+        check->runScan();
+        clock.advance(1300ms);
+        check.reset();
+        link.requests.last().answer(found);
+        clock.advance(10s);
+        QCOMPARE(link.refreshes, 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(ConnectionCheckTest)
+#include "tst_connectioncheck.moc"
