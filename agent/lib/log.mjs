@@ -1,6 +1,9 @@
 /** Lines kept for the diagnostics report. */
 export const LOG_LINES = 200;
 
+/** Warnings and errors kept besides, however many other lines follow them. */
+export const PROBLEM_LINES = 50;
+
 const LINE_CHARS = 500;
 
 /**
@@ -10,6 +13,7 @@ const LINE_CHARS = 500;
  */
 export class Log {
   #lines = [];
+  #problems = [];
   #stream;
 
   /** @param {NodeJS.WritableStream | null} stream null = remember only */
@@ -25,6 +29,9 @@ export class Log {
   /** @returns {string[]} oldest first, at most LOG_LINES */
   lines() { return [...this.#lines]; }
 
+  /** @returns {string[]} warnings and errors, oldest first, at most PROBLEM_LINES */
+  problems() { return [...this.#problems]; }
+
   /** Writes a line as it is, without time or level, and does not remember it. */
   plain(text) {
     if (this.#stream?.writable) this.#stream.write(`${text}\n`);
@@ -33,8 +40,13 @@ export class Log {
   #add(level, text) {
     // One event is one line: control characters would let a printer's name forge another.
     const line = `${new Date().toISOString()} ${level} ${text}`.replace(/\p{Cc}+/gu, ' ').slice(0, LINE_CHARS);
-    this.#lines.push(line);
-    if (this.#lines.length > LOG_LINES) this.#lines.shift();
+    keep(this.#lines, line, LOG_LINES);
+    if (level !== 'info') keep(this.#problems, line, PROBLEM_LINES);
     this.plain(line);
   }
+}
+
+function keep(lines, line, most) {
+  lines.push(line);
+  if (lines.length > most) lines.shift();
 }

@@ -65,7 +65,8 @@ async function serve(request, response, { answer, port, log }) {
 
 function refusal(error, log, request) {
   if (error instanceof ApiError) return { status: error.status, body: error.body, headers: error.headers };
-  const where = (error?.stack ?? '').split('\n')[1]?.trim() ?? '';
+  // The first frame, not the second line: a message may have several, and may quote what was sent.
+  const where = /^ +at \S.*:\d+:\d+\)?$/m.exec(error?.stack ?? '')?.[0].trim() ?? '';
   log.error(`${request.method} failed: ${error?.code ?? error?.name ?? 'unknown'} ${where}`);
   const failed = error?.code === 'ENOSPC' || error?.code === 'EROFS' || error?.code === 'EDQUOT'
     ? new ApiError(507, 'storage_failed', 'تعذر الحفظ على القرص، ولم يتغير شيء.')
