@@ -54,7 +54,7 @@ function plantEverywhere(home) {
     ],
   });
   plant(home, 'alerts.json', {
-    alerts: [{ id: 'a', key: 'job:net-1:failed', severity: 'warning', title: `${MARK}-title`, message: `${MARK}-message`, note: `${MARK}-note`, createdAt: 1, lastAt: 1, count: 1, read: true }],
+    alerts: [{ id: 'a', key: 'printer:net-9:offline', severity: 'warning', title: `${MARK}-title`, message: `${MARK}-message`, note: `${MARK}-note`, createdAt: 1, lastAt: 1, count: 1, read: true }],
   });
   plant(home, 'previews/1-job.txt', `${MARK}-preview`);
   plant(home, 'tls/server.crt', `${MARK}-certificate`);

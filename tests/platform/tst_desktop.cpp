@@ -87,6 +87,11 @@ private Q_SLOTS:
         QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open");
         QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open");
     }
+    void cleanupTestCase()
+    {
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+    }
     void init() { m_opened.clear(); }
     void cleanup() { QVERIFY(!ownDialog()); }
 
