@@ -2,6 +2,7 @@
 
 #include "platform/linux/filetypes.h"
 
+#include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -34,6 +35,9 @@ std::unique_ptr<QFileDialog> makeDialog(const Desktop::SaveQuestion &question)
     dialog->setLabelText(QFileDialog::Accept, QStringLiteral("حفظ"));
     dialog->setLabelText(QFileDialog::Reject, QStringLiteral("إلغاء"));
     dialog->setLayoutDirection(Qt::RightToLeft);
+    // A path is read from its left, whatever the language.
+    if (auto *folder = dialog->findChild<QComboBox *>(QStringLiteral("lookInCombo")))
+        folder->setLayoutDirection(Qt::LeftToRight);
     dialog->selectFile(question.fileName);
     return dialog;
 }
