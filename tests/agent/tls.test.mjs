@@ -121,3 +121,76 @@ test('trust-ca puts the authority into the browsers\' stores', { skip: without('
   assert.equal((await command(t, privateHome(t), ['trust-ca'])).status, 1, 'no programs at all');
   assert.equal(readFileSync(path.join(profile, 'cert9.db'), 'utf8'), 'not a database');
 });
+
+test('trust-ca knows every place where a browser keeps its store', { skip: without('openssl') || without('certutil') }, async (t) => {
+  const home = privateHome(t);
+  const certutil = (folder, ...args) => execFileSync(findProgram('certutil'), [...args, '-d', `sql:${path.join(home, folder)}`], { encoding: 'utf8', stdio: 'pipe' });
+  const make = (folder) => { mkdirSync(path.join(home, folder), { recursive: true }); certutil(folder, '-N', '--empty-password'); };
+  const trusts = (folder) => existsSync(path.join(home, folder, 'cert9.db')) && certutil(folder, '-L').includes(' C,,');
+  const run = (env = {}) => command(t, home, ['trust-ca'], { ...system, ...env });
+  const databases = [
+    '.local/share/pki/nssdb', '.mozilla/firefox/old.default', '.config/mozilla/firefox/new.default',
+    'snap/chromium/current/.pki/nssdb', 'snap/firefox/common/.mozilla/firefox/snap.default',
+    '.var/app/com.google.Chrome/data/pki/nssdb', '.var/app/org.mozilla.firefox/config/mozilla/firefox/flat.default',
+  ];
+  databases.forEach(make);
+  assert.equal((await run()).status, 0);
+  assert.deepEqual(databases.filter((folder) => !trusts(folder)), []);
+  assert.ok(!existsSync(path.join(home, '.pki')), 'the newer place is enough for the browser that made it');
+
+  await t.test('a second run touches nothing', async () => {
+    const times = () => databases.map((folder) => statSync(path.join(home, folder, 'cert9.db')).mtimeMs);
+    const before = times();
+    assert.equal((await run()).status, 0);
+    assert.deepEqual(times(), before);
+  });
+
+  await t.test('the older shared place comes before the newer one, even when it is empty', async () => {
+    mkdirSync(path.join(home, '.pki', 'nssdb'), { recursive: true });
+    assert.equal((await run()).status, 0);
+    assert.ok(trusts('.pki/nssdb'));
+    rmSync(path.join(home, '.pki'), { recursive: true });
+  });
+
+  await t.test('places that the environment names', async () => {
+    const moved = ['data/pki/nssdb', 'config/mozilla/firefox/moved.default'];
+    moved.forEach(make);
+    assert.equal((await run({ XDG_DATA_HOME: path.join(home, 'data'), XDG_CONFIG_HOME: path.join(home, 'config') })).status, 0);
+    assert.deepEqual(moved.filter((folder) => !trusts(folder)), []);
+  });
+
+  await t.test('one that the person has trusted by hand, under another name, is as good', async () => {
+    const [folder] = databases;
+    certutil(folder, '-D', '-n', NAME);
+    certutil(folder, '-A', '-n', 'By hand', '-t', 'CT,,', '-i', path.join(configFolder(home), 'tls', 'ca.crt'));
+    assert.equal((await run()).status, 0);
+    assert.ok(!certutil(folder, '-L').includes(NAME));
+  });
+
+  await t.test('a profile with a password refuses, keeps nothing half done, and holds nobody else up', async () => {
+    const locked = '.mozilla/firefox/a-locked.default';
+    mkdirSync(path.join(home, locked));
+    writeFileSync(path.join(home, 'password'), 'planted secret\n');
+    certutil(locked, '-N', '-f', path.join(home, 'password'));
+    databases.forEach((folder) => certutil(folder, '-D', '-n', folder === databases[0] ? 'By hand' : NAME));
+    const { status, stderr } = await run();
+    assert.equal(status, 1);
+    assert.match(stderr, /not accepted by: \S+a-locked\.default\n$/);
+    assert.ok(!certutil(locked, '-L').includes(NAME));
+    assert.deepEqual(databases.filter((folder) => !trusts(folder)), []);
+    rmSync(path.join(home, locked), { recursive: true });
+  });
+
+  await t.test('an authority that has expired is made anew', async () => {
+    const tools = findProgram('openssl');
+    const folder = path.join(configFolder(home), 'tls');
+    const openssl = (...args) => execFileSync(tools, args, { cwd: folder, stdio: 'pipe' });
+    openssl('req', '-new', '-key', 'ca.key', '-subj', '/CN=expired', '-out', '../csr');
+    writeFileSync(path.join(folder, '..', 'index'), '');
+    writeFileSync(path.join(folder, '..', 'ca.cnf'), '[ca]\ndefault_ca=a\n[a]\ndatabase=../index\nnew_certs_dir=..\nrand_serial=yes\ndefault_md=sha256\npolicy=p\n[p]\ncommonName=supplied\n[e]\nbasicConstraints=critical,CA:TRUE\n');
+    openssl('ca', '-batch', '-notext', '-config', '../ca.cnf', '-selfsign', '-keyfile', 'ca.key', '-in', '../csr', '-extensions', 'e',
+      '-startdate', '20200101000000Z', '-enddate', '20200201000000Z', '-out', 'ca.crt');
+    assert.equal((await run()).status, 0);
+    assert.ok(Date.parse(new X509Certificate(readConfig(home, 'tls/ca.crt')).validTo) > Date.now());
+  });
+});

@@ -118,6 +118,15 @@ function isMatching(certificate, key) {
   }
 }
 
+/** Whether the file holds a certificate that has not expired. */
+export function isUnexpired(certificate) {
+  try {
+    return daysLeft(certificate) > 0;
+  } catch {
+    return false;
+  }
+}
+
 function daysLeft(certificate) {
   return (Date.parse(new X509Certificate(readFileSync(certificate)).validTo) - Date.now()) / DAY_MS;
 }

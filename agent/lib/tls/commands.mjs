@@ -1,6 +1,5 @@
-import { existsSync } from 'node:fs';
 import { configPaths } from '../paths.mjs';
-import { ensureCertificates } from './certificates.mjs';
+import { ensureCertificates, isUnexpired } from './certificates.mjs';
 import { trustAuthority } from './trust.mjs';
 
 /**
@@ -16,13 +15,13 @@ export async function initTlsCommand() {
 }
 
 /**
- * The command "trust-ca"; makes the certificates first when there are none.
+ * The command "trust-ca"; makes the certificates first when there are none, or none that anyone would trust any more.
  * @returns {Promise<number>} exit status
  */
 export async function trustCaCommand() {
   process.umask(0o077);
   const paths = configPaths();
-  if (!existsSync(paths.caCert)) await ensureCertificates(paths);
+  if (!isUnexpired(paths.caCert)) await ensureCertificates(paths);
   await trustAuthority(paths.caCert, paths.home);
   process.stdout.write('the authority is trusted\n');
   return 0;

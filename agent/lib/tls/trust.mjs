@@ -1,61 +1,61 @@
 import path from 'node:path';
-import { existsSync, readFileSync, readdirSync } from 'node:fs';
-import { X509Certificate } from 'node:crypto';
+import { existsSync } from 'node:fs';
 import { mkdir } from 'node:fs/promises';
 import { findProgram, runProgram } from '../system/program.mjs';
 import { CA_NAME } from './certificates.mjs';
+import { certificateStores } from './stores.mjs';
 
 // Trusted to vouch for servers; not for mail, not for code.
 const TRUST = 'C,,';
+const SSL_AUTHORITY = '3';
+const TIMEOUT_MS = 10_000;
 
 /**
- * The certificate stores of the user's browsers; the customary one is made when there is none of the two shared ones.
- * @param {string} home
- * @returns {{ folder: string, isNew: boolean }[]}
- */
-export function certificateStores(home) {
-  const shared = [path.join(home, '.pki', 'nssdb'), path.join(home, '.local', 'share', 'pki', 'nssdb')];
-  const found = shared.filter((folder) => existsSync(path.join(folder, 'cert9.db')));
-  const firefox = path.join(home, '.mozilla', 'firefox');
-  const profiles = existsSync(firefox)
-    ? readdirSync(firefox).sort().map((name) => path.join(firefox, name)).filter((folder) => existsSync(path.join(folder, 'cert9.db')))
-    : [];
-  const first = found.length > 0 ? [] : [{ folder: shared.find((folder) => existsSync(folder)) ?? shared[0], isNew: true }];
-  return [...first, ...[...found, ...profiles].map((folder) => ({ folder, isNew: false }))];
-}
-
-/**
- * Puts the authority into every store, in place of an older one of the same name.
+ * Puts the authority into every store of the user's browsers, in place of an older one of the same name. A store that
+ * accepts it already is left alone, as its browser may be running.
  * @param {string} caCert file
  * @param {string} home
  * @param {NodeJS.ProcessEnv} env
- * @throws {Error} in English, naming the stores that do not list the authority afterwards
+ * @throws {Error} in English, naming the stores that do not accept the authority afterwards; the others do
  */
 export async function trustAuthority(caCert, home, env = process.env) {
-  const certutil = findProgram('certutil', env);
-  if (!certutil) throw new Error('the certutil program (libnss3-tools) is not installed');
+  const [certutil, vfychain] = ['certutil', 'vfychain'].map((name) => {
+    const program = findProgram(name, env);
+    if (!program) throw new Error(`the ${name} program (libnss3-tools) is not installed`);
+    return program;
+  });
   const refused = [];
-  for (const { folder, isNew } of certificateStores(home)) {
-    const run = (...args) => runProgram(certutil, [...args, '-d', `sql:${folder}`], { timeoutMs: 20_000 });
-    if (isNew) {
-      await mkdir(folder, { recursive: true, mode: 0o700 });
-      await run('-N', '--empty-password');
-    }
-    await removeOld(run);
-    await run('-A', '-n', CA_NAME, '-t', TRUST, '-i', caCert);
-    if (!await holds(run, caCert)) refused.push(folder);
+  for (const folder of certificateStores(home, env)) {
+    const store = openStore(certutil, vfychain, folder);
+    if (!await install(store, folder, caCert).catch(() => false)) refused.push(folder);
   }
   if (refused.length > 0) throw new Error(`not accepted by: ${refused.join(', ')}`);
 }
 
-/** Several certificates may share the name; each call removes one. */
-async function removeOld(run) {
-  for (let n = 0; n < 20; n += 1) if ((await run('-D', '-n', CA_NAME)).status !== 0) return;
+async function install(store, folder, caCert) {
+  if (!existsSync(path.join(folder, 'cert9.db'))) {
+    await mkdir(folder, { recursive: true, mode: 0o700 });
+    await store.change('-N', '--empty-password');
+  } else if (await store.accepts(caCert)) {
+    return true;
+  }
+  await removeOld(store);
+  if (await store.change('-A', '-n', CA_NAME, '-t', TRUST, '-i', caCert)) return store.accepts(caCert);
+  // A store with a password takes the certificate and refuses the trust: nothing half done is left behind.
+  await removeOld(store);
+  return false;
 }
 
-async function holds(run, caCert) {
-  const listed = (await run('-L')).stdout.split('\n').some((line) => line.startsWith(`${CA_NAME} `) && line.trim().endsWith(TRUST));
-  const { status, stdout } = await run('-L', '-n', CA_NAME, '-a');
-  if (!listed || status !== 0) return false;
-  return new X509Certificate(stdout).fingerprint256 === new X509Certificate(readFileSync(caCert)).fingerprint256;
+function openStore(certutil, vfychain, folder) {
+  const succeeds = async (program, args) => (await runProgram(program, ['-d', `sql:${folder}`, ...args], { timeoutMs: TIMEOUT_MS })).status === 0;
+  return {
+    // With no password: it must not ask for one at a terminal.
+    change: (...args) => succeeds(certutil, ['-f', '/dev/null', ...args]),
+    accepts: (caCert) => succeeds(vfychain, ['-u', SSL_AUTHORITY, '-a', caCert]),
+  };
+}
+
+/** Several certificates may share the name; each call removes one. */
+async function removeOld(store) {
+  for (let n = 0; n < 20; n += 1) if (!await store.change('-D', '-n', CA_NAME)) return;
 }
