@@ -1,4 +1,5 @@
 #include "platform/linux/autostartentry.h"
+#include "platform/linux/browsertrust.h"
 #include "platform/linux/desktopnotifier.h"
 #include "platform/linux/linuxdesktop.h"
 #include "platform/linux/parentdeathguard.h"
@@ -13,6 +14,11 @@
 #include <ctime>
 
 namespace zemrak::platform {
+
+std::unique_ptr<CertificateTest> makeCertificateTest()
+{
+    return std::make_unique<linux_::BrowserTrust>();
+}
 
 std::unique_ptr<ChildGuard> makeChildGuard()
 {

@@ -2,6 +2,7 @@
 
 #include "health/notifier.h"
 #include "health/statusitem.h"
+#include "host/certificatetest.h"
 #include "host/childguard.h"
 #include "host/desktop.h"
 #include "host/loginitem.h"
@@ -14,6 +15,17 @@
 #include <QUrl>
 
 namespace zemrak::none {
+
+/// No authority is trusted.
+class NothingTrusted final : public CertificateTest
+{
+public:
+    [[nodiscard]] bool isTrusted(const QString &, const std::atomic_bool &) const override
+    {
+        qInfo("No certificate test on this platform");
+        return false;
+    }
+};
 
 /// Children live their own lives.
 class Unguarded final : public ChildGuard

@@ -3,6 +3,11 @@
 
 namespace zemrak::platform {
 
+std::unique_ptr<CertificateTest> makeCertificateTest()
+{
+    return std::make_unique<none::NothingTrusted>();
+}
+
 std::unique_ptr<ChildGuard> makeChildGuard()
 {
     return std::make_unique<none::Unguarded>();
