@@ -70,7 +70,7 @@ bool BrowserTrust::isTrusted(const QString &certificateFile, const std::atomic_b
             {QStringLiteral("-d"), QStringLiteral("sql:") + store, QStringLiteral("-u"), QStringLiteral("3"),
                 QStringLiteral("-a"), certificateFile},
             deadline, cancelled);
-        if (!accepted)
+        if (!accepted && !cancelled)
             qCInfo(lcTrust) << "The certificate authority is not trusted in" << store;
         return accepted;
     });
