@@ -23,6 +23,7 @@ public:
     [[nodiscard]] QString serviceScript() const { return resource(QStringLiteral("agent/bin/zemrak-local-print.mjs")); }
     [[nodiscard]] QString pdfRenderer() const { return resource(QStringLiteral("pdfrender")); }
     [[nodiscard]] QString textRenderer() const { return resource(QStringLiteral("textrender")); }
+    [[nodiscard]] QString updateInstaller() const { return resource(QStringLiteral("install-update.sh")); }
 
     /// One English sentence when the resources or the service's script are missing, which no restart can mend; else
     /// empty. A missing Node.js executable is no fault of this kind: it shows when the service is launched.
