@@ -11,7 +11,9 @@ if(NOT "${node_linked}" STREQUAL "${node_real}")
   file(CREATE_LINK "${node_real}" "${resources}/node" SYMBOLIC)
 endif()
 
-file(COPY "${SOURCE}/resources/logo-circle.png" DESTINATION "${resources}")
+# The version of the bundle as a whole, by which updates are compared.
+file(CONFIGURE OUTPUT "${resources}/version" CONTENT "${VERSION}\n" @ONLY)
+file(COPY "${SOURCE}/resources/logo-circle.png" "${SOURCE}/resources/install-update.sh" DESTINATION "${resources}")
 file(COPY "${SOURCE}/agent" DESTINATION "${resources}")
 file(GLOB_RECURSE installed RELATIVE "${resources}/agent" "${resources}/agent/*")
 foreach(path IN LISTS installed)

@@ -4,6 +4,7 @@ function(zemrak_bundle executable)
   add_custom_target(bundle ALL
     COMMAND ${CMAKE_COMMAND}
       -DSOURCE=${PROJECT_SOURCE_DIR} -DBUNDLE=${ZEMRAK_BUNDLE_DIR} -DNODE=${ZEMRAK_NODE}
+      -DVERSION=${PROJECT_VERSION}
       -P ${PROJECT_SOURCE_DIR}/cmake/AssembleBundle.cmake
     DEPENDS ${executable}
     COMMENT "Assembling the application bundle"
