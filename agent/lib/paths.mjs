@@ -18,6 +18,7 @@ export function configPaths(env = process.env) {
     jobs: path.join(root, 'jobs.json'),
     alerts: path.join(root, 'alerts.json'),
     previews: path.join(root, 'previews'),
+    updates: path.join(root, 'updates'),
     tls,
     caCert: path.join(tls, 'ca.crt'),
     caKey: path.join(tls, 'ca.key'),

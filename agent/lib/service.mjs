@@ -16,6 +16,7 @@ import { Router } from './http/router.mjs';
 import { openListener } from './http/listener.mjs';
 import { adminGuard, renewToken } from './admin/token.mjs';
 import { adminRoutes } from './admin/routes.mjs';
+import { Updates } from './update/updates.mjs';
 
 // A job being sent may take this long to end after the service was told to stop (milliseconds).
 const GRACE_MS = 1500;
@@ -50,7 +51,8 @@ export async function startService(env = process.env) {
   router = new Router();
   router.group('/admin/', adminGuard(() => token), adminRoutes(service));
 
-  const { monitor, cups, queue, settings, alerts, history } = service;
+  const { monitor, cups, queue, settings, alerts, history, updates } = service;
+  void updates.tidy();
   await Promise.race([
     Promise.all([monitor.start(), cups.start()]),
     new Promise((resolve) => { setTimeout(resolve, FIRST_PROBE_MS).unref(); }),
@@ -93,7 +95,8 @@ function compose({ env, log, paths, read, listeners }) {
   const queue = new JobQueue({ history, alerts, log, send: sender({ monitor, cups, previews: paths.previews }) });
   printers.watchJobs((id) => queue.isBusy(id));
   const jobs = new AdminJobs({ printers, queue });
-  return { log, settings, alerts, history, monitor, cups, printers, queue, jobs, listeners, startedAt: Date.now() };
+  const updates = new Updates({ settings, folder: paths.updates, log });
+  return { log, settings, alerts, history, monitor, cups, printers, queue, jobs, updates, listeners, startedAt: Date.now() };
 }
 
 async function openPorts({ env, paths, settings, answer, log }) {

@@ -1,4 +1,4 @@
-import { ApiError, invalidRequest } from '../api-error.mjs';
+import { invalidRequest } from '../api-error.mjs';
 import { readJsonBody } from '../http/body.mjs';
 import { discoverBonjour } from '../discovery/bonjour.mjs';
 import { discoverNetwork } from '../discovery/network.mjs';
@@ -16,7 +16,7 @@ const DONE = Object.freeze({ ok: true });
  * @returns {Record<string, (call: { request: object, signal: AbortSignal }) => Promise<object> | object>}
  */
 export function adminRoutes(service) {
-  const { alerts, settings, printers, monitor, cups } = service;
+  const { alerts, settings, printers, monitor, cups, updates } = service;
   const post = {
     '/admin/alerts/read': async () => { await alerts.markAllRead(); return { body: DONE }; },
     '/admin/alerts/clear': async () => { await alerts.clearResolved(); return { body: DONE }; },
@@ -32,9 +32,8 @@ export function adminRoutes(service) {
     '/admin/discover/network': async (_, signal) => ({ body: { hosts: await discoverNetwork({ signal }) } }),
     '/admin/discover/bonjour': async (_, signal) => ({ body: { services: await discoverBonjour({ signal }) } }),
     '/admin/discover/usb': async () => ({ body: { devices: await discoverUsb() } }),
-    // There is no release channel yet: nothing to look for, and nothing to fetch.
-    '/admin/update/check': () => ({ body: { available: false, enabled: false } }),
-    '/admin/update/stage': () => { throw new ApiError(409, 'not_enabled', 'التحديث التلقائي غير مفعّل بعد.'); },
+    '/admin/update/check': async () => ({ body: await updates.check() }),
+    '/admin/update/stage': async (_, signal) => ({ body: await updates.stage(signal) }),
     ...printerRoutes(service),
     ...siteRoutes(service),
   };

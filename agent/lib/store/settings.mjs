@@ -6,7 +6,7 @@ import { normaliseOrigin } from '../sites/origins.mjs';
 export const DEFAULT_HTTP_PORT = 17731;
 export const DEFAULT_HTTPS_PORT = 17732;
 
-/** Fresh defaults: no printers, no sites, pairing asks. */
+/** Fresh defaults: no printers, no sites, pairing asks, updates are not looked for anywhere. */
 export function defaultSettings() {
   return {
     httpPort: DEFAULT_HTTP_PORT,
@@ -17,6 +17,7 @@ export function defaultSettings() {
     profiles: {},
     origins: [],
     sites: [],
+    releaseFolder: null,
   };
 }
 
@@ -35,6 +36,8 @@ const CHECKS = {
   origins: (value) => isList(value, (origin) => normaliseOrigin(origin) === origin),
   sites: (value) => isList(value, (site) => isRecord(site) && isPlainText(site.id) && typeof site.origin === 'string'
     && isPlainText(site.name) && Number.isFinite(site.createdAt)),
+  // Where it leads is found out when updates are looked for: a wrong path must not cost the other settings.
+  releaseFolder: (value) => value === null || typeof value === 'string',
 };
 
 /**

@@ -57,8 +57,8 @@ export function fakeProgram(home, name, script) {
 }
 
 /** Starts the script; the child is gone when the test ends, however it ends. */
-export function launch(t, home, args, env = {}) {
-  const child = spawn(process.execPath, [SCRIPT, ...args], {
+export function launch(t, home, args, env = {}, script = SCRIPT) {
+  const child = spawn(process.execPath, [script, ...args], {
     env: { HOME: home, PATH: path.join(home, 'bin'), ZEMRAK_LP_NO_OS_NOTIFY: '1', ZEMRAK_LP_EXIT_WITH_PARENT: '1', ...env },
     stdio: ['ignore', 'pipe', 'pipe'],
   });
@@ -80,8 +80,8 @@ export async function command(t, home, args, env) {
 }
 
 /** A running service, with a client for its private commands. */
-export async function startService(t, { home = privateHome(t), env = {} } = {}) {
-  const run = launch(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ...env });
+export async function startService(t, { home = privateHome(t), env = {}, script } = {}) {
+  const run = launch(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ...env }, script);
   await until(() => /listening on http:.*\n/.test(run.stdout) || run.child.exitCode !== null, 'the service to listen');
   const port = Number(/listening on http:\/\/127\.0\.0\.1:(\d+)/.exec(run.stdout)?.[1]);
   if (!port) throw new Error(`the service did not start: ${run.stderr}`);

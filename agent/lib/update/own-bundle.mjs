@@ -1,0 +1,32 @@
+import { copyFileSync, existsSync, readFileSync, symlinkSync } from 'node:fs';
+import path from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { NODE } from './unpack.mjs';
+
+/**
+ * The bundle that this service is part of.
+ * @returns {{ root: string, version: string } | null} null when it runs outside of one, as in a source tree
+ */
+export function ownBundle() {
+  const resources = path.resolve(fileURLToPath(new URL('../../..', import.meta.url)));
+  if (path.basename(resources) !== 'resources') return null;
+  try {
+    return { root: path.dirname(resources), version: readFileSync(path.join(resources, 'version'), 'utf8').trim() };
+  } catch {
+    return null;
+  }
+}
+
+/**
+ * Gives a bundle without a Node.js the one that runs this service: a copy of one that lies in its own bundle, which is
+ * about to be replaced; a link to one of the system.
+ * @param {string} bundle
+ * @param {string} ownRoot
+ * @throws the file system's error
+ */
+export function carryNode(bundle, ownRoot) {
+  const node = path.join(bundle, NODE);
+  if (existsSync(node)) return;
+  if (process.execPath.startsWith(ownRoot + path.sep)) copyFileSync(process.execPath, node);
+  else symlinkSync(process.execPath, node);
+}
