@@ -13,6 +13,7 @@ constexpr QLatin1String notifiedKey("notifiedAlerts");
 
 Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, const AgentHost &host)
     : m_notifier(host.notifier)
+    , m_desktop(host.desktop)
     , m_toast(clock)
     , m_supervisor(places.bundle, places.configDir, clock, host.childGuard, m_log)
     , m_channel(places.configDir + QStringLiteral("/admin.token"), clock, places.port)
@@ -24,6 +25,10 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     , m_link(m_channel, m_poll, m_toast, m_log, places.bundle, host.childGuard)
     , m_login(host.loginItem, defaults, m_link, clock, places.bundle.path())
     , m_keepAwake(host.activities, defaults)
+    , m_trust(m_link, host.certificateTest, places.configDir)
+    , m_updates(m_link, clock, places.bundle, host.handover)
+    , m_check(m_link, clock)
+    , m_report(m_link, host.desktop, clock)
 {
     connect(&m_log, &ServiceLog::changed, this, &Agent::logChanged);
     connect(&m_toast, &Toast::changed, this, &Agent::toastChanged);
@@ -47,6 +52,13 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     connect(&m_login, &LaunchAtLogin::loginNeedsApprovalChanged, this, &Agent::loginNeedsApprovalChanged);
     connect(&m_login, &LaunchAtLogin::lastSystemStartChanged, this, &Agent::lastSystemStartChanged);
     connect(&m_keepAwake, &KeepAwake::changed, this, &Agent::keepAwakeChanged);
+    connect(&m_trust, &HttpsTrust::caTrustedChanged, this, &Agent::caTrustedChanged);
+    connect(&m_updates, &Updates::availableUpdateChanged, this, &Agent::availableUpdateChanged);
+    connect(&m_updates, &Updates::updatingChanged, this, &Agent::updatingChanged);
+    connect(&m_check, &ConnectionCheck::scanningChanged, this, &Agent::scanningChanged);
+    connect(&m_check, &ConnectionCheck::scanProgressChanged, this, &Agent::scanProgressChanged);
+    connect(&m_check, &ConnectionCheck::scanStepChanged, this, &Agent::scanStepChanged);
+    connect(&m_check, &ConnectionCheck::scanResultChanged, this, &Agent::scanResultChanged);
 }
 
 void Agent::onServiceSeen()
@@ -76,6 +88,12 @@ void Agent::testNotification()
 {
     m_notifier.post(QUuid::createUuid().toString(QUuid::WithoutBraces), QStringLiteral("Zemrak Printer"),
         QStringLiteral("الإشعارات تعمل ✓ سنخبرك هنا عند أي مشكلة في الطباعة."), false);
+}
+
+void Agent::openSettings(Desktop::SettingsPane pane)
+{
+    if (!m_desktop.openSettings(pane))
+        m_toast.flash(QStringLiteral("تعذر فتح إعدادات النظام، افتحها من قائمة البرامج"));
 }
 
 void Agent::setRequestedPage(std::optional<Page> page)

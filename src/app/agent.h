@@ -15,11 +15,17 @@
 #include "health/healthsummary.h"
 #include "health/notifier.h"
 #include "host/applicationbundle.h"
+#include "host/certificatetest.h"
 #include "host/childguard.h"
+#include "host/connectioncheck.h"
+#include "host/desktop.h"
+#include "host/diagnosticsreport.h"
+#include "host/httpstrust.h"
 #include "host/keepawake.h"
 #include "host/launchatlogin.h"
 #include "host/loginitem.h"
 #include "host/processactivities.h"
+#include "host/updates.h"
 #include "host/userdefaults.h"
 #include "model/agentstate.h"
 #include "model/alertitem.h"
@@ -48,6 +54,9 @@ struct AgentHost
     Notifier &notifier;
     LoginItem &loginItem;
     ProcessActivities &activities;
+    const CertificateTest &certificateTest;
+    Desktop &desktop;
+    Updates::Handover handover;
 };
 
 /// The one object that pages, status item and notifications look at: what is known of the service and of the host, and
@@ -71,7 +80,7 @@ class Agent : public QObject
     Q_PROPERTY(bool launchAtLogin READ launchAtLogin NOTIFY launchAtLoginChanged)
     Q_PROPERTY(bool loginNeedsApproval READ loginNeedsApproval NOTIFY loginNeedsApprovalChanged)
     Q_PROPERTY(QDateTime lastSystemStart READ lastSystemStart NOTIFY lastSystemStartChanged)
-    Q_PROPERTY(bool caTrusted READ isCaTrusted NOTIFY caTrustedChanged)
+    Q_PROPERTY(bool caTrusted READ caTrusted NOTIFY caTrustedChanged)
 
 public:
     Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, const AgentHost &host);
@@ -98,20 +107,20 @@ public:
     [[nodiscard]] std::optional<Page> requestedPage() const { return m_requestedPage; }
     void setRequestedPage(std::optional<Page> page);
 
-    [[nodiscard]] QString availableUpdate() const { return m_availableUpdate; }
-    [[nodiscard]] bool isUpdating() const { return m_updating; }
+    [[nodiscard]] QString availableUpdate() const { return m_updates.availableUpdate(); }
+    [[nodiscard]] bool isUpdating() const { return m_updates.isUpdating(); }
     [[nodiscard]] NotificationStatus notifStatus() const { return m_notifStatus; }
     [[nodiscard]] bool keepAwake() const { return m_keepAwake.isOn(); }
-    [[nodiscard]] bool isScanning() const { return m_scanning; }
+    [[nodiscard]] bool isScanning() const { return m_check.isScanning(); }
     /// From 0 to 1.
-    [[nodiscard]] double scanProgress() const { return m_scanProgress; }
-    [[nodiscard]] QString scanStep() const { return m_scanStep; }
-    [[nodiscard]] const std::optional<ScanResult> &scanResult() const { return m_scanResult; }
+    [[nodiscard]] double scanProgress() const { return m_check.scanProgress(); }
+    [[nodiscard]] QString scanStep() const { return m_check.scanStep(); }
+    [[nodiscard]] const std::optional<ScanResult> &scanResult() const { return m_check.scanResult(); }
     [[nodiscard]] bool launchAtLogin() const { return m_login.launchAtLogin(); }
     [[nodiscard]] bool loginNeedsApproval() const { return m_login.loginNeedsApproval(); }
     /// Invalid when no automatic start was ever seen.
     [[nodiscard]] QDateTime lastSystemStart() const { return m_login.lastSystemStart(); }
-    [[nodiscard]] bool isCaTrusted() const { return m_caTrusted; }
+    [[nodiscard]] bool caTrusted() const { return m_trust.caTrusted(); }
 
     [[nodiscard]] Commands &commands() { return m_commands; }
     [[nodiscard]] AdminChannel &adminChannel() { return m_channel; }
@@ -139,6 +148,19 @@ public:
     void setKeepAwake(bool on) { m_keepAwake.set(on); }
     /// Takes up the wish of an earlier run.
     void restoreKeepAwake() { m_keepAwake.restore(); }
+    /// Whether browsers accept the service's HTTPS port; looked up apart from the main thread.
+    void refreshTrust() { m_trust.refreshTrust(); }
+    /// Has the service's certificate authority trusted; `done` may be empty.
+    void trustForSafari(HttpsTrust::Done done = {}) { m_trust.trustForSafari(std::move(done)); }
+    void checkUpdate() { m_updates.checkUpdate(); }
+    void installUpdate() { m_updates.installUpdate(); }
+    /// The connection check, told stage by stage.
+    void runScan() { m_check.runScan(); }
+    /// Saves the diagnostics report where the person says.
+    void exportDiagnostics() { m_report.exportDiagnostics(); }
+    /// Opens the system's own settings, or says that there are none.
+    void openSettings(Desktop::SettingsPane pane);
+    [[nodiscard]] Desktop &desktop() { return m_desktop; }
 
 Q_SIGNALS:
     void runningChanged();
@@ -165,6 +187,7 @@ private:
     void onServiceSeen();
 
     Notifier &m_notifier;
+    Desktop &m_desktop;
     ServiceLog m_log;
     Toast m_toast;
     ServiceSupervisor m_supervisor;
@@ -177,16 +200,13 @@ private:
     AgentLink m_link; ///< before those who use it
     LaunchAtLogin m_login;
     KeepAwake m_keepAwake;
+    HttpsTrust m_trust;
+    Updates m_updates;
+    ConnectionCheck m_check;
+    DiagnosticsReport m_report;
 
     std::optional<Page> m_requestedPage;
-    QString m_availableUpdate;
-    QString m_scanStep;
-    std::optional<ScanResult> m_scanResult;
-    double m_scanProgress = 0;
     NotificationStatus m_notifStatus = NotificationStatus::NotDetermined;
-    bool m_updating = false;
-    bool m_scanning = false;
-    bool m_caTrusted = false;
 };
 
 } // namespace zemrak

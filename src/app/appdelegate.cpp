@@ -82,8 +82,11 @@ void AppDelegate::carryOut(StatusCommand command)
         m_agent.setLaunchAtLogin(!m_agent.launchAtLogin());
         break;
     case StatusCommand::Scan:
+        revealMainWindow();
+        m_agent.runScan();
+        break;
     case StatusCommand::OpenLoginSettings:
-        qCInfo(lcApp) << "This entry has no operation behind it yet";
+        m_agent.openSettings(Desktop::SettingsPane::LoginItems);
         break;
     }
 }

@@ -1,6 +1,9 @@
 #include "app/platformhost.h"
 
+#include "host/detachedshell.h"
 #include "platform/platform.h"
+
+#include <QCoreApplication>
 
 namespace zemrak {
 
@@ -9,6 +12,8 @@ PlatformHost::PlatformHost(const ApplicationBundle &bundle)
     , m_notifier(platform::makeNotifier(bundle.logo()))
     , m_loginItem(platform::makeLoginItem(bundle.program(), bundle.logo()))
     , m_activities(platform::makeProcessActivities())
+    , m_certificateTest(platform::makeCertificateTest())
+    , m_desktop(platform::makeDesktop())
 {
 }
 
@@ -16,7 +21,9 @@ PlatformHost::~PlatformHost() = default;
 
 AgentHost PlatformHost::forAgent()
 {
-    return {*m_childGuard, *m_notifier, *m_loginItem, *m_activities};
+    return {*m_childGuard, *m_notifier, *m_loginItem, *m_activities, *m_certificateTest, *m_desktop,
+        {.startShell = [](const QString &line) { return startDetachedShell(line); },
+            .terminate = &QCoreApplication::quit}};
 }
 
 } // namespace zemrak

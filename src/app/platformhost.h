@@ -7,7 +7,8 @@
 
 namespace zemrak {
 
-/// The running platform's side of everything an Agent needs, made together and kept together.
+/// The running platform's side of everything an Agent needs, made together and kept together. Needs the application
+/// object.
 class PlatformHost
 {
 public:
@@ -24,6 +25,8 @@ private:
     std::unique_ptr<Notifier> m_notifier;
     std::unique_ptr<LoginItem> m_loginItem;
     std::unique_ptr<ProcessActivities> m_activities;
+    std::unique_ptr<CertificateTest> m_certificateTest;
+    std::unique_ptr<Desktop> m_desktop;
 };
 
 } // namespace zemrak

@@ -3,6 +3,7 @@
 #include "app/agent.h"
 #include "platform/none/inert.h"
 #include "support/fakebundle.h"
+#include "support/fakedesktop.h"
 #include "support/recordingnotifier.h"
 
 namespace zemrak::test {
@@ -14,8 +15,13 @@ struct TestHost
     RecordingNotifier notifier;
     none::NoLoginItem loginItem;
     none::UntoldActivities activities;
+    none::NothingTrusted certificateTest;
+    FakeDesktop desktop;
 
-    [[nodiscard]] AgentHost forAgent() { return {childGuard, notifier, loginItem, activities}; }
+    [[nodiscard]] AgentHost forAgent()
+    {
+        return {childGuard, notifier, loginItem, activities, certificateTest, desktop, {}};
+    }
 };
 
 } // namespace zemrak::test

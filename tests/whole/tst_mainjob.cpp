@@ -86,7 +86,8 @@ private Q_SLOTS:
         const std::unique_ptr<ChildGuard> guard = platform::makeChildGuard();
         TestHost host;
         Agent agent({.bundle = ApplicationBundle(QStringLiteral(ZEMRAK_BUNDLE)), .configDir = serviceConfigDir()},
-            defaults, clock, {*guard, host.notifier, host.loginItem, host.activities});
+            defaults, clock,
+            {*guard, host.notifier, host.loginItem, host.activities, host.certificateTest, host.desktop, {}});
         QStringList toasts;
         connect(&agent, &Agent::toastChanged, &agent, [&] { toasts.append(agent.toast()); });
         agent.start();
