@@ -73,6 +73,8 @@ function place({ behaviour = STAY, mode } = {}) {
   return { root, apps, installed, fresh, former: contents(installed), newer: contents(fresh), kept: `${installed}.before-update` };
 }
 
+// A version that does not stay up ends its watch by itself, so that one may be long.
+const PATIENT = { ZEMRAK_UPDATE_WATCH_SECONDS: '20' };
 const BRISK = { ZEMRAK_UPDATE_QUIT_SECONDS: '20', ZEMRAK_UPDATE_WATCH_SECONDS: '1', ZEMRAK_UPDATE_SETTLE_SECONDS: '5' };
 
 function environment(root, env = {}) {
@@ -117,10 +119,11 @@ async function assertFormer({ root, apps, installed, former }, alsoStarted = [])
   assert.ok(isRunning(journal(root).at(-1)));
 }
 
-function assertNew({ root, apps, installed, newer, former, kept }) {
+async function assertNew({ root, apps, installed, newer, former, kept }) {
   assert.deepEqual(contents(installed), newer);
   assert.deepEqual(contents(kept), former);
   assert.deepEqual(readdirSync(apps).sort(), [path.basename(installed), path.basename(kept)].sort());
+  await until(() => started(root).length > 0, 'the new version to start');
   assert.deepEqual(started(root), ['2.0']);
 }
 
@@ -139,7 +142,7 @@ describe('install-update.sh', { concurrency: 8 }, () => {
     assert.deepEqual([contents(where.installed), started(where.root)], [where.former, []], 'nothing happens while it lives');
     application.kill();
     await until(() => /is up/.test(log(where.root)) && existsSync(where.kept) && !existsSync(path.join(where.kept, 'older')), 'the new version to be up');
-    assertNew(where);
+    await assertNew(where);
     assert.ok(isRunning(journal(where.root)[0]));
     assert.equal(Number.parseInt(readFileSync(path.join(where.root, 'home/signals'), 'utf8').split('\t')[1], 16) & 7, 0, 'no ignored signals are passed on');
     assert.equal(readFileSync(path.join(where.root, 'home/folder'), 'utf8'), '/\n');
@@ -158,7 +161,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     test(`a new version that ${name}`, async (t) => {
       const where = place({ behaviour });
       assert.equal(await install(t, where, { env }), 0, log(where.root));
-      assertNew(where);
+      await assertNew(where);
     });
   }
 
@@ -173,7 +176,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     writeFileSync(path.join(modules, 'Detach.pm'), PERL);
     const env = { PERL5LIB: modules, PERL5OPT: '-MDetach', NOTE: path.join(where.root, 'journal') };
     assert.equal(await install(t, where, { env }), 0, log(where.root));
-    assertNew({ ...where, newer: contents(where.fresh) });
+    await assertNew({ ...where, newer: contents(where.fresh) });
     assert.match(log(where.root), /process ended with 0/);
   });
 
@@ -188,7 +191,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     test(`a new version that ${name} gives way to the former one`, async (t) => {
       const where = place(options);
       if (name === 'is no program') writeFileSync(path.join(where.fresh, 'bin/zemrak-printer'), '\x7fELF broken');
-      assert.equal(await install(t, where), 1, log(where.root));
+      assert.equal(await install(t, where, { env: PATIENT }), 1, log(where.root));
       await assertFormer(where, ran);
     });
   }
@@ -216,7 +219,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     t.after(() => parent.kill('SIGKILL'));
     const pid = await new Promise((resolve) => { parent.stdout.once('data', (data) => resolve(String(data).trim())); });
     assert.equal(await install(t, where, { pid }), 0, log(where.root));
-    assertNew(where);
+    await assertNew(where);
   });
 
   test('wrong arguments, and an installed bundle that is not there, change nothing', async (t) => {
@@ -236,7 +239,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     const where = place();
     const pid = quittingProcess(t, 1);
     assert.deepEqual((await Promise.all([install(t, where, { pid }), install(t, where, { pid })])).sort(), [0, 1]);
-    assertNew(where);
+    await assertNew(where);
   });
 
   test('the log stays small, and an update works without one', async (t) => {
@@ -251,7 +254,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     const other = place();
     writeFileSync(path.join(other.root, 'home/.local'), 'in the way');
     assert.equal(await install(t, other), 0);
-    assertNew(other);
+    await assertNew(other);
   });
 
   test('new and installed on different file systems', async (t) => {
@@ -261,7 +264,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     if (statSync(fresh).dev === statSync(where.apps).dev) return t.skip('there is no second file system to write to');
     execFileSync('/bin/cp', ['-aT', where.fresh, fresh]);
     assert.equal(await install(t, { ...where, fresh }), 0, log(where.root));
-    assertNew(where);
+    await assertNew(where);
   });
 
   test('a full disk', async (t) => {
@@ -312,10 +315,11 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     const refuse = 'code=${2//=> [0-9][0-9][0-9]/=> 9999}; [ "$code" != "$2" ] || exit 9; shift 2; set -- -e "$code" "$@"';
     for (const behaviour of [STAY, 'exit 1']) {
       const where = place({ behaviour });
-      const status = await install(t, where, { env: { PATH: shims(where.root, ['perl'], refuse) } });
+      const env = { PATH: shims(where.root, ['perl'], refuse), ...(behaviour !== STAY && PATIENT) };
+      const status = await install(t, where, { env });
       assert.match(log(where.root), /no exchange here/);
       assert.equal(status, behaviour === STAY ? 0 : 1, log(where.root));
-      if (status === 0) assertNew(where);
+      if (status === 0) await assertNew(where);
       else await assertFormer(where, ['2.0']);
     }
   });
@@ -331,7 +335,7 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     const outcomes = new Set();
     const cutAt = async (step, behaviour) => {
       const where = place({ behaviour });
-      const env = environment(where.root, { CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)) });
+      const env = environment(where.root, { CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)), ...(behaviour !== STAY && PATIENT) });
       writeFileSync(path.join(where.root, 'count'), '0');
       const status = await run('/bin/bash', ['-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
         path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed, String(quittingProcess(t, 0.05)), '2.0'], { env });
