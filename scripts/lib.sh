@@ -12,7 +12,8 @@ packages_run=(
   pkg-config libxcb1-dev          # finding trays of the older kind on X11
   nodejs                          # runs the print service
   openssl                         # the service's certificate authority
-  libnss3-tools                   # certutil: browsers' trust in that authority
+  libnss3-tools                   # browsers' trust in that authority
+  qt6-translations-l10n           # Qt's own texts in Arabic, as in its file dialog
 )
 packages_test=(
   "${packages_run[@]}"

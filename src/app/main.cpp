@@ -9,6 +9,9 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 
 #include <cstdio>
 #include <cstdlib>
@@ -38,6 +41,10 @@ int runInteractively(int &argc, char *argv[])
 {
     QApplication application(argc, argv);
     QApplication::setLayoutDirection(Qt::RightToLeft);
+    QTranslator arabic; // Qt's own texts, such as those of its file dialog
+    if (arabic.load(QLocale(QLocale::Arabic), QStringLiteral("qtbase"), QStringLiteral("_"),
+            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&arabic);
     // The window is optional: the application stays until it is told to quit.
     QApplication::setQuitOnLastWindowClosed(false);
 
