@@ -1,15 +1,12 @@
 #pragma once
 
+#include "base/rowmodel.h"
 #include "model/alertitem.h"
-
-#include <QAbstractListModel>
-#include <QList>
 
 namespace zemrak {
 
-/// A list of alerts for views, keyed by id: setAlerts() touches just the rows that differ, so that scroll position and
-/// selection survive a fetch, and one that brings the same list touches none.
-class AlertModel : public QAbstractListModel
+/// A list of alerts for views, keyed by id.
+class AlertModel : public RowModel<AlertItem>
 {
     Q_OBJECT
 
@@ -29,19 +26,13 @@ public:
         ReadRole,
     };
 
-    using QAbstractListModel::QAbstractListModel;
+    using RowModel::RowModel;
 
-    void setAlerts(const QList<AlertItem> &alerts);
-
-    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
-    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    void setAlerts(const QList<AlertItem> &alerts) { setRows(alerts); }
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-private:
-    void removeMissing(const QList<AlertItem> &alerts);
-    void place(const AlertItem &alert, qsizetype row);
-
-    QList<AlertItem> m_alerts;
+protected:
+    [[nodiscard]] QVariant value(const AlertItem &alert, int role) const override;
 };
 
 } // namespace zemrak
