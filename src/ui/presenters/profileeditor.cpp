@@ -5,8 +5,6 @@
 #include "ui/presenters/palettename.h"
 #include "ui/presenters/profileoptions.h"
 
-#include <QPointer>
-
 #include <utility>
 
 namespace zemrak {
@@ -26,7 +24,7 @@ ProfileEditor::ProfileEditor(
     , m_printer(printer)
     , m_clock(clock)
     , m_commands(commands)
-    , m_saver(saver)
+    , m_saver(&saver)
     , m_stored(ProfileForm::of(printer.profile))
     , m_form(m_stored)
     , m_pending(clock.makeTimer(Clock::Repeat::Once, [this] { save(); }))
@@ -39,8 +37,8 @@ ProfileEditor::ProfileEditor(
 
 ProfileEditor::~ProfileEditor()
 {
-    if (m_dirty)
-        m_saver.save(m_printer.id, m_form.fields(), {});
+    if (m_dirty && m_saver)
+        m_saver->save(m_printer.id, m_form.fields(), {});
 }
 
 QString ProfileEditor::printerName() const
@@ -115,9 +113,11 @@ void ProfileEditor::scheduleSave(std::chrono::milliseconds delay)
 
 void ProfileEditor::save()
 {
+    if (!m_saver)
+        return;
     m_pending->stop();
     m_dirty = false;
-    m_saver.save(m_printer.id, m_form.fields(), [self = QPointer(this)](bool ok) {
+    m_saver->save(m_printer.id, m_form.fields(), [self = QPointer(this)](bool ok) {
         if (self)
             self->onSaved(ok);
     });

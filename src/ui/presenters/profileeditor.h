@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QObject>
+#include <QPointer>
 #include <QVariant>
 
 #include <memory>
@@ -49,7 +50,7 @@ class ProfileEditor : public QObject
     Q_PROPERTY(QVariantList actions READ actions CONSTANT)
 
 public:
-    /// `commands` and `saver` outlive this object.
+    /// `commands` outlives this object; what is left when `saver` has gone before it is lost.
     ProfileEditor(
         const PrinterInfo &printer, Clock &clock, Commands &commands, ProfileSaver &saver, QObject *parent = nullptr);
     ~ProfileEditor() override;
@@ -127,7 +128,7 @@ private:
     PrinterInfo m_printer;
     Clock &m_clock;
     Commands &m_commands;
-    ProfileSaver &m_saver;
+    QPointer<ProfileSaver> m_saver; ///< a form on its way out may be the last to go
     const ProfileForm m_stored; ///< as loaded
     ProfileForm m_form;
     std::unique_ptr<Timer> m_pending;

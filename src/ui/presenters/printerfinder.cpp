@@ -1,0 +1,180 @@
+#include "ui/presenters/printerfinder.h"
+
+#include "ui/presenters/wholenumber.h"
+
+#include <QPointer>
+
+#include <limits>
+
+namespace zemrak {
+
+namespace {
+
+constexpr int usualPort = 9100;
+
+// A number no port can be stays one: the service judges it.
+int sendable(qint64 port)
+{
+    return int(std::clamp<qint64>(port, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+QVariantMap tabEntry(const QString &value, const QString &label)
+{
+    return {{QStringLiteral("value"), value}, {QStringLiteral("label"), label}};
+}
+
+} // namespace
+
+PrinterFinder::PrinterFinder(Commands &commands, QObject *parent)
+    : QObject(parent)
+    , m_commands(commands)
+{
+    for (const FoundPrinterModel *hits : {&m_hosts, &m_bonjour, &m_usb})
+        connect(hits, &CountedListModel::countChanged, this, &PrinterFinder::hintsChanged);
+}
+
+void PrinterFinder::setTab(const QString &tab)
+{
+    if (m_tab == tab)
+        return;
+    m_tab = tab;
+    Q_EMIT tabChanged();
+}
+
+void PrinterFinder::setName(const QString &name)
+{
+    if (m_name == name)
+        return;
+    m_name = name;
+    Q_EMIT manualChanged();
+}
+
+void PrinterFinder::setHost(const QString &host)
+{
+    if (m_host == host)
+        return;
+    m_host = host;
+    Q_EMIT manualChanged();
+}
+
+void PrinterFinder::setPort(const QString &port)
+{
+    if (m_port == port)
+        return;
+    m_port = port;
+    Q_EMIT manualChanged();
+}
+
+QVariantList PrinterFinder::tabs() const
+{
+    return {tabEntry(QStringLiteral("net"), QStringLiteral("شبكة (LAN / Wi-Fi)")),
+        tabEntry(QStringLiteral("usb"), QStringLiteral("USB")),
+        tabEntry(QStringLiteral("bluetooth"), QStringLiteral("بلوتوث"))};
+}
+
+QString PrinterFinder::networkHint() const
+{
+    if (isScanning())
+        return QStringLiteral("جارٍ البحث…");
+    return m_hosts.count() + m_bonjour.count() > 0 ? QString()
+                                                   : QStringLiteral("اضغط بحث، أو أدخل العنوان يدويًا أدناه.");
+}
+
+QString PrinterFinder::networkOutcome() const
+{
+    const bool nothing
+        = !isScanning() && (m_searched[Network] || m_searched[Bonjour]) && m_hosts.count() + m_bonjour.count() == 0;
+    return nothing ? QStringLiteral("لم يُعثر على طابعة في الشبكة. تأكد من أنها تعمل وموصولة بالشبكة نفسها.")
+                   : QString();
+}
+
+QString PrinterFinder::usbHint() const
+{
+    return isScanning() ? QStringLiteral("جارٍ البحث…") : QString();
+}
+
+QString PrinterFinder::usbOutcome() const
+{
+    return !isScanning() && m_searched[Usb] && m_usb.count() == 0
+        ? QStringLiteral("لم يُعثر على طابعة USB. تأكد من الكابل ومن أنها تعمل.")
+        : QString();
+}
+
+template <typename Record>
+void PrinterFinder::search(Kind kind, FoundPrinterModel &hits, void (Commands::*scan)(Commands::Found<Record>))
+{
+    if (m_searching[kind])
+        return;
+    setSearching(kind, true);
+    (m_commands.*scan)([self = QPointer(this), kind, &hits](const QList<Record> &records) {
+        if (!self)
+            return;
+        QList<FoundPrinter> rows;
+        for (const Record &record : records)
+            rows.append(found(record));
+        hits.setRows(rows);
+        self->m_searched[kind] = true;
+        self->setSearching(kind, false);
+    });
+}
+
+void PrinterFinder::setSearching(Kind kind, bool searching)
+{
+    m_searching[kind] = searching;
+    Q_EMIT scanningChanged();
+    Q_EMIT hintsChanged();
+}
+
+void PrinterFinder::searchNetwork()
+{
+    search(Network, m_hosts, &Commands::scanNetwork);
+}
+
+void PrinterFinder::searchBonjour()
+{
+    search(Bonjour, m_bonjour, &Commands::scanBonjour);
+}
+
+void PrinterFinder::searchUsb()
+{
+    search(Usb, m_usb, &Commands::scanUsb);
+}
+
+void PrinterFinder::add(FoundPrinterModel &hits, int row)
+{
+    if (row < 0 || row >= hits.count())
+        return;
+    const FoundPrinter hit = hits.rows().at(row);
+    if (!hit.note.isEmpty() || hit.added)
+        return;
+    hits.markAdded(row);
+    if (hit.uri.isEmpty())
+        m_commands.addNetwork(hit.name, hit.host, sendable(hit.port), hit.transport);
+    else
+        m_commands.addUsb(hit.name, hit.uri);
+}
+
+void PrinterFinder::addHost(int row)
+{
+    add(m_hosts, row);
+}
+
+void PrinterFinder::addBonjour(int row)
+{
+    add(m_bonjour, row);
+}
+
+void PrinterFinder::addUsb(int row)
+{
+    add(m_usb, row);
+}
+
+void PrinterFinder::addManual()
+{
+    if (!canAddManual())
+        return;
+    const QString name = m_name.isEmpty() ? QStringLiteral("Network ") + m_host : m_name;
+    m_commands.addNetwork(name, m_host, sendable(wholeNumber(m_port).value_or(usualPort)));
+}
+
+} // namespace zemrak
