@@ -6,7 +6,7 @@ function(zemrak_bundle executable)
       -DSOURCE=${PROJECT_SOURCE_DIR} -DBUNDLE=${ZEMRAK_BUNDLE_DIR} -DNODE=${ZEMRAK_NODE}
       -DVERSION=${PROJECT_VERSION}
       -P ${PROJECT_SOURCE_DIR}/cmake/AssembleBundle.cmake
-    DEPENDS ${executable}
+    DEPENDS ${executable} zemrak-window
     COMMENT "Assembling the application bundle"
     VERBATIM)
 endfunction()

@@ -9,6 +9,11 @@ say() { printf '\n== %s\n' "$*"; }
 packages_run=(
   g++ cmake ninja-build           # the build
   qt6-base-dev                    # Qt: core, window system, network, D-Bus, tests
+  qt6-declarative-dev             # Qt Quick: the window
+  qt6-declarative-dev-tools       # its compiler and linter
+  libqt6svg6-dev                  # symbols
+  qml6-module-qtquick qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-window
+  qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript # what the window imports
   pkg-config libxcb1-dev          # finding trays of the older kind on X11
   nodejs                          # runs the print service
   openssl                         # the service's certificate authority

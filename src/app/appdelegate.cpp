@@ -20,6 +20,7 @@ AppDelegate::AppDelegate(const ApplicationBundle &bundle)
     , m_bundle(bundle)
     , m_host(bundle)
     , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, m_host.forAgent())
+    , m_window(bundle, {.agent = m_agent, .defaults = m_defaults, .clock = m_clock})
 {
 }
 
@@ -45,6 +46,10 @@ bool AppDelegate::finishLaunching()
     createStatusBar();
     m_activity = m_host.activities().begin(
         ProcessActivities::IdleSleep::Allowed, QStringLiteral("Zemrak Printer is serving print requests"));
+    // Started with the computer, the application stays in the tray, unless the person has not set it up yet.
+    const bool automatic = QCoreApplication::arguments().contains(QLatin1String("--automatic-start"));
+    if (!automatic || !m_defaults.boolean(QLatin1String("onboardingDone")))
+        revealMainWindow();
     return true;
 }
 
@@ -93,6 +98,7 @@ void AppDelegate::carryOut(StatusCommand command)
 
 void AppDelegate::willTerminate()
 {
+    m_window.close(); // while the service still takes what an open sheet has to save
     m_statusBar.reset();
     m_statusItem.reset(); // gone at once, also when the service takes its time
     m_agent.shutDown();
@@ -100,7 +106,7 @@ void AppDelegate::willTerminate()
 
 void AppDelegate::revealMainWindow()
 {
-    qCInfo(lcApp) << "Asked to show the main window";
+    m_window.show();
 }
 
 } // namespace zemrak

@@ -2,6 +2,7 @@
 
 #include "app/agent.h"
 #include "app/platformhost.h"
+#include "app/windowloader.h"
 #include "base/clock.h"
 #include "health/statusbarcontroller.h"
 #include "health/statusitem.h"
@@ -44,6 +45,7 @@ private:
     PlatformHost m_host;
     Agent m_agent;
     std::unique_ptr<ProcessActivities::Activity> m_activity; ///< as long as print requests are served
+    WindowLoader m_window;
     std::unique_ptr<StatusItem> m_statusItem; ///< before what shows itself in it
     std::unique_ptr<StatusBarController> m_statusBar;
 };

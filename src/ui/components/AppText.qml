@@ -1,0 +1,16 @@
+import QtQuick
+import Zemrak
+
+// Text as it is, never as markup. Begins at the reading edge, also when all of it is Latin.
+Text {
+    property int weight: Font.Normal
+
+    color: Theme.gText
+    font.family: Theme.family
+    font.pixelSize: Theme.textBody
+    font.weight: weight
+    horizontalAlignment: Text.AlignLeft
+    lineHeight: Theme.leading
+    textFormat: Text.PlainText
+    verticalAlignment: Text.AlignVCenter
+}

@@ -1,0 +1,5 @@
+import Zemrak
+
+ScrollPage {
+    page: "printers"
+}

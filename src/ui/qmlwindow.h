@@ -1,0 +1,43 @@
+#pragma once
+
+#include "app/mainwindow.h"
+#include "ui/appearance.h"
+
+#include <QObject>
+
+#include <memory>
+
+class QQmlEngine;
+class QQuickWindow;
+
+namespace zemrak {
+
+/// The main window as a Qt Quick scene: built by show(), and gone with its engine after close().
+class QmlWindow final : public QObject, public MainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit QmlWindow(const MainWindowServices &services);
+    ~QmlWindow() override;
+
+    void show(const QString &activationToken) override;
+    void close() override;
+    [[nodiscard]] bool isOpen() const override { return m_window != nullptr; }
+    void onClosed(std::function<void()> closed) override { m_closed = std::move(closed); }
+
+    /// Null while the window is closed.
+    [[nodiscard]] QQuickWindow *window() const { return m_window.get(); }
+    [[nodiscard]] QQmlEngine *engine() const { return m_engine.get(); }
+
+private:
+    [[nodiscard]] bool build();
+
+    MainWindowServices m_services;
+    Appearance m_appearance; ///< outlives each scene, so that the next one begins in the right colours
+    std::function<void()> m_closed;
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<QQuickWindow> m_window; ///< goes before its engine
+};
+
+} // namespace zemrak

@@ -1,0 +1,6 @@
+import Zemrak
+
+Sheet {
+    icon: "slider.horizontal.3"
+    title: "إعدادات الطابعة"
+}

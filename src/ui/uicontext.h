@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/mainwindow.h"
+#include "ui/appearance.h"
+#include "ui/mainview.h"
+
+#include <QJSEngine>
+#include <QObject>
+
+#include <memory>
+
+class QQmlEngine;
+
+namespace zemrak {
+
+/// What the QML of one engine, and the presenters it creates, reach the application by. A child of its engine.
+class UiContext : public QObject
+{
+    Q_OBJECT
+
+public:
+    UiContext(const MainWindowServices &services, Appearance &appearance, QQmlEngine &engine);
+
+    /// The context of an engine made by makeEngine(); presenters find theirs by qmlEngine(this).
+    [[nodiscard]] static UiContext &of(const QQmlEngine *engine);
+    /// For the `create` function of a QML singleton that somebody else owns.
+    template <class T> [[nodiscard]] static T *lend(T *object)
+    {
+        QJSEngine::setObjectOwnership(object, QJSEngine::CppOwnership);
+        return object;
+    }
+
+    [[nodiscard]] Agent &agent() { return m_services.agent; }
+    [[nodiscard]] UserDefaults &defaults() { return m_services.defaults; }
+    [[nodiscard]] Clock &clock() { return m_services.clock; }
+    [[nodiscard]] Appearance &appearance() { return m_appearance; }
+    [[nodiscard]] MainView &mainView() { return m_mainView; }
+
+private:
+    MainWindowServices m_services;
+    Appearance &m_appearance;
+    MainView m_mainView;
+};
+
+/// An engine that knows the module, its icons and its typeface. `services` and `appearance` outlive it.
+[[nodiscard]] std::unique_ptr<QQmlEngine> makeEngine(const MainWindowServices &services, Appearance &appearance);
+
+} // namespace zemrak
