@@ -4,15 +4,8 @@
 #include "platform/platform.h"
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 
 namespace zemrak {
-
-namespace {
-
-Q_LOGGING_CATEGORY(lcApp, "zemrak.app")
-
-} // namespace
 
 AppDelegate::AppDelegate(const ApplicationBundle &bundle)
     : m_instance(platform::makeSingleInstance())
@@ -47,7 +40,7 @@ bool AppDelegate::finishLaunching()
     m_activity = m_host.activities().begin(
         ProcessActivities::IdleSleep::Allowed, QStringLiteral("Zemrak Printer is serving print requests"));
     // Started with the computer, the application stays in the tray, unless the person has not set it up yet.
-    const bool automatic = QCoreApplication::arguments().contains(QLatin1String("--automatic-start"));
+    const bool automatic = QCoreApplication::arguments().contains(automaticStartArgument);
     if (!automatic || !m_defaults.boolean(QLatin1String("onboardingDone")))
         revealMainWindow();
     return true;

@@ -78,6 +78,7 @@ void MainView::finishOnboarding()
 {
     m_defaults.setBoolean(onboardingKey, true);
     setShowOnboarding(false);
+    m_agent.runScan();
 }
 
 void MainView::edit(const QString &printerId)
@@ -144,6 +145,7 @@ double MainView::alertsBadge() const
 
 void MainView::appear()
 {
+    m_agent.refreshTrust();
     m_agent.refreshNotifStatus();
 }
 

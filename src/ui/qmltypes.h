@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/agent.h"
+#include "ui/presenters/presenters.h"
 
 #include <QtQml/qqml.h>
 
@@ -21,6 +22,122 @@ struct AgentForQml
 
 public:
     static Agent *create(QQmlEngine *engine, QJSEngine *);
+};
+
+struct PresentersForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::Presenters)
+    QML_NAMED_ELEMENT(Presenters)
+    QML_SINGLETON
+
+public:
+    static Presenters *create(QQmlEngine *engine, QJSEngine *);
+};
+
+// What the presenters are made of; QML gets at each through them.
+struct AlertListModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::AlertListModel)
+    QML_NAMED_ELEMENT(AlertListModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct AlertsPresenterForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::AlertsPresenter)
+    QML_NAMED_ELEMENT(AlertsPresenter)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct FoundPrinterModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::FoundPrinterModel)
+    QML_NAMED_ELEMENT(FoundPrinterModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct OverviewForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::Overview)
+    QML_NAMED_ELEMENT(Overview)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct PairedSiteModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::PairedSiteModel)
+    QML_NAMED_ELEMENT(PairedSiteModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct PrinterFinderForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::PrinterFinder)
+    QML_NAMED_ELEMENT(PrinterFinder)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct ProfileEditorForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::ProfileEditor)
+    QML_NAMED_ELEMENT(ProfileEditor)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct RelativeClockForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::RelativeClock)
+    QML_NAMED_ELEMENT(RelativeClock)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct ScanResultModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::ScanResultModel)
+    QML_NAMED_ELEMENT(ScanResultModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct SearchModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::SearchModel)
+    QML_NAMED_ELEMENT(SearchModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct SettingsPresenterForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::SettingsPresenter)
+    QML_NAMED_ELEMENT(SettingsPresenter)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct SitesPresenterForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::SitesPresenter)
+    QML_NAMED_ELEMENT(SitesPresenter)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct WizardForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::Wizard)
+    QML_NAMED_ELEMENT(Wizard)
+    QML_UNCREATABLE("made by the presenters")
 };
 
 } // namespace zemrak

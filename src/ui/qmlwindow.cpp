@@ -16,6 +16,8 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcWindow, "zemrak.ui.window")
 
+constexpr std::chrono::seconds savePatience(2);
+
 // Measured for this window: a third of the memory and half the time to the first frame of OpenGL in software, and no
 // dependence on the graphics driver. Whoever set something else meant it.
 void preferSoftwareRenderer()
@@ -67,7 +69,9 @@ bool QmlWindow::build()
             QMetaObject::invokeMethod(this, &QmlWindow::close, Qt::QueuedConnection);
     });
     connect(m_engine.get(), &QQmlEngine::quit, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
-    UiContext::of(m_engine.get()).mainView().appear();
+    UiContext &context = UiContext::of(m_engine.get());
+    context.mainView().appear();
+    context.presenters().clock()->setActive(true);
     return true;
 }
 
@@ -76,6 +80,10 @@ void QmlWindow::close()
     if (!m_window)
         return;
     storePlacement(*m_window, m_services.defaults);
+    // Lets events through while it waits, another request to close among them.
+    UiContext::of(m_engine.get()).presenters().finishSaving(savePatience);
+    if (!m_window)
+        return;
     m_window.reset();
     m_engine.reset();
     if (m_closed)

@@ -23,6 +23,22 @@ void loadTypefaceOnce()
     Q_UNUSED(loaded)
 }
 
+HostCalls hostCalls(Agent &agent)
+{
+    using Pane = Desktop::SettingsPane;
+    return {.setLaunchAtLogin = [&agent](bool on) { agent.setLaunchAtLogin(on); },
+        .reRegisterLogin = [&agent] { agent.reRegisterLogin(); },
+        .trustForSafari = [&agent](auto done) { agent.trustForSafari(std::move(done)); },
+        .setKeepAwake = [&agent](bool on) { agent.setKeepAwake(on); },
+        .checkUpdate = [&agent] { agent.checkUpdate(); },
+        .installUpdate = [&agent] { agent.installUpdate(); },
+        .runScan = [&agent] { agent.runScan(); },
+        .exportDiagnostics = [&agent] { agent.exportDiagnostics(); },
+        .openLoginSettings = [&agent] { agent.openSettings(Pane::LoginItems); },
+        .openNotificationSettings = [&agent] { agent.openSettings(Pane::Notifications); },
+        .openLocalNetworkSettings = [&agent] { agent.openSettings(Pane::Network); }};
+}
+
 } // namespace
 
 UiContext::UiContext(const MainWindowServices &services, Appearance &appearance, QQmlEngine &engine)
@@ -30,7 +46,16 @@ UiContext::UiContext(const MainWindowServices &services, Appearance &appearance,
     , m_services(services)
     , m_appearance(appearance)
     , m_mainView(services.agent, services.defaults, appearance)
+    , m_presenters(services.agent, services.clock, hostCalls(services.agent))
 {
+    // Connected before any scene is, so that what stands behind a sheet is there before the sheet.
+    connect(&m_mainView, &MainView::editingChanged, &m_presenters,
+        [this] { m_presenters.setEdited(m_mainView.editedPrinter()); });
+    connect(&m_mainView, &MainView::addingChanged, &m_presenters,
+        [this] { m_presenters.setAdding(m_mainView.isAdding()); });
+    connect(&m_mainView, &MainView::showOnboardingChanged, &m_presenters,
+        [this] { m_presenters.setWizardShown(m_mainView.showsOnboarding()); });
+    m_presenters.setWizardShown(m_mainView.showsOnboarding());
 }
 
 UiContext &UiContext::of(const QQmlEngine *engine)
@@ -54,6 +79,11 @@ std::unique_ptr<QQmlEngine> makeEngine(const MainWindowServices &services, Appea
 Agent *AgentForQml::create(QQmlEngine *engine, QJSEngine *)
 {
     return UiContext::lend(&UiContext::of(engine).agent());
+}
+
+Presenters *PresentersForQml::create(QQmlEngine *engine, QJSEngine *)
+{
+    return UiContext::lend(&UiContext::of(engine).presenters());
 }
 
 Appearance *Appearance::create(QQmlEngine *engine, QJSEngine *)

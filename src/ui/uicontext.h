@@ -3,6 +3,7 @@
 #include "app/mainwindow.h"
 #include "ui/appearance.h"
 #include "ui/mainview.h"
+#include "ui/presenters/presenters.h"
 
 #include <QJSEngine>
 #include <QObject>
@@ -35,11 +36,13 @@ public:
     [[nodiscard]] Clock &clock() { return m_services.clock; }
     [[nodiscard]] Appearance &appearance() { return m_appearance; }
     [[nodiscard]] MainView &mainView() { return m_mainView; }
+    [[nodiscard]] Presenters &presenters() { return m_presenters; }
 
 private:
     MainWindowServices m_services;
     Appearance &m_appearance;
     MainView m_mainView;
+    Presenters m_presenters;
 };
 
 /// An engine that knows the module, its icons and its typeface. `services` and `appearance` outlive it.

@@ -84,7 +84,7 @@ void Presenters::showSettings()
         .notifications = m_agent.notifStatus(),
         .keepAwake = m_agent.keepAwake(),
         .state = m_agent.state(),
-        .caTrusted = m_agent.isCaTrusted(),
+        .caTrusted = m_agent.caTrusted(),
         .availableUpdate = m_agent.availableUpdate(),
         .updating = m_agent.isUpdating(),
         .log = m_agent.log(),
