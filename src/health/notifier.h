@@ -26,8 +26,10 @@ public:
 
     /// Begins to listen for clicks. Called once at start.
     virtual void install() = 0;
+    /// `activationToken`: the desktop's leave to bring a window forward; empty where it gives none.
+    using Clicked = std::function<void(const QString &activationToken)>;
     /// Called whenever the person clicks one of our notifications. Set before install().
-    virtual void onClicked(std::function<void()> clicked) = 0;
+    virtual void onClicked(Clicked clicked) = 0;
 
     using StatusDone = std::function<void(NotificationStatus status)>;
     /// `error` is empty when nothing went wrong.

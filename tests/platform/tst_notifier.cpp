@@ -23,7 +23,7 @@ struct Fixture
     QDBusConnection connection = QDBusConnection::connectToBus(bus.address(), name());
     std::unique_ptr<NotificationServer> server;
     std::unique_ptr<DesktopNotifier> notifier;
-    int clicks = 0;
+    QStringList clicks; ///< by their tokens
 
     Fixture() { startNotifier(); }
     ~Fixture()
@@ -44,7 +44,7 @@ struct Fixture
     {
         notifier.reset();
         notifier = std::make_unique<DesktopNotifier>(connection, folder.filePath(QStringLiteral("ledger")), QString());
-        notifier->onClicked([this] { ++clicks; });
+        notifier->onClicked([this](const QString &token) { clicks.append(token); });
         notifier->install();
     }
     void post(const char *id, bool critical = false)
@@ -105,8 +105,8 @@ private Q_SLOTS:
         QTRY_VERIFY(QFile::exists(f.folder.filePath(QStringLiteral("ledger"))));
         f.server->click(99);
         f.server->click(f.note("one")->number, QStringLiteral("token-7"));
-        QTRY_COMPARE(f.clicks, 1);
-        QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), QByteArray("token-7"));
+        f.server->click(f.note("one")->number);
+        QTRY_COMPARE(f.clicks, (QStringList{QStringLiteral("token-7"), QString()})); // a token serves one click
     }
 
     void retractsWhatItPosted()
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QTRY_VERIFY(f.note("two"));
         QVERIFY(f.note("two")->actions.isEmpty()); // the new server's abilities, not the old one's
         f.server->click(f.note("two")->number);
-        QTRY_COMPARE(f.clicks, 1);
+        QTRY_COMPARE(f.clicks.size(), 1);
     }
 
     void withoutABusEverythingIsRefusedQuietly()

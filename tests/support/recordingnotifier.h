@@ -18,7 +18,7 @@ public:
     };
 
     void install() override { }
-    void onClicked(std::function<void()> clicked) override { click = std::move(clicked); }
+    void onClicked(Clicked clicked) override { click = std::move(clicked); }
     void status(StatusDone done) override { done(NotificationStatus::Authorized); }
     void requestPermission(PermissionDone done) override { done(true, {}); }
     void post(const QString &id, const QString &title, const QString &body, bool critical) override
@@ -29,7 +29,7 @@ public:
 
     QList<Posted> posted;
     QList<QStringList> retracted;
-    std::function<void()> click;
+    Clicked click;
 };
 
 } // namespace zemrak::test

@@ -223,15 +223,17 @@ void DesktopNotifier::close(uint serverId)
 
 void DesktopNotifier::onActivationToken(uint serverId, const QString &token)
 {
-    // Qt's window system plugins take the permission from the environment when a window asks to be raised.
     if (m_ledger.knows(serverId))
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+        m_activationToken = token;
 }
 
 void DesktopNotifier::onActionInvoked(uint serverId, const QString &action)
 {
-    if (action == QLatin1String("default") && m_ledger.knows(serverId) && m_clicked)
-        m_clicked();
+    if (!m_ledger.knows(serverId))
+        return;
+    const QString token = std::exchange(m_activationToken, {});
+    if (action == QLatin1String("default") && m_clicked)
+        m_clicked(token);
 }
 
 void DesktopNotifier::onNotificationClosed(uint serverId, uint)

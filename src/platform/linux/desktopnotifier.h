@@ -27,7 +27,7 @@ public:
     DesktopNotifier(const QDBusConnection &bus, const QString &ledgerFile, const QString &iconFile);
 
     void install() override;
-    void onClicked(std::function<void()> clicked) override { m_clicked = std::move(clicked); }
+    void onClicked(Clicked clicked) override { m_clicked = std::move(clicked); }
     void status(StatusDone done) override;
     void requestPermission(PermissionDone done) override;
     void post(const QString &id, const QString &title, const QString &body, bool critical) override;
@@ -63,12 +63,13 @@ private:
     QDBusConnection m_bus;
     NotificationLedger m_ledger;
     QString m_iconFile;
-    std::function<void()> m_clicked;
+    Clicked m_clicked;
     Server m_server = Server::Unknown;
     QString m_busId;
     QStringList m_capabilities;
     QList<std::function<void()>> m_waiting; ///< for the server to be known
     QHash<QString, bool> m_underWay; ///< sent and not yet numbered by the server; true: to be taken back then
+    QString m_activationToken; ///< of the click that is to come
 };
 
 } // namespace zemrak::linux_

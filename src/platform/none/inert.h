@@ -101,7 +101,7 @@ class SilentNotifier final : public Notifier
 {
 public:
     void install() override { qInfo("No notifications on this platform"); }
-    void onClicked(std::function<void()>) override { }
+    void onClicked(Clicked) override { }
     void status(StatusDone done) override { done(NotificationStatus::Denied); }
     void requestPermission(PermissionDone done) override { done(false, QStringLiteral("not on this platform")); }
     void post(const QString &, const QString &, const QString &, bool) override { }
