@@ -1,5 +1,6 @@
 #include "support/notificationserver.h"
 
+#include <QDBusArgument>
 #include <QDBusMessage>
 
 namespace zemrak::test {
@@ -53,8 +54,15 @@ void NotificationServer::wakeUp()
         if (call.member() == QLatin1String("GetCapabilities"))
             m_bus.send(call.createReply(QVariant(m_capabilities)));
         else if (call.member() == QLatin1String("Notify"))
-            m_bus.send(call.createReply(QVariant(++m_lastNumber)));
+            m_bus.send(call.createReply(QVariant(show(call.arguments()))));
     }
+}
+
+uint NotificationServer::show(const QVariantList &call)
+{
+    m_notes.append({++m_lastNumber, call.at(3).toString(), call.at(4).toString(), call.at(5).toStringList(),
+        qdbus_cast<QVariantMap>(call.at(6)), false});
+    return m_lastNumber;
 }
 
 const NotificationServer::Note *NotificationServer::find(const QString &title) const
@@ -88,13 +96,10 @@ QString NotificationServer::GetServerInformation(QString &vendor, QString &versi
     return QStringLiteral("fake");
 }
 
-uint NotificationServer::Notify(const QString &, uint, const QString &, const QString &title, const QString &body,
-    const QStringList &actions, const QVariantMap &hints, int)
+uint NotificationServer::Notify(const QString &, uint, const QString &, const QString &, const QString &,
+    const QStringList &, const QVariantMap &, int)
 {
-    if (evades())
-        return 0;
-    m_notes.append({++m_lastNumber, title, body, actions, hints, false});
-    return m_lastNumber;
+    return evades() ? 0 : show(message().arguments());
 }
 
 void NotificationServer::CloseNotification(uint number)

@@ -59,6 +59,7 @@ Q_SIGNALS:
 private:
     /// True when the call gets its answer later, or a refusal.
     bool evades();
+    uint show(const QVariantList &call);
 
     QString m_connectionName;
     QDBusConnection m_bus;

@@ -6,14 +6,17 @@
 #include <QLoggingCategory>
 #include <QVariantMap>
 
+#include <limits>
+
 namespace zemrak::linux_ {
 
 namespace {
 
 Q_LOGGING_CATEGORY(lcNotifier, "zemrak.platform")
 
-// A server that hangs for a minute still gets what was posted meanwhile; nobody waits for it.
-constexpr int postPatienceMs = 120'000;
+// However long a server hangs, its late answer carries the number by which the notification can be taken back. Nobody
+// waits for it, and the bus ends the call when the server goes.
+constexpr int unlimitedMs = std::numeric_limits<int>::max();
 constexpr int statusPatienceMs = 5'000;
 
 QString serverName()
@@ -65,14 +68,23 @@ DesktopNotifier::DesktopNotifier(const QDBusConnection &bus, const QString &ledg
 
 void DesktopNotifier::install()
 {
+    // From any sender: naming one would make Qt look it up and wait. Whose signal it is shows in the ledger.
     const auto listen = [this](const char *signal, const char *slot) {
-        m_bus.connect(serverName(), serverPath(), serverName(), QLatin1String(signal), this, slot);
+        m_bus.connect(QString(), serverPath(), serverName(), QLatin1String(signal), this, slot);
     };
-    listen("ActivationToken", SLOT(onActivationToken(uint, QString)));
-    listen("ActionInvoked", SLOT(onActionInvoked(uint, QString)));
-    listen("NotificationClosed", SLOT(onNotificationClosed(uint, uint)));
+    listen("ActivationToken", SLOT(onActivationToken(QDBusMessage)));
+    listen("ActionInvoked", SLOT(onActionInvoked(QDBusMessage)));
+    listen("NotificationClosed", SLOT(onNotificationClosed(QDBusMessage)));
     auto *watcher = new QDBusServiceWatcher(serverName(), m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &DesktopNotifier::onServerChanged);
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+        [this](const QString &, const QString &, const QString &newOwner) { onOwnerChanged(newOwner); });
+
+    const QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
+    call(message, unlimitedMs, [this](QDBusPendingCallWatcher &answered) {
+        const QDBusPendingReply<QString> reply = answered;
+        onBusKnown(reply.isError() ? QString() : reply.value());
+    });
 }
 
 void DesktopNotifier::call(
@@ -105,88 +117,96 @@ void DesktopNotifier::requestPermission(PermissionDone done)
         });
 }
 
+void DesktopNotifier::onBusKnown(const QString &busId)
+{
+    m_ledger.setBus(busId);
+    m_busKnown = true;
+    retract(std::exchange(m_ended, {}));
+    if (!m_waiting.isEmpty())
+        askServer();
+}
+
 void DesktopNotifier::post(const QString &id, const QString &title, const QString &body, bool critical)
 {
-    whenServerKnown([this, id, title, body, critical] { send(id, title, body, critical); });
+    const Note note{id, title, body, critical};
+    if (m_server == Server::Known) {
+        send(note);
+        return;
+    }
+    m_waiting.append(note);
+    if (m_busKnown && m_server == Server::Unknown)
+        askServer();
 }
 
 void DesktopNotifier::retract(const QStringList &ids)
 {
-    whenServerKnown([this, ids] {
-        for (const QString &id : ids) {
-            if (const auto sent = m_underWay.find(id); sent != m_underWay.end())
-                *sent = true;
-            else if (const std::optional<uint> serverId = m_ledger.take(id))
-                close(*serverId);
-        }
-    });
-}
-
-void DesktopNotifier::whenServerKnown(std::function<void()> action)
-{
-    if (m_server == Server::Known) {
-        action();
+    if (!m_busKnown) {
+        m_ended.append(ids);
         return;
     }
-    m_waiting.append(std::move(action));
-    if (std::exchange(m_server, Server::Asking) == Server::Unknown)
-        askBusId();
+    for (const QString &id : ids)
+        takeBack(id);
 }
 
-// Numbers and unique names begin anew with every bus, so the bus is part of what a server is known by.
-void DesktopNotifier::askBusId()
+void DesktopNotifier::takeBack(const QString &id)
 {
-    if (!m_busId.isEmpty()) {
-        askServer();
+    // What has not gone out is not shown for a problem that is over.
+    if (m_waiting.removeIf([&id](const Note &note) { return note.id == id; }) > 0)
         return;
-    }
-    const QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
-    call(message, postPatienceMs, [this](QDBusPendingCallWatcher &watcher) {
-        const QDBusPendingReply<QString> reply = watcher;
-        if (reply.isError()) {
-            onServerMissing();
-            return;
-        }
-        m_busId = reply.value();
-        askServer();
-    });
+    if (const auto sent = m_underWay.find(id); sent != m_underWay.end())
+        *sent = true;
+    else if (const std::optional<uint> number = m_ledger.take(id))
+        close(m_ledger.server(), *number);
 }
 
 void DesktopNotifier::askServer()
 {
-    call(serverCall(QStringLiteral("GetCapabilities")), postPatienceMs, [this](QDBusPendingCallWatcher &watcher) {
-        if (watcher.isError())
-            onServerMissing();
-        else
-            onServerKnown(watcher.reply());
-    });
+    m_server = Server::Asking;
+    call(serverCall(QStringLiteral("GetCapabilities")), unlimitedMs,
+        [this, before = m_ownerChanges](QDBusPendingCallWatcher &watcher) {
+            m_server = Server::Unknown;
+            if (m_ownerChanges != before && (watcher.isError() || watcher.reply().service() != m_owner))
+                onServerReplaced();
+            else if (watcher.isError())
+                onServerMissing();
+            else
+                onServerKnown(watcher.reply());
+        });
+}
+
+// What waits goes to the server that has come since, or else to the one that comes next.
+void DesktopNotifier::onServerReplaced()
+{
+    if (!m_owner.isEmpty())
+        askServer();
 }
 
 void DesktopNotifier::onServerKnown(const QDBusMessage &capabilities)
 {
     m_server = Server::Known;
     m_capabilities = capabilities.arguments().value(0).toStringList();
-    m_ledger.setServer(m_busId + capabilities.service());
-    const QList<std::function<void()>> waiting = std::exchange(m_waiting, {});
-    for (const std::function<void()> &action : waiting)
-        action();
+    const QList<Note> waiting = std::exchange(m_waiting, {});
+    for (const Note &note : waiting)
+        send(note);
 }
 
 void DesktopNotifier::onServerMissing()
 {
-    qCInfo(lcNotifier) << "No notification server answers;" << m_waiting.size() << "requests dropped";
-    m_server = Server::Unknown;
+    qCInfo(lcNotifier) << "No notification server answers;" << m_waiting.size() << "notifications dropped";
     m_waiting.clear();
 }
 
-void DesktopNotifier::onServerChanged()
+void DesktopNotifier::onOwnerChanged(const QString &owner)
 {
+    ++m_ownerChanges;
+    m_owner = owner;
     if (m_server == Server::Known)
         m_server = Server::Unknown;
+    if (m_busKnown && m_server == Server::Unknown && !m_waiting.isEmpty())
+        onServerReplaced();
 }
 
-void DesktopNotifier::send(const QString &id, const QString &title, const QString &body, bool critical)
+void DesktopNotifier::send(const Note &note)
 {
     const bool clickable = m_capabilities.contains(QLatin1String("actions"));
     const bool interpreted = m_capabilities.contains(QLatin1String("body-markup"));
@@ -194,51 +214,58 @@ void DesktopNotifier::send(const QString &id, const QString &title, const QStrin
         = clickable ? QStringList{QStringLiteral("default"), QStringLiteral("فتح")} : QStringList();
     constexpr uint replacesNothing = 0;
     constexpr int serversOwnTime = -1;
-    m_underWay.insert(id, false);
+    m_underWay.insert(note.id, false);
     call(serverCall(QStringLiteral("Notify"),
-             {QStringLiteral("Zemrak Printer"), replacesNothing, m_iconFile, title, interpreted ? escaped(body) : body,
-                 actions, hints(critical), serversOwnTime}),
-        postPatienceMs, [this, id](QDBusPendingCallWatcher &watcher) { onSent(id, watcher); });
+             {QStringLiteral("Zemrak Printer"), replacesNothing, m_iconFile, note.title,
+                 interpreted ? escaped(note.body) : note.body, actions, hints(note.critical), serversOwnTime}),
+        unlimitedMs, [this, id = note.id](QDBusPendingCallWatcher &watcher) { onSent(id, watcher); });
 }
 
 void DesktopNotifier::onSent(const QString &id, const QDBusPendingCallWatcher &call)
 {
-    const bool takeBack = m_underWay.take(id);
+    const bool ended = m_underWay.take(id);
     const QDBusPendingReply<uint> reply = call;
-    if (reply.isError()) {
+    if (reply.isError())
         qCInfo(lcNotifier) << "A notification was not shown:" << reply.error().message();
-        return;
-    }
-    m_ledger.setServer(m_busId + reply.reply().service());
-    if (takeBack)
-        close(reply.value());
+    else if (ended)
+        close(reply.reply().service(), reply.value());
     else
-        m_ledger.add(id, reply.value());
+        m_ledger.add(id, reply.reply().service(), reply.value());
 }
 
-void DesktopNotifier::close(uint serverId)
+// To the very server that gave the number: to another one it is somebody else's notification.
+void DesktopNotifier::close(const QString &server, uint number)
 {
-    m_bus.asyncCall(serverCall(QStringLiteral("CloseNotification"), {serverId}), postPatienceMs);
+    QDBusMessage message
+        = QDBusMessage::createMethodCall(server, serverPath(), serverName(), QStringLiteral("CloseNotification"));
+    message.setArguments({number});
+    m_bus.asyncCall(message, unlimitedMs);
 }
 
-void DesktopNotifier::onActivationToken(uint serverId, const QString &token)
+bool DesktopNotifier::isOurs(const QDBusMessage &signal) const
 {
-    if (m_ledger.knows(serverId))
-        m_activationToken = token;
+    return m_busKnown && m_ledger.knows(signal.service(), signal.arguments().value(0).toUInt());
 }
 
-void DesktopNotifier::onActionInvoked(uint serverId, const QString &action)
+void DesktopNotifier::onActivationToken(const QDBusMessage &signal)
 {
-    if (!m_ledger.knows(serverId))
+    if (isOurs(signal))
+        m_activationToken = signal.arguments().value(1).toString();
+}
+
+void DesktopNotifier::onActionInvoked(const QDBusMessage &signal)
+{
+    if (!isOurs(signal))
         return;
     const QString token = std::exchange(m_activationToken, {});
-    if (action == QLatin1String("default") && m_clicked)
+    if (signal.arguments().value(1).toString() == QLatin1String("default") && m_clicked)
         m_clicked(token);
 }
 
-void DesktopNotifier::onNotificationClosed(uint serverId, uint)
+void DesktopNotifier::onNotificationClosed(const QDBusMessage &signal)
 {
-    m_ledger.forget(serverId);
+    if (m_busKnown)
+        m_ledger.forget(signal.service(), signal.arguments().value(0).toUInt());
 }
 
 } // namespace zemrak::linux_

@@ -34,9 +34,9 @@ public:
     void retract(const QStringList &ids) override;
 
 private Q_SLOTS:
-    void onActivationToken(uint serverId, const QString &token);
-    void onActionInvoked(uint serverId, const QString &action);
-    void onNotificationClosed(uint serverId, uint reason);
+    void onActivationToken(const QDBusMessage &signal);
+    void onActionInvoked(const QDBusMessage &signal);
+    void onNotificationClosed(const QDBusMessage &signal);
 
 private:
     enum class Server
@@ -45,29 +45,40 @@ private:
         Asking,
         Known
     };
+    struct Note
+    {
+        QString id;
+        QString title;
+        QString body;
+        bool critical = false;
+    };
 
-    /// What posting needs to know of the server, asked for when it is first needed and after each of its restarts.
-    /// `action` is dropped when no server answers.
-    void whenServerKnown(std::function<void()> action);
-    void askBusId();
+    void onBusKnown(const QString &busId);
+    /// What it can do; needed before anything is posted, and again after each of its restarts.
     void askServer();
     void onServerKnown(const QDBusMessage &capabilities);
     void onServerMissing();
-    void onServerChanged();
+    void onServerReplaced();
+    void onOwnerChanged(const QString &owner);
 
-    void send(const QString &id, const QString &title, const QString &body, bool critical);
+    void send(const Note &note);
     void onSent(const QString &id, const QDBusPendingCallWatcher &call);
-    void close(uint serverId);
+    void takeBack(const QString &id);
+    void close(const QString &server, uint number);
+    [[nodiscard]] bool isOurs(const QDBusMessage &signal) const;
     void call(const QDBusMessage &message, int timeoutMs, std::function<void(QDBusPendingCallWatcher &)> done);
 
     QDBusConnection m_bus;
     NotificationLedger m_ledger;
     QString m_iconFile;
     Clicked m_clicked;
+    bool m_busKnown = false; ///< before that the ledger may be about another bus
     Server m_server = Server::Unknown;
-    QString m_busId;
+    QString m_owner; ///< unique name of the server as last announced; empty: none, or not announced yet
+    int m_ownerChanges = 0;
     QStringList m_capabilities;
-    QList<std::function<void()>> m_waiting; ///< for the server to be known
+    QList<Note> m_waiting; ///< for the server to be known
+    QStringList m_ended; ///< to be taken back once the bus is known
     QHash<QString, bool> m_underWay; ///< sent and not yet numbered by the server; true: to be taken back then
     QString m_activationToken; ///< of the click that is to come
 };

@@ -21,18 +21,20 @@ NotificationLedger::NotificationLedger(QString fileName)
     load();
 }
 
-void NotificationLedger::setServer(const QString &server)
+void NotificationLedger::setBus(const QString &busId)
 {
-    if (m_server == server)
+    if (m_busId == busId)
         return;
-    m_server = server;
+    m_busId = busId;
+    m_server.clear();
     m_numbers.clear();
-    save();
 }
 
-void NotificationLedger::add(const QString &id, uint serverId)
+void NotificationLedger::add(const QString &id, const QString &server, uint number)
 {
-    m_numbers.insert(id, serverId);
+    if (std::exchange(m_server, server) != server)
+        m_numbers.clear();
+    m_numbers.insert(id, number);
     save();
 }
 
@@ -41,21 +43,21 @@ std::optional<uint> NotificationLedger::take(const QString &id)
     const auto found = m_numbers.constFind(id);
     if (found == m_numbers.cend())
         return std::nullopt;
-    const uint serverId = *found;
+    const uint number = *found;
     m_numbers.erase(found);
     save();
-    return serverId;
+    return number;
 }
 
-void NotificationLedger::forget(uint serverId)
+void NotificationLedger::forget(const QString &server, uint number)
 {
-    if (m_numbers.removeIf([serverId](auto entry) { return entry.value() == serverId; }) > 0)
+    if (server == m_server && m_numbers.removeIf([number](auto entry) { return entry.value() == number; }) > 0)
         save();
 }
 
-bool NotificationLedger::knows(uint serverId) const
+bool NotificationLedger::knows(const QString &server, uint number) const
 {
-    return std::find(m_numbers.cbegin(), m_numbers.cend(), serverId) != m_numbers.cend();
+    return server == m_server && std::find(m_numbers.cbegin(), m_numbers.cend(), number) != m_numbers.cend();
 }
 
 void NotificationLedger::load()
@@ -64,6 +66,7 @@ void NotificationLedger::load()
     if (!file.open(QIODevice::ReadOnly))
         return;
     const QJsonObject ledger = QJsonDocument::fromJson(file.read(longest)).object();
+    m_busId = ledger.value(QLatin1String("bus")).toString();
     m_server = ledger.value(QLatin1String("server")).toString();
     const QJsonObject numbers = ledger.value(QLatin1String("numbers")).toObject();
     for (auto entry = numbers.begin(); entry != numbers.end(); ++entry)
@@ -75,7 +78,8 @@ void NotificationLedger::save() const
     QJsonObject numbers;
     for (auto entry = m_numbers.cbegin(); entry != m_numbers.cend(); ++entry)
         numbers.insert(entry.key(), static_cast<qint64>(entry.value()));
-    const QJsonObject ledger{{QStringLiteral("server"), m_server}, {QStringLiteral("numbers"), numbers}};
+    const QJsonObject ledger{
+        {QStringLiteral("bus"), m_busId}, {QStringLiteral("server"), m_server}, {QStringLiteral("numbers"), numbers}};
     // Losing the ledger costs no more than a notification that stays until the person closes it.
     QSaveFile file(m_fileName);
     if (file.open(QIODevice::WriteOnly)) {
