@@ -45,14 +45,18 @@ void AlertFeed::refresh()
     noteLocal(); // silence becomes an alert with time alone
     if (!m_channel.hasToken())
         return;
-    m_channel.request(
-        {.path = QStringLiteral("/admin/alerts")}, this, [this](const AdminAnswer &answer) { take(answer); });
+    m_channel.request({.path = QStringLiteral("/admin/alerts")}, this,
+        [this, fetch = ++m_asked](const AdminAnswer &answer) { take(fetch, answer); });
 }
 
-void AlertFeed::take(const AdminAnswer &answer)
+void AlertFeed::take(qint64 fetch, const AdminAnswer &answer)
 {
+    // A slow answer must not bring back what a later one has marked, cleared or ended.
+    if (!answer || fetch < m_taken)
+        return;
+    m_taken = fetch;
     // The same bytes again bring nothing to show, to announce or to take back.
-    if (!answer || answer == m_body)
+    if (answer == m_body)
         return;
     std::optional<AlertsResult> result = decodeBody<AlertsResult>(*answer);
     if (!result)

@@ -44,7 +44,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void take(const AdminAnswer &answer);
+    void take(qint64 fetch, const AdminAnswer &answer);
     void tellAndRefresh(const QString &path);
     void noteLocal();
 
@@ -54,6 +54,8 @@ private:
     std::chrono::milliseconds m_launchedAt;
     QList<AlertItem> m_alerts;
     QByteArray m_body; ///< what m_alerts was decoded from
+    qint64 m_asked = 0; ///< fetches so far, by which their answers are numbered
+    qint64 m_taken = 0; ///< the latest fetch that was answered
     QString m_shownLocal; ///< id of the local alert last told of
     bool m_answers = false;
     bool m_portConflict = false;

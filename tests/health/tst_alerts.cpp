@@ -45,21 +45,26 @@ struct Delivery
 {
     ManualClock clock;
     RecordingNotifier notifier;
-    QList<QStringList> stored;
-    QStringList before;
-    AlertDelivery delivery{notifier, clock, before, [this](const QStringList &ids) { stored.append(ids); }};
+    QStringList stored; ///< joined
+    AlertDelivery delivery;
 
     explicit Delivery(const QStringList &notified = {})
-        : before(notified)
+        : delivery(notifier, clock, notified, [this](const QStringList &ids) { stored.append(ids.join(u' ')); })
     {
     }
 
-    QStringList postedIds() const
+    /// What this delivery posted, "!" behind the critical ones, and took back, "-" before.
+    QString told(const QList<AlertItem> &alerts)
     {
+        notifier.posted.clear();
+        notifier.retracted.clear();
+        delivery.deliver(alerts);
         QStringList ids;
-        for (const auto &posted : notifier.posted)
-            ids.append(posted.id);
-        return ids;
+        for (const RecordingNotifier::Posted &posted : notifier.posted)
+            ids.append(posted.id + (posted.critical ? QStringLiteral("!") : QString()));
+        for (const QStringList &retracted : notifier.retracted)
+            ids.append(u'-' + retracted.join(QStringLiteral(" -")));
+        return ids.join(u' ');
     }
 };
 
@@ -73,99 +78,66 @@ private Q_SLOTS:
     void localAlertSpeaksForASilentService()
     {
         QVERIFY(!localAlert({.answers = true, .portConflict = true, .silentFor = 99'000}));
-        QVERIFY(!localAlert({.silentFor = 0}));
         QVERIFY(!localAlert({.silentFor = 10'000}));
-        const auto down = localAlert({.silentFor = 10'001, .now = 5});
-        QVERIFY(down);
-        QCOMPARE(down->id, QStringLiteral("local-down"));
-        QCOMPARE(down->key, QStringLiteral("local:service_down"));
-        QCOMPARE(down->severity, QStringLiteral("critical"));
-        QCOMPARE(down->title, QStringLiteral("الخدمة المحلية متوقفة"));
-        QCOMPARE(down->message,
-            QStringLiteral("لا يمكن استقبال أوامر الطباعة الآن. جرّب «إعادة تشغيل الخدمة» من الإعدادات."));
-        QCOMPARE(down->action, QStringLiteral("settings"));
-        QVERIFY(down->createdAt == 5 && down->lastAt == 5 && down->count == 1 && !down->read && !down->resolvedAt);
-        const auto port = localAlert({.portConflict = true});
-        QVERIFY(port);
-        QCOMPARE(port->id, QStringLiteral("local-port"));
-        QCOMPARE(port->key, QStringLiteral("local:port_in_use"));
-        QCOMPARE(port->message,
-            QStringLiteral(
-                "المنفذ 17731 تستخدمه عملية أخرى (غالبًا نسخة أخرى لمستخدم آخر مسجَّل). أغلقها ثم أعد تشغيل الخدمة."));
-        QCOMPARE(alertsBadge(port, {alert("a"), read(alert("b")), resolved(alert("c"))}), 3);
-        QCOMPARE(alertsBadge(std::nullopt, {alert("a"), alert("b"), read(alert("c"))}), 2);
+        AlertItem expected{.id = QStringLiteral("local-down"),
+            .key = QStringLiteral("local:service_down"),
+            .severity = QStringLiteral("critical"),
+            .title = QStringLiteral("الخدمة المحلية متوقفة"),
+            .message = QStringLiteral("لا يمكن استقبال أوامر الطباعة الآن. جرّب «إعادة تشغيل الخدمة» من الإعدادات."),
+            .action = QStringLiteral("settings"),
+            .createdAt = 5,
+            .lastAt = 5,
+            .count = 1};
+        QVERIFY(localAlert({.silentFor = 10'001, .now = 5}) == expected);
+        expected.id = QStringLiteral("local-port");
+        expected.key = QStringLiteral("local:port_in_use");
+        expected.title = QStringLiteral("المنفذ مشغول");
+        expected.message = QStringLiteral(
+            "المنفذ 17731 تستخدمه عملية أخرى (غالبًا نسخة أخرى لمستخدم آخر مسجَّل). أغلقها ثم أعد تشغيل الخدمة.");
+        QVERIFY(localAlert({.portConflict = true, .now = 5}) == expected);
+        QCOMPARE(alertsBadge(expected, {alert("a"), read(alert("b")), resolved(alert("c"))}), 3);
     }
 
     void announcesEachAlertOnce()
     {
-        Delivery d;
-        d.delivery.deliver(
-            {alert("old", "critical", 300'000), alert("edge", "warning", 60'000), alert("new", "critical"),
-                alert("odd", "strange"), alert("info", "info"), read(alert("read")), resolved(alert("over"))});
-        QCOMPARE(d.postedIds(), (QStringList{QStringLiteral("edge"), QStringLiteral("new"), QStringLiteral("odd")}));
-        QVERIFY(!d.notifier.posted[0].critical && d.notifier.posted[1].critical && !d.notifier.posted[2].critical);
-        QCOMPARE(d.notifier.posted[1].title, QStringLiteral("عنوان"));
-        QCOMPARE(d.notifier.posted[1].body, QStringLiteral("نص"));
-        QVERIFY(d.notifier.retracted.isEmpty());
-        QCOMPARE(d.stored.size(), 1);
-        QCOMPARE(d.stored.first().size(), 4); // with the one passed over
-
-        d.delivery.deliver({alert("new", "critical")});
-        QCOMPARE(d.notifier.posted.size(), 3);
-        QCOMPARE(d.stored.size(), 1);
-
-        d.delivery.deliver({resolved(alert("new", "critical")), resolved(alert("never")),
-            resolved(alert("old", "critical", 300'000))});
-        QCOMPARE(d.notifier.retracted, (QList<QStringList>{{QStringLiteral("new"), QStringLiteral("old")}}));
-        QCOMPARE(d.stored.size(), 2);
-        d.delivery.deliver({alert("new", "critical")}); // the same id again: known for good
-        QCOMPARE(d.notifier.posted.size(), 3);
-        // Age is of no account after the first call.
-        d.delivery.deliver({alert("late", "warning", 900'000)});
-        QCOMPARE(d.notifier.posted.last().id, QStringLiteral("late"));
-    }
-
-    void seedingAloneStoresNothing()
-    {
-        Delivery d;
-        d.delivery.deliver({alert("old", "critical", 60'001)});
-        QVERIFY(d.notifier.posted.isEmpty() && d.stored.isEmpty());
-        QVERIFY(d.delivery.notified().contains(QStringLiteral("old")));
-    }
-
-    void remembersAcrossRestarts()
-    {
         Delivery d({QStringLiteral("known")});
-        d.delivery.deliver({alert("known", "critical", 100)});
-        QVERIFY(d.notifier.posted.isEmpty());
+        QCOMPARE(d.told({alert("old", "critical", 60'001)}), QString());
+        QVERIFY(d.stored.isEmpty()); // passing over alone is not worth a write
+
+        const AlertItem fresh = alert("new", "critical", 60'001); // age counts at the first call only
+        QCOMPARE(d.told({alert("old"), alert("known"), fresh, alert("odd", "strange"), alert("info", "info"),
+                     read(alert("read")), resolved(alert("over"))}),
+            QStringLiteral("new! odd"));
+        QCOMPARE(d.notifier.posted.first().title, QStringLiteral("عنوان"));
+        QCOMPARE(d.notifier.posted.first().body, QStringLiteral("نص"));
+        QCOMPARE(d.told({fresh, alert("odd", "strange")}), QString());
+        QCOMPARE(d.stored.size(), 1);
+        QCOMPARE(
+            d.told({resolved(fresh), resolved(alert("never")), resolved(alert("old"))}), QStringLiteral("-new -old"));
+        QCOMPARE(d.stored.size(), 2);
+        QCOMPARE(d.told({fresh}), QString()); // known for good
+        QCOMPARE(Delivery().told({alert("edge", "warning", 60'000)}), QStringLiteral("edge"));
     }
 
-    void storesTheLastThreeHundred()
+    void storesTheLastThreeHundredOfTheSet()
     {
         QStringList known;
         for (int i = 0; i < 400; ++i)
             known.append(QString::number(i));
         Delivery d(known);
-        d.delivery.deliver({alert("new")});
+        QCOMPARE(d.told({alert("new")}), QStringLiteral("new"));
         const QSet<QString> &all = d.delivery.notified();
         QCOMPARE(all.size(), 401);
-        QCOMPARE(d.stored.first(), QStringList(all.cbegin(), all.cend()).mid(101));
+        QCOMPARE(d.stored, {QStringList(all.cbegin(), all.cend()).mid(101).join(u' ')});
     }
 
     void modelTouchesOnlyWhatDiffers()
     {
         AlertModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
-        QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
-        QSignalSpy moved(&model, &QAbstractItemModel::rowsMoved);
-        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-        const auto ids = [&model] {
-            QStringList found;
-            for (int row = 0; row < model.rowCount(); ++row)
-                found.append(model.index(row).data(AlertModel::IdRole).toString());
-            return found.join(QLatin1Char(' '));
+        QStringList changes;
+        const auto note = [&changes](const char *what) {
+            return [&changes, what](const auto &, int row) { changes.append(QString::fromLatin1(what).arg(row)); };
         };
         model.setAlerts({alert("a"), alert("b"), alert("c")});
         QCOMPARE(ids(), QStringLiteral("a b c"));
@@ -186,6 +158,29 @@ private Q_SLOTS:
         model.setAlerts({alert("x")});
         model.setAlerts({});
         QVERIFY(model.rowCount() == 0 && reset.isEmpty());
+        connect(&model, &QAbstractItemModel::rowsInserted, this, note("+%1"));
+        connect(&model, &QAbstractItemModel::rowsRemoved, this, note("-%1"));
+        connect(&model, &QAbstractItemModel::rowsMoved, this, note(">%1"));
+        connect(&model, &QAbstractItemModel::modelReset, this, [&changes] { changes.append(QStringLiteral("reset")); });
+        connect(&model, &QAbstractItemModel::dataChanged, this,
+            [&changes](const QModelIndex &index) { changes.append(QStringLiteral("~%1").arg(index.row())); });
+        const auto becomes = [&](const QList<AlertItem> &alerts) {
+            changes.clear();
+            model.setAlerts(alerts);
+            [&] {
+                QCOMPARE(model.rowCount(), alerts.size());
+                for (int row = 0; row < alerts.size(); ++row)
+                    QCOMPARE(model.index(row).data(AlertModel::IdRole).toString(), alerts.at(row).id);
+            }();
+            return changes.join(u' ');
+        };
+        QCOMPARE(becomes({alert("a"), alert("b"), alert("c")}), QStringLiteral("+0 +1 +2"));
+        QCOMPARE(becomes({alert("a"), alert("b"), alert("c")}), QString());
+        QCOMPARE(becomes({alert("new"), alert("a"), resolved(alert("b")), alert("c")}), QStringLiteral("+0 ~2"));
+        QCOMPARE(model.index(2).data(AlertModel::ResolvedAtRole).toDouble(), now);
+        QCOMPARE(becomes({alert("c"), alert("new"), alert("x")}), QStringLiteral("-2 -1 >1 +2"));
+        QCOMPARE(becomes({alert("x"), alert("x")}), QStringLiteral("-1 -0 +1")); // ids that stand twice break nothing
+        QCOMPARE(becomes({alert("x")}), QStringLiteral("-1"));
     }
 
     void feedFetchesMarksAndClears()
@@ -199,19 +194,18 @@ private Q_SLOTS:
         AlertFeed feed(channel, delivery, clock);
         QSignalSpy changed(&feed, &AlertFeed::changed);
 
-        feed.refresh(); // no token yet: nothing is asked
-        QTest::qWait(50);
-        QVERIFY(server.requests().isEmpty());
         clock.advance(11s);
-        feed.refresh();
+        feed.refresh(); // no token yet: nothing is asked
         QCOMPARE(changed.count(), 1); // silence has become an alert
         QCOMPARE(feed.all().first().id, QStringLiteral("local-down"));
         QCOMPARE(feed.badge(), 1);
 
         files.writeToken("secret");
-        server.answerJson(storedBody(QStringLiteral("wire/alerts.json")));
+        const QByteArray list = storedBody(QStringLiteral("wire/alerts.json"));
+        server.answerJson(list);
         feed.refresh();
         QTRY_COMPARE(feed.alerts().size(), 2);
+        QCOMPARE(server.requests().size(), 1);
         QCOMPARE(server.requests().first().header("X-Zemrak-Admin"), QByteArray("secret"));
         QCOMPARE(feed.all().size(), 3);
         QCOMPARE(feed.badge(), 2); // whatever the service counts
@@ -219,26 +213,30 @@ private Q_SLOTS:
         QCOMPARE(feed.all().size(), 2);
         QCOMPARE(changed.count(), 3);
 
-        for (const QByteArray &bad : {QByteArray("{}"), QByteArray(R"({"alerts":[{}],"unread":0})"), QByteArray()}) {
-            server.answerJson(bad, "500 Oh");
-            const qsizetype asked = server.requests().size();
-            feed.refresh();
-            QTRY_COMPARE(server.requests().size(), asked + 1);
-        }
-        QTest::qWait(50);
-        QCOMPARE(feed.alerts().size(), 2);
-
-        server.answerJson(storedBody(QStringLiteral("wire/alerts.json")));
+        // Bad answers, the same answer again, and a late one to an earlier question change nothing.
+        QList<QTcpSocket *> asked;
+        server.answerWith([&asked](const HttpRequest &, QTcpSocket &socket) { asked.append(&socket); });
         feed.refresh();
+        QTRY_COMPARE(asked.size(), 1);
+        for (const QByteArray &answer : {QByteArray("{}"), QByteArray(R"({"alerts":[{}],"unread":0})"), list}) {
+            const qsizetype before = asked.size();
+            feed.refresh();
+            QTRY_COMPARE(asked.size(), before + 1);
+            asked.last()->write(HttpServer::response(answer, "500 Oh"));
+        }
+        server.answerJson(list);
         server.forget();
         feed.markRead();
         feed.clearHistory();
-        QTRY_COMPARE(server.requestsTo("/admin/alerts/read").size(), 1);
-        QTRY_COMPARE(server.requestsTo("/admin/alerts/clear").size(), 1);
-        QCOMPARE(server.requestsTo("/admin/alerts/read").first().body, QByteArray("{}"));
-        QTRY_VERIFY(server.requestsTo("/admin/alerts").size() >= 2);
+        QTRY_COMPARE(server.requestsTo("/admin/alerts").size(), 2); // after each the service's word is taken
+        QCOMPARE(server.requestsTo("/admin/alerts/read").value(0).body, QByteArray("{}"));
+        QCOMPARE(server.requestsTo("/admin/alerts/clear").value(0).method, QByteArray("POST"));
+        asked.first()->write(HttpServer::response(R"({"alerts":[],"unread":0})"));
+        feed.refresh();
+        QTRY_COMPARE(server.requestsTo("/admin/alerts").size(), 3);
         QTest::qWait(50);
-        QCOMPARE(changed.count(), 3); // the same list announces nothing
+        QCOMPARE(feed.alerts().size(), 2);
+        QCOMPARE(changed.count(), 3);
     }
 };
 
