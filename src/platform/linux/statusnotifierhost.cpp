@@ -4,6 +4,8 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 
+#include <limits>
+
 namespace zemrak::linux_ {
 
 namespace {
@@ -40,7 +42,9 @@ void StatusNotifierHost::ask()
     question.setArguments({QString(registrarName), QStringLiteral("IsStatusNotifierHostRegistered")});
     question.setAutoStartService(false); // which panel is started is not for us to say
     delete m_question;
-    m_question = new QDBusPendingCallWatcher(m_bus.asyncCall(question), this);
+    // One that is slow at login says nothing more once it wakes up; one that goes away ends the call.
+    constexpr int unlimitedMs = std::numeric_limits<int>::max();
+    m_question = new QDBusPendingCallWatcher(m_bus.asyncCall(question, unlimitedMs), this);
     connect(m_question, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *answered) {
         answered->deleteLater();
         m_question.clear();
