@@ -21,83 +21,63 @@ using namespace zemrak::test;
 // standard input and tells what was chosen. It ends with its input.
 namespace {
 
-void say(const std::string &line)
-{
-    std::cout << line << std::endl;
-}
-
-class ToldWhatToShow
-{
-public:
-    explicit ToldWhatToShow(std::chrono::milliseconds patience)
-        : m_tray(patience)
-        , m_controller(m_tray, QImage())
-    {
-        QObject::connect(&m_controller, &StatusBarController::commandChosen, &m_controller,
-            [](StatusCommand command) { say("command " + std::to_string(static_cast<int>(command))); });
-    }
-
-    void obey(const QString &order)
-    {
-        const QString what = order.section(QLatin1Char(' '), 0, 0);
-        const QString rest = order.section(QLatin1Char(' '), 1);
-        if (what == QLatin1String("available")) {
-            say(m_tray.isAvailable() ? "available" : "unavailable");
-            return;
-        }
-        if (what == QLatin1String("fine"))
-            m_health = {.ok = true, .headline = QStringLiteral("fine"), .problems = {}, .connected = rest.toInt()};
-        else if (what == QLatin1String("problems"))
-            m_health = {.ok = false, .headline = QStringLiteral("broken"), .problems = rest.split(QLatin1Char('|'))};
-        else if (what == QLatin1String("login"))
-            m_login = rest == QLatin1String("on");
-        else if (what == QLatin1String("approval"))
-            m_approval = rest == QLatin1String("on");
-        m_controller.update(m_health, m_login, m_approval);
-        say("shown");
-    }
-
-private:
-    SystemTray m_tray;
-    StatusBarController m_controller;
-    HealthSummary m_health{.ok = true, .headline = QStringLiteral("fine"), .problems = {}, .connected = 1};
-    bool m_login = false;
-    bool m_approval = false;
-};
-
 int runApplication(int argc, char *argv[])
 {
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    ToldWhatToShow told{std::chrono::milliseconds(QByteArray(argv[2]).toInt())};
+    SystemTray tray(std::chrono::milliseconds(QByteArray(argv[2]).toInt()));
+    StatusBarController controller(tray, QImage());
+    const auto say = [](const QByteArray &line) { std::cout << line.constData() << std::endl; };
+    QObject::connect(&controller, &StatusBarController::commandChosen, &controller,
+        [&say](StatusCommand command) { say("command " + QByteArray::number(static_cast<int>(command))); });
+
+    // "ok" or problems, then perhaps what is to be said of the login item: "a|b +login" or "ok +approval".
+    const auto obey = [&](const QString &order) {
+        if (order == QLatin1String("available?")) {
+            say(tray.isAvailable() ? "yes" : "no");
+            return;
+        }
+        const QStringList problems = order.section(QLatin1String(" +"), 0, 0).split(u'|');
+        HealthSummary health{.headline = QStringLiteral("broken"), .problems = problems};
+        if (problems.first() == QLatin1String("ok"))
+            health = {.ok = true, .headline = QString(), .problems = {}, .connected = 3};
+        controller.update(health, order.endsWith(QLatin1String("+login")), order.endsWith(QLatin1String("+approval")));
+        say("shown");
+    };
     QSocketNotifier input(0, QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, &input, [&told] {
-        std::string line;
-        if (!std::getline(std::cin, line))
-            QCoreApplication::quit();
+    QObject::connect(&input, &QSocketNotifier::activated, &input, [&obey] {
+        if (std::string line; std::getline(std::cin, line))
+            obey(QString::fromStdString(line));
         else
-            told.obey(QString::fromStdString(line));
+            QCoreApplication::quit();
     });
     return QApplication::exec();
 }
 
-class Application
+struct Desktop
+{
+    bool x11 = true;
+    bool bus = true;
+    std::chrono::milliseconds patience{50}; ///< with a tray of the older kind
+};
+
+/// The application on a bus and a display of its own, with the panels that a test has appear there.
+class Fixture
 {
 public:
-    Application(const QString &platform, const QString &display, const QString &busAddress,
-        std::chrono::milliseconds patience = std::chrono::milliseconds(50))
+    explicit Fixture(const Desktop &desktop = {})
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
-        environment.insert(QStringLiteral("DISPLAY"), display);
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QLatin1String(desktop.x11 ? "xcb" : "offscreen"));
+        environment.insert(QStringLiteral("DISPLAY"), display.name());
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+            desktop.bus ? m_bus.address() : QStringLiteral("unix:path=/nonexistent"));
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_runtime.path());
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QCoreApplication::applicationFilePath(),
-            {QStringLiteral("application"), QString::number(patience.count())});
+        m_arguments = {QStringLiteral("application"), QString::number(desktop.patience.count())};
     }
-    ~Application()
+    ~Fixture()
     {
         m_process.closeWriteChannel();
         if (!m_process.waitForFinished(5000))
@@ -107,12 +87,18 @@ public:
             QTest::qFail("The application did not end well", __FILE__, __LINE__);
     }
 
+    void start(const QString &order = QStringLiteral("ok"))
+    {
+        m_process.start(QCoreApplication::applicationFilePath(), m_arguments);
+        QCOMPARE(tell(order), QByteArray("shown"));
+    }
     /// One order at a time: each is answered by a line.
     [[nodiscard]] QByteArray tell(const QString &order)
     {
         m_process.write(order.toUtf8() + '\n');
         return heard();
     }
+    [[nodiscard]] bool isAvailable() { return tell(QStringLiteral("available?")) == "yes"; }
     /// The next line it says; empty if none comes.
     [[nodiscard]] QByteArray heard()
     {
@@ -121,12 +107,17 @@ public:
         return m_process.readLine().trimmed();
     }
 
-private:
-    const QTemporaryDir m_runtime;
-    QProcess m_process;
-};
+    const PrivateDisplay display;
 
-const QString noBus = QStringLiteral("unix:path=/nonexistent");
+private:
+    const PrivateBus m_bus;
+    const QTemporaryDir m_runtime;
+    QStringList m_arguments;
+    QProcess m_process;
+
+public:
+    TrayPanel panel{m_bus.address()};
+};
 
 QByteArray chosen(StatusCommand command)
 {
@@ -138,203 +129,153 @@ QColor middle(const QImage &image)
     return image.pixelColor(image.rect().center());
 }
 
+const QColor red(0xff, 0x3b, 0x30);
+const QString login = QStringLiteral("التشغيل عند بدء تشغيل الجهاز");
+
 } // namespace
 
 class SystemTrayTest : public QObject
 {
     Q_OBJECT
 
-    const PrivateDisplay m_display;
-
-    [[nodiscard]] Application start(const PrivateBus &bus) const
-    {
-        return {QStringLiteral("xcb"), m_display.name(), bus.address()};
-    }
-
 private Q_SLOTS:
     void whatThePanelIsShown()
     {
-        const PrivateBus bus;
-        TrayPanel panel(bus.address());
-        panel.appear();
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("problems Bar: off|R&D_1 & Co: off")), QByteArray("shown"));
-        QTRY_COMPARE(panel.items().size(), 1);
+        Fixture f;
+        f.panel.appear();
+        f.start(QStringLiteral("Bar: off|R&D_1 & Co: off"));
+        QTRY_COMPARE(f.panel.items().size(), 1);
+        QVERIFY(f.isAvailable());
 
-        QCOMPARE(panel.toolTip(),
+        QCOMPARE(f.panel.toolTip(),
             QStringLiteral("Zemrak Printer\n\u26A0\uFE0E broken\n\u2022 Bar: off\n\u2022 R&D_1 & Co: off"));
         QList<QSize> sizes;
-        for (const QImage &icon : panel.icons())
+        for (const QImage &icon : f.panel.icons())
             sizes.append(icon.size());
         QCOMPARE(sizes, (QList<QSize>{{22, 22}, {33, 33}, {44, 44}, {64, 64}}));
-        QCOMPARE(panel.icons().value(0).pixelColor(16, 5), QColor(0xff, 0x3b, 0x30));
+        QCOMPARE(f.panel.icons().value(0).pixelColor(16, 5), red);
 
         // The second ampersand stays as it is; the first one, and underscores, are escaped for the way.
-        QCOMPARE(panel.labels(),
+        QCOMPARE(f.panel.labels(),
             (QStringList{QStringLiteral("\u26A0\uFE0E broken"), QStringLiteral("   Bar: off"),
                 QStringLiteral("   R_&D__1 & Co: off"), QString(), QStringLiteral("فتح النافذة"),
-                QStringLiteral("فحص الاتصال"), QString(), QStringLiteral("التشغيل عند بدء تشغيل الجهاز"),
-                QStringLiteral("إعادة تشغيل الخدمة"), QString(), QStringLiteral("خروج")}));
-        const QList<TrayPanel::Entry> menu = panel.menu();
-        QCOMPARE(middle(menu.at(0).icon), QColor(0xff, 0x3b, 0x30));
+                QStringLiteral("فحص الاتصال"), QString(), login, QStringLiteral("إعادة تشغيل الخدمة"), QString(),
+                QStringLiteral("خروج")}));
+        const QList<TrayPanel::Entry> menu = f.panel.menu();
+        QCOMPARE(middle(menu.at(0).icon), red);
         for (qsizetype i = 0; i < menu.size(); ++i) {
             QCOMPARE(menu.at(i).separator, menu.at(i).label.isEmpty());
             QCOMPARE(menu.at(i).enabled || menu.at(i).separator, i > 2);
             QCOMPARE(menu.at(i).checkable, i == 7);
         }
-        QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("available"));
     }
 
     void whatThePersonChooses()
     {
-        const PrivateBus bus;
-        TrayPanel panel(bus.address());
-        panel.appear();
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("approval on")), QByteArray("shown"));
-        QTRY_COMPARE(panel.items().size(), 1);
-
+        Fixture f;
+        f.panel.appear();
+        f.start(QStringLiteral("ok +approval"));
+        QTRY_COMPARE(f.panel.items().size(), 1);
         const QList<std::pair<QString, StatusCommand>> commands{
             {QStringLiteral("فتح النافذة"), StatusCommand::ShowWindow},
-            {QStringLiteral("فحص الاتصال"), StatusCommand::Scan},
-            {QStringLiteral("التشغيل عند بدء تشغيل الجهاز"), StatusCommand::ToggleLogin},
+            {QStringLiteral("فحص الاتصال"), StatusCommand::Scan}, {login, StatusCommand::ToggleLogin},
             {QStringLiteral("السماح من إعدادات النظام…"), StatusCommand::OpenLoginSettings},
             {QStringLiteral("إعادة تشغيل الخدمة"), StatusCommand::Restart},
             {QStringLiteral("خروج"), StatusCommand::Quit}};
         for (const auto &[label, command] : commands) {
-            panel.choose(label);
-            QCOMPARE(application.heard(), chosen(command));
+            f.panel.choose(label);
+            QCOMPARE(f.heard(), chosen(command));
         }
-        panel.clickIcon();
-        QCOMPARE(application.heard(), chosen(StatusCommand::ShowWindow));
-    }
+        f.panel.clickIcon();
+        QCOMPARE(f.heard(), chosen(StatusCommand::ShowWindow));
 
-    void tickFollowsTheFactAndNotTheClick()
-    {
-        const PrivateBus bus;
-        TrayPanel panel(bus.address());
-        panel.appear();
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("fine 3")), QByteArray("shown"));
-        QTRY_COMPARE(panel.items().size(), 1);
-
-        panel.choose(QStringLiteral("التشغيل عند بدء تشغيل الجهاز"));
-        QCOMPARE(application.heard(), chosen(StatusCommand::ToggleLogin));
-        QVERIFY(panel.menu().at(6).checkable && !panel.menu().at(6).checked);
-        QCOMPARE(application.tell(QStringLiteral("login on")), QByteArray("shown"));
-        QTRY_VERIFY(panel.menu().at(6).checked);
+        // The tick follows the fact and not the click.
+        QVERIFY(f.panel.menu().at(6).checkable && !f.panel.menu().at(6).checked);
+        QCOMPARE(f.tell(QStringLiteral("ok +login")), QByteArray("shown"));
+        QTRY_VERIFY(f.panel.menu().at(6).checked);
     }
 
     void onlyWhatChangesIsSent()
     {
-        const PrivateBus bus;
-        TrayPanel panel(bus.address());
-        panel.appear();
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("fine 3")), QByteArray("shown"));
-        QTRY_COMPARE(panel.items().size(), 1);
-        const QList<TrayPanel::Entry> before = panel.menu();
-        panel.forgetSignals();
+        Fixture f;
+        f.panel.appear();
+        f.start();
+        QTRY_COMPARE(f.panel.items().size(), 1);
+        const QList<TrayPanel::Entry> before = f.panel.menu();
+        f.panel.forgetSignals();
 
-        // Signals of one item arrive in order: were the repeats heard of, it would be before the changes.
+        // Signals of one item arrive in order: were the repeats heard of, it would be before the change.
         for (int poll = 0; poll < 5; ++poll)
-            QCOMPARE(application.tell(QStringLiteral("fine 3")), QByteArray("shown"));
-        QCOMPARE(application.tell(QStringLiteral("login on")), QByteArray("shown"));
-        QTRY_COMPARE(panel.signalsSeen(), QStringList{QStringLiteral("ItemsPropertiesUpdated")});
-        QCOMPARE(application.tell(QStringLiteral("problems a|b")), QByteArray("shown"));
-        QTRY_VERIFY(panel.labels().contains(QStringLiteral("   b")));
+            QCOMPARE(f.tell(QStringLiteral("ok")), QByteArray("shown"));
+        QCOMPARE(f.tell(QStringLiteral("ok +login")), QByteArray("shown"));
+        QTRY_COMPARE(f.panel.signalsSeen(), QStringList{QStringLiteral("ItemsPropertiesUpdated")});
+        QCOMPARE(f.tell(QStringLiteral("a|b +login")), QByteArray("shown"));
 
         // Whoever has the menu open keeps it: the same menu, and the same entries but for the one that is new.
-        const QStringList sent = panel.signalsSeen();
-        QCOMPARE(sent.count(QStringLiteral("NewMenu")), 0);
-        QCOMPARE(sent.count(QStringLiteral("NewIcon")), 1);
-        QCOMPARE(sent.count(QStringLiteral("NewToolTip")), 1);
-        QCOMPARE(sent.count(QStringLiteral("LayoutUpdated")), 1);
-        QList<TrayPanel::Entry> after = panel.menu();
+        QTRY_COMPARE(f.panel.signalsSeen().count(QStringLiteral("LayoutUpdated")), 1);
+        QTRY_COMPARE(f.panel.signalsSeen().count(QStringLiteral("NewIcon")), 1);
+        QTRY_COMPARE(f.panel.signalsSeen().count(QStringLiteral("NewToolTip")), 1);
+        QCOMPARE(f.panel.signalsSeen().count(QStringLiteral("NewMenu")), 0);
+        QList<TrayPanel::Entry> after = f.panel.menu();
         QCOMPARE(after.takeAt(2).label, QStringLiteral("   b"));
         QCOMPARE(after.size(), before.size());
         for (qsizetype i = 0; i < after.size(); ++i)
             QCOMPARE(after.at(i).id, before.at(i).id);
-        QVERIFY(!before.at(6).checked && after.at(6).checked);
 
-        QCOMPARE(application.tell(QStringLiteral("fine 3")), QByteArray("shown"));
-        QTRY_COMPARE(panel.labels().size(), before.size());
-        QCOMPARE(middle(panel.menu().at(0).icon), QColor(0x34, 0xc7, 0x59));
+        QCOMPARE(f.tell(QStringLiteral("ok")), QByteArray("shown"));
+        QTRY_COMPARE(f.panel.labels().size(), before.size());
+        QCOMPARE(middle(f.panel.menu().at(0).icon), QColor(0x34, 0xc7, 0x59));
     }
 
-    void panelThatComesLater_data()
+    void panelThatComesLaterAndIsRestarted_data()
     {
         QTest::addColumn<TrayPanel::Registrar>("first");
         QTest::newRow("nothing at first") << TrayPanel::Registrar::WithHost;
         QTest::newRow("a registrar first, the tray later") << TrayPanel::Registrar::WithoutHost;
+        QTest::newRow("one that hangs at first") << TrayPanel::Registrar::Silent;
     }
-    void panelThatComesLater()
+    void panelThatComesLaterAndIsRestarted()
     {
         QFETCH(TrayPanel::Registrar, first);
-        const PrivateBus bus;
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
-        QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
-        TrayPanel panel(bus.address());
-        panel.appear(first);
-        if (first == TrayPanel::Registrar::WithoutHost) {
-            QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
-            panel.showItems();
+        Fixture f;
+        if (first == TrayPanel::Registrar::Silent)
+            f.panel.appear(first);
+        f.start();
+        QVERIFY(!f.isAvailable());
+        if (first != TrayPanel::Registrar::Silent)
+            f.panel.appear(first);
+        if (first != TrayPanel::Registrar::WithHost) {
+            QTest::qWait(50);
+            QVERIFY(!f.isAvailable());
+            f.panel.showItems();
         }
-        QTRY_COMPARE(panel.items().size(), 1);
-        QCOMPARE(panel.labels().size(), 10);
+        QTRY_COMPARE(f.panel.items().size(), 1);
+        QCOMPARE(f.panel.labels().size(), 10);
+
+        f.panel.goAway();
+        QTRY_VERIFY(!f.isAvailable());
+        QCOMPARE(f.tell(QStringLiteral("meanwhile")), QByteArray("shown"));
+        f.panel.appear();
+        QTRY_COMPARE(f.panel.items().size(), 1);
+        QVERIFY(f.panel.toolTip().endsWith(QStringLiteral("meanwhile")));
+        QCOMPARE(f.panel.labels().value(1), QStringLiteral("   meanwhile"));
+        f.panel.choose(QStringLiteral("خروج"));
+        QCOMPARE(f.heard(), chosen(StatusCommand::Quit));
     }
 
-    void panelThatIsRestarted()
+    void withoutDisplayThereIsNoTray_data()
     {
-        const PrivateBus bus;
-        TrayPanel panel(bus.address());
-        panel.appear();
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
-        QTRY_COMPARE(panel.items().size(), 1);
-
-        panel.goAway();
-        QTRY_COMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
-        QCOMPARE(application.tell(QStringLiteral("problems meanwhile")), QByteArray("shown"));
-        panel.appear();
-        QTRY_COMPARE(panel.items().size(), 1);
-        QVERIFY(panel.toolTip().endsWith(QStringLiteral("meanwhile")));
-        QCOMPARE(panel.labels().value(1), QStringLiteral("   meanwhile"));
-        panel.choose(QStringLiteral("خروج"));
-        QCOMPARE(application.heard(), chosen(StatusCommand::Quit));
-    }
-
-    void withoutTray_data()
-    {
-        QTest::addColumn<QString>("platform");
         QTest::addColumn<bool>("bus");
-        QTest::newRow("no bus, X11") << QStringLiteral("xcb") << false;
-        QTest::newRow("no bus, no display") << QStringLiteral("offscreen") << false;
-        QTest::newRow("no display") << QStringLiteral("offscreen") << true;
+        QTest::newRow("bus") << true;
+        QTest::newRow("no bus") << false;
     }
-    void withoutTray()
+    void withoutDisplayThereIsNoTray()
     {
-        QFETCH(QString, platform);
         QFETCH(bool, bus);
-        const PrivateBus privateBus;
-        Application application(platform, m_display.name(), bus ? privateBus.address() : noBus);
-        QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
-        QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
-        QCOMPARE(application.tell(QStringLiteral("problems a")), QByteArray("shown"));
-    }
-
-    void panelThatHangsHoldsUpNothing()
-    {
-        const PrivateBus bus;
-        TrayPanel panel(bus.address());
-        panel.appear(TrayPanel::Registrar::Silent);
-        Application application = start(bus);
-        QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
-        QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
-        panel.goAway();
-        panel.appear();
-        QTRY_COMPARE(panel.items().size(), 1);
+        Fixture f({.x11 = false, .bus = bus});
+        f.start();
+        QCOMPARE(f.tell(QStringLiteral("a")), QByteArray("shown"));
+        QVERIFY(!f.isAvailable());
     }
 
     void trayOfTheOlderKind_data()
@@ -350,32 +291,28 @@ private Q_SLOTS:
     {
         QFETCH(bool, bus);
         QFETCH(bool, later);
-        const PrivateBus privateBus;
-        const PrivateDisplay display;
-        auto panel = later ? nullptr : std::make_unique<X11Panel>(display);
-        Application application(QStringLiteral("xcb"), display.name(), bus ? privateBus.address() : noBus);
-        QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
-        if (later)
-            panel = std::make_unique<X11Panel>(display);
+        Fixture f({.bus = bus});
+        auto panel = later ? nullptr : std::make_unique<X11Panel>(f.display);
+        f.start();
+        if (later) {
+            QVERIFY(!f.isAvailable());
+            panel = std::make_unique<X11Panel>(f.display);
+        }
         QTRY_COMPARE(panel->dockedIcons(), 1);
-        QCOMPARE(application.tell(QStringLiteral("available")), QByteArray("available"));
-
+        QVERIFY(f.isAvailable());
         panel.reset(); // the panel is restarted
-        QTRY_COMPARE(application.tell(QStringLiteral("available")), QByteArray("unavailable"));
-        panel = std::make_unique<X11Panel>(display);
+        QTRY_VERIFY(!f.isAvailable());
+        panel = std::make_unique<X11Panel>(f.display);
         QTRY_COMPARE(panel->dockedIcons(), 1);
     }
 
     void betterTrayIsWaitedFor()
     {
-        const PrivateBus bus;
-        const PrivateDisplay display;
-        X11Panel older(display);
-        Application application(QStringLiteral("xcb"), display.name(), bus.address(), std::chrono::minutes(1));
-        QCOMPARE(application.tell(QStringLiteral("fine 1")), QByteArray("shown"));
-        TrayPanel panel(bus.address());
-        panel.appear();
-        QTRY_COMPARE(panel.items().size(), 1);
+        Fixture f({.patience = std::chrono::minutes(1)});
+        X11Panel older(f.display);
+        f.start();
+        f.panel.appear();
+        QTRY_COMPARE(f.panel.items().size(), 1);
         QCOMPARE(older.dockedIcons(), 0);
     }
 };

@@ -71,9 +71,11 @@ void TrayPanel::appear(Registrar registrar)
 
 void TrayPanel::showItems()
 {
-    m_registrar = Registrar::WithHost;
-    m_bus.send(
-        QDBusMessage::createSignal(registrarPath, registrarName, QStringLiteral("StatusNotifierHostRegistered")));
+    if (std::exchange(m_registrar, Registrar::WithHost) == Registrar::WithoutHost)
+        m_bus.send(
+            QDBusMessage::createSignal(registrarPath, registrarName, QStringLiteral("StatusNotifierHostRegistered")));
+    for (const QDBusMessage &question : std::exchange(m_unanswered, {}))
+        handleMessage(question, m_bus);
 }
 
 void TrayPanel::goAway()
@@ -175,8 +177,10 @@ QString TrayPanel::introspect(const QString &) const
 
 bool TrayPanel::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
 {
-    if (m_registrar == Registrar::Silent)
+    if (m_registrar == Registrar::Silent) {
+        m_unanswered.append(message);
         return true;
+    }
     if (message.interface() == propertiesName && message.member() == QLatin1String("Get")) {
         const bool hasHost = m_registrar == Registrar::WithHost;
         connection.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost))));

@@ -25,10 +25,10 @@ public:
     {
         WithHost,
         WithoutHost, ///< items can register, but nobody shows them yet
-        Silent ///< owns its name and answers nothing
+        Silent ///< owns its name and answers nothing yet
     };
     void appear(Registrar registrar = Registrar::WithHost);
-    void showItems(); ///< of a registrar without a host
+    void showItems(); ///< of a registrar that did not; one that was silent answers what it was asked
     void goAway();
 
     /// Bus names of the items registered since the panel appeared that are still there.
@@ -73,6 +73,7 @@ private:
     QDBusConnection m_bus;
     Registrar m_registrar = Registrar::WithHost;
     QStringList m_items;
+    QList<QDBusMessage> m_unanswered;
     QStringList m_signals;
 };
 
