@@ -198,26 +198,36 @@ private Q_SLOTS:
 
     void hangingServerIsNotWaitedFor_data()
     {
-        QTest::addColumn<bool>("replaced");
-        QTest::newRow("wakes up") << false;
-        QTest::newRow("is replaced") << true;
+        QTest::addColumn<bool>("dies");
+        QTest::addColumn<bool>("isReplaced");
+        QTest::newRow("wakes up") << false << false;
+        QTest::newRow("dies and is replaced") << true << true;
+        QTest::newRow("hangs on, replaced") << false << true;
     }
     void hangingServerIsNotWaitedFor()
     {
-        QFETCH(bool, replaced);
+        QFETCH(bool, dies);
+        QFETCH(bool, isReplaced);
         Fixture f;
         f.startServer();
+        f.roundTrip();
         f.server->setMood(Mood::Hanging);
+        const int calls = f.server->calls();
         QElapsedTimer took;
         took.start();
         for (int i = 0; i < 100; ++i)
             f.post(QString::number(i));
         QVERIFY(took.elapsed() < 200);
-        QTRY_COMPARE(f.server->calls(), 1);
-        if (replaced)
-            f.startServer();
-        else
+        QTRY_COMPARE(f.server->calls(), calls + 1);
+        std::unique_ptr<NotificationServer> hanging;
+        if (!isReplaced) {
             f.server->wakeUp();
+        } else if (!dies) {
+            f.server->loseName();
+            hanging = std::move(f.server);
+        }
+        if (isReplaced)
+            f.startServer();
         QTRY_COMPARE(f.server->notes().size(), 100);
     }
 

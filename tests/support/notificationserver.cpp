@@ -28,8 +28,13 @@ NotificationServer::NotificationServer(const QString &busAddress)
 
 NotificationServer::~NotificationServer()
 {
-    m_bus.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
+    loseName();
     QDBusConnection::disconnectFromBus(m_connectionName);
+}
+
+void NotificationServer::loseName()
+{
+    m_bus.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
 }
 
 bool NotificationServer::evades()

@@ -37,6 +37,8 @@ public:
 
     void setMood(Mood mood) { m_mood = mood; }
     void setCapabilities(const QStringList &capabilities) { m_capabilities = capabilities; }
+    /// Another one takes its name; it answers no more, and is still there.
+    void loseName();
     /// Answers what it left hanging.
     void wakeUp();
     [[nodiscard]] const QList<Note> &notes() const { return m_notes; }

@@ -87,7 +87,7 @@ void DesktopNotifier::install()
     });
 }
 
-void DesktopNotifier::call(
+QDBusPendingCallWatcher *DesktopNotifier::call(
     const QDBusMessage &message, int timeoutMs, std::function<void(QDBusPendingCallWatcher &)> done)
 {
     // Without a bus a call never finishes by itself.
@@ -99,6 +99,7 @@ void DesktopNotifier::call(
         self->deleteLater();
         done(*self);
     });
+    return watcher;
 }
 
 void DesktopNotifier::status(StatusDone done)
@@ -129,12 +130,12 @@ void DesktopNotifier::onBusKnown(const QString &busId)
 void DesktopNotifier::post(const QString &id, const QString &title, const QString &body, bool critical)
 {
     const Note note{id, title, body, critical};
-    if (m_server == Server::Known) {
+    if (m_serverKnown) {
         send(note);
         return;
     }
     m_waiting.append(note);
-    if (m_busKnown && m_server == Server::Unknown)
+    if (m_busKnown && !m_question)
         askServer();
 }
 
@@ -161,29 +162,19 @@ void DesktopNotifier::takeBack(const QString &id)
 
 void DesktopNotifier::askServer()
 {
-    m_server = Server::Asking;
-    call(serverCall(QStringLiteral("GetCapabilities")), unlimitedMs,
-        [this, before = m_ownerChanges](QDBusPendingCallWatcher &watcher) {
-            m_server = Server::Unknown;
-            if (m_ownerChanges != before && (watcher.isError() || watcher.reply().service() != m_owner))
-                onServerReplaced();
-            else if (watcher.isError())
-                onServerMissing();
-            else
-                onServerKnown(watcher.reply());
-        });
-}
-
-// What waits goes to the server that has come since, or else to the one that comes next.
-void DesktopNotifier::onServerReplaced()
-{
-    if (!m_owner.isEmpty())
-        askServer();
+    m_question
+        = call(serverCall(QStringLiteral("GetCapabilities")), unlimitedMs, [this](QDBusPendingCallWatcher &answered) {
+              m_question.clear();
+              if (answered.isError())
+                  onServerMissing();
+              else
+                  onServerKnown(answered.reply());
+          });
 }
 
 void DesktopNotifier::onServerKnown(const QDBusMessage &capabilities)
 {
-    m_server = Server::Known;
+    m_serverKnown = true;
     m_capabilities = capabilities.arguments().value(0).toStringList();
     const QList<Note> waiting = std::exchange(m_waiting, {});
     for (const Note &note : waiting)
@@ -196,14 +187,13 @@ void DesktopNotifier::onServerMissing()
     m_waiting.clear();
 }
 
+// What waits for a server that goes, or hangs and is replaced, goes to the one that comes next.
 void DesktopNotifier::onOwnerChanged(const QString &owner)
 {
-    ++m_ownerChanges;
-    m_owner = owner;
-    if (m_server == Server::Known)
-        m_server = Server::Unknown;
-    if (m_busKnown && m_server == Server::Unknown && !m_waiting.isEmpty())
-        onServerReplaced();
+    m_serverKnown = false;
+    delete m_question;
+    if (m_busKnown && !owner.isEmpty() && !m_waiting.isEmpty())
+        askServer();
 }
 
 void DesktopNotifier::send(const Note &note)

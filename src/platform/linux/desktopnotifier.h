@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 
 #include <functional>
@@ -39,12 +40,6 @@ private Q_SLOTS:
     void onNotificationClosed(const QDBusMessage &signal);
 
 private:
-    enum class Server
-    {
-        Unknown,
-        Asking,
-        Known
-    };
     struct Note
     {
         QString id;
@@ -58,7 +53,6 @@ private:
     void askServer();
     void onServerKnown(const QDBusMessage &capabilities);
     void onServerMissing();
-    void onServerReplaced();
     void onOwnerChanged(const QString &owner);
 
     void send(const Note &note);
@@ -66,16 +60,16 @@ private:
     void takeBack(const QString &id);
     void close(const QString &server, uint number);
     [[nodiscard]] bool isOurs(const QDBusMessage &signal) const;
-    void call(const QDBusMessage &message, int timeoutMs, std::function<void(QDBusPendingCallWatcher &)> done);
+    QDBusPendingCallWatcher *call(
+        const QDBusMessage &message, int timeoutMs, std::function<void(QDBusPendingCallWatcher &)> done);
 
     QDBusConnection m_bus;
     NotificationLedger m_ledger;
     QString m_iconFile;
     Clicked m_clicked;
     bool m_busKnown = false; ///< before that the ledger may be about another bus
-    Server m_server = Server::Unknown;
-    QString m_owner; ///< unique name of the server as last announced; empty: none, or not announced yet
-    int m_ownerChanges = 0;
+    bool m_serverKnown = false;
+    QPointer<QDBusPendingCallWatcher> m_question; ///< what can the server do
     QStringList m_capabilities;
     QList<Note> m_waiting; ///< for the server to be known
     QStringList m_ended; ///< to be taken back once the bus is known
