@@ -70,6 +70,7 @@ private Q_SLOTS:
         QCOMPARE(relativeTime(double(at(2023, 4, 30)), now), QStringLiteral("قبل ١١ شهرًا"));
         QCOMPARE(relativeTime(double(at(2023, 3, 31)), now), QStringLiteral("قبل سنة واحدة"));
         QCOMPARE(relativeTime(double(at(2020, 4, 1)), now), QStringLiteral("قبل ٣ سنوات"));
+        QCOMPARE(relativeTime(double(at(2024, 3, 20)), at(2024, 5, 15)), QStringLiteral("قبل شهر واحد")); // not yet two
     }
 
     void ageFollowsSince()
