@@ -23,8 +23,7 @@ bool AppDelegate::finishLaunching()
 {
     if (isAutomaticStart(QCoreApplication::arguments(), platform::systemUptime()))
         m_agent.recordSystemStart();
-    m_host.notifier().onClicked([this] {
-    m_notifier->onClicked([this](const QString &activationToken) {
+    m_host.notifier().onClicked([this](const QString &activationToken) {
         // Qt's window system plugins take it from there when a window asks to be raised.
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
         m_agent.setRequestedPage(Page::Alerts);
