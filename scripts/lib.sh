@@ -11,7 +11,7 @@ packages_run=(
   qt6-base-dev                    # Qt: core, window system, network, D-Bus, tests
   qt6-declarative-dev             # Qt Quick: the window
   qt6-declarative-dev-tools       # its compiler and linter
-  libqt6svg6-dev                  # symbols
+  qt6-svg-dev                     # symbols
   qml6-module-qtquick qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-window
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript # what the window imports
   pkg-config libxcb1-dev          # finding trays of the older kind on X11

@@ -29,6 +29,7 @@ public:
     /// Null while the window is closed.
     [[nodiscard]] QQuickWindow *window() const { return m_window.get(); }
     [[nodiscard]] QQmlEngine *engine() const { return m_engine.get(); }
+    [[nodiscard]] Appearance &appearance() { return m_appearance; }
 
 private:
     [[nodiscard]] bool build();

@@ -1,0 +1,91 @@
+#include "demo/shotmaker.h"
+
+#include "ui/uicontext.h"
+
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+namespace zemrak::test {
+
+namespace {
+
+// For bindings, images and layouts to come to rest; animations are off.
+constexpr int restMs = 150;
+
+} // namespace
+
+ShotMaker::ShotMaker(const QString &folder, double textScale)
+    : m_folder(folder)
+{
+    m_window.appearance().overrideTextScale(textScale);
+    m_window.appearance().overrideReducedMotion(true);
+}
+
+bool ShotMaker::make(const QString &prefix)
+{
+    if (!m_folder.mkpath(QStringLiteral("."))) {
+        m_fault = QStringLiteral("cannot make the folder %1").arg(m_folder.path());
+        return false;
+    }
+    for (const bool dark : {false, true}) {
+        m_window.appearance().overrideDark(dark);
+        for (const Shot &shot : shots()) {
+            if (shot.name.startsWith(prefix) && !makeShot(shot, dark))
+                return false;
+        }
+        if (QStringLiteral("gallery").startsWith(prefix) && !makeGallery(dark))
+            return false;
+    }
+    return true;
+}
+
+bool ShotMaker::makeShot(const Shot &shot, bool dark)
+{
+    if (!m_stage.enter(shot.situation)) {
+        m_fault = QStringLiteral("the situation %1 was not reached").arg(shot.situation);
+        return false;
+    }
+    m_window.show({});
+    if (!m_window.isOpen()) {
+        m_fault = QStringLiteral("the window cannot be built");
+        return false;
+    }
+    shot.open(UiContext::of(m_window.engine()).mainView());
+    const bool saved = save(*m_window.window(), shot.name, dark);
+    m_window.close();
+    return saved;
+}
+
+bool ShotMaker::makeGallery(bool dark)
+{
+    const std::unique_ptr<QQmlEngine> engine = makeEngine(m_stage.services(), m_window.appearance());
+    QQmlComponent component(engine.get(), QUrl(QStringLiteral("qrc:/demo/Gallery.qml")));
+    const std::unique_ptr<QObject> object(component.create());
+    auto *window = qobject_cast<QQuickWindow *>(object.get());
+    if (!window) {
+        m_fault = component.errorString();
+        return false;
+    }
+    window->show();
+    return save(*window, QStringLiteral("gallery"), dark);
+}
+
+bool ShotMaker::save(QQuickWindow &window, const QString &name, bool dark)
+{
+    if (!QTest::qWaitForWindowExposed(&window)) {
+        m_fault = QStringLiteral("the window was not shown");
+        return false;
+    }
+    QTest::qWait(restMs);
+    const QString file = m_folder.filePath(name + (dark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png")));
+    constexpr int smallest = 0;
+    if (window.grabWindow().convertToFormat(QImage::Format_RGB888).save(file, "PNG", smallest))
+        return true;
+    m_fault = QStringLiteral("cannot write %1").arg(file);
+    return false;
+}
+
+} // namespace zemrak::test

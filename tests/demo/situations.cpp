@@ -1,0 +1,160 @@
+#include "demo/situations.h"
+
+#include "support/wiredata.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace zemrak::test {
+
+namespace {
+
+const QByteArray statePath = "/admin/state";
+const QByteArray alertsPath = "/admin/alerts";
+
+QJsonObject shopState()
+{
+    return storedObject(QStringLiteral("situations/shop-state.json"));
+}
+
+QJsonObject shopAlerts()
+{
+    return storedObject(QStringLiteral("situations/shop-alerts.json"));
+}
+
+Answers both(const QJsonObject &state, const QJsonObject &alerts)
+{
+    return {{statePath, toJson(state)}, {alertsPath, toJson(alerts)}};
+}
+
+QJsonObject noAlerts()
+{
+    return {{QStringLiteral("alerts"), QJsonArray()}, {QStringLiteral("unread"), 0}};
+}
+
+// Every object of the array, changed by `change`, which also gets its place.
+QJsonArray changed(const QJsonArray &array, const std::function<void(QJsonObject &, int)> &change)
+{
+    QJsonArray result;
+    for (const QJsonValue &value : array) {
+        QJsonObject object = value.toObject();
+        change(object, static_cast<int>(result.size()));
+        result.append(object);
+    }
+    return result;
+}
+
+QJsonArray repeated(const QJsonArray &array, int times, const std::function<void(QJsonObject &, int)> &change)
+{
+    QJsonArray result;
+    for (int i = 0; i < times; ++i) {
+        QJsonObject object = array.at(i % array.size()).toObject();
+        change(object, i);
+        result.append(object);
+    }
+    return result;
+}
+
+void number(QJsonObject &object, const QString &key, int i)
+{
+    object.insert(key, QStringLiteral("%1 %2").arg(object.value(key).toString()).arg(i + 1));
+}
+
+Answers quiet()
+{
+    QJsonObject state = shopState();
+    state.insert(QStringLiteral("alertsUnread"), 0);
+    return both(state, noAlerts());
+}
+
+Answers empty()
+{
+    QJsonObject state = shopState();
+    for (const char *list : {"printers", "pairedSites", "recentJobs", "allowedOrigins", "defaultOrigins"})
+        state.insert(QLatin1String(list), QJsonArray());
+    return both(state, noAlerts());
+}
+
+Answers offline()
+{
+    QJsonObject state = shopState();
+    const auto unplug = [](QJsonObject &printer, int) {
+        printer.insert(QStringLiteral("state"), QStringLiteral("offline"));
+        printer.insert(QStringLiteral("reason"), QStringLiteral("unreachable"));
+    };
+    state.insert(QStringLiteral("printers"), changed(state.value(QStringLiteral("printers")).toArray(), unplug));
+    return both(state, shopAlerts());
+}
+
+Answers crowded()
+{
+    QJsonObject state = shopState();
+    QJsonObject alerts = shopAlerts();
+    const auto renumber = [](QJsonObject &object, int i) {
+        number(object, QStringLiteral("id"), i);
+        if (object.contains(QStringLiteral("name")))
+            number(object, QStringLiteral("name"), i);
+    };
+    const auto grow = [&renumber](QJsonObject &holder, const char *list, int times) {
+        holder.insert(QLatin1String(list), repeated(holder.value(QLatin1String(list)).toArray(), times, renumber));
+    };
+    grow(state, "printers", 500);
+    grow(state, "recentJobs", 5000);
+    grow(alerts, "alerts", 300);
+    QJsonArray origins = state.value(QStringLiteral("allowedOrigins")).toArray();
+    for (int i = 0; i < 200; ++i)
+        origins.append(QStringLiteral("https:") + QStringLiteral("//branch-%1.shop.example").arg(i + 1));
+    state.insert(QStringLiteral("allowedOrigins"), origins);
+    return both(state, alerts);
+}
+
+Answers longTexts()
+{
+    QJsonObject state = shopState();
+    QJsonObject alerts = shopAlerts();
+    const QStringList names = {
+        QStringLiteral("طابعة الكاشير الرئيسي في الفرع الجديد بجانب المدخل الشرقي للمجمع التجاري الكبير قرب المواقف"),
+        QStringLiteral("EPSON_TM-T88VI_Receipt_Front_Desk_Very_Long_Queue_Name_Without_Any_Blank_In_It_At_All"),
+        QStringLiteral("طابعة Kitchen رقم 2 (Epson TM-T20III) – المطبخ الساخن <b>bold</b> & <img src=x>"),
+        QStringLiteral("سطر أول\nسطر ثان\nسطر ثالث")};
+    const auto rename = [&names](QJsonObject &printer, int i) {
+        printer.insert(QStringLiteral("name"), names.at(i % names.size()));
+        printer.insert(QStringLiteral("profile"), QJsonValue::Null);
+    };
+    state.insert(QStringLiteral("printers"), changed(state.value(QStringLiteral("printers")).toArray(), rename));
+    const auto retitle = [&names](QJsonObject &alert, int i) {
+        alert.insert(QStringLiteral("title"), names.at(i % names.size()));
+        alert.insert(QStringLiteral("message"), names.join(u' '));
+    };
+    alerts.insert(QStringLiteral("alerts"), changed(alerts.value(QStringLiteral("alerts")).toArray(), retitle));
+    const auto relabel
+        = [&names](QJsonObject &job, int i) { job.insert(QStringLiteral("printerName"), names.at(i % names.size())); };
+    state.insert(QStringLiteral("recentJobs"), changed(state.value(QStringLiteral("recentJobs")).toArray(), relabel));
+    return both(state, alerts);
+}
+
+} // namespace
+
+std::span<const Situation> situations()
+{
+    static const Situation table[] = {
+        {QStringLiteral("shop"), QStringLiteral("يوم عادي"), [] { return both(shopState(), shopAlerts()); }},
+        {QStringLiteral("quiet"), QStringLiteral("بلا تحذيرات"), quiet},
+        {QStringLiteral("offline"), QStringLiteral("كل الطابعات منقطعة"), offline},
+        {QStringLiteral("empty"), QStringLiteral("بلا شيء"), empty},
+        {QStringLiteral("stopped"), QStringLiteral("الخدمة متوقفة"), [] { return Answers(); }},
+        {QStringLiteral("long"), QStringLiteral("نصوص طويلة"), longTexts},
+        {QStringLiteral("crowded"), QStringLiteral("قوائم كبيرة"), crowded},
+    };
+    return table;
+}
+
+const Situation *findSituation(const QString &name)
+{
+    const auto found = std::ranges::find(situations(), name, &Situation::name);
+    return found == situations().end() ? nullptr : &*found;
+}
+
+} // namespace zemrak::test
