@@ -30,7 +30,8 @@ class Appearance : public QObject
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY changed)
 
 public:
-    explicit Appearance(QObject *parent = nullptr);
+    /// No default: QML would make one of its own instead of calling create().
+    explicit Appearance(QObject *parent);
 
     static Appearance *create(QQmlEngine *engine, QJSEngine *);
 

@@ -22,7 +22,8 @@ constexpr std::chrono::seconds savePatience(2);
 // dependence on the graphics driver. Whoever set something else meant it.
 void preferSoftwareRenderer()
 {
-    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+    static bool decided = false;
+    if (!std::exchange(decided, true) && !qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 

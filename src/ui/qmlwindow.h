@@ -35,7 +35,7 @@ private:
     [[nodiscard]] bool build();
 
     MainWindowServices m_services;
-    Appearance m_appearance; ///< outlives each scene, so that the next one begins in the right colours
+    Appearance m_appearance{nullptr}; ///< outlives each scene, so that the next one begins in the right colours
     std::function<void()> m_closed;
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_window; ///< goes before its engine

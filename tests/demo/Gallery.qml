@@ -25,7 +25,7 @@ BaseWindow {
             border.width: Theme.stroke
             color: parent.shade
             implicitHeight: 40
-            implicitWidth: Theme.px(92)
+            implicitWidth: Theme.px(84)
             radius: Theme.radiusControl
         }
         LtrText {
@@ -211,6 +211,7 @@ BaseWindow {
             spacing: Theme.s20
 
             Card {
+                Layout.fillHeight: true
                 Layout.fillWidth: true
                 Layout.preferredWidth: 1
                 icon: "tray"

@@ -15,6 +15,8 @@ namespace {
 // For bindings, images and layouts to come to rest; animations are off.
 constexpr int restMs = 150;
 
+constexpr QSize windowSize(1020, 760);
+
 } // namespace
 
 ShotMaker::ShotMaker(const QString &folder, double textScale)
@@ -53,6 +55,7 @@ bool ShotMaker::makeShot(const Shot &shot, bool dark)
         m_fault = QStringLiteral("the window cannot be built");
         return false;
     }
+    m_window.window()->resize(windowSize);
     shot.open(UiContext::of(m_window.engine()).mainView());
     const bool saved = save(*m_window.window(), shot.name, dark);
     m_window.close();

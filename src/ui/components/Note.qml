@@ -29,7 +29,7 @@ Item {
 
         Icon {
             Layout.alignment: Qt.AlignTop
-            Layout.topMargin: Theme.s12
+            Layout.topMargin: Theme.s12 + 2
             color: root.color
             name: root.icon
         }

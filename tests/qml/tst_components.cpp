@@ -1,0 +1,299 @@
+// Every component, alone and in the gallery, offscreen and right to left, with nothing left to warn about.
+#include "base/clock.h"
+#include "demo/stage.h"
+#include "qml/warnings.h"
+#include "ui/uicontext.h"
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QDirIterator>
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace zemrak;
+using namespace zemrak::test;
+
+namespace {
+
+QList<QQuickItem *> descendants(QQuickItem *item)
+{
+    QList<QQuickItem *> all;
+    for (QQuickItem *child : item->childItems())
+        all << child << descendants(child);
+    return all;
+}
+
+bool isPartOfLong(const QQuickItem *item)
+{
+    for (; item; item = item->parentItem()) {
+        if (item->objectName().startsWith(QLatin1String("long")))
+            return true;
+    }
+    return false;
+}
+
+void press(QQuickItem *item)
+{
+    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(item);
+    QVERIFY(interface && interface->actionInterface());
+    interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+}
+
+} // namespace
+
+class ComponentsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QAccessible::setActive(true);
+        m_appearance.overrideReducedMotion(true);
+        m_engine = makeEngine(m_stage.services(), m_appearance);
+        m_engine->setOutputWarningsToStandardError(true);
+    }
+
+    void init()
+    {
+        m_appearance.overrideDark(false);
+        m_appearance.overrideTextScale(1);
+        m_warnings.take();
+    }
+
+    void cleanup()
+    {
+        m_gallery.reset();
+        QCOMPARE(m_warnings.take(), QStringList());
+    }
+
+    void eachAlone_data()
+    {
+        QTest::addColumn<QString>("file");
+        QDirIterator files(QStringLiteral(":/qt/qml/Zemrak/components"), {QStringLiteral("*.qml")});
+        while (files.hasNext()) {
+            const QString file = files.next();
+            QTest::newRow(qPrintable(files.fileName())) << QStringLiteral("qrc") + file;
+        }
+    }
+
+    void eachAlone()
+    {
+        QFETCH(QString, file);
+        QQmlComponent window(m_engine.get());
+        window.setData("import QtQuick\nimport Zemrak\nBaseWindow { width: 600; height: 400\n"
+                       "property Flickable flickable: Flickable { parent: contentItem } }",
+            QUrl());
+        const std::unique_ptr<QObject> root(window.create());
+        auto *view = qobject_cast<QQuickWindow *>(root.get());
+        QVERIFY2(view, qPrintable(window.errorString()));
+
+        QQmlComponent component(m_engine.get(), QUrl(file));
+        QVariantMap properties;
+        if (file.endsWith(QLatin1String("FocusScroller.qml")))
+            properties.insert(QStringLiteral("view"), view->property("flickable"));
+        const std::unique_ptr<QObject> object(component.createWithInitialProperties(properties));
+        QVERIFY2(object, qPrintable(component.errorString()));
+        if (auto *item = qobject_cast<QQuickItem *>(object.get()))
+            item->setParentItem(view->contentItem());
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view));
+    }
+
+    void gallery_data()
+    {
+        QTest::addColumn<bool>("dark");
+        QTest::addColumn<double>("textScale");
+        for (const bool dark : {false, true}) {
+            for (const double scale : {1.0, 1.25, 1.5})
+                QTest::addRow("%s %g", dark ? "dark" : "light", scale) << dark << scale;
+        }
+    }
+
+    void gallery()
+    {
+        QFETCH(bool, dark);
+        QFETCH(double, textScale);
+        m_appearance.overrideDark(dark);
+        m_appearance.overrideTextScale(textScale);
+        openGallery();
+        QCOMPARE(m_gallery->color(), dark ? QColor(0x020817) : QColor(0xf8fafc));
+        int texts = 0;
+        for (const QQuickItem *item : descendants(m_gallery->contentItem())) {
+            const QVariant truncated = item->property("truncated");
+            if (!truncated.isValid() || !item->isVisible())
+                continue;
+            ++texts;
+            QVERIFY2(!truncated.toBool() || isPartOfLong(item), qPrintable(item->property("text").toString()));
+        }
+        QVERIFY(texts > 50);
+    }
+
+    void beginsAtTheRight()
+    {
+        openGallery();
+        auto *toggle = item("toggle");
+        auto *check = item("check");
+        QVERIFY(toggle->mapToScene({}).x() > check->mapToScene({}).x());
+    }
+
+    void pressedOverTheAccessibilityBusOnce_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("signal");
+        QTest::newRow("button") << QStringLiteral("primary") << QByteArray(SIGNAL(clicked()));
+        QTest::newRow("toggle") << QStringLiteral("toggle") << QByteArray(SIGNAL(toggleRequested(bool)));
+        QTest::newRow("check") << QStringLiteral("check") << QByteArray(SIGNAL(toggleRequested(bool)));
+    }
+
+    void pressedOverTheAccessibilityBusOnce()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, signal);
+        openGallery();
+        QSignalSpy spy(item(name), signal.constData());
+        press(item(name));
+        QCOMPARE(spy.count(), 1);
+        item(name)->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Space);
+        QCOMPARE(spy.count(), 2);
+    }
+
+    void everyControlHasANameAndARole()
+    {
+        openGallery();
+        int controls = 0;
+        for (QQuickItem *candidate : descendants(m_gallery->contentItem())) {
+            if (!candidate->activeFocusOnTab() || !candidate->isVisible())
+                continue;
+            ++controls;
+            QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(candidate);
+            const QString what = QString::fromLatin1(candidate->metaObject()->className());
+            QVERIFY2(interface, qPrintable(what));
+            QVERIFY2(!interface->text(QAccessible::Name).isEmpty(), qPrintable(what));
+            QVERIFY2(interface->role() != QAccessible::NoRole, qPrintable(what));
+        }
+        QVERIFY(controls > 20);
+    }
+
+    void choicesOnlyAsk()
+    {
+        openGallery();
+        auto *toggle = item("toggle");
+        press(toggle);
+        QCOMPARE(toggle->property("on").toBool(), false);
+
+        auto *select = item("select");
+        QSignalSpy chosen(select, SIGNAL(chosen(QVariant)));
+        select->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Down);
+        QCOMPARE(chosen.count(), 1);
+        QCOMPARE(chosen.at(0).at(0).toString(), QStringLiteral("escpos"));
+        QCOMPARE(select->property("displayText").toString(), QStringLiteral("تلقائي"));
+        select->setProperty("value", QStringLiteral("none"));
+        QCOMPARE(select->property("displayText").toString(), QStringLiteral("طابعة عادية (A4 / ملصقات)"));
+    }
+
+    void selectOpensAndClosesByKeyboard()
+    {
+        openGallery();
+        auto *select = item("select");
+        QSignalSpy chosen(select, SIGNAL(chosen(QVariant)));
+        select->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Return);
+        QTRY_VERIFY(select->property("open").toBool());
+        QTest::keyClick(m_gallery.get(), Qt::Key_Escape);
+        QTRY_VERIFY(!select->property("open").toBool());
+        QCOMPARE(chosen.count(), 0);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Return);
+        QTRY_VERIFY(select->property("open").toBool());
+        QTest::keyClick(m_gallery.get(), Qt::Key_End);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Return);
+        QTRY_COMPARE(chosen.count(), 1);
+        QCOMPARE(chosen.at(0).at(0).toString(), QStringLiteral("none"));
+    }
+
+    void arrowsFollowTheReadingDirection()
+    {
+        openGallery();
+        auto *tabs = item("tabs");
+        QSignalSpy chosen(tabs, SIGNAL(chosen(QVariant)));
+        tabs->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Right); // before the first
+        QCOMPARE(chosen.count(), 0);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Left);
+        QCOMPARE(chosen.count(), 1);
+        QCOMPARE(chosen.at(0).at(0).toString(), QStringLiteral("usb"));
+    }
+
+    void escapeEmptiesTheSearchFirst()
+    {
+        openGallery();
+        auto *search = item("search");
+        search->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(m_gallery.get(), Qt::Key_A);
+        QCOMPARE(search->property("text").toString(), QStringLiteral("a"));
+        QTest::keyClick(m_gallery.get(), Qt::Key_Escape);
+        QCOMPARE(search->property("text").toString(), QString());
+    }
+
+    void questionStartsAtNo()
+    {
+        openGallery();
+        auto *before = item("input");
+        before->forceActiveFocus(Qt::TabFocusReason);
+        auto *dialog = m_gallery->findChild<QObject *>(QStringLiteral("confirm"));
+        QVERIFY(dialog);
+        QSignalSpy confirmed(dialog, SIGNAL(confirmed()));
+        QMetaObject::invokeMethod(dialog, "open");
+        QTRY_COMPARE(dialog->property("opened").toBool(), true);
+        for (int i = 0; i < 5; ++i) { // round and round, never out of it
+            QVERIFY(m_gallery->activeFocusItem() != before);
+            QTest::keyClick(m_gallery.get(), Qt::Key_Tab);
+        }
+        QTest::keyClick(m_gallery.get(), Qt::Key_Escape);
+        QTRY_COMPARE(dialog->property("visible").toBool(), false);
+        QCOMPARE(confirmed.count(), 0);
+        QTRY_COMPARE(m_gallery->activeFocusItem(), before);
+        QMetaObject::invokeMethod(dialog, "open");
+        QTRY_COMPARE(dialog->property("opened").toBool(), true);
+        QTest::keyClick(m_gallery.get(), Qt::Key_Return); // the keyboard is on "no"
+        QTRY_COMPARE(dialog->property("visible").toBool(), false);
+        QCOMPARE(confirmed.count(), 0);
+    }
+
+private:
+    void openGallery()
+    {
+        QQmlComponent component(m_engine.get(), QUrl(QStringLiteral("qrc:/demo/Gallery.qml")));
+        m_gallery.reset(qobject_cast<QQuickWindow *>(component.create()));
+        QVERIFY2(m_gallery, qPrintable(component.errorString()));
+        m_gallery->show();
+        m_gallery->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(m_gallery.get()));
+    }
+
+    QQuickItem *item(const QString &name)
+    {
+        auto *found = m_gallery->findChild<QQuickItem *>(name);
+        if (!found)
+            qFatal("the gallery has no item %s", qPrintable(name));
+        return found;
+    }
+    QQuickItem *item(const char *name) { return item(QString::fromLatin1(name)); }
+
+    Warnings m_warnings;
+    SystemClock m_clock;
+    Stage m_stage{m_clock};
+    Appearance m_appearance{nullptr};
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<QQuickWindow> m_gallery;
+};
+
+QTEST_MAIN(ComponentsTest)
+#include "tst_components.moc"

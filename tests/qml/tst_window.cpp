@@ -1,0 +1,268 @@
+// The main window on stored situations: every page and sheet of the demo's table, navigation, keyboard, closing.
+#include "app/agent.h"
+#include "demo/shots.h"
+#include "demo/stage.h"
+#include "qml/warnings.h"
+#include "support/manualclock.h"
+#include "ui/pages.h"
+#include "ui/qmlwindow.h"
+#include "ui/uicontext.h"
+
+#include <QPointer>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace zemrak;
+using namespace zemrak::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+QQuickItem *byName(QQuickItem *item, const QString &text)
+{
+    if (item->isVisible() && item->property("text").toString() == text)
+        return item;
+    for (QQuickItem *child : item->childItems()) {
+        if (QQuickItem *found = byName(child, text))
+            return found;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class WindowTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_stage = std::make_unique<Stage>(m_clock);
+        m_window = std::make_unique<QmlWindow>(m_stage->services());
+        m_window->appearance().overrideReducedMotion(true);
+        m_window->appearance().overrideDark(false);
+        m_window->appearance().overrideTextScale(1);
+        m_warnings.take();
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_stage.reset();
+        QCOMPARE(m_warnings.take(), QStringList());
+    }
+
+    void everyShot_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("dark");
+        QTest::addColumn<double>("textScale");
+        for (std::size_t row = 0; row < shots().size(); ++row) {
+            QTest::addRow("%s", qPrintable(shots()[row].name)) << int(row) << false << 1.0;
+            QTest::addRow("%s dark 1.5", qPrintable(shots()[row].name)) << int(row) << true << 1.5;
+        }
+        QTest::addRow("crowded") << -1 << false << 1.0;
+    }
+
+    void everyShot()
+    {
+        QFETCH(int, row);
+        QFETCH(bool, dark);
+        QFETCH(double, textScale);
+        m_window->appearance().overrideDark(dark);
+        m_window->appearance().overrideTextScale(textScale);
+        if (row < 0) {
+            QVERIFY(m_stage->enter(QStringLiteral("crowded")));
+            open();
+            for (const PageInfo &page : pageTable())
+                showPage(page.id);
+            return;
+        }
+        const Shot &shot = shots()[static_cast<std::size_t>(row)];
+        QVERIFY(m_stage->enter(shot.situation));
+        open();
+        shot.open(view());
+        QTest::qWaitFor([this] { return !m_window->window()->grabWindow().isNull(); });
+        const QPointer<QQmlEngine> engine(m_window->engine());
+        m_window->close(); // also with a sheet open
+        QVERIFY(!engine);
+    }
+
+    void sidebarStandsAtTheRight()
+    {
+        QVERIFY(m_stage->enter(QStringLiteral("shop")));
+        open();
+        QCOMPARE(view().winSize().width(), double(m_window->window()->width()));
+        double above = -1;
+        for (const PageInfo &page : pageTable()) {
+            QQuickItem *entry = byName(root(), page.title);
+            QVERIFY2(entry, qPrintable(page.title));
+            const QPointF place = entry->mapToScene({});
+            QVERIFY(place.x() > m_window->window()->width() - view().sidebarWidth());
+            QVERIFY(place.y() > above);
+            above = place.y();
+        }
+    }
+
+    void saysWhetherTheServiceAnswers()
+    {
+        QVERIFY(m_stage->enter(QStringLiteral("stopped")));
+        open();
+        QQuickItem *stopped = byName(root(), QStringLiteral("الخدمة متوقفة"));
+        QVERIFY(stopped);
+        QCOMPARE(stopped->property("tone").value<QColor>(), QColor(0xdc2626));
+        QVERIFY(m_stage->enter(QStringLiteral("shop")));
+        QQuickItem *works = byName(root(), QStringLiteral("الخدمة تعمل"));
+        QVERIFY(works);
+        QCOMPARE(works->property("tone").value<QColor>(), QColor(0x16a34a));
+        QVERIFY(!byName(root(), QStringLiteral("الخدمة متوقفة")));
+    }
+
+    void countsAlerts()
+    {
+        QVERIFY(m_stage->enter(QStringLiteral("shop")));
+        open();
+        QQuickItem *entry = byName(root(), QStringLiteral("الإشعارات"));
+        QVERIFY(entry);
+        QVERIFY(byName(entry, QStringLiteral("2")));
+        QVERIFY(m_stage->enter(QStringLiteral("quiet")));
+        QTRY_COMPARE(m_stage->agent().alertsBadge(), 0);
+        QVERIFY(!byName(entry, QStringLiteral("2")));
+        QVERIFY(!byName(entry, QStringLiteral("0")));
+    }
+
+    void goesWhereItIsAsked()
+    {
+        open();
+        showPage(QLatin1String("printers"));
+        view().setAdding(true);
+        for (int i = 0; i < 2; ++i) { // the same request counts again
+            m_stage->agent().setRequestedPage(Page::Alerts);
+            QCOMPARE(view().page(), QStringLiteral("alerts"));
+            QVERIFY(!m_stage->agent().requestedPage());
+            QVERIFY(!view().isAdding());
+            showPage(QLatin1String("printers"));
+        }
+        m_window->close();
+        m_stage->agent().setRequestedPage(Page::Alerts); // a click that opens the window
+        open();
+        QCOMPARE(view().page(), QStringLiteral("alerts"));
+        QVERIFY(!m_stage->agent().requestedPage());
+    }
+
+    void obeysTheKeyboard()
+    {
+        open();
+        int digit = Qt::Key_1;
+        for (const PageInfo &page : pageTable()) {
+            QTest::keyClick(m_window->window(), digit++, Qt::ControlModifier);
+            QCOMPARE(view().page(), QString(page.id));
+        }
+        view().setShowLog(true);
+        QTRY_VERIFY(byName(root(), QStringLiteral("لا توجد رسائل.")));
+        QTest::keyClick(m_window->window(), Qt::Key_Escape);
+        QTRY_VERIFY(!view().showsLog());
+        QSignalSpy quit(m_window->engine(), &QQmlEngine::quit);
+        disconnect(m_window->engine(), &QQmlEngine::quit, qApp, nullptr);
+        QTest::keyClick(m_window->window(), Qt::Key_Q, Qt::ControlModifier);
+        QCOMPARE(quit.count(), 1);
+        QTest::keyClick(m_window->window(), Qt::Key_W, Qt::ControlModifier);
+        QTRY_VERIFY(!m_window->isOpen());
+    }
+
+    void reachesTheSidebarByTabAndArrows()
+    {
+        open();
+        QQuickWindow *window = m_window->window();
+        QQuickItem *first = byName(root(), QStringLiteral("نظرة عامة"));
+        for (int i = 0; i < 40 && window->activeFocusItem() != first; ++i)
+            QTest::keyClick(window, Qt::Key_Tab);
+        QCOMPARE(window->activeFocusItem(), first);
+        QTest::keyClick(window, Qt::Key_Down);
+        QTest::keyClick(window, Qt::Key_Return);
+        QCOMPARE(view().page(), QStringLiteral("printers"));
+        QTest::keyClick(window, Qt::Key_Up);
+        QTest::keyClick(window, Qt::Key_Space);
+        QCOMPARE(view().page(), QStringLiteral("overview"));
+    }
+
+    void showsTheMessageOverASheet()
+    {
+        open();
+        view().setAdding(true);
+        m_stage->agent().flash(QStringLiteral("تم الحفظ"));
+        QTRY_VERIFY(byName(root(), QStringLiteral("تم الحفظ")));
+        m_clock.advance(2500ms);
+        QTRY_VERIFY(!byName(root(), QStringLiteral("تم الحفظ")));
+    }
+
+    void closingGivesEverythingBack()
+    {
+        int closed = 0;
+        m_window->onClosed([&closed] { ++closed; });
+        open();
+        const QPointer<QQmlEngine> engine(m_window->engine());
+        showPage(QLatin1String("jobs"));
+        m_window->window()->close(); // by its frame
+        QTRY_VERIFY(!m_window->isOpen());
+        QVERIFY(!engine);
+        QCOMPARE(closed, 1);
+        open();
+        QCOMPARE(view().page(), QStringLiteral("overview"));
+        m_window->close();
+        m_window->close();
+        QCOMPARE(closed, 2);
+    }
+
+    void remembersItsSize()
+    {
+        open();
+        QCOMPARE(m_stage->defaults().strings(QLatin1String("mainWindowFrame")), QStringList());
+        m_window->window()->setGeometry(10, 20, 793, 601);
+        QTRY_COMPARE(m_window->window()->width(), 793);
+        m_window->close();
+        open();
+        QCOMPARE(m_window->window()->geometry(), QRect(10, 20, 793, 601));
+    }
+
+    void opensTheWizardUntilItIsDone()
+    {
+        m_stage->defaults().setBoolean(QLatin1String("onboardingDone"), false);
+        open();
+        QVERIFY(view().showsOnboarding());
+        QVERIFY(!byName(root(), QStringLiteral("الطابعات"))); // nothing of the pages shows through
+        view().finishOnboarding();
+        QVERIFY(m_stage->defaults().boolean(QLatin1String("onboardingDone")));
+        QVERIFY(byName(root(), QStringLiteral("الطابعات")));
+        m_window->close();
+        open();
+        QVERIFY(!view().showsOnboarding());
+    }
+
+private:
+    void open()
+    {
+        m_window->show({});
+        QVERIFY(m_window->isOpen());
+        QVERIFY(QTest::qWaitForWindowActive(m_window->window()));
+    }
+    void showPage(QLatin1String id)
+    {
+        view().setPage(id);
+        QVERIFY(!m_window->window()->grabWindow().isNull());
+    }
+    MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
+    QQuickItem *root() { return m_window->window()->contentItem(); }
+
+    Warnings m_warnings;
+    ManualClock m_clock;
+    std::unique_ptr<Stage> m_stage;
+    std::unique_ptr<QmlWindow> m_window;
+};
+
+QTEST_MAIN(WindowTest)
+#include "tst_window.moc"

@@ -1,0 +1,26 @@
+import QtQuick
+
+Item {
+    height: 200
+    width: 300
+
+    TextInput {
+        height: 30
+        objectName: "field"
+        text: "one"
+        width: 100
+    }
+    TextInput {
+        height: 30
+        objectName: "other"
+        text: "two"
+        width: 100
+        y: 50
+    }
+    Item {
+        height: 30
+        objectName: "button"
+        width: 100
+        y: 100
+    }
+}
