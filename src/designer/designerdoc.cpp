@@ -1,0 +1,120 @@
+#include "designer/designerdoc.h"
+
+#include "designer/amounts.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <limits>
+
+namespace zemrak {
+
+DesignerDoc DesignerDoc::sample()
+{
+    DesignerDoc doc;
+    doc.businessName = QStringLiteral("صالون زيمراك");
+    doc.subtitle = QStringLiteral("للعناية بالجمال");
+    doc.address = QStringLiteral("الرياض، شارع التحلية");
+    doc.phone = QStringLiteral("0500000000");
+    doc.taxNumber = QStringLiteral("300000000000003");
+    doc.title = QStringLiteral("فاتورة ضريبية مبسطة");
+    doc.customer = QStringLiteral("سارة");
+    doc.cashier = QStringLiteral("أمل");
+    doc.payment = QStringLiteral("بطاقة");
+    doc.items = {
+        {.name = QStringLiteral("قص وتصفيف"), .qty = QStringLiteral("1"), .price = QStringLiteral("120")},
+        {.name = QStringLiteral("علاج الشعر"), .qty = QStringLiteral("1"), .price = QStringLiteral("250")},
+        {.name = QStringLiteral("جل تثبيت"), .qty = QStringLiteral("2"), .price = QStringLiteral("35.5")},
+    };
+    doc.discount = QStringLiteral("20");
+    doc.vatPercent = QStringLiteral("15");
+    doc.footerNote = QStringLiteral("الأسعار شاملة الضريبة");
+    return doc;
+}
+
+QList<DesignerLine> DesignerDoc::lines() const
+{
+    QList<DesignerLine> lines;
+    lines.reserve(items.size());
+    for (const DesignerItem &item : items) {
+        const double q = amountOf(item.qty);
+        const double p = amountOf(item.price);
+        lines.append({item, q, p, roundToCents(q * p)});
+    }
+    return lines;
+}
+
+double DesignerDoc::subtotal() const
+{
+    double sum = 0;
+    for (const DesignerLine &line : lines())
+        sum += line.total;
+    return std::min(sum, std::numeric_limits<double>::max());
+}
+
+double DesignerDoc::discountValue() const
+{
+    return std::min(amountOf(discount), subtotal());
+}
+
+double DesignerDoc::vatRate() const
+{
+    return std::min(amountOf(vatPercent), 100.0);
+}
+
+double DesignerDoc::vat() const
+{
+    return percentOf(subtotal() - discountValue(), vatRate());
+}
+
+double DesignerDoc::total() const
+{
+    return roundToCents(subtotal() - discountValue() + vat());
+}
+
+QString DesignerDoc::money(double value) const
+{
+    double amount = roundToCents(value);
+    if (amount == 0)
+        amount = 0; // not -0
+    const QString digits = QString::number(amount, 'f', 2);
+    return currency.isEmpty() ? digits : digits + u' ' + currency;
+}
+
+QJsonObject DesignerDoc::json() const
+{
+    QJsonArray rows;
+    for (const DesignerItem &item : items)
+        rows.append(QJsonObject{{QStringLiteral("name"), item.name}, {QStringLiteral("qty"), item.qty},
+            {QStringLiteral("price"), item.price}});
+    return {
+        {QStringLiteral("paperWidthMm"), paperWidthMm},
+        {QStringLiteral("currency"), currency},
+        {QStringLiteral("businessName"), businessName},
+        {QStringLiteral("subtitle"), subtitle},
+        {QStringLiteral("address"), address},
+        {QStringLiteral("phone"), phone},
+        {QStringLiteral("taxNumber"), taxNumber},
+        {QStringLiteral("title"), title},
+        {QStringLiteral("receiptNo"), receiptNo},
+        {QStringLiteral("customer"), customer},
+        {QStringLiteral("cashier"), cashier},
+        {QStringLiteral("payment"), payment},
+        {QStringLiteral("items"), rows},
+        {QStringLiteral("discount"), discount},
+        {QStringLiteral("vatPercent"), vatPercent},
+        {QStringLiteral("qrEnabled"), qrEnabled},
+        {QStringLiteral("qrData"), qrData},
+        {QStringLiteral("qrSize"), qrSize},
+        {QStringLiteral("barcodeEnabled"), barcodeEnabled},
+        {QStringLiteral("barcodeFormat"), barcodeFormat},
+        {QStringLiteral("barcodeData"), barcodeData},
+        {QStringLiteral("footer"), footer},
+        {QStringLiteral("footerNote"), footerNote},
+        {QStringLiteral("cut"), cut},
+        {QStringLiteral("drawer"), drawer},
+        {QStringLiteral("beep"), beep},
+    };
+}
+
+} // namespace zemrak

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace zemrak {
+
+/// Characters a QR code of a receipt may hold.
+inline constexpr qsizetype qrMaximumLength = 600;
+
+// What a person should know of a symbol before printing, as one Arabic line; empty when there is nothing to tell.
+// This only informs: the service decides what it prints.
+
+/// @param format "code128", "code39", "ean13", "ean8", "upca" or "itf"; of others nothing is known
+/// @param paperWidthMm 58, 72 or 80: a barcode wider than the paper is not printed by printers
+[[nodiscard]] QString barcodeProblem(const QString &format, const QString &data, int paperWidthMm);
+
+[[nodiscard]] QString qrProblem(const QString &data);
+
+} // namespace zemrak
