@@ -7,6 +7,7 @@ function(zemrak_bundle executable)
       -DVERSION=${PROJECT_VERSION}
       -P ${PROJECT_SOURCE_DIR}/cmake/AssembleBundle.cmake
     DEPENDS ${executable} zemrak-window
+    DEPENDS ${executable} textrender
     COMMENT "Assembling the application bundle"
     VERBATIM)
 endfunction()
