@@ -1,7 +1,8 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
+import { readFileSync } from 'node:fs';
 import { amountOf, checkDesignerDoc, totalsOf } from '../../agent/lib/print/designer-doc.mjs';
-import { designerReceipt } from '../../agent/lib/print/designer-receipt.mjs';
+import { designerReceipt, money } from '../../agent/lib/print/designer-receipt.mjs';
 import { render } from '../../agent/lib/print/render.mjs';
 import { encodeText } from '../../agent/lib/print/text-encoder.mjs';
 import { columnsOf, row, wrap } from '../../agent/lib/print/layout.mjs';
@@ -10,23 +11,12 @@ import { designerDoc, startService } from './support/service.mjs';
 const item = (qty, price, name = 'x') => ({ name, qty, price });
 
 test('amounts as a person would check them', () => {
-  const numbers = { '10,5': 10.5, ' \t2 ': 2, '1e2': 100, '.5': 0.5, '5.': 5, '+3': 3, '-3': 0, '': 0, abc: 0, '1 2': 0, '1,2,3': 0, '٣': 0, Infinity: 0, NaN: 0, '0x10': 0, '\n5': 0, '1e999': Number.POSITIVE_INFINITY };
-  for (const [typed, value] of Object.entries(numbers)) assert.equal(amountOf(typed), value, JSON.stringify(typed));
-
-  const table = [
-    [[], '', '', { subtotal: 0, discount: 0, vat: 0, total: 0 }],
-    [[item('1', '120')], '500', '', { subtotal: 120, discount: 120, vat: 0, total: 0 }],
-    [[item('1', '120')], '-5', '150', { subtotal: 120, discount: 0, vat: 120, total: 240 }],
-    [[item('1', '10')], 'abc', '-5', { subtotal: 10, discount: 0, vat: 0, total: 10 }],
-    [[item('2', '10,5')], '', '', { subtotal: 21, discount: 0, vat: 0, total: 21 }],
-    [[item('1', '120'), item('1', '250'), item('2', '35.5')], '20', '15', { subtotal: 441, discount: 20, vat: 63.15, total: 484.15 }],
-    [[item('-1', '5'), item('x', '5'), item('3', '0.335')], '', '', { subtotal: 1.01, discount: 0, vat: 0, total: 1.01 }],
-    [[item('1', '0.5')], '', '1', { subtotal: 0.5, discount: 0, vat: 0.01, total: 0.51 }],
-    [[item('1', '0.125')], '', '', { subtotal: 0.13, discount: 0, vat: 0, total: 0.13 }],
-  ];
-  for (const [items, discount, vatPercent, expected] of table) {
-    const { subtotal, discount: taken, vat, total } = totalsOf({ items, discount, vatPercent });
-    assert.deepEqual({ subtotal, discount: taken, vat, total }, expected);
+  const { parsed, receipts } = JSON.parse(readFileSync(new URL('../data/designer/numbers.json', import.meta.url), 'utf8'));
+  assert.ok(parsed.length > 30 && receipts.length > 10);
+  for (const [typed, value] of parsed) assert.equal(amountOf(typed), Math.max(0, value), JSON.stringify(typed));
+  for (const { name, items, discount, vat, subtotal, taken, tax, total } of receipts) {
+    const sums = totalsOf({ items: items.map(([qty, price]) => item(qty, price)), discount, vatPercent: vat });
+    assert.deepEqual({ subtotal: money(sums.subtotal), taken: money(sums.discount), tax: money(sums.vat), total: money(sums.total) }, { subtotal, taken, tax, total }, name);
   }
   assert.deepEqual(totalsOf({ items: [item('1', '120'), item('1', '250'), item('2', '35.5')], discount: '', vatPercent: '' }).lines.map((line) => line.total), [120, 250, 71]);
 });
@@ -68,6 +58,7 @@ test('the printed receipt', async (t) => {
     }
     const bare = print({ cut: false, currency: '' }).text;
     for (const absent of ['الخصم', 'الضريبة', 'QR', 'cut', 'drawer', 'beep', 'SAR', 'العميل', 'VAT']) assert.ok(!bare.includes(absent), absent);
+    assert.ok(!print({ discount: '0.001' }).text.includes('-0.00'));
     assert.match(print({ vatPercent: '0' }).text, /الضريبة 0%/);
   });
 
@@ -81,6 +72,14 @@ test('the printed receipt', async (t) => {
     const cuts = { full: '\x1dVA\x00', 'gs-v-0': '\x1dV\x00', 'esc-i': '\x1bi', 'esc-m': '\x1bm' };
     for (const [cut, ending] of Object.entries(cuts)) assert.ok(print({}, { cut }).bytes.toString('latin1').endsWith(ending), cut);
     assert.ok(print({}, { cut: 'none' }).bytes.toString('latin1').endsWith('\x1bd\x03'));
+  });
+
+  await t.test('has a QR code no wider than the paper', () => {
+    const sizeOf = (changes, columns) => /\x1d\(k\x03\x001C([\s\S])/.exec(print({ qrEnabled: true, ...changes }, { columns }).bytes.toString('latin1'))[1].charCodeAt(0);
+    assert.equal(sizeOf({ qrData: 'AB', qrSize: 16 }, 32), 16);
+    assert.equal(sizeOf({ qrData: 'x'.repeat(300), qrSize: 10 }, 48), 8, '69 modules on 576 dots');
+    assert.equal(sizeOf({ qrData: 'x'.repeat(300), qrSize: 4 }, 48), 4);
+    assert.equal(sizeOf({ qrData: 'ش'.repeat(600), qrSize: 10 }, 32), 2, '133 modules on 384 dots');
   });
 
   await t.test('lets no text through as a command', () => {

@@ -1,4 +1,5 @@
 import { ApiError, invalidRequest } from '../api-error.mjs';
+import { drawText } from '../print/pictures.mjs';
 import { columnsOfProfile, render } from '../print/render.mjs';
 import { codePageTest, testPage } from '../print/test-page.mjs';
 import { columnsOfPaper, designerReceipt } from '../print/designer-receipt.mjs';
@@ -78,7 +79,8 @@ export class AdminJobs {
       await this.#queue.refuse(printer, kind, 'offline');
       throw new ApiError(409, 'offline', 'الطابعة غير متصلة.');
     }
-    const { bytes, text } = render(operations, { protocol: printer.protocol, profile: printer.profile, columns });
+    const target = { protocol: printer.protocol, profile: printer.profile, columns };
+    const { bytes, text } = render(await drawText(operations, target), target);
     return this.#queue.accept(printer, kind, { bytes, text, raw: printer.protocol !== 'none' });
   }
 }

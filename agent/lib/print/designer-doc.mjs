@@ -42,17 +42,22 @@ export function checkDesignerDoc(doc) {
 
 /**
  * A number as typed: a comma counts as the decimal point, anything that is not a whole decimal number is 0,
- * and so is a negative one.
+ * and so is a negative one or one too large to be a number here.
  */
 export function amountOf(text) {
   const typed = text.replaceAll(',', '.').replace(/^[ \t]+|[ \t]+$/g, '');
   if (!/^[+-]?(\d+\.?\d*|\.\d+)(e[+-]?\d+)?$/i.test(typed)) return 0;
   const value = Number(typed);
-  return value > 0 ? value : 0;
+  return value > 0 && Number.isFinite(value) ? value : 0;
 }
 
-// Amounts are never negative here, so halves upward are halves away from zero.
-const cents = (value) => Math.round(value * 100) / 100;
+/**
+ * Halves away from zero; amounts are never negative here. The halves are those of the decimal number that was typed:
+ * 15 digits of it are in the double, while 1.005 * 100 as it stands is 100.49999999999999.
+ */
+const wholeCents = (hundredfold) => Math.round(hundredfold < 1e15 ? Number(hundredfold.toPrecision(15)) : hundredfold);
+/** To the nearest cent. */
+export const cents = (value) => wholeCents(value * 100) / 100;
 
 /**
  * The receipt's amounts, each rounded to the cent where it arises. VAT comes on top of the net amount.
@@ -66,6 +71,6 @@ export function totalsOf({ items, discount, vatPercent }) {
   const subtotal = lines.reduce((sum, line) => sum + line.total, 0);
   const taken = Math.min(amountOf(discount), subtotal);
   const vatRate = Math.min(amountOf(vatPercent), 100);
-  const vat = Math.round((subtotal - taken) * vatRate) / 100;
+  const vat = wholeCents((subtotal - taken) * vatRate) / 100;
   return { lines, subtotal, discount: taken, vatRate, vat, total: cents(subtotal - taken + vat) };
 }

@@ -1,4 +1,4 @@
-import { totalsOf } from './designer-doc.mjs';
+import { cents, totalsOf } from './designer-doc.mjs';
 import { stamp } from './test-page.mjs';
 
 const COLUMNS = { 58: 32, 72: 42, 80: 48 };
@@ -15,13 +15,10 @@ export function columnsOfPaper(paperWidthMm) {
  * @returns {object[]} operations for render()
  */
 export function designerReceipt(doc, { cut, drawerPin, now = new Date() }) {
+  const receipt = [...header(doc), ...details(doc, now), { op: 'rule' }, ...amounts(doc), ...symbols(doc), ...footer(doc)];
   return [
-    ...header(doc),
-    ...details(doc, now),
-    { op: 'rule' },
-    ...amounts(doc),
-    ...symbols(doc),
-    ...footer(doc),
+    // The labels are Arabic: it reads from the right wherever they can be drawn.
+    ...receipt.map((operation) => ({ ...operation, rtl: true })),
     { op: 'feed', lines: 3 },
     ...(doc.cut ? [{ op: 'cut', mode: cut }] : []),
     ...(doc.drawer ? [{ op: 'drawer', pin: drawerPin }] : []),
@@ -55,19 +52,21 @@ function details(doc, now) {
   ];
 }
 
+/** An amount of 0 or more with two decimals, halves of a cent upward. */
+export const money = (value, currency = '') => cents(value).toFixed(2) + (currency === '' ? '' : ` ${currency}`);
+
 function amounts(doc) {
-  const money = (value) => value.toFixed(2) + (doc.currency === '' ? '' : ` ${doc.currency}`);
   const { lines, subtotal, discount, vatRate, vat, total } = totalsOf(doc);
   return [
     ...lines.flatMap((line) => [
       ...(filled(line.name) ? [{ op: 'text', text: line.name }] : []),
-      { op: 'row', left: `${line.qty} x ${line.price.toFixed(2)}`, right: money(line.total) },
+      { op: 'row', left: `${line.qty} x ${line.price.toFixed(2)}`, right: money(line.total, doc.currency) },
     ]),
     { op: 'rule' },
-    { op: 'row', left: 'المجموع', right: money(subtotal) },
-    ...(discount > 0 ? [{ op: 'row', left: 'الخصم', right: `-${money(discount)}` }] : []),
-    ...(filled(doc.vatPercent) ? [{ op: 'row', left: `الضريبة ${vatRate}%`, right: money(vat) }] : []),
-    { op: 'row', left: 'الإجمالي', right: money(total), bold: true, size: 2 },
+    { op: 'row', left: 'المجموع', right: money(subtotal, doc.currency) },
+    ...(cents(discount) > 0 ? [{ op: 'row', left: 'الخصم', right: `-${money(discount, doc.currency)}` }] : []),
+    ...(filled(doc.vatPercent) ? [{ op: 'row', left: `الضريبة ${vatRate}%`, right: money(vat, doc.currency) }] : []),
+    { op: 'row', left: 'الإجمالي', right: money(total, doc.currency), bold: true, size: 2 },
     { op: 'rule' },
   ];
 }

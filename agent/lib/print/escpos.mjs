@@ -7,6 +7,9 @@ const GS = 0x1d;
 const ALIGN = { left: 0, center: 1, right: 2 };
 const ERROR_CORRECTION = { L: 48, M: 49, Q: 50, H: 51 };
 
+// Rows of a picture in one command: every printer takes a height of one byte.
+const MAX_ROWS = 255;
+
 // Blank lines that bring the last printed line past the knife; GS V 65 and 66 do it themselves.
 const CUT = {
   partial: [GS, 0x56, 66, 0],
@@ -32,6 +35,18 @@ export const escpos = {
     encodeText(text, codepage),
     Buffer.of(0x0a),
   ]),
+
+  /** From the left edge; printers take at most 255 rows at once. @param {import('./textrender.mjs').Picture} picture */
+  raster: ({ width, height, rows }) => {
+    const rowBytes = width / 8;
+    const parts = [Buffer.of(ESC, 0x61, 0)];
+    for (let top = 0; top < height; top += MAX_ROWS) {
+      const slice = Math.min(MAX_ROWS, height - top);
+      parts.push(Buffer.of(GS, 0x76, 0x30, 0, rowBytes & 0xff, rowBytes >> 8, slice, 0));
+      parts.push(rows.subarray(top * rowBytes, (top + slice) * rowBytes));
+    }
+    return Buffer.concat(parts);
+  },
 
   feed: (lines) => Buffer.of(ESC, 0x64, Math.min(255, lines)),
 

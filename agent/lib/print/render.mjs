@@ -1,8 +1,10 @@
 import { align, columnsOf, row, wrap } from './layout.mjs';
 import { escpos } from './escpos.mjs';
 import { starline } from './starline.mjs';
+import { qrModules } from './symbols.mjs';
 import { codepageOf } from './text-encoder.mjs';
 
+const DOTS_OF_COLUMN = 12;
 const COLUMNS = { 384: 32, 512: 42, 576: 48, 640: 53 };
 
 /** Characters in a line of font A: from the profile's dots, 48 (80 mm paper) else. */
@@ -17,6 +19,7 @@ export function columnsOfProfile(profile) {
  *   { op: 'row', left, right, bold?, size? }     the two ends of a line
  *   { op: 'rule' }  { op: 'feed', lines }
  *   { op: 'qr', data, size, ec? }  { op: 'barcode', format, data }
+ *   { op: 'raster', picture, of }                a picture in place of the operation `of` (see drawText)
  *   { op: 'page', page }                         selects a code page
  *   { op: 'cut', mode }  { op: 'drawer', pin }  { op: 'beep', count }
  * @param {object[]} operations
@@ -38,7 +41,8 @@ function encode(operation, language, codepage, columns) {
   if (lines) return lines.map((line) => language.line({ ...operation, text: line }, codepage));
   switch (operation.op) {
     case 'feed': return [language.feed(operation.lines)];
-    case 'qr': return [language.qr(operation)];
+    case 'raster': return [language.raster(operation.picture)];
+    case 'qr': return [language.qr({ ...operation, size: fittingSize(operation, columns) })];
     case 'barcode': return [language.barcode(operation)];
     case 'page': return [language.selectPage(operation.page)];
     case 'cut': return [language.cut(operation.mode)];
@@ -51,12 +55,21 @@ function encode(operation, language, codepage, columns) {
 /** The lines of an operation that is text; null for the others. */
 function linesOf(operation, columns) {
   const room = Math.floor(columns / (operation.size ?? 1));
-  if (operation.op === 'text') return wrap(operation.text, room);
+  if (operation.op === 'text') {
+    const lines = wrap(operation.text, room);
+    return operation.flushRight ? lines.map((line) => align(line, 'right', room)) : lines;
+  }
   if (operation.op === 'row') return row(operation.left, operation.right, room);
   return operation.op === 'rule' ? ['-'.repeat(columns)] : null;
 }
 
-function readable(operation, columns) {
+/** The module width of a QR code, smaller than asked where the code would be wider than the paper: printers drop such a one. */
+function fittingSize({ data, size, ec = 'M' }, columns) {
+  return Math.max(1, Math.min(size, Math.floor((columns * DOTS_OF_COLUMN) / qrModules(data, ec))));
+}
+
+function readable(given, columns) {
+  const operation = given.of ?? given;
   const lines = linesOf({ ...operation, size: 1 }, columns);
   if (lines) return lines.map((line) => align(line, columnsOf(line) < columns ? operation.align : 'left', columns).trimEnd());
   switch (operation.op) {

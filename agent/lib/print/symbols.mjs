@@ -35,3 +35,18 @@ export function barcodePayload(format, data) {
   const text = format === 'code128' ? `{B${data.replaceAll('{', '{{')}` : data;
   return { code: FORMATS[format].code, data: Buffer.from(text, 'latin1') };
 }
+
+// Bytes that QR codes of version 1, 2, ... hold at error correction M.
+const QR_BYTES = [
+  14, 26, 42, 62, 84, 106, 122, 152, 180, 213, 251, 287, 331, 362, 412, 450, 504, 560, 624, 666,
+  711, 779, 857, 911, 997, 1059, 1125, 1190, 1264, 1370, 1452, 1538, 1628, 1722, 1809, 1911, 1989, 2099, 2213, 2331,
+];
+// How much more room the other levels need at most, of a code of the same content.
+const QR_LEVEL_ROOM = { L: 1, M: 1, Q: 1.45, H: 2 };
+
+/** Modules along an edge of a QR code; a few more than needed where the printer finds a denser way to write the content. */
+export function qrModules(data, ec = 'M') {
+  const needed = Buffer.byteLength(data, 'utf8') * QR_LEVEL_ROOM[ec];
+  const version = QR_BYTES.findIndex((bytes) => bytes >= needed) + 1;
+  return 17 + 4 * (version || QR_BYTES.length);
+}

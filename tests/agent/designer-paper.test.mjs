@@ -1,0 +1,149 @@
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import { chmodSync, existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import os from 'node:os';
+import path from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { designerReceipt } from '../../agent/lib/print/designer-receipt.mjs';
+import { drawText } from '../../agent/lib/print/pictures.mjs';
+import { render } from '../../agent/lib/print/render.mjs';
+import { drawPictures } from '../../agent/lib/print/textrender.mjs';
+import { codePageTest } from '../../agent/lib/print/test-page.mjs';
+import { bitmap, fromPng, toPng } from './support/bitmap.mjs';
+import { readPaper } from './support/escpos-reader.mjs';
+import { designerDoc, fakePrinter, fakeProgram, privateHome, startService, until } from './support/service.mjs';
+
+const inTree = (relative) => fileURLToPath(new URL(`../../${relative}`, import.meta.url));
+const TEXTRENDER = process.env.ZEMRAK_TEST_TEXTRENDER ?? inTree('build/bundle/resources/textrender');
+const DOTS = { 58: 384, 72: 512, 80: 576 };
+
+const item = (name, qty, price) => ({ name, qty, price });
+
+/** What the designer's sample sends. */
+const sample = (changes = {}) => designerDoc({
+  businessName: 'صالون زيمراك', subtitle: 'للعناية بالجمال', address: 'الرياض، شارع التحلية', phone: '0500000000', taxNumber: '300000000000003',
+  title: 'فاتورة ضريبية مبسطة', receiptNo: 'T-0001', customer: 'سارة', cashier: 'أمل', payment: 'بطاقة',
+  items: [item('قص وتصفيف', '1', '120'), item('علاج الشعر', '1', '250'), item('جل تثبيت', '2', '35.5')], discount: '20', vatPercent: '15',
+  qrEnabled: true, qrData: 'https://pos.zemrak.example', footer: 'شكراً لزيارتكم', footerNote: 'الأسعار شاملة الضريبة', ...changes,
+});
+
+/** Everything at once: both directions in a line, long names, a currency in Arabic, marks, a code too large for the paper. */
+const crowded = (changes = {}) => sample({
+  currency: 'ر.س', subtitle: 'Beauty & Spa صالون', customer: 'Sara (VIP) 12', address: 'الرياض، شارع الأمير محمد بن عبد العزيز (التحلية)، مجمع 7، الدور 2',
+  items: [item('مُزيل «مكياج» Micellar 400ml للبشرة الحسّاسة والجافة مع قطن', '12', '1234.5'), item('Gel', '2', '35.5'), item('', '1', '0.5'), item('شامبو', 'x', '5')],
+  qrData: `https://pos.zemrak.example/?t=${'x'.repeat(300)}`, qrSize: 10, barcodeEnabled: true, barcodeFormat: 'ean13', barcodeData: '4006381333931', drawer: true, beep: true, ...changes,
+});
+
+const print = async (doc, { profile = {}, protocol = 'escpos', columns = 48, program = TEXTRENDER, onFailure } = {}) => {
+  const target = { profile, protocol, columns };
+  const receipt = designerReceipt(doc, { cut: 'partial', drawerPin: '2', now: new Date(2026, 0, 31, 13, 5) });
+  return render(await drawText(receipt, target, { program, onFailure }), target);
+};
+
+/** Compares dot for dot with the stored picture; a picture that differs is left in the temporary folder. */
+function assertLooksLike(page, name) {
+  const file = inTree(`tests/data/receipt/${name}.png`);
+  if (process.env.ZEMRAK_STORE_PICTURES) {
+    mkdirSync(path.dirname(file), { recursive: true });
+    writeFileSync(file, toPng(page));
+  }
+  const stored = existsSync(file) ? fromPng(readFileSync(file)) : bitmap(8, 0);
+  if (stored.width === page.width && stored.rows.equals(page.rows)) return;
+  const actual = path.join(os.tmpdir(), `${name}-actual.png`);
+  writeFileSync(actual, toPng(page));
+  assert.fail(`${name} looks different: ${actual} against ${file}`);
+}
+
+for (const [mm, dots] of Object.entries(DOTS)) {
+  for (const [name, make] of Object.entries({ sample, crowded })) {
+    test(`${name} on ${mm} mm, through the service to a listener and back into a picture`, async (t) => {
+      const listener = await fakePrinter(t);
+      const env = { ZEMRAK_LP_TEXTRENDER: TEXTRENDER, ASAN_OPTIONS: process.env.ASAN_OPTIONS ?? '' };
+      const service = await startService(t, { env });
+      const id = await service.addPrinter(listener.port);
+      const { status, body } = await service.post('/admin/designer/print', { printer: id, doc: make({ paperWidthMm: Number(mm) }) });
+      assert.equal(status, 202);
+      assert.equal((await service.ended(body.job.id)).status, 'completed');
+      await until(() => listener.jobs.length === 1, 'the receipt');
+
+      const { page, events } = readPaper(listener.jobs[0], dots);
+      assertLooksLike(page, `${name}-${mm}mm`);
+      const letters = events.filter(({ kind }) => kind === 'text').map(({ text }) => text);
+      assert.ok(letters.every((text) => !/[^\x20-\x7e]/.test(text)), 'no Arabic in the printer\'s own letters');
+      assert.ok(letters.some((text) => /^ *\d{4}-\d\d-\d\d \d\d:\d\d$/.test(text)));
+      const ending = events.map(({ kind }) => kind).filter((kind) => !['text', 'picture'].includes(kind));
+      assert.deepEqual(ending, name === 'sample' ? ['qr', 'cut'] : ['qr', 'barcode', 'cut', 'drawer', 'beep']);
+    });
+  }
+}
+
+test('columns of drawn and printed lines are the same', async () => {
+  for (const [columns, dots] of [[32, 384], [42, 512], [48, 576]]) {
+    const { bytes, text } = await print(sample(), { columns });
+    const { events } = readPaper(bytes, dots);
+    const row = events.find(({ text: line }) => /2 x 35\.50/.test(line ?? ''));
+    assert.match(row.text, /^71\.00 SAR +2 x 35\.50$/, 'amount left, quantity right');
+    assert.equal(row.text.length, columns);
+    for (const { width } of events.filter(({ kind }) => kind === 'picture')) assert.equal(width, columns * 12);
+    assert.match(text, /2 x 35\.50 +71\.00 SAR\n/, 'read as typed');
+    assert.match(text, /الإجمالي +484\.15 SAR\n/);
+  }
+});
+
+test('lines are drawn only where that helps', async () => {
+  const plain = await print(sample(), { program: '' });
+  for (const unchanged of [{ profile: { codepage: { encoding: 'windows-1256', escT: 22 } } }, { protocol: 'none' }]) {
+    const drawn = await print(sample(), unchanged);
+    const { bytes } = await print(sample(), { ...unchanged, program: '' });
+    assert.deepEqual(drawn.bytes, bytes);
+  }
+  const pages = codePageTest({ cut: 'full' });
+  assert.equal(await drawText(pages, { protocol: 'escpos', profile: {}, columns: 48 }, { program: TEXTRENDER }), pages);
+  const ascii = [{ op: 'text', text: 'plain \u200e text' }, { op: 'row', left: 'a', right: 'b' }];
+  assert.equal(await drawText(ascii, { protocol: 'escpos', profile: {}, columns: 48 }, { program: '/nowhere' }), ascii);
+  assert.ok(!plain.bytes.includes(Buffer.from([0x1d, 0x76, 0x30])));
+
+  const star = (await print(sample(), { protocol: 'starline' })).bytes;
+  assert.ok(star.includes(Buffer.from([0x1b, 0x6b, 72, 0])) && !star.includes(Buffer.from([0x1d, 0x76, 0x30])));
+});
+
+test('a text engine that fails leaves the code page', async (t) => {
+  const home = privateHome(t);
+  const { bytes: expected } = await print(sample(), { program: '' });
+  const endings = { 'exit 3': /ended with 3/, 'echo broken >&2; exit 1': /broken/, 'cat >/dev/null': /0 answers/, 'printf "\\000\\000\\377\\377x"': /0 answers/ };
+  for (const [script, reason] of Object.entries(endings)) {
+    fakeProgram(home, 'textrender', script);
+    const reasons = [];
+    const { bytes } = await print(sample(), { program: path.join(home, 'bin', 'textrender'), onFailure: (why) => reasons.push(why) });
+    assert.deepEqual(bytes, expected);
+    assert.match(reasons.join(), reason);
+  }
+  chmodSync(path.join(home, 'bin', 'textrender'), 0o600);
+  for (const program of ['/nowhere/textrender', path.join(home, 'bin', 'textrender')]) assert.deepEqual((await print(sample(), { program })).bytes, expected);
+
+  fakeProgram(home, 'textrender', 'exec sleep 60');
+  const began = Date.now();
+  await assert.rejects(drawPictures([{ text: 'x', width: 64 }], { program: path.join(home, 'bin', 'textrender'), timeoutMs: 100 }), /not done in 100 ms/);
+  assert.ok(Date.now() - began < 10_000);
+});
+
+test('requests and answers', async () => {
+  const requests = [{ text: 'سلام', width: 384 }, { text: 'x'.repeat(5000), width: 384 }, { text: 'a\n'.repeat(2000), width: 64, size: [1, 8] }, { text: 'سلام', width: 384 }, { text: '', width: 64 }];
+  const pictures = await drawPictures(requests, { program: TEXTRENDER });
+  assert.deepEqual(pictures.map((picture) => picture && [picture.width, picture.height]), [[384, 38], null, null, [384, 38], [64, 38]]);
+  await assert.rejects(drawPictures([{ text: 'x'.repeat(70_000), width: 64 }], { program: TEXTRENDER }), /not a sequence of requests/);
+  const both = await Promise.all([drawPictures([requests[0]], { program: TEXTRENDER }), drawPictures([requests[4]], { program: TEXTRENDER })]);
+  assert.deepEqual(both.map(([{ width }]) => width), [384, 64]);
+});
+
+test('tall pictures go out in slices, and a line that cannot be drawn is printed', async () => {
+  const long = await print(sample({ subtitle: 'كلمة '.repeat(250) }));
+  const { events } = readPaper(long.bytes, 576);
+  const slices = events.filter(({ kind }) => kind === 'picture').map(({ rows }) => rows);
+  assert.ok(slices.filter((rows) => rows === 255).length >= 2 && Math.max(...slices) === 255);
+  // 2000 line ends: taller than any picture may be.
+  const [drawn, printed] = [await print(sample({ subtitle: `ش${'\n'.repeat(1999)}` })), await print(sample({ subtitle: '' }))];
+  const letters = (bytes) => readPaper(bytes, 576).events.filter(({ kind }) => kind === 'text').map(({ text }) => text);
+  assert.deepEqual(letters(drawn.bytes).filter((text) => text !== 'ش'), letters(printed.bytes));
+  assert.ok(letters(drawn.bytes).includes('ش'));
+});
