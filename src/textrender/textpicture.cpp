@@ -1,11 +1,11 @@
 #include "textrender/textpicture.h"
 
-#include <QDir>
 #include <QFontDatabase>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QTextLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -55,6 +55,27 @@ QString printable(QString text)
     return text;
 }
 
+qreal naturalWidth(const QFont &font, const QString &text)
+{
+    QTextLayout layout(text, font);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    if (line.isValid())
+        line.setNumColumns(static_cast<int>(text.size()));
+    layout.endLayout();
+    return std::ceil(layout.maximumWidth());
+}
+
+/// What the two need to share a line: the opposite text whole, and room for every word of the text.
+qreal widthOfPair(const QFont &font, const QString &text, const QString &opposite)
+{
+    static const QRegularExpression blanks(QStringLiteral("\\s+"));
+    qreal widest = 0;
+    for (const QString &word : text.split(blanks))
+        widest = std::max(widest, naturalWidth(font, word));
+    return widest + gap + naturalWidth(font, opposite);
+}
+
 /// Lays lines out from the top down, before anything is drawn: only then is the picture's height known.
 class Layout
 {
@@ -74,22 +95,16 @@ public:
 
     void addAcross(const QString &text, Qt::Alignment edge) { add(text, edge, m_width, 0); }
 
-    /// Whether the opposite text leaves room for every word of the text.
-    [[nodiscard]] bool fitsPair(const QString &text, const QString &opposite) const
-    {
-        return !opposite.contains(u'\n') && widestWord(text) <= m_width - naturalWidth(opposite) - gap;
-    }
-
     /// Both on one line where they fit; the opposite one alone below else.
     void addPair(const QString &text, const QString &opposite, Qt::Alignment edge)
     {
         const Qt::Alignment other = edge == Qt::AlignLeft ? Qt::AlignRight : Qt::AlignLeft;
-        if (!fitsPair(text, opposite)) {
+        if (opposite.contains(u'\n') || widthOfPair(m_font, text, opposite) > m_width) {
             addAcross(text, edge);
             addAcross(opposite, other);
             return;
         }
-        const qreal taken = naturalWidth(opposite) + gap;
+        const qreal taken = naturalWidth(m_font, opposite) + gap;
         add(text, edge, m_width - taken, edge == Qt::AlignLeft ? 0 : taken);
         m_height = m_lastTop;
         addAcross(opposite, other);
@@ -126,25 +141,6 @@ private:
         m_paragraphs.push_back(std::move(layout));
     }
 
-    [[nodiscard]] qreal naturalWidth(const QString &text) const
-    {
-        QTextLayout layout(text, m_font);
-        layout.beginLayout();
-        QTextLine line = layout.createLine();
-        if (line.isValid())
-            line.setNumColumns(static_cast<int>(text.size()));
-        layout.endLayout();
-        return std::ceil(layout.maximumWidth());
-    }
-
-    [[nodiscard]] qreal widestWord(const QString &text) const
-    {
-        qreal widest = 0;
-        for (const QString &word : text.split(QRegularExpression(QStringLiteral("\\s+"))))
-            widest = std::max(widest, naturalWidth(word));
-        return widest;
-    }
-
     QFont m_font;
     qreal m_width;
     qreal m_height = 0;
@@ -172,8 +168,9 @@ QImage blackAndWhite(const QImage &grey)
 
 bool loadTypeface(const QString &folder)
 {
-    for (const QString &file : QDir(folder).entryList({QStringLiteral("*.ttf")}, QDir::Files, QDir::Name)) {
-        const int id = QFontDatabase::addApplicationFont(folder + u'/' + file);
+    // By name: a further weight in the folder must not change what "not bold" looks like.
+    for (const QString &file : {QStringLiteral("/Tajawal-Regular.ttf"), QStringLiteral("/Tajawal-Bold.ttf")}) {
+        const int id = QFontDatabase::addApplicationFont(folder + file);
         if (id >= 0 && typeface().isEmpty())
             typeface() = QFontDatabase::applicationFontFamilies(id).value(0);
     }
@@ -188,12 +185,15 @@ QImage drawTextPicture(const LineOfPaper &line)
     const bool isPair = !line.opposite.isEmpty() && line.edge != LineOfPaper::Edge::Center;
     const QString text = printable(line.text);
     const QString opposite = printable(line.opposite);
+    const QFont font = fontOf(line);
     qreal across = line.across;
-    // A total and its amount belong on one line: rather narrower letters than two lines.
-    while (isPair && across > 1 && !Layout(fontOf(line), line.width / across).fitsPair(text, opposite))
-        across -= 0.25;
+    if (isPair && across > 1) {
+        // A total and its amount belong on one line: rather narrower letters than two lines.
+        const qreal fitting = std::floor(4 * line.width / widthOfPair(font, text, opposite)) / 4;
+        across = std::clamp(fitting, 1.0, across);
+    }
     // Laid out small and drawn large.
-    Layout layout(fontOf(line), line.width / across);
+    Layout layout(font, line.width / across);
     if (isPair)
         layout.addPair(text, opposite, edge);
     else

@@ -9,7 +9,7 @@ namespace zemrak {
 /// Rows a picture may have; a text that would need more is not drawn.
 inline constexpr int maximumPictureRows = 16384;
 
-/// Loads the typeface from a folder of .ttf files. Without it pictures are drawn in the system's own.
+/// Loads the typeface's regular and bold weight from a folder. Without it pictures are drawn in the system's own.
 /// @returns whether it was there
 bool loadTypeface(const QString &folder);
 

@@ -1,3 +1,6 @@
+/** Width of a character of font A, which sets the columns. */
+export const DOTS_OF_COLUMN = 12;
+
 /** Columns a text takes: one for each character, none for marks and invisible ones. */
 export function columnsOf(text) {
   if (/^[\x20-\x7e]*$/.test(text)) return text.length;

@@ -1,6 +1,5 @@
+import { DOTS_OF_COLUMN } from './layout.mjs';
 import { drawPictures } from './textrender.mjs';
-
-const DOTS_OF_COLUMN = 12;
 
 /**
  * Replaces the lines that a printer's own letters cannot be trusted with (Arabic, and all else beyond ASCII) by

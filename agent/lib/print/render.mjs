@@ -1,10 +1,9 @@
-import { align, columnsOf, row, wrap } from './layout.mjs';
+import { align, columnsOf, DOTS_OF_COLUMN, row, wrap } from './layout.mjs';
 import { escpos } from './escpos.mjs';
 import { starline } from './starline.mjs';
 import { qrModules } from './symbols.mjs';
 import { codepageOf } from './text-encoder.mjs';
 
-const DOTS_OF_COLUMN = 12;
 const COLUMNS = { 384: 32, 512: 42, 576: 48, 640: 53 };
 
 /** Characters in a line of font A: from the profile's dots, 48 (80 mm paper) else. */

@@ -1,7 +1,6 @@
 import { bitmap } from './bitmap.mjs';
 
 const CELL = { width: 12, height: 24, line: 30 };
-const QR_QUIET = 0;
 
 /**
  * Reads ESC/POS the way a printer with `dots` per line does, and gives back the paper.
@@ -105,7 +104,7 @@ class Paper {
   qr(data, size) {
     const version = [14, 26, 42, 62, 84, 106, 122, 152, 180, 213, 251, 287, 331, 362, 412, 450, 504, 560, 624, 666].findIndex((bytes) => bytes >= Buffer.byteLength(data)) + 1;
     if (version === 0) throw new Error('a QR code too large for this reader');
-    const edge = (17 + 4 * version + QR_QUIET) * size;
+    const edge = (17 + 4 * version) * size;
     this.#framed({ kind: 'qr', data, size }, edge, edge);
   }
 
