@@ -14,7 +14,6 @@ endif()
 # The version of the bundle as a whole, by which updates are compared.
 file(CONFIGURE OUTPUT "${resources}/version" CONTENT "${VERSION}\n" @ONLY)
 file(COPY "${SOURCE}/resources/logo-circle.png" "${SOURCE}/resources/install-update.sh" DESTINATION "${resources}")
-file(COPY "${SOURCE}/resources/logo-circle.png" DESTINATION "${resources}")
 file(COPY "${SOURCE}/resources/fonts" DESTINATION "${resources}")
 file(COPY "${SOURCE}/agent" DESTINATION "${resources}")
 file(GLOB_RECURSE installed RELATIVE "${resources}/agent" "${resources}/agent/*")
