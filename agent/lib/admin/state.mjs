@@ -15,7 +15,7 @@ export function agentState({ settings, printers, history, alerts, listeners }) {
     tls: listeners.tls,
     printers: printers.list().map((printer) => pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'profile'])),
     pairedSites: sites.map((site) => pick(site, ['id', 'origin', 'name', 'createdAt'])),
-    recentJobs: history.recent(),
+    recentJobs: history.recent().map((job) => pick(job, ['id', 'printerId', 'printerName', 'kind', 'status', 'errorCode', 'createdAt', 'updatedAt'])),
     allowedOrigins: [...DEFAULT_ORIGINS, ...origins],
     defaultOrigins: [...DEFAULT_ORIGINS],
     autoApprovePairing,

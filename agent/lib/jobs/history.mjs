@@ -1,9 +1,16 @@
 import { randomUUID } from 'node:crypto';
+import { EventEmitter } from 'node:events';
 import { MirroredFile, moveAside, readJsonObject } from '../store/json-file.mjs';
 
 /** Jobs kept on disk; the state shows the newest RECENT_JOBS of them. */
 export const MAX_JOBS = 500;
 export const RECENT_JOBS = 200;
+
+/** How long the key of a request keeps standing for its job, in milliseconds. */
+export const KEY_MS = 10 * 60_000;
+
+// With jobs that are not over or whose key still stands.
+const MOST_JOBS = 3000;
 
 const ENDED = new Set(['completed', 'failed', 'cancelled']);
 
@@ -13,13 +20,15 @@ export const hasEnded = (status) => ENDED.has(status);
 const isJob = (job) => job !== null && typeof job === 'object'
   && ['id', 'printerId', 'kind', 'status'].every((key) => typeof job[key] === 'string')
   && ['createdAt', 'updatedAt'].every((key) => Number.isFinite(job[key]))
-  && [job.printerName, job.errorCode].every((text) => text === undefined || typeof text === 'string');
+  && ['printerName', 'errorCode', 'origin', 'jobName', 'key', 'digest'].every((name) => job[name] === undefined || typeof job[name] === 'string')
+  && (job.revision === undefined || Number.isInteger(job.revision));
 
 /** Records of jobs, without anything that was printed. */
 export class JobHistory {
   #jobs = [];
   #mirror;
   #log;
+  #changes = new EventEmitter().setMaxListeners(0);
 
   /**
    * Jobs that an earlier run left unfinished become failed: what was being sent may be on the paper.
@@ -31,7 +40,8 @@ export class JobHistory {
     this.#mirror = new MirroredFile(file, () => ({ jobs: this.#jobs }));
     const read = readJsonObject(file);
     if (read.kind === 'ok' && Array.isArray(read.value.jobs)) {
-      this.#jobs = read.value.jobs.filter(isJob).slice(0, MAX_JOBS);
+      this.#jobs = read.value.jobs.filter(isJob);
+      this.#trim();
     } else if (read.kind !== 'missing') {
       log.warn('jobs.json cannot be used, starting an empty list');
       moveAside(file);
@@ -39,7 +49,7 @@ export class JobHistory {
     const left = this.#jobs.filter((job) => !hasEnded(job.status));
     for (const job of left) {
       const sent = job.status === 'sending' || job.status === 'printing';
-      Object.assign(job, { status: 'failed', errorCode: sent ? 'uncertain_after_restart' : 'expired_after_restart', updatedAt: Date.now() });
+      Object.assign(job, { status: 'failed', errorCode: sent ? 'uncertain_after_restart' : 'expired_after_restart', updatedAt: Date.now(), revision: (job.revision ?? 0) + 1 });
     }
     if (left.length > 0) {
       log.warn(`${left.length} unfinished jobs of the last run marked as failed`);
@@ -52,16 +62,51 @@ export class JobHistory {
 
   get count() { return this.#jobs.length; }
 
+  /** The record of a job, or undefined. */
+  find(id) {
+    const job = this.#jobs.find((each) => each.id === id);
+    return job && { ...job };
+  }
+
+  /** The youngest job that was accepted under a key, while the key stands. */
+  findByKey(key) {
+    const job = this.#jobs.find((each) => each.key === key && each.createdAt > Date.now() - KEY_MS);
+    return job && { ...job };
+  }
+
+  /**
+   * Waits until a job has changed more than `after` times, is over, `ms` have passed or the caller has gone.
+   * @returns {Promise<object | undefined>} its record then
+   */
+  async changed(id, after, ms, signal) {
+    const isNews = (job) => !job || hasEnded(job.status) || (job.revision ?? 0) > after;
+    if (!isNews(this.find(id)) && ms > 0 && !signal.aborted) {
+      await new Promise((resolve) => {
+        const done = () => {
+          clearTimeout(timer);
+          this.#changes.off(id, onChange);
+          signal.removeEventListener('abort', done);
+          resolve();
+        };
+        const onChange = () => { if (isNews(this.find(id))) done(); };
+        const timer = setTimeout(done, ms);
+        this.#changes.on(id, onChange);
+        signal.addEventListener('abort', done, { once: true });
+      });
+    }
+    return this.find(id);
+  }
+
   /**
    * Adds a job.
-   * @param {{ printerId: string, printerName: string, kind: string, status: string, errorCode?: string }} fields
+   * @param {{ printerId: string, printerName: string, kind: string, status: string, errorCode?: string, origin?: string, jobName?: string, key?: string, digest?: string }} fields
    * @returns {Promise<object>} its record, once it is on disk (or could not be written)
    */
   async add(fields) {
     const now = Date.now();
-    const job = { id: randomUUID(), ...fields, createdAt: now, updatedAt: now };
+    const job = { id: randomUUID(), ...fields, createdAt: now, updatedAt: now, revision: 0 };
     this.#jobs.unshift(job);
-    this.#jobs.length = Math.min(this.#jobs.length, MAX_JOBS);
+    this.#trim();
     await this.#save();
     return { ...job };
   }
@@ -73,13 +118,19 @@ export class JobHistory {
   async mark(id, status, errorCode) {
     const job = this.#jobs.find((each) => each.id === id);
     if (!job || hasEnded(job.status)) return;
-    Object.assign(job, { status, updatedAt: Date.now() });
+    Object.assign(job, { status, updatedAt: Date.now(), revision: (job.revision ?? 0) + 1 });
     if (errorCode) job.errorCode = errorCode;
+    this.#changes.emit(id);
     await this.#save();
   }
 
   flush() { return this.#save(); }
   flushSync() { this.#mirror.flushSync(); }
+
+  #trim() {
+    const stands = (job) => !hasEnded(job.status) || (job.key !== undefined && job.createdAt > Date.now() - KEY_MS);
+    this.#jobs = this.#jobs.filter((job, index) => index < MAX_JOBS || (index < MOST_JOBS && stands(job)));
+  }
 
   #save() {
     return this.#mirror.save().catch((error) => this.#log.error(`jobs.json not written: ${error.code ?? 'error'}`));

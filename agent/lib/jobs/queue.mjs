@@ -1,120 +1,96 @@
 import { ApiError } from '../api-error.mjs';
-import { failedKey, printFailed } from '../alerts/texts.mjs';
-import { SendError } from '../printers/send-error.mjs';
+import { printFailed } from '../alerts/texts.mjs';
+import { Lane } from './lane.mjs';
 
 /** Jobs that may wait for one printer, besides the one being sent. */
 export const MAX_WAITING = 30;
 
-/**
- * Sends jobs, one at a time for each printer, in the order they came.
- * A job is on record as "sending" before its first byte leaves: whatever happens to the
- * service afterwards, nobody takes it for one that never reached the paper.
- */
+/** Bytes of all jobs that are not over. */
+export const MAX_BYTES = 256 * 1024 * 1024;
+
+/** Takes jobs in and hands each to its printer's lane. */
 export class JobQueue {
-  #history;
-  #alerts;
-  #send;
-  #log;
+  #parts;
   #lanes = new Map();
   #stopping = false;
 
   /**
    * @param {{ history: import('./history.mjs').JobHistory, alerts: import('../alerts/alerts.mjs').Alerts,
-   *   send: (printer: object, payload: object, hooks: { printing: () => void }) => Promise<void>,
-   *   log: import('../log.mjs').Log }} parts `send` rejects with a SendError
+   *   send: (printer: object, payload: object, hooks: { sending: () => Promise<void>, printing: () => void }) => Promise<void>,
+   *   log: import('../log.mjs').Log, retryMs?: number }} parts `send` as in printers/send.mjs
    */
-  constructor({ history, alerts, send, log }) {
-    this.#history = history;
-    this.#alerts = alerts;
-    this.#send = send;
-    this.#log = log;
-  }
+  constructor(parts) { this.#parts = parts; }
 
   /** Whether a job is being sent to this printer now. */
-  isBusy(printerId) { return this.#lanes.get(printerId)?.sending === true; }
+  isBusy(printerId) { return this.#lanes.get(printerId)?.isSending === true; }
+
+  /** Jobs of a printer that are not over. */
+  depthOf(printerId) { return this.#lanes.get(printerId)?.depth ?? 0; }
 
   /** Jobs waiting or being sent, of all printers. */
-  get depth() { return [...this.#lanes.values()].reduce((sum, lane) => sum + lane.waiting.length + (lane.sending ? 1 : 0), 0); }
+  get depth() { return this.#sum((lane) => lane.depth); }
+
+  /** Refuses what accept() would refuse, before anybody goes to the trouble of making the bytes. @throws {ApiError} */
+  checkRoom(printerId, bytes = 0) {
+    if (this.#stopping) throw new ApiError(503, 'stopping', 'الخدمة تتوقف الآن.');
+    const waiting = this.#lanes.get(printerId)?.waiting.length ?? 0;
+    if (waiting >= MAX_WAITING || (this.depth > 0 && this.#sum((lane) => lane.bytes) + bytes > MAX_BYTES)) {
+      throw new ApiError(409, 'queue_busy', 'وظائف كثيرة تنتظر هذه الطابعة. حاول بعد قليل.');
+    }
+  }
 
   /**
    * Accepts a job.
    * @param {object} printer with id and displayName
-   * @param {string} kind "test", "cut", "drawer", "designer" or "codepage-test"
-   * @param {{ bytes: Buffer, text: string, raw: boolean }} payload
+   * @param {string} kind "test", "cut", "drawer", "designer", "codepage-test", or a kind of the sites' jobs
+   * @param {{ bytes: Buffer, text: string, raw: boolean, copies?: number, media?: string }} payload
+   * @param {{ maxWaitMs?: number, record?: object }} how maxWaitMs = time to wait for a printer that is off; record = more fields of its record
    * @returns {Promise<object>} its record, on disk as queued
    * @throws {ApiError} 409 queue_busy, 503 while the service stops
    */
-  async accept(printer, kind, payload) {
-    if (this.#stopping) throw new ApiError(503, 'stopping', 'الخدمة تتوقف الآن.');
+  async accept(printer, kind, payload, { maxWaitMs = 0, record = {} } = {}) {
+    this.checkRoom(printer.id, payload.bytes.length);
     const lane = this.#lane(printer.id);
-    if (lane.waiting.length >= MAX_WAITING) throw new ApiError(409, 'queue_busy', 'وظائف كثيرة تنتظر هذه الطابعة. حاول بعد قليل.');
-    const entry = { printer, kind, payload, id: null };
+    const entry = { id: null, printer, payload, deadline: Date.now() + maxWaitMs };
     lane.waiting.push(entry);
-    const job = await this.#history.add({ printerId: printer.id, printerName: printer.displayName, kind, status: 'queued' });
+    const job = await this.#parts.history.add({ printerId: printer.id, printerName: printer.displayName, kind, status: 'queued', ...record });
     entry.id = job.id;
-    this.#log.info(`job ${job.id} ${kind} accepted for ${printer.id}`);
-    this.#pump(lane);
+    this.#parts.log.info(`job ${job.id} ${kind} accepted for ${printer.id}`);
+    lane.pump();
     return job;
   }
 
   /** Records a job that cannot even be queued. */
-  async refuse(printer, kind, errorCode) {
-    const job = await this.#history.add({ printerId: printer.id, printerName: printer.displayName, kind, status: 'failed', errorCode });
-    this.#alerts.happened(printFailed(printer.id, printer.displayName, errorCode));
+  async refuse(printer, kind, errorCode, record = {}) {
+    const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'failed', errorCode, ...record };
+    const job = await this.#parts.history.add(fields);
+    this.#parts.alerts.happened(printFailed(printer.id, printer.displayName, errorCode));
     return job;
   }
 
   /** Cancels what waits for a printer. @returns {number} how many */
-  cancelWaiting(printerId) {
-    const lane = this.#lanes.get(printerId);
-    const cancelled = lane?.waiting.filter((entry) => entry.id !== null) ?? [];
-    for (const entry of cancelled) void this.#history.mark(entry.id, 'cancelled');
-    if (lane) lane.waiting = lane.waiting.filter((entry) => entry.id === null);
-    return cancelled.length;
-  }
+  cancelWaiting(printerId) { return this.#lanes.get(printerId)?.cancel(() => true) ?? 0; }
+
+  /** Cancels one job. @returns {boolean} false when some of it may have left, or it is over */
+  cancel(id) { return [...this.#lanes.values()].some((lane) => lane.cancel((each) => each === id) > 0); }
 
   /**
-   * Stops sending. What waits stays on record as queued; what is being sent may end within `graceMs`,
+   * Stops sending. What waits stays on record as it is; what is being sent may end within `graceMs`,
    * and stays on record as being sent otherwise.
    * @param {number} graceMs
    */
   async stop(graceMs) {
     this.#stopping = true;
-    const sending = [...this.#lanes.values()].map((lane) => lane.running).filter(Boolean);
+    const sending = [...this.#lanes.values()].map((lane) => lane.stop()).filter(Boolean);
     let timer;
     await Promise.race([Promise.allSettled(sending), new Promise((resolve) => { timer = setTimeout(resolve, graceMs); })]);
     clearTimeout(timer);
   }
 
+  #sum(of) { return [...this.#lanes.values()].reduce((sum, lane) => sum + of(lane), 0); }
+
   #lane(printerId) {
-    if (!this.#lanes.has(printerId)) this.#lanes.set(printerId, { waiting: [], sending: false, running: null });
+    if (!this.#lanes.has(printerId)) this.#lanes.set(printerId, new Lane(this.#parts));
     return this.#lanes.get(printerId);
-  }
-
-  #pump(lane) {
-    // The first in line may still be on its way to the disk; its own accept() comes back here.
-    if (lane.sending || this.#stopping || !lane.waiting[0]?.id) return;
-    const entry = lane.waiting.shift();
-    lane.sending = true;
-    lane.running = this.#run(entry)
-      .catch((error) => this.#log.error(`job ${entry.id}: ${error.message}`))
-      .finally(() => { lane.sending = false; this.#pump(lane); });
-  }
-
-  async #run({ id, printer, payload }) {
-    await this.#history.mark(id, 'sending');
-    try {
-      await this.#send(printer, { ...payload, jobId: id }, {
-        printing: () => void this.#history.mark(id, 'printing'),
-      });
-    } catch (error) {
-      const code = error instanceof SendError ? error.code : 'interrupted';
-      this.#log.warn(`job ${id} failed: ${code} (${error.message})`);
-      this.#alerts.happened(printFailed(printer.id, printer.displayName, code));
-      return void await this.#history.mark(id, 'failed', code);
-    }
-    this.#log.info(`job ${id} completed`);
-    this.#alerts.resolve(failedKey(printer.id));
-    await this.#history.mark(id, 'completed');
   }
 }

@@ -59,6 +59,9 @@ export class CupsQueues {
     return [...this.#queues].map(([queue, status]) => ({ id: `cups-${queue}`, name: queue, type: 'cups', queue, ...status }));
   }
 
+  /** Whether a print queue's device is known not to be there, or there is nothing to print with. */
+  isOffline(queue) { return !this.#programs.lp || this.#queues.get(queue)?.state === 'offline'; }
+
   /** Asks the system again; joins a refresh under way. */
   refresh() {
     if (!this.#programs.lpstat) return Promise.resolve();
@@ -80,13 +83,15 @@ export class CupsQueues {
 
   /**
    * Hands a job to a print queue and waits until it has left it.
-   * @param {{ raw: boolean, title: string, printing: () => void }} how raw = bytes go to the device as they are
+   * @param {{ raw: boolean, title: string, copies?: number, media?: string, printing: () => void }} how raw = bytes go to the device as they are;
+   *   copies and media (a paper size's name) are for the print system to see to
    * @throws {SendError} "offline" when the queue refused it, "queue_stalled" when it was still there after a minute (it is cancelled then)
    */
-  async send(queue, bytes, { raw, title, printing }) {
+  async send(queue, bytes, { raw, title, copies = 1, media, printing }) {
     const { lp, lpstat, cancel } = this.#programs;
     if (!lp) throw new SendError('offline', 'no lp program');
-    const sent = await runProgram(lp, ['-d', queue, '-t', title, ...(raw ? ['-o', 'raw'] : [])], { input: bytes, timeoutMs: 15_000 });
+    const options = [...(raw ? ['-o', 'raw'] : []), ...(copies > 1 ? ['-n', String(copies)] : []), ...(media ? ['-o', `media=${media}`] : [])];
+    const sent = await runProgram(lp, ['-d', queue, '-t', title, ...options], { input: bytes, timeoutMs: 15_000 });
     const request = /request id is (\S+)/.exec(sent.stdout)?.[1];
     if (sent.status !== 0 || !request) throw new SendError(sent.timedOut ? 'timeout' : 'offline', 'lp failed');
     printing();

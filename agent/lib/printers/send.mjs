@@ -6,16 +6,18 @@ import { SendError } from './send-error.mjs';
 /**
  * Makes the function that carries a job to its printer.
  * @param {{ monitor: object, cups: object, previews: string }} parts previews = folder
- * @returns {(printer: object, payload: { jobId: string, bytes: Buffer, text: string, raw: boolean }, hooks: { printing: () => void }) => Promise<void>}
- *   rejects with a SendError
+ * @returns {(printer: object, payload: { jobId: string, bytes: Buffer, text: string, raw: boolean, copies?: number, media?: string },
+ *   hooks: { sending: () => Promise<void>, printing: () => void }) => Promise<void>}
+ *   rejects with a SendError; `sending` is awaited before the first byte leaves, and what it throws keeps everything back.
+ *   "offline" before that call means that the printer has been given nothing.
  */
 export function sender({ monitor, cups, previews }) {
-  const overNetwork = async (printer, bytes) => {
+  const overNetwork = async (printer, bytes, sending) => {
     await monitor.hold(printer.id);
     let answered = true;
     try {
-      if (printer.transport === 'lpd') await sendLpd(printer, bytes);
-      else await streamAll(await connectPrinter(printer), bytes);
+      if (printer.transport === 'lpd') await sendLpd(printer, bytes, { sending });
+      else await sendRaw(printer, bytes, sending);
     } catch (error) {
       answered = !(error instanceof SendError && error.code === 'offline');
       throw error;
@@ -24,11 +26,29 @@ export function sender({ monitor, cups, previews }) {
     }
   };
 
-  return async (printer, payload, { printing }) => {
+  return async (printer, payload, { sending, printing }) => {
+    const { bytes, raw, copies, media, jobId } = payload;
     switch (printer.type) {
-      case 'net': return overNetwork(printer, payload.bytes);
-      case 'cups': return cups.send(printer.queue, payload.bytes, { raw: payload.raw, title: `Zemrak ${payload.jobId}`, printing });
-      default: return keepPreview(previews, payload);
+      case 'net': return overNetwork(printer, bytes, sending);
+      case 'cups':
+        if (cups.isOffline(printer.queue)) throw new SendError('offline', 'the print queue is offline');
+        await sending();
+        return cups.send(printer.queue, bytes, { raw, copies, media, title: `Zemrak ${jobId}`, printing });
+      default:
+        await sending();
+        return keepPreview(previews, payload);
     }
   };
+}
+
+async function sendRaw(printer, bytes, sending) {
+  const socket = await connectPrinter(printer);
+  try {
+    await sending();
+  } catch (error) {
+    socket.on('error', () => {});
+    socket.destroy();
+    throw error;
+  }
+  await streamAll(socket, bytes);
 }

@@ -9,9 +9,10 @@ const QUEUE = 'lp';
  * Sends a job by the line printer daemon protocol (RFC 1179).
  * @param {{ host: string, port: number }} printer
  * @param {Uint8Array} bytes
+ * @param {{ stallMs?: number, sending?: () => Promise<void> }} how sending = awaited before the first byte of the receipt
  * @throws {SendError} "offline" before the first byte of the receipt, "interrupted" after it
  */
-export async function sendLpd(printer, bytes, { stallMs = TIMES.stall } = {}) {
+export async function sendLpd(printer, bytes, { stallMs = TIMES.stall, sending = async () => {} } = {}) {
   const socket = await connectPrinter(printer, TIMES.connect);
   const host = os.hostname().replace(/[^A-Za-z0-9.-]/g, '').slice(0, 31) || 'localhost';
   const control = Buffer.from(`H${host}\nPzemrak\nldfA001${host}\nUdfA001${host}\nNreceipt\n`, 'latin1');
@@ -20,6 +21,7 @@ export async function sendLpd(printer, bytes, { stallMs = TIMES.stall } = {}) {
     await exchange(socket, `\x02${control.length} cfA001${host}\n`, stallMs);
     await exchange(socket, Buffer.concat([control, Buffer.of(0)]), stallMs);
     await exchange(socket, `\x03${bytes.length} dfA001${host}\n`, stallMs);
+    await sending();
   } catch {
     socket.on('error', () => {});
     socket.destroy();
