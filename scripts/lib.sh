@@ -16,6 +16,8 @@ packages_run=(
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript # what the window imports
   pkg-config libxcb1-dev          # finding trays of the older kind on X11
   nodejs                          # runs the print service
+  libpoppler-cpp-dev              # documents as receipts
+  libnotify-bin                   # asking whether a site may print
   openssl                         # the service's certificate authority
   libnss3-tools                   # browsers' trust in that authority
   qt6-translations-l10n           # Qt's own texts in Arabic, as in its file dialog

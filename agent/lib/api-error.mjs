@@ -26,3 +26,8 @@ export function invalidRequest(message = 'الطلب غير صالح.') {
 export function printerNotFound() {
   return new ApiError(404, 'printer_not_found', 'لا توجد طابعة بهذا المعرّف.');
 }
+
+/** 400: a picture or document cannot be printed; `why` says so in Arabic. */
+export function unsupportedImage(why) {
+  return new ApiError(400, 'unsupported_image', why);
+}

@@ -8,6 +8,7 @@ import { SETTINGS_BROKEN_KEY, settingsBroken } from './alerts/texts.mjs';
 import { JobHistory } from './jobs/history.mjs';
 import { JobQueue } from './jobs/queue.mjs';
 import { AdminJobs } from './jobs/submit.mjs';
+import { SiteJobs } from './jobs/site-jobs.mjs';
 import { NetworkMonitor } from './printers/monitor.mjs';
 import { CupsQueues } from './printers/cups.mjs';
 import { Printers } from './printers/registry.mjs';
@@ -16,7 +17,16 @@ import { Router } from './http/router.mjs';
 import { openListener } from './http/listener.mjs';
 import { adminGuard, renewToken } from './admin/token.mjs';
 import { adminRoutes } from './admin/routes.mjs';
+import { renewIfDue } from './tls/certificates.mjs';
 import { Updates } from './update/updates.mjs';
+import { Pairings } from './sites/pairings.mjs';
+import { Pictures } from './print/picture-files.mjs';
+import { drawCommandTexts, drawText } from './print/pictures.mjs';
+import { personAsker } from './public/ask-person.mjs';
+import { originGuard } from './public/access.mjs';
+import { Pairing } from './public/pairing.mjs';
+import { RateLimit } from './public/rate-limit.mjs';
+import { publicRoutes } from './public/routes.mjs';
 
 // A job being sent may take this long to end after the service was told to stop (milliseconds).
 const GRACE_MS = 1500;
@@ -50,6 +60,7 @@ export async function startService(env = process.env) {
   const service = compose({ env, log, paths, read, listeners });
   router = new Router();
   router.group('/admin/', adminGuard(() => token), adminRoutes(service));
+  router.group('/v1/', originGuard(service.settings), publicRoutes(service));
 
   const { monitor, cups, queue, settings, alerts, history, updates } = service;
   void updates.tidy();
@@ -94,16 +105,22 @@ function compose({ env, log, paths, read, listeners }) {
   const printers = new Printers({ settings, monitor, cups, alerts });
   const queue = new JobQueue({ history, alerts, log, send: sender({ monitor, cups, previews: paths.previews }) });
   printers.watchJobs((id) => queue.isBusy(id));
-  const jobs = new AdminJobs({ printers, queue });
+  const onFailure = (why) => log.warn(`text engine: ${why}`);
+  const jobs = new AdminJobs({ printers, queue, draw: (operations, target) => drawText(operations, target, { onFailure }) });
+  const drawTexts = (commands, target) => drawCommandTexts(commands, target, { onFailure });
+  const siteJobs = new SiteJobs({ printers, queue, history, pictures: new Pictures(env), drawTexts });
+  const pairings = new Pairings(settings);
+  const pairing = new Pairing({ settings, pairings, ask: personAsker(env), log });
+  const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit() };
   const updates = new Updates({ settings, folder: paths.updates, log });
-  return { log, settings, alerts, history, monitor, cups, printers, queue, jobs, updates, listeners, startedAt: Date.now() };
+  return { ...sites, log, settings, alerts, history, monitor, cups, printers, queue, jobs, updates, listeners, startedAt: Date.now() };
 }
 
 async function openPorts({ env, paths, settings, answer, log }) {
   const httpPort = portFrom(env.ZEMRAK_LP_HTTP_PORT, settings.httpPort);
   const httpsPort = portFrom(env.ZEMRAK_LP_HTTPS_PORT, settings.httpsPort);
   const plain = await openOrTaken({ port: httpPort, answer, log });
-  const material = readTls(paths, log);
+  const material = await readTls(paths, log);
   let secure = null;
   try {
     secure = material && await openOrTaken({ port: httpsPort, tls: material, answer, log });
@@ -129,7 +146,12 @@ async function openOrTaken(options) {
   }
 }
 
-function readTls(paths, log) {
+async function readTls(paths, log) {
+  try {
+    if (await renewIfDue(paths) === 'made') log.info('the certificates were made anew before they expired');
+  } catch (error) {
+    log.error(`the certificates cannot be renewed: ${error.message}`);
+  }
   try {
     return { cert: readFileSync(paths.serverCert), key: readFileSync(paths.serverKey) };
   } catch (error) {

@@ -49,6 +49,18 @@ test('certificates: made once, private, and good for the loopback names', { skip
     await service.stop();
   });
 
+  await t.test('a server certificate about to expire is renewed when the service starts, its authority kept', async (t2) => {
+    const folder = path.join(configFolder(home), 'tls');
+    const openssl = (...args) => execFileSync(findProgram('openssl'), args, { cwd: folder, stdio: 'pipe' });
+    openssl('req', '-new', '-key', 'server.key', '-subj', '/CN=localhost', '-out', '../short.csr');
+    openssl('x509', '-req', '-in', '../short.csr', '-CA', 'ca.crt', '-CAkey', 'ca.key', '-set_serial', '9', '-days', '20', '-out', 'server.crt');
+    const service = await startService(t2, { home, env: system });
+    assert.equal(await ask((await service.state()).httpsPort, first['ca.crt'], '127.0.0.1'), 404);
+    await service.stop();
+    assert.equal(contents(home)['ca.crt'], first['ca.crt']);
+    assert.ok(Date.parse(new X509Certificate(contents(home)['server.crt']).validTo) > Date.now() + 800 * 86_400_000);
+  });
+
   await t.test('the authority cannot vouch for another name', () => {
     const work = path.join(home, 'forged');
     mkdirSync(work);

@@ -5,7 +5,13 @@ import { isObject } from '../validate.mjs';
 export const ADMIN_BODY_BYTES = 1024 * 1024;
 export const JOB_BODY_BYTES = 25 * 1024 * 1024;
 
+/** Bytes of all bodies being read at one time. */
+export const HELD_BYTES = 160 * 1024 * 1024;
+
+let held = 0;
+
 const tooLarge = () => new ApiError(413, 'too_large', 'الطلب أكبر من الحد المسموح.');
+const busy = () => new ApiError(503, 'busy', 'الخدمة مشغولة بطلبات كبيرة. حاول بعد قليل.', { 'Retry-After': '2' });
 const badJson = () => new ApiError(400, 'invalid_json', 'محتوى الطلب ليس كائن JSON صالحًا.');
 
 /**
@@ -13,7 +19,7 @@ const badJson = () => new ApiError(400, 'invalid_json', 'محتوى الطلب �
  * @param {import('node:http').IncomingMessage} request
  * @param {number} limit bytes
  * @returns {Promise<object>}
- * @throws {ApiError} 413, 400
+ * @throws {ApiError} 413, 400; 503 when too much is being read already
  */
 export async function readJsonBody(request, limit = ADMIN_BODY_BYTES) {
   if (Number(request.headers['content-length'] ?? 0) > limit) throw tooLarge();
@@ -33,15 +39,25 @@ function readBytes(request, limit) {
   return new Promise((resolve, reject) => {
     const chunks = [];
     let size = 0;
+    let isOver = false;
+    const settle = (call, value) => {
+      if (isOver) return;
+      isOver = true;
+      held -= size;
+      request.off('data', onData);
+      call(value);
+    };
     const onData = (chunk) => {
       size += chunk.length;
-      if (size <= limit) return void chunks.push(chunk);
-      request.off('data', onData);
-      reject(tooLarge());
+      held += chunk.length;
+      if (size > limit) return settle(reject, tooLarge());
+      if (held > HELD_BYTES) return settle(reject, busy());
+      chunks.push(chunk);
     };
+    const incomplete = () => settle(reject, new ApiError(400, 'incomplete', 'انقطع الطلب قبل اكتماله.'));
     request.on('data', onData);
-    request.once('end', () => resolve(Buffer.concat(chunks)));
-    request.once('error', () => reject(new ApiError(400, 'incomplete', 'انقطع الطلب قبل اكتماله.')));
+    request.once('end', () => settle(resolve, Buffer.concat(chunks)));
+    request.once('error', incomplete).once('close', incomplete);
   });
 }
 

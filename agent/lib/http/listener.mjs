@@ -3,7 +3,7 @@ import https from 'node:https';
 import { ApiError } from '../api-error.mjs';
 
 const LOOPBACK = '127.0.0.1';
-const MAX_CONNECTIONS = 200;
+const MAX_CONNECTIONS = 600;
 
 // Milliseconds. Bound what a slow or endless sender can hold; they do not bound an answer in the making.
 const LIMITS = {
@@ -18,8 +18,8 @@ const LINGER_MS = 1000;
 
 /**
  * Opens a listener on the loopback address only.
- * @param {{ port: number, tls?: { key: Buffer, cert: Buffer }, answer: (request: object, context: { port: number, signal: AbortSignal }) => Promise<object>, log: object }} options
- *   port 0 = any free one; `answer` throws ApiError to refuse
+ * @param {{ port: number, tls?: { key: Buffer, cert: Buffer }, answer: (request: object, context: { port: number, signal: AbortSignal, headers: object }) => Promise<object>, log: object }} options
+ *   port 0 = any free one; `answer` throws ApiError to refuse; it may put into `headers` what the answer must carry in any case
  * @returns {Promise<{ port: number, close: () => Promise<void> }>}
  * @throws the system's error (EADDRINUSE) or, with bad key material, the TLS library's
  */
@@ -54,13 +54,14 @@ async function serve(request, response, { answer, port, log }) {
   response.on('close', () => { if (!response.writableFinished) gone.abort(); });
   request.on('error', () => {});
   response.on('error', () => {});
+  const shared = {};
   let result;
   try {
-    result = await answer(request, { port, signal: gone.signal });
+    result = await answer(request, { port, signal: gone.signal, headers: shared });
   } catch (error) {
     result = refusal(error, log, request);
   }
-  if (!response.destroyed) respond(request, response, result);
+  if (!response.destroyed) respond(request, response, { ...result, headers: { ...shared, ...result.headers } });
 }
 
 function refusal(error, log, request) {
@@ -75,11 +76,10 @@ function refusal(error, log, request) {
 }
 
 function respond(request, response, { status, body, headers }) {
-  const bytes = Buffer.from(JSON.stringify(body), 'utf8');
+  const bytes = Buffer.from(body === undefined ? '' : JSON.stringify(body), 'utf8');
   const unread = !request.complete;
   response.writeHead(status, {
-    'Content-Type': 'application/json; charset=utf-8',
-    'Content-Length': bytes.length,
+    ...(body === undefined ? {} : { 'Content-Type': 'application/json; charset=utf-8', 'Content-Length': bytes.length }),
     'Cache-Control': 'no-store',
     'X-Content-Type-Options': 'nosniff',
     ...(unread ? { Connection: 'close' } : {}),

@@ -1,6 +1,8 @@
 import { ApiError } from '../api-error.mjs';
 import { isOwnHost } from './host-header.mjs';
 
+const notFound = () => new ApiError(404, 'not_found', 'لا يوجد شيء في هذا المسار.');
+
 /**
  * Table of paths. A route answers with { status?, body, headers? }; what it throws becomes an error answer.
  * A group of routes shares a prefix and a guard that runs before a path is even looked up,
@@ -11,8 +13,10 @@ export class Router {
 
   /**
    * @param {string} prefix such as "/admin/"
-   * @param {(request: import('node:http').IncomingMessage) => void} guard throws an ApiError to refuse
-   * @param {Record<string, (call: { request: object, signal: AbortSignal }) => Promise<object> | object>} routes by "METHOD /path"
+   * @param {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} guard throws an ApiError to refuse;
+   *   may add headers that every answer gets, also those of errors
+   * @param {Record<string, (call: { request: object, signal: AbortSignal, params: Record<string, string>, query: URLSearchParams }) => Promise<object> | object>} routes
+   *   by "METHOD /path"; a segment ":name" stands for any one segment
    */
   group(prefix, guard, routes) {
     const paths = new Map();
@@ -21,26 +25,50 @@ export class Router {
       if (!paths.has(path)) paths.set(path, new Map());
       paths.get(path).set(method, handler);
     }
-    this.#groups.push({ prefix, guard, paths });
+    const patterns = [...paths].filter(([path]) => path.includes('/:')).map(([path, methods]) => ({ names: path.split('/'), methods }));
+    this.#groups.push({ prefix, guard, paths, patterns });
   }
 
   /**
    * Answers one request.
    * @param {import('node:http').IncomingMessage} request
-   * @param {{ port: number, signal: AbortSignal }} context port = the listener's; signal = the client has gone
-   * @returns {Promise<{ status: number, body: object, headers: Record<string, string> }>}
+   * @param {{ port: number, signal: AbortSignal, headers?: Record<string, string> }} context port = the listener's; signal = the client has gone;
+   *   headers = gets what every answer to this request must carry
+   * @returns {Promise<{ status: number, body?: object, headers: Record<string, string> }>} no body with 204
    * @throws {ApiError}
    */
-  async answer(request, { port, signal }) {
+  async answer(request, { port, signal, headers: shared = {} }) {
     if (!isOwnHost(request.rawHeaders, port)) throw new ApiError(421, 'bad_host', 'العنوان المسموح هو 127.0.0.1 أو localhost فقط.');
-    const path = request.url.split('?', 1)[0];
+    const [path, search = ''] = request.url.split(/\?(.*)/s, 2);
     const group = this.#groups.find(({ prefix }) => path.startsWith(prefix));
-    group?.guard(request);
-    const methods = group?.paths.get(path);
-    if (!methods) throw new ApiError(404, 'not_found', 'لا يوجد شيء في هذا المسار.');
+    group?.guard(request, shared);
+    const found = group && lookUp(group, path);
+    if (!found) throw notFound();
+    const methods = found.methods;
+    if (request.method === 'OPTIONS' && shared['Access-Control-Allow-Origin']) return { status: 204, headers: {} };
     const handler = methods.get(request.method);
     if (!handler) throw new ApiError(405, 'method_not_allowed', 'طريقة الطلب غير مسموحة هنا.', { Allow: [...methods.keys()].join(', ') });
-    const { status = 200, body, headers = {} } = await handler({ request, signal });
+    const { status = 200, body, headers = {} } = await handler({ request, signal, params: found.params, query: new URLSearchParams(search) });
     return { status, body, headers };
+  }
+}
+
+/** The methods of a path, and what stands in its places; null when there is no such path. */
+function lookUp({ paths, patterns }, path) {
+  if (paths.has(path) && !path.includes('/:')) return { methods: paths.get(path), params: {} };
+  const given = path.split('/');
+  for (const { names, methods } of patterns) {
+    if (names.length !== given.length || !names.every((name, index) => name === given[index] || (name.startsWith(':') && given[index] !== ''))) continue;
+    const places = names.flatMap((name, index) => (name.startsWith(':') ? [[name.slice(1), decode(given[index])]] : []));
+    return places.some(([, value]) => value === null) ? null : { methods, params: Object.fromEntries(places) };
+  }
+  return null;
+}
+
+function decode(segment) {
+  try {
+    return decodeURIComponent(segment);
+  } catch {
+    return null;
   }
 }

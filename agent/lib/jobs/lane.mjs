@@ -6,8 +6,8 @@ export const RETRY_MS = 1000;
 
 /**
  * The jobs of one printer, sent one at a time in the order they came.
- * A job is on record as "sending" before its first byte leaves, and is never tried again from then on.
- * Before that, a printer that is off is tried until the job's time is over.
+ * A job is on record as "sending" before its first byte leaves, and is never tried again once one may have left.
+ * A printer that is off is tried until the job's time is over.
  */
 export class Lane {
   /** Entries not yet begun: { id (null until on disk), printer, payload, deadline } */
@@ -71,11 +71,11 @@ export class Lane {
       if (entry.cancelled) return;
       if (!error) break;
       const code = error instanceof SendError ? error.code : 'interrupted';
-      if (entry.sending || code !== 'offline') return this.#fail(entry, code, error.message);
+      if (!error.untouched) return this.#fail(entry, code, error.message);
       if (this.#stopping) return;
       if (Date.now() >= entry.deadline) return this.#fail(entry, code, error.message);
-      if (!entry.waits) await history.mark(id, 'waiting');
-      entry.waits = true;
+      if (!entry.waits || entry.sending) await history.mark(id, 'waiting');
+      Object.assign(entry, { waits: true, sending: false });
       await this.#pause(entry);
       if (entry.cancelled || this.#stopping) return;
       this.#expire();

@@ -1,5 +1,4 @@
 import { ApiError, invalidRequest } from '../api-error.mjs';
-import { drawText } from '../print/pictures.mjs';
 import { columnsOfProfile, render } from '../print/render.mjs';
 import { codePageTest, testPage } from '../print/test-page.mjs';
 import { columnsOfPaper, designerReceipt } from '../print/designer-receipt.mjs';
@@ -10,24 +9,29 @@ const DEFAULT_PIN = '2';
 const PINS = ['2', '5', 'both', 'none'];
 
 /**
- * Jobs of the person at this computer. They do not wait for a printer that is off:
- * such a job is recorded as failed and refused.
+ * Jobs of the person at this computer, some of which sites may ask for too; `record` is then what the record of the job
+ * says of the site. They do not wait for a printer that is off: such a job is recorded as failed and refused.
  */
 export class AdminJobs {
   #printers;
   #queue;
+  #draw;
 
-  /** @param {{ printers: import('../printers/registry.mjs').Printers, queue: import('./queue.mjs').JobQueue }} parts */
-  constructor({ printers, queue }) {
+  /**
+   * @param {{ printers: import('../printers/registry.mjs').Printers, queue: import('./queue.mjs').JobQueue,
+   *   draw: (operations: object[], target: object) => Promise<object[]> }} parts draw = puts pictures in place of letters
+   */
+  constructor({ printers, queue, draw }) {
     this.#printers = printers;
     this.#queue = queue;
+    this.#draw = draw;
   }
 
   /** Prints the test page. @returns {Promise<object>} the job's record */
-  test(printerId) {
+  test(printerId, record) {
     const printer = this.#printers.get(printerId);
     const columns = columnsOfProfile(printer.profile);
-    return this.#submit(printer, 'test', testPage({ name: printer.displayName, columns, cut: cutOf(printer) }), columns);
+    return this.#submit(printer, 'test', testPage({ name: printer.displayName, columns, cut: cutOf(printer) }), columns, record);
   }
 
   /** Prints a receipt of the designer. @throws {ApiError} 400 */
@@ -44,19 +48,19 @@ export class AdminJobs {
    * Opens the drawer.
    * @param {unknown} pin "2", "5" or "both"; undefined = the printer's own
    */
-  drawer(printerId, pin) {
+  drawer(printerId, pin, record) {
     const printer = this.#printers.get(printerId);
     const chosen = pin ?? printer.profile.drawerPin ?? DEFAULT_PIN;
     if (!PINS.includes(chosen)) throw invalidRequest('رقم الدرج غير صالح.');
     if (chosen === 'none') throw new ApiError(409, 'drawer_disabled', 'درج النقد معطّل في إعدادات هذه الطابعة.');
-    return this.#command(printer, 'drawer', [{ op: 'drawer', pin: chosen }]);
+    return this.#command(printer, 'drawer', [{ op: 'drawer', pin: chosen }], record);
   }
 
   /** Feeds a little and cuts. */
-  cut(printerId) {
+  cut(printerId, record) {
     const printer = this.#printers.get(printerId);
     if (cutOf(printer) === 'none') throw new ApiError(409, 'cut_disabled', 'القص معطّل في إعدادات هذه الطابعة.');
-    return this.#command(printer, 'cut', [{ op: 'feed', lines: 2 }, { op: 'cut', mode: cutOf(printer) }]);
+    return this.#command(printer, 'cut', [{ op: 'feed', lines: 2 }, { op: 'cut', mode: cutOf(printer) }], record);
   }
 
   /** Prints a line in every code page. */
@@ -69,19 +73,19 @@ export class AdminJobs {
   cancelWaiting(printerId) { return this.#queue.cancelWaiting(printerId); }
 
   /** A job that is only commands means nothing to an ordinary printer. */
-  async #command(printer, kind, operations) {
+  async #command(printer, kind, operations, record) {
     if (printer.protocol === 'none') throw new ApiError(409, 'unsupported_command', 'هذه طابعة عادية لا تدعم هذا الأمر.');
-    return this.#submit(printer, kind, operations, columnsOfProfile(printer.profile));
+    return this.#submit(printer, kind, operations, columnsOfProfile(printer.profile), record);
   }
 
-  async #submit(printer, kind, operations, columns) {
+  async #submit(printer, kind, operations, columns, record) {
     if (printer.state === 'offline') {
-      await this.#queue.refuse(printer, kind, 'offline');
+      await this.#queue.refuse(printer, kind, 'offline', record);
       throw new ApiError(409, 'offline', 'الطابعة غير متصلة.');
     }
     const target = { protocol: printer.protocol, profile: printer.profile, columns };
-    const { bytes, text } = render(await drawText(operations, target), target);
-    return this.#queue.accept(printer, kind, { bytes, text, raw: printer.protocol !== 'none' });
+    const { bytes, text } = render(await this.#draw(operations, target), target);
+    return this.#queue.accept(printer, kind, { bytes, text, raw: printer.protocol !== 'none' }, { record });
   }
 }
 

@@ -32,6 +32,17 @@ export async function drawText(operations, { protocol, profile, columns }, optio
   }
 }
 
+/**
+ * The same for a site's commands.
+ * @param {object[]} commands of the public API
+ * @returns {Promise<(object | null)[]>} for each command the picture of its text, or null where none is drawn
+ */
+export async function drawCommandTexts(commands, target, options) {
+  const operations = commands.map((command) => (command.type === 'text' ? { ...command, op: 'text' } : { op: command.type }));
+  const drawn = await drawText(operations, target, options);
+  return drawn.map((operation) => (operation.op === 'raster' ? operation.picture : null));
+}
+
 /** Whether the operation has letters that are not ASCII; invisible direction marks alone do not count. */
 function needsPicture({ op, text, left, right }) {
   if (op !== 'text' && op !== 'row') return false;

@@ -93,7 +93,7 @@ export class CupsQueues {
     const options = [...(raw ? ['-o', 'raw'] : []), ...(copies > 1 ? ['-n', String(copies)] : []), ...(media ? ['-o', `media=${media}`] : [])];
     const sent = await runProgram(lp, ['-d', queue, '-t', title, ...options], { input: bytes, timeoutMs: 15_000 });
     const request = /request id is (\S+)/.exec(sent.stdout)?.[1];
-    if (sent.status !== 0 || !request) throw new SendError(sent.timedOut ? 'timeout' : 'offline', 'lp failed');
+    if (sent.status !== 0 || !request) throw new SendError(sent.timedOut ? 'timeout' : 'offline', 'lp failed', false);
     printing();
     const until = Date.now() + STALL_MS;
     for (;;) {

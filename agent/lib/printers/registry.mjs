@@ -47,6 +47,22 @@ export class Printers {
   }
 
   /**
+   * The printer that a site means: by id, else by alias or name.
+   * @param {unknown} text
+   * @throws {ApiError} 404; 409 when several printers share the name
+   */
+  resolve(text) {
+    const all = typeof text === 'string' && text.length <= 200 ? this.list() : [];
+    const byId = all.find(({ id }) => id === text);
+    if (byId) return byId;
+    const named = all.filter(({ displayName }) => sameAlias(displayName, text));
+    const found = named.length > 0 ? named : all.filter(({ name }) => sameAlias(name, text));
+    if (found.length > 1) throw new ApiError(409, 'printer_ambiguous', 'أكثر من طابعة بهذا الاسم. استخدم المعرّف (id).');
+    if (found.length === 0) throw printerNotFound();
+    return found[0];
+  }
+
+  /**
    * Adds a network printer, and waits for the first word from it (at most 1 s).
    * @param {{ name: string, host: string, port: number, transport: string }} fields validated
    * @returns {Promise<object>} the printer; the one that already has this host and port, if there is one

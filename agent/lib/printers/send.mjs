@@ -9,7 +9,6 @@ import { SendError } from './send-error.mjs';
  * @returns {(printer: object, payload: { jobId: string, bytes: Buffer, text: string, raw: boolean, copies?: number, media?: string },
  *   hooks: { sending: () => Promise<void>, printing: () => void }) => Promise<void>}
  *   rejects with a SendError; `sending` is awaited before the first byte leaves, and what it throws keeps everything back.
- *   "offline" before that call means that the printer has been given nothing.
  */
 export function sender({ monitor, cups, previews }) {
   const overNetwork = async (printer, bytes, sending) => {
@@ -46,9 +45,10 @@ async function sendRaw(printer, bytes, sending) {
   try {
     await sending();
   } catch (error) {
-    socket.on('error', () => {});
     socket.destroy();
     throw error;
   }
+  // One that serves another computer just now may take the connection and drop it.
+  if (socket.destroyed) throw new SendError('offline', 'closed before the first byte');
   await streamAll(socket, bytes);
 }

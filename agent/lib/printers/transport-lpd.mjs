@@ -23,7 +23,6 @@ export async function sendLpd(printer, bytes, { stallMs = TIMES.stall, sending =
     await exchange(socket, `\x03${bytes.length} dfA001${host}\n`, stallMs);
     await sending();
   } catch {
-    socket.on('error', () => {});
     socket.destroy();
     throw new SendError('offline', 'refused by the print server');
   }

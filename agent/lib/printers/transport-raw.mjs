@@ -32,6 +32,8 @@ export function connectPrinter({ host, port }, connectMs = TIMES.connect) {
     socket.once('connect', () => {
       clearTimeout(timer);
       socket.off('error', fail);
+      // A link may break while nobody looks; whoever uses it next finds it destroyed.
+      socket.on('error', () => {});
       socket.setNoDelay(true);
       resolve(socket);
     });
@@ -46,6 +48,7 @@ export function connectPrinter({ host, port }, connectMs = TIMES.connect) {
  * @throws {SendError} "interrupted" when the link broke or stalled: some of it may be on the paper
  */
 export async function streamAll(socket, bytes, { stallMs = TIMES.stall, settleMs = TIMES.settle } = {}) {
+  if (socket.destroyed) throw new SendError('interrupted', 'closed early');
   const link = { localPort: socket.localPort, remotePort: socket.remotePort, family: socket.remoteFamily };
   const broken = new Promise((_, reject) => {
     socket.once('error', (error) => reject(new SendError('interrupted', error.code)));
@@ -68,7 +71,6 @@ export async function streamAll(socket, bytes, { stallMs = TIMES.stall, settleMs
     // A reset that arrived together with the end is still a broken link.
     await Promise.race([broken, new Promise((resolve) => { setImmediate(resolve); })]);
   } finally {
-    socket.on('error', () => {});
     socket.destroy();
   }
 }

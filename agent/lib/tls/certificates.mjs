@@ -85,6 +85,22 @@ export async function ensureCertificates(paths, env = process.env) {
   return 'made';
 }
 
+/**
+ * Makes the certificates anew when they are about to expire. Those that are not there yet, or not readable, are left to
+ * "init-tls".
+ * @returns {Promise<'kept' | 'made'>}
+ * @throws {Error} as ensureCertificates()
+ */
+export async function renewIfDue(paths) {
+  let days;
+  try {
+    days = Math.min(daysLeft(paths.caCert), daysLeft(paths.serverCert));
+  } catch {
+    return 'kept';
+  }
+  return days <= RENEW_DAYS ? ensureCertificates(paths) : 'kept';
+}
+
 async function makeAuthority(run, work) {
   const host = os.hostname().replace(/[^A-Za-z0-9.-]/g, '');
   await writeFile(path.join(work, 'ca.cnf'), CA_CONFIG(host), { mode: 0o600 });

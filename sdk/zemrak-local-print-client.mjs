@@ -1,0 +1,292 @@
+/**
+ * Client of the Zemrak Printer service on this computer: finds it, pairs once, keeps the token, sends jobs and
+ * follows them to their end. For web pages and for Node.js 18 or later; copy this one file into your project.
+ *
+ *   import { connectLocalPrint, printCommands } from './zemrak-local-print-client.mjs';
+ *   await connectLocalPrint({ clientName: 'My POS' });
+ *   await printCommands([{ type: 'text', text: 'Hello' }], { printerName: 'Kitchen' });
+ *
+ * Every function throws LocalPrintError. A job that failed with "interrupted" or "uncertain_after_restart" may be on
+ * the paper: never send it again without asking a person.
+ */
+
+const HTTP = 'http://127.0.0.1:17731';
+const HTTPS = 'https://127.0.0.1:17732';
+const TOKEN_KEY = 'zemrak_printer_token';
+const ENDED = ['completed', 'failed', 'cancelled'];
+
+// Milliseconds.
+const HELLO_TIMEOUT = 4000;
+const REQUEST_TIMEOUT = 60_000;
+const PAIR_TIMEOUT = 75_000;
+const POLL_WAIT = 20_000;
+const RESTART_TIME = 20_000;
+
+const isBrowser = typeof window !== 'undefined' && typeof document !== 'undefined';
+const settings = { clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined };
+let base = null;
+let pairing = null;
+
+/** What went wrong: `code` as the service names it, or "unavailable" when the service cannot be reached. */
+export class LocalPrintError extends Error {
+  constructor(code, message, { status = 0, retryAfter = null, job = null } = {}) {
+    super(message);
+    this.name = 'LocalPrintError';
+    this.code = code;
+    this.status = status;
+    this.retryAfter = retryAfter;
+    this.job = job;
+  }
+}
+
+/**
+ * Finds the service and pairs this site with it, which asks the person at the computer the first time (60 seconds).
+ * @param {{ clientName?: string, origin?: string, token?: string, baseUrls?: string[] }} options
+ *   clientName = shown to the person; origin = needed outside browsers, an address on the list of allowed sites;
+ *   token = one kept from earlier (Node.js: else from ZEMRAK_PRINTER_TOKEN); baseUrls = where to look instead of the usual ports
+ * @returns {Promise<{ baseUrl: string, version: string, platform: string, token: string }>}
+ */
+export async function connectLocalPrint(options = {}) {
+  for (const [name, value] of Object.entries(options)) if (value !== undefined) settings[name] = value;
+  if (options.origin || options.baseUrls) base = null;
+  const hello = await findService();
+  if (!readToken()) await pair();
+  // The token may have been withdrawn since.
+  await request('GET', '/v1/printers');
+  return { baseUrl: base, version: hello.version, platform: hello.platform, token: readToken() };
+}
+
+/** What the service says about itself; null when it is not running or cannot be reached. Never throws for that. */
+export async function isLocalPrintAvailable() {
+  try {
+    return await findService();
+  } catch (error) {
+    if (error.code === 'unavailable') return null;
+    throw error;
+  }
+}
+
+/** The printers and their state: [{ id, name, type, state, reason?, ... }]. */
+export async function listLocalPrinters() {
+  return (await request('GET', '/v1/printers')).printers;
+}
+
+/** One printer's state, with `paper` and `cover` where the printer tells. */
+export async function getLocalPrinterStatus(printerName) {
+  return (await request('GET', `/v1/printers/${encodeURIComponent(nameOf(printerName))}/status`)).printer;
+}
+
+/**
+ * Prints commands: text, feed, barcode, qr, cut, drawer, beep.
+ * @param {object[]} commands
+ * @param {{ printerName: string, options?: object, jobName?: string, idempotencyKey?: string, wait?: boolean,
+ *   onUpdate?: (job: object) => void, signal?: AbortSignal }} job
+ *   wait: false = return the accepted job at once; onUpdate = told of every change
+ * @returns {Promise<object>} the job, completed
+ */
+export function printCommands(commands, job) { return print({ kind: 'commands', commands }, job); }
+
+/** Sends a ready raster payload: bytes, their base64, or an object with either in `data`. */
+export function printThermalRasterPayload(raster, job) { return print({ kind: 'raster', data: base64Of(raster?.data ?? raster) }, job); }
+
+/** Prints a PNG picture given as a data URL (or as plain base64), at paper width. */
+export function printPngDataUrl(dataUrl, job) { return print({ kind: 'image', data: String(dataUrl).replace(/^data:image\/png;base64,/i, '') }, job); }
+
+/** Prints a PDF document given as base64. */
+export function printPdfBase64(base64, job) { return print({ kind: 'pdf', data: String(base64).replace(/^data:application\/pdf;base64,/i, '') }, job); }
+
+/** Sends ESC/POS bytes as they are, in hex. */
+export function sendEscposHex(hex, job) { return print({ kind: 'raw', encoding: 'hex', data: hex }, job); }
+
+/** Opens the cash drawer; pin "2", "5" or "both", or as the printer is set. */
+export function openCashDrawer({ pin, ...job } = {}) { return command('drawer', pin === undefined ? {} : { pin }, job); }
+
+/** Cuts the paper. */
+export function cutPaper(job) { return command('cut', {}, job); }
+
+/** Prints a test page. */
+export function printTestPage(job) { return command('test', {}, job); }
+
+/** A job as it stands; with `wait` (milliseconds, at most 25000) after it has changed since revision `after`. */
+export async function getLocalPrintJob(id, { after, wait } = {}) {
+  const query = new URLSearchParams(Object.entries({ after, wait }).filter(([, value]) => value !== undefined));
+  return (await request('GET', `/v1/jobs/${encodeURIComponent(id)}?${query}`)).job;
+}
+
+/** Cancels a job that has not begun to print. */
+export async function cancelLocalPrintJob(id) {
+  return (await request('DELETE', `/v1/jobs/${encodeURIComponent(id)}`)).job;
+}
+
+/** Forgets the token: the next request pairs again. */
+export function disconnectLocalPrint() { keepToken(null); }
+
+/** What to do when the service cannot be reached, for this browser: { browser, steps }, in Arabic. */
+export function getConnectionHelp() {
+  const running = 'تأكد أن برنامج Zemrak Printer يعمل على هذا الجهاز.';
+  const allowed = 'تأكد أن عنوان هذا الموقع مضاف في صفحة «المواقع المصرّح لها» في البرنامج.';
+  const steps = {
+    safari: [running, 'فعّل «HTTPS لـ Safari» من إعدادات البرنامج.', 'أعد تشغيل Safari ثم حدّث الصفحة.'],
+    firefox: [running, 'أوقف مانع الإعلانات لهذا الموقع إن كان يحجب 127.0.0.1.', 'اسمح للموقع بالوصول إلى الشبكة المحلية إن سألك Firefox.'],
+    chromium: [running, 'اسمح للموقع بالوصول إلى الشبكة المحلية عندما يسألك المتصفح.', 'إن رفضت سابقًا: اضغط أيقونة القفل بجانب العنوان، ثم إعدادات الموقع، ثم اسمح بالشبكة المحلية.'],
+    node: [running, 'استخدم origin لموقع مصرّح له.'],
+  };
+  const browser = browserName();
+  return { browser, steps: [...steps[browser], allowed] };
+}
+
+function browserName() {
+  if (!isBrowser) return 'node';
+  const agent = navigator.userAgent;
+  if (/firefox|fxios/i.test(agent)) return 'firefox';
+  return /safari/i.test(agent) && !/chrom(e|ium)|crios|edg|android/i.test(agent) ? 'safari' : 'chromium';
+}
+
+function candidates() {
+  if (base) return [base];
+  return settings.baseUrls ?? { safari: [HTTPS], firefox: [HTTP], chromium: [HTTP, HTTPS], node: [HTTP] }[browserName()];
+}
+
+async function findService() {
+  let failure;
+  for (const url of candidates()) {
+    try {
+      const hello = await send(url, 'GET', '/v1/hello', {}, { timeout: HELLO_TIMEOUT });
+      base = url;
+      return hello;
+    } catch (error) {
+      if (error.code !== 'unavailable') throw error;
+      failure = error;
+    }
+  }
+  base = null;
+  throw failure;
+}
+
+/** One question at a time, however many requests need the token. */
+function pair() {
+  pairing ??= (async () => {
+    const { token } = await send(base, 'POST', '/v1/pair', { body: settings.clientName ? { clientName: settings.clientName } : {} }, { timeout: PAIR_TIMEOUT });
+    keepToken(token);
+  })().finally(() => { pairing = null; });
+  return pairing;
+}
+
+async function request(method, path, content = {}) {
+  if (!base) await findService();
+  if (!readToken()) await pair();
+  try {
+    return await send(base, method, path, content, { token: readToken(), timeout: REQUEST_TIMEOUT, signal: content.signal });
+  } catch (error) {
+    if (error.code !== 'unauthorized') throw error;
+    keepToken(null);
+    await pair();
+    return send(base, method, path, content, { token: readToken(), timeout: REQUEST_TIMEOUT, signal: content.signal });
+  }
+}
+
+async function send(url, method, path, { body, key }, { token, timeout, signal }) {
+  const headers = {};
+  if (token) headers.Authorization = `Bearer ${token}`;
+  if (key) headers['Idempotency-Key'] = key;
+  if (body !== undefined) headers['Content-Type'] = 'application/json';
+  if (!isBrowser && settings.origin) headers.Origin = settings.origin;
+  const limit = new AbortController();
+  const abort = () => limit.abort();
+  const timer = setTimeout(abort, timeout);
+  signal?.addEventListener('abort', abort, { once: true });
+  if (signal?.aborted) abort();
+  let response;
+  let answer;
+  try {
+    response = await (settings.fetch ?? globalThis.fetch)(url + path, { method, headers, body: body === undefined ? undefined : JSON.stringify(body), signal: limit.signal, cache: 'no-store' });
+    answer = await response.json();
+  } catch {
+    if (signal?.aborted) throw new LocalPrintError('aborted', 'أُلغي الانتظار.');
+    throw new LocalPrintError('unavailable', 'تعذر الوصول إلى خدمة الطباعة على هذا الجهاز.');
+  } finally {
+    clearTimeout(timer);
+    signal?.removeEventListener('abort', abort);
+  }
+  if (response.ok) return answer;
+  const { code = 'unknown', message = '' } = answer?.error ?? {};
+  throw new LocalPrintError(code, message, { status: response.status, retryAfter: Number(response.headers.get('Retry-After')) || null });
+}
+
+async function print(content, { printerName, options, jobName, ...rest } = {}) {
+  return submit('/v1/jobs', { printer: nameOf(printerName), ...content, ...(options ? { options } : {}), ...(jobName ? { jobName } : {}) }, rest);
+}
+
+async function command(name, body, { printerName, ...rest } = {}) {
+  return submit(`/v1/printers/${encodeURIComponent(nameOf(printerName))}/${name}`, body, rest);
+}
+
+async function submit(path, body, { idempotencyKey = newKey(), wait = true, onUpdate, signal }) {
+  // The key makes the repetition safe: a request that got through prints once, and answers twice.
+  const accept = () => request('POST', path, { body, key: idempotencyKey, signal });
+  const { job } = await patiently(accept, signal);
+  onUpdate?.(job);
+  return wait ? follow(job, onUpdate, signal) : job;
+}
+
+async function follow(job, onUpdate, signal) {
+  let seen = job;
+  while (!ENDED.includes(seen.status)) {
+    const path = `/v1/jobs/${seen.id}?after=${seen.revision}&wait=${POLL_WAIT}`;
+    const { job: now } = await patiently(() => request('GET', path, { signal }), signal);
+    if (now.revision !== seen.revision) onUpdate?.(now);
+    seen = now;
+  }
+  if (seen.status === 'completed') return seen;
+  const code = seen.errorCode ?? seen.status;
+  throw new LocalPrintError(code, code === 'cancelled' ? 'أُلغيت الوظيفة.' : `لم تكتمل الطباعة (${code}).`, { job: seen });
+}
+
+/** Repeats what is safe to repeat while the service restarts. */
+async function patiently(attempt, signal) {
+  const until = Date.now() + RESTART_TIME;
+  for (;;) {
+    try {
+      return await attempt();
+    } catch (error) {
+      if (error.code !== 'unavailable' || !base || Date.now() > until || signal?.aborted) throw error;
+      await new Promise((resolve) => { setTimeout(resolve, 1000); });
+    }
+  }
+}
+
+function nameOf(printerName) {
+  if (typeof printerName !== 'string' || printerName === '') throw new LocalPrintError('invalid_request', 'حدّد الطابعة في printerName.');
+  return printerName;
+}
+
+function newKey() {
+  const bytes = globalThis.crypto ? globalThis.crypto.getRandomValues(new Uint8Array(16)) : Uint8Array.from({ length: 16 }, () => Math.random() * 256);
+  return Array.from(bytes, (byte) => byte.toString(16).padStart(2, '0')).join('');
+}
+
+function base64Of(data) {
+  if (typeof data === 'string') return data;
+  const bytes = data instanceof ArrayBuffer ? new Uint8Array(data) : Uint8Array.from(data ?? []);
+  let binary = '';
+  for (let at = 0; at < bytes.length; at += 8192) binary += String.fromCharCode(...bytes.subarray(at, at + 8192));
+  return btoa(binary);
+}
+
+function readToken() {
+  if (settings.token !== undefined) return settings.token;
+  try {
+    return isBrowser ? window.localStorage.getItem(TOKEN_KEY) : globalThis.process?.env?.ZEMRAK_PRINTER_TOKEN ?? null;
+  } catch {
+    return null;
+  }
+}
+
+function keepToken(token) {
+  settings.token = token;
+  try {
+    if (!isBrowser) return;
+    if (token) window.localStorage.setItem(TOKEN_KEY, token);
+    else window.localStorage.removeItem(TOKEN_KEY);
+  } catch { /* a private window: the token lasts as long as the page */ }
+}

@@ -1,0 +1,61 @@
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import { fakePrinter, privateHome, startService, until } from './support/service.mjs';
+import { ORIGIN } from './support/site.mjs';
+import * as client from '../../sdk/zemrak-local-print-client.mjs';
+
+test('the client pairs, prints every kind and follows jobs to their end', async (t) => {
+  const home = privateHome(t);
+  const service = await startService(t, { home });
+  const baseUrls = [`http://127.0.0.1:${service.port}`];
+  await service.post('/admin/settings', { autoApprovePairing: true });
+  await assert.rejects(client.connectLocalPrint({ baseUrls }), { code: 'origin_not_allowed', status: 403 });
+  const { token, version } = await client.connectLocalPrint({ baseUrls, origin: ORIGIN, clientName: 'Client' });
+  assert.deepEqual([typeof token, version, (await client.isLocalPrintAvailable()).paired], ['string', '1.0.0', true]);
+  const printer = await fakePrinter(t);
+  const id = await service.addPrinter(printer.port);
+  assert.deepEqual((await client.listLocalPrinters()).map((each) => each.id), [id, 'preview']);
+  assert.equal((await client.getLocalPrinterStatus('Kitchen')).paper, 'unknown');
+  printer.jobs.length = 0;
+
+  const seen = [];
+  const done = await client.printCommands([{ type: 'text', text: 'Hello' }], { printerName: 'Kitchen', jobName: 'J', onUpdate: ({ status }) => seen.push(status) });
+  assert.deepEqual([done.status, done.jobName, seen[0], seen.at(-1)], ['completed', 'J', 'queued', 'completed']);
+  const to = { printerName: id };
+  const bytes = Uint8Array.of(0x1d, 0x76, 0x30, 0);
+  for (const raster of [bytes, bytes.buffer, { data: bytes }, { data: 'HXYwAA==' }, 'HXYwAA==']) await client.printThermalRasterPayload(raster, to);
+  await client.sendEscposHex('1b40', { ...to, options: { cut: true } });
+  const png = 'iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR4nGNgAAAAAgABSK+kcQAAAABJRU5ErkJggg==';
+  await client.printPngDataUrl(`data:image/png;base64,${png}`, { ...to, options: { dots: 64 } });
+  await client.openCashDrawer({ ...to, pin: '5' });
+  await client.cutPaper(to);
+  await client.printTestPage(to);
+  const sent = printer.jobs.map((job) => job.toString('latin1'));
+  assert.deepEqual(sent.slice(1, 6), Array(5).fill('\x1dv0\x00'));
+  assert.equal(sent[6], '\x1b@\x1dVB\x00');
+  assert.ok(sent[7].startsWith(`\x1b@\x1dv0\x00\x08\x00\x40\x00${'\xff'.repeat(512)}`), 'a black dot as wide as the paper');
+  assert.ok(sent[8].endsWith('\x1bp\x01\x19\xfa') && sent[9].endsWith('\x1dVB\x00') && sent.length === 11);
+  await assert.rejects(client.printPdfBase64('AAAA', to), { code: 'unsupported_image', status: 400 });
+  await assert.rejects(client.printCommands([], {}), { code: 'invalid_request' });
+
+  // A pairing that was withdrawn is made again; a service that restarts is waited for; one key prints once.
+  await service.post('/admin/revoke', { id: ORIGIN });
+  assert.equal((await client.listLocalPrinters()).length, 2);
+  await printer.close();
+  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline');
+  const waiting = await client.printCommands([{ type: 'text', text: 'x' }], { ...to, wait: false });
+  await until(async () => (await client.getLocalPrintJob(waiting.id)).status === 'waiting', 'the job to wait');
+  const cancelling = { ...to, onUpdate: ({ id: job, status }) => { if (status === 'queued') void client.cancelLocalPrintJob(job); } };
+  await assert.rejects(client.printCommands([{ type: 'text', text: 'y' }], cancelling), { code: 'cancelled' });
+  const accepted = new Promise((resolve) => { to.onUpdate = resolve; });
+  const failing = assert.rejects(client.printCommands([{ type: 'text', text: 'z' }], { ...to, idempotencyKey: 'z' }), { code: 'expired_after_restart' });
+  await accepted;
+  await service.stop('SIGKILL');
+  const again = await startService(t, { home, env: { ZEMRAK_LP_HTTP_PORT: String(service.port) } });
+  await failing;
+  await again.stop();
+  assert.equal(await client.isLocalPrintAvailable(), null);
+  await assert.rejects(client.listLocalPrinters(), { code: 'unavailable' });
+  const help = client.getConnectionHelp();
+  assert.deepEqual([help.browser, help.steps.every((step) => /[\u0600-\u06ff]/.test(step))], ['node', true]);
+});
