@@ -14,9 +14,12 @@ BaseWindow {
     title: "Zemrak Printer"
     width: 1020
 
-    onHeightChanged: MainView.winSize = Qt.size(width, height)
-    onWidthChanged: MainView.winSize = Qt.size(width, height)
-
+    Binding {
+        property: "winSize"
+        restoreMode: Binding.RestoreNone
+        target: MainView
+        value: Qt.size(root.width, root.height)
+    }
     Item {
         anchors.fill: parent
         enabled: !MainView.showOnboarding

@@ -53,23 +53,32 @@ class ComponentsTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+        m_warnings = std::make_unique<Warnings>();
+        qWarning("seen");
+        QCOMPARE(m_warnings->take(), QStringList{QStringLiteral("seen")});
         QAccessible::setActive(true);
         m_appearance.overrideReducedMotion(true);
         m_engine = makeEngine(m_stage.services(), m_appearance);
-        m_engine->setOutputWarningsToStandardError(true);
+        QQmlComponent bench(m_engine.get());
+        bench.setData("import QtQuick\nimport Zemrak\nBaseWindow { width: 600; height: 400; visible: true\n"
+                      "property Flickable flickable: held; Flickable { id: held } }",
+            QUrl());
+        m_bench.reset(qobject_cast<QQuickWindow *>(bench.create()));
+        QVERIFY2(m_bench, qPrintable(bench.errorString()));
+        QVERIFY(QTest::qWaitForWindowExposed(m_bench.get()));
     }
 
     void init()
     {
         m_appearance.overrideDark(false);
         m_appearance.overrideTextScale(1);
-        m_warnings.take();
+        m_warnings->forget();
     }
 
     void cleanup()
     {
         m_gallery.reset();
-        QCOMPARE(m_warnings.take(), QStringList());
+        QCOMPARE(m_warnings->take(), QStringList());
     }
 
     void eachAlone_data()
@@ -85,24 +94,15 @@ private Q_SLOTS:
     void eachAlone()
     {
         QFETCH(QString, file);
-        QQmlComponent window(m_engine.get());
-        window.setData("import QtQuick\nimport Zemrak\nBaseWindow { width: 600; height: 400\n"
-                       "property Flickable flickable: Flickable { parent: contentItem } }",
-            QUrl());
-        const std::unique_ptr<QObject> root(window.create());
-        auto *view = qobject_cast<QQuickWindow *>(root.get());
-        QVERIFY2(view, qPrintable(window.errorString()));
-
         QQmlComponent component(m_engine.get(), QUrl(file));
         QVariantMap properties;
         if (file.endsWith(QLatin1String("FocusScroller.qml")))
-            properties.insert(QStringLiteral("view"), view->property("flickable"));
+            properties.insert(QStringLiteral("view"), m_bench->property("flickable"));
         const std::unique_ptr<QObject> object(component.createWithInitialProperties(properties));
         QVERIFY2(object, qPrintable(component.errorString()));
         if (auto *item = qobject_cast<QQuickItem *>(object.get()))
-            item->setParentItem(view->contentItem());
-        view->show();
-        QVERIFY(QTest::qWaitForWindowExposed(view));
+            item->setParentItem(m_bench->contentItem());
+        QVERIFY(!m_bench->grabWindow().isNull()); // laid out and drawn
     }
 
     void gallery_data()
@@ -287,11 +287,12 @@ private:
     }
     QQuickItem *item(const char *name) { return item(QString::fromLatin1(name)); }
 
-    Warnings m_warnings;
+    std::unique_ptr<Warnings> m_warnings;
     SystemClock m_clock;
     Stage m_stage{m_clock};
     Appearance m_appearance{nullptr};
     std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<QQuickWindow> m_bench;
     std::unique_ptr<QQuickWindow> m_gallery;
 };
 

@@ -16,6 +16,7 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QTest>
 

@@ -11,6 +11,7 @@ T.ComboBox {
     property var options: []
     property string name
     readonly property bool open: popup.visible
+    property bool opening: false
 
     signal chosen(var value)
 
@@ -37,8 +38,18 @@ T.ComboBox {
     textRole: "label"
     valueRole: "value"
 
-    Keys.onEnterPressed: popup.open()
-    Keys.onReturnPressed: popup.open()
+    // The key that opens the list would choose from it when it is let go.
+    Keys.onPressed: event => {
+        if ((event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && !open) {
+            opening = true;
+            event.accepted = true;
+            popup.open();
+        }
+    }
+    Keys.onReleased: event => {
+        event.accepted = opening;
+        opening = false;
+    }
     onActivated: index => {
         const wanted = options[index].value;
         currentIndex = Qt.binding(place);

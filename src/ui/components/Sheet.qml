@@ -2,6 +2,7 @@
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
+import QtQuick.Window
 import Zemrak
 
 // A panel over the window that takes the keyboard until it is closed, by its cross, by Escape, or by close(), and then
@@ -16,6 +17,7 @@ T.Popup {
     default property alias content: column.data
     property alias footer: foot.data
     property alias contentY: view.contentY
+    property Item focusedBefore
 
     anchors.centerIn: parent
     closePolicy: T.Popup.CloseOnEscape
@@ -25,6 +27,12 @@ T.Popup {
     modal: true
     parent: T.Overlay.overlay
     width: Math.min(wantedWidth, parent ? parent.width - 2 * Theme.s32 : wantedWidth)
+
+    onAboutToShow: focusedBefore = parent.Window.activeFocusItem
+    onClosed: {
+        if (focusedBefore)
+            focusedBefore.forceActiveFocus(Qt.PopupFocusReason);
+    }
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim
