@@ -101,6 +101,7 @@ void AppDelegate::willTerminate()
 
 void AppDelegate::revealMainWindow()
 {
+    qCInfo(lcApp) << "Asked to show the main window";
     m_window.show();
 }
 

@@ -1,5 +1,6 @@
 #include "ui/uicontext.h"
 
+#include "ui/gradientprovider.h"
 #include "ui/iconprovider.h"
 #include "ui/qmltypes.h"
 
@@ -71,7 +72,8 @@ std::unique_ptr<QQmlEngine> makeEngine(const MainWindowServices &services, Appea
     loadTypefaceOnce();
     auto engine = std::make_unique<QQmlEngine>();
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine->addImageProvider(QStringLiteral("icon"), new IconProvider); // the engine owns it
+    engine->addImageProvider(QStringLiteral("icon"), new IconProvider); // the engine owns it, as the next
+    engine->addImageProvider(QStringLiteral("gradient"), new GradientProvider);
     new UiContext(services, appearance, *engine);
     return engine;
 }
