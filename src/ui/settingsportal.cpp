@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 
 namespace zemrak {
 
@@ -35,8 +36,8 @@ SettingsPortal::SettingsPortal(QObject *parent)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-        SLOT(onSettingChanged(QString, QString, QDBusVariant)));
+    // The whole message: a slot that names the variant's type is refused before the first message was ever sent.
+    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this, SLOT(onSettingChanged(QDBusMessage)));
     read(appearance, colorScheme);
     read(gnome, enableAnimations);
     read(gnome, textScalingFactor);
@@ -73,9 +74,11 @@ void SettingsPortal::takeArrived()
     }
 }
 
-void SettingsPortal::onSettingChanged(const QString &group, const QString &key, const QDBusVariant &value)
+void SettingsPortal::onSettingChanged(const QDBusMessage &message)
 {
-    apply(group, key, QVariant::fromValue(value));
+    const QVariantList what = message.arguments();
+    if (what.size() == 3)
+        apply(what.at(0).toString(), what.at(1).toString(), what.at(2));
 }
 
 void SettingsPortal::apply(const QString &group, const QString &key, QVariant value)

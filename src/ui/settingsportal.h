@@ -1,11 +1,12 @@
 #pragma once
 
 #include <QDBusPendingCall>
-#include <QDBusVariant>
 #include <QObject>
+#include <QVariant>
 
 #include <optional>
 
+class QDBusMessage;
 class QDBusPendingCallWatcher;
 
 namespace zemrak {
@@ -32,7 +33,7 @@ Q_SIGNALS:
     void changed();
 
 private Q_SLOTS:
-    void onSettingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    void onSettingChanged(const QDBusMessage &message);
 
 private:
     void read(const QString &group, const QString &key);
