@@ -181,6 +181,21 @@ private Q_SLOTS:
         QVERIFY(controls > 20);
     }
 
+    void textsAreRead()
+    {
+        openGallery();
+        QStringList names;
+        for (QQuickItem *candidate : descendants(m_gallery->contentItem())) {
+            QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(candidate);
+            if (interface && (interface->role() == QAccessible::StaticText || interface->role() == QAccessible::Heading))
+                names.append(interface->text(QAccessible::Name));
+        }
+        QVERIFY(names.contains(QStringLiteral("النماذج"))); // a card's title
+        QVERIFY(names.contains(QStringLiteral("عنوان IP"))); // a label
+        QVERIFY(names.contains(QStringLiteral("https:") + QStringLiteral("//pos.shop.example:3000"))); // without marks
+        QVERIFY(!names.contains(QStringLiteral("فحص الاتصال"))); // a button's words are the button's
+    }
+
     void choicesOnlyAsk()
     {
         openGallery();

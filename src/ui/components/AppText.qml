@@ -5,6 +5,8 @@ import Zemrak
 Text {
     property int weight: Font.Normal
 
+    Accessible.name: text
+    Accessible.role: Accessible.StaticText
     color: Theme.gText
     font.family: Theme.family
     font.pixelSize: Theme.textBody

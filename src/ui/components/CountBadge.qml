@@ -16,6 +16,7 @@ Rectangle {
     AppText {
         id: label
         anchors.centerIn: parent
+        Accessible.ignored: true
         color: Theme.onFill
         font.pixelSize: Theme.textSmall
         lineHeight: 1

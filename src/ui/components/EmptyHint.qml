@@ -40,6 +40,7 @@ Item {
         }
         AppText {
             Layout.fillWidth: true
+            Accessible.ignored: true
             font.pixelSize: Theme.textHeadline
             horizontalAlignment: Text.AlignHCenter
             text: root.title
@@ -49,6 +50,7 @@ Item {
         }
         AppText {
             Layout.fillWidth: true
+            Accessible.ignored: true
             color: Theme.gMuted
             horizontalAlignment: Text.AlignHCenter
             text: root.text

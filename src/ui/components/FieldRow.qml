@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Zemrak
 
-// A labelled row of a form: the label with its hint under it, the control at the other end. Names the control for
-// assistive technology when the control has no name of its own.
+// A labelled row of a form: the label with its hint under it, the control at the other end. The control carries the
+// label as its own name too.
 RowLayout {
     id: root
 

@@ -7,6 +7,7 @@ AppText {
 
     property string value
 
+    Accessible.name: value
     elide: Text.ElideRight
     lineHeight: 1
     maximumLineCount: 1

@@ -8,5 +8,6 @@ LineText {
 
     property string code
 
+    Accessible.name: code
     value: "\u2066" + code + "\u2069"
 }
