@@ -23,7 +23,7 @@ Stage::Stage(Clock &clock)
     : m_clock(clock)
     , m_defaults(m_folder.filePath(QStringLiteral("settings.ini")))
     , m_agent({.bundle = m_files.bundle(), .configDir = m_files.configDir(), .port = m_server.port()}, m_defaults,
-          clock, m_guard, m_notifier)
+          clock, m_host.forAgent())
 {
     m_files.writeToken("token");
     m_defaults.setBoolean(QLatin1String("onboardingDone"), true);

@@ -4,9 +4,8 @@
 #include "app/mainwindow.h"
 #include "demo/situations.h"
 #include "host/userdefaults.h"
-#include "support/fakebundle.h"
 #include "support/httpserver.h"
-#include "support/recordingnotifier.h"
+#include "support/testhost.h"
 
 #include <QTemporaryDir>
 
@@ -35,8 +34,7 @@ private:
     UserDefaults m_defaults;
     FakeBundle m_files;
     HttpServer m_server;
-    NoGuard m_guard;
-    RecordingNotifier m_notifier;
+    TestHost m_host;
     Agent m_agent;
 };
 

@@ -1,7 +1,6 @@
-#include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
-#include "support/recordingnotifier.h"
+#include "support/testhost.h"
 #include "support/wiredata.h"
 #include "ui/presenters/loginstatus.h"
 #include "ui/presenters/presenters.h"
@@ -39,10 +38,9 @@ struct Application
     ManualClock clock;
     HttpServer server;
     UserDefaults defaults{home.filePath(QStringLiteral("settings.ini"))};
-    NoGuard guard;
-    RecordingNotifier notifier;
+    TestHost computer;
     Agent agent{{.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
-        guard, notifier};
+        computer.forAgent()};
     QJsonObject state = storedObject(QStringLiteral("wire/state.json"));
     QStringList host; ///< what it was asked
     bool holdSaves = false;
