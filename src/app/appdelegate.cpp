@@ -101,7 +101,6 @@ void AppDelegate::willTerminate()
 
 void AppDelegate::revealMainWindow()
 {
-    qCInfo(lcApp) << "Asked to show the main window";
     m_window.show();
 }
 
