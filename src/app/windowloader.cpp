@@ -11,7 +11,7 @@ Q_LOGGING_CATEGORY(lcWindow, "zemrak.app.window")
 } // namespace
 
 WindowLoader::WindowLoader(const ApplicationBundle &bundle, const MainWindowServices &services)
-    : m_loader(bundle.path() + QStringLiteral("/lib/libzemrak-window.so"))
+    : m_path(bundle.path() + QStringLiteral("/lib/libzemrak-window.so"))
     , m_services(services)
 {
 }
@@ -30,9 +30,10 @@ void WindowLoader::close()
 
 bool WindowLoader::load()
 {
+    m_loader.setFileName(m_path);
     auto *plugin = qobject_cast<MainWindowPlugin *>(m_loader.instance());
     if (!plugin) {
-        qCWarning(lcWindow).noquote() << "The window cannot be shown:" << m_loader.errorString();
+        qCWarning(lcWindow).noquote() << "The window cannot be shown:" << m_path << m_loader.errorString();
         return false;
     }
     m_window = plugin->create(m_services);

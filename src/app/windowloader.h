@@ -25,6 +25,7 @@ public:
 private:
     [[nodiscard]] bool load();
 
+    QString m_path;
     QPluginLoader m_loader; ///< never unloaded: types registered with QML stay for good
     MainWindowServices m_services;
     std::unique_ptr<MainWindow> m_window;

@@ -1,4 +1,5 @@
 // What stands behind the window's QML: colours, symbols, appearance, placement, pages.
+#include "app/windowloader.h"
 #include "base/clock.h"
 #include "demo/stage.h"
 #include "ui/appearance.h"
@@ -18,6 +19,7 @@
 #include <QPalette>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace zemrak;
@@ -217,6 +219,20 @@ private Q_SLOTS:
         button->forceActiveFocus();
         QTest::mouseClick(&view, Qt::LeftButton, {}, {200, 150});
         QVERIFY(button->hasActiveFocus()); // only editing ends
+    }
+
+    void doesWithoutTheWindow()
+    {
+        SystemClock clock;
+        Stage stage(clock);
+        WindowLoader loader(ApplicationBundle(QStringLiteral("/nowhere")), stage.services());
+        for (int i = 0; i < 2; ++i) {
+            QTest::ignoreMessage(
+                QtWarningMsg, QRegularExpression(QStringLiteral("^The window cannot be shown: .*libzemrak-window")));
+            loader.show();
+            QVERIFY(!loader.isOpen());
+        }
+        loader.close();
     }
 
     void copiesWithoutInvisibleMarks()
