@@ -4,8 +4,15 @@
 #include "platform/platform.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 
 namespace zemrak {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcApp, "zemrak.app")
+
+} // namespace
 
 AppDelegate::AppDelegate(const ApplicationBundle &bundle)
     : m_instance(platform::makeSingleInstance())
@@ -101,6 +108,7 @@ void AppDelegate::willTerminate()
 
 void AppDelegate::revealMainWindow()
 {
+    qCInfo(lcApp) << "Asked to show the main window";
     m_window.show();
 }
 
