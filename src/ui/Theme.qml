@@ -108,4 +108,8 @@ QtObject {
     function readable(base: color): color {
         return Colors.readable(base, Qt.tint(gCard, tint(base, 0.14)), gText);
     }
+    // A colour as presenters name it: one of the palette, or "#rrggbb".
+    function named(name: string): color {
+        return name.startsWith("#") ? name : root[name];
+    }
 }
