@@ -44,6 +44,14 @@ QtObject {
     readonly property color toast: lightDark("0f172a", "f8fafc")
     readonly property color onToast: lightDark("f8fafc", "0f172a")
 
+    // Tiles of symbols, from the first to the second colour
+    readonly property var purpleTile: [hex6("c084fc"), hex6("7c3aed")]
+    readonly property var blueTile: [hex6("60a5fa"), hex6("2563eb")]
+    readonly property var greenTile: [hex6("4ade80"), hex6("16a34a")]
+    readonly property var amberTile: [hex6("fbbf24"), hex6("ea580c")]
+    readonly property var redTile: [hex6("fb7185"), hex6("e11d48")]
+    readonly property var grayTile: [hex6("94a3b8"), hex6("475569")]
+
     // Spacing grid
     readonly property int s4: 4
     readonly property int s8: 8
@@ -86,9 +94,12 @@ QtObject {
     // Time, in milliseconds
     readonly property int quick: Appearance.reducedMotion ? 0 : 120
     readonly property int gentle: Appearance.reducedMotion ? 0 : 220
+    readonly property int stage: Appearance.reducedMotion ? 0 : 500
+    readonly property int advance: Appearance.reducedMotion ? 0 : 200 // from one step of the wizard to the next
     readonly property bool animated: !Appearance.reducedMotion
 
     readonly property real disabledOpacity: 0.45
+    readonly property real offlineOpacity: 0.45
 
     function px(size: real): int {
         return Math.round(size * textScale);
@@ -100,6 +111,10 @@ QtObject {
     // The same colour in both.
     function hex6(hex: string): color {
         return Colors.fromHex(hex);
+    }
+    // A colour as presenters say it: the name of one of these, or "#" and hexadecimal digits.
+    function named(name: string): color {
+        return name.startsWith("#") ? name : root[name];
     }
     function tint(base: color, opacity: real): color {
         return Qt.rgba(base.r, base.g, base.b, opacity);
