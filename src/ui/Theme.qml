@@ -112,10 +112,6 @@ QtObject {
     function hex6(hex: string): color {
         return Colors.fromHex(hex);
     }
-    // A colour as presenters say it: the name of one of these, or "#" and hexadecimal digits.
-    function named(name: string): color {
-        return name.startsWith("#") ? name : root[name];
-    }
     function tint(base: color, opacity: real): color {
         return Qt.rgba(base.r, base.g, base.b, opacity);
     }
