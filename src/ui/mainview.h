@@ -75,7 +75,7 @@ public:
     [[nodiscard]] double alertsBadge() const;
 
     /// The window is about to be seen: asks the host for what may have changed behind the application's back.
-    void appear();
+    Q_INVOKABLE void appear();
 
 Q_SIGNALS:
     void pageChanged();

@@ -1,5 +1,9 @@
 #include "demo/shots.h"
 
+#include "ui/uicontext.h"
+
+#include <QQmlEngine>
+
 namespace zemrak::test {
 
 namespace {
@@ -23,14 +27,25 @@ void addPrinter(MainView &view)
     view.setAdding(true);
 }
 
+// A login item that cannot be made leaves a line each time.
 void serviceLog(MainView &view)
 {
+    for (int i = 0; i < 40; ++i)
+        UiContext::of(qmlEngine(&view)).agent().setLaunchAtLogin(true);
     view.setShowLog(true);
 }
 
-void wizard(MainView &view)
+// The wizard after so many steps: the first tried, the others passed over.
+std::function<void(MainView &)> wizardAfter(int steps)
 {
-    view.setShowOnboarding(true);
+    return [steps](MainView &view) {
+        view.setShowOnboarding(true);
+        Wizard *wizard = UiContext::of(qmlEngine(&view)).presenters().wizard();
+        if (steps > 0)
+            wizard->allow();
+        for (int i = 1; i < steps; ++i)
+            wizard->skip();
+    };
 }
 
 } // namespace
@@ -57,8 +72,14 @@ std::span<const Shot> shots()
         {s("alerts-long"), s("long"), page("alerts")},
         {s("docs"), s("shop"), page("docs")},
         {s("settings"), s("shop"), page("settings")},
+        {s("settings-stopped"), s("stopped"), page("settings")},
         {s("log"), s("shop"), serviceLog},
-        {s("wizard"), s("shop"), wizard},
+        {s("log-empty"), s("shop"), [](MainView &view) { view.setShowLog(true); }},
+        {s("wizard"), s("shop"), wizardAfter(0)},
+        {s("wizard-notifications"), s("shop"), wizardAfter(1)},
+        {s("wizard-safari"), s("shop"), wizardAfter(2)},
+        {s("wizard-network"), s("shop"), wizardAfter(3)},
+        {s("wizard-summary"), s("shop"), wizardAfter(4)},
     };
     return table;
 }

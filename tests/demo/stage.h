@@ -25,6 +25,7 @@ public:
 
     [[nodiscard]] Agent &agent() { return m_agent; }
     [[nodiscard]] UserDefaults &defaults() { return m_defaults; }
+    [[nodiscard]] TestHost &host() { return m_host; }
     [[nodiscard]] HttpServer &server() { return m_server; }
     [[nodiscard]] MainWindowServices services() { return {m_agent, m_defaults, m_clock}; }
 

@@ -19,7 +19,7 @@ public:
 
     void install() override { }
     void onClicked(Clicked clicked) override { click = std::move(clicked); }
-    void status(StatusDone done) override { done(NotificationStatus::Authorized); }
+    void status(StatusDone done) override { done(authorization); }
     void requestPermission(PermissionDone done) override { done(true, {}); }
     void post(const QString &id, const QString &title, const QString &body, bool critical) override
     {
@@ -27,6 +27,7 @@ public:
     }
     void retract(const QStringList &ids) override { retracted.append(ids); }
 
+    NotificationStatus authorization = NotificationStatus::Authorized;
     QList<Posted> posted;
     QList<QStringList> retracted;
     Clicked click;

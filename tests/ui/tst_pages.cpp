@@ -186,7 +186,6 @@ private Q_SLOTS:
         SettingsFacts facts;
         page.show(facts);
         QCOMPARE(page.versionTitle(), QStringLiteral("الإصدار الحالي 1.2.3"));
-        QCOMPARE(page.log(), QStringLiteral("لا توجد رسائل."));
         QCOMPARE(page.notificationStatus(), QStringLiteral("غير مفعّلة بعد"));
         QVERIFY(page.offersNotificationRequest() && !page.offersNotificationTest() && !page.offersInstall()
             && page.updateStatus().isEmpty() && !page.offersLoginSettings());
@@ -205,9 +204,8 @@ private Q_SLOTS:
         QCOMPARE(page.trustStatus(), QStringLiteral("مفعّل على هذا الجهاز ✓ (لا يلزم تكراره)"));
         QCOMPARE(changed.size(), 2);
         facts.notifications = NotificationStatus::Provisional; // they reach the person
-        facts.log = QStringLiteral("line\n");
         page.show(facts);
-        QVERIFY(page.offersNotificationTest() && page.log() == QLatin1String("line\n"));
+        QVERIFY(page.offersNotificationTest());
         page.show(facts);
         QCOMPARE(changed.size(), 3);
     }

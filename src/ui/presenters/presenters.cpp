@@ -46,7 +46,7 @@ void Presenters::listen()
         connect(&m_agent, changed, this, &Presenters::showOverview);
     for (const auto changed : {&Agent::launchAtLoginChanged, &Agent::loginNeedsApprovalChanged,
              &Agent::lastSystemStartChanged, &Agent::notifStatusChanged, &Agent::keepAwakeChanged,
-             &Agent::caTrustedChanged, &Agent::availableUpdateChanged, &Agent::updatingChanged, &Agent::logChanged})
+             &Agent::caTrustedChanged, &Agent::availableUpdateChanged, &Agent::updatingChanged})
         connect(&m_agent, changed, this, &Presenters::showSettings);
 }
 
@@ -87,7 +87,6 @@ void Presenters::showSettings()
         .caTrusted = m_agent.caTrusted(),
         .availableUpdate = m_agent.availableUpdate(),
         .updating = m_agent.isUpdating(),
-        .log = m_agent.log(),
         .now = m_hands.now()});
 }
 

@@ -27,8 +27,6 @@ void SettingsPresenter::show(const SettingsFacts &facts)
         .updating = facts.updating};
     if (std::exchange(m_shown, shown) != shown)
         Q_EMIT changed();
-    if (std::exchange(m_log, facts.log) != facts.log)
-        Q_EMIT logChanged();
 }
 
 bool SettingsPresenter::offersNotificationRequest() const
@@ -71,11 +69,6 @@ QString SettingsPresenter::updateStatus() const
     return offersInstall() ? QStringLiteral("يتوفر الإصدار ") + m_shown.availableUpdate
             + QStringLiteral("؛ التحديث موقَّع ويتراجع تلقائيًا إن لم يعمل")
                            : QString();
-}
-
-QString SettingsPresenter::log() const
-{
-    return m_log.isEmpty() ? QStringLiteral("لا توجد رسائل.") : m_log;
 }
 
 } // namespace zemrak

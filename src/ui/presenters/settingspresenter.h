@@ -21,7 +21,6 @@ struct SettingsFacts
     bool caTrusted = false;
     QString availableUpdate; ///< empty: none is known
     bool updating = false;
-    QString log;
     qint64 now = 0; ///< milliseconds since 1970-01-01 UTC
 };
 
@@ -45,7 +44,6 @@ class SettingsPresenter : public QObject
     Q_PROPERTY(QString updateStatus READ updateStatus NOTIFY changed)
     Q_PROPERTY(bool offersInstall READ offersInstall NOTIFY changed)
     Q_PROPERTY(bool updating READ isUpdating NOTIFY changed)
-    Q_PROPERTY(QString log READ log NOTIFY logChanged)
 
 public:
     /// `version` is the application's.
@@ -73,11 +71,9 @@ public:
     [[nodiscard]] QString updateStatus() const; ///< empty: no update is known
     [[nodiscard]] bool offersInstall() const { return !m_shown.availableUpdate.isEmpty(); }
     [[nodiscard]] bool isUpdating() const { return m_shown.updating; }
-    [[nodiscard]] QString log() const; ///< or that there is nothing in it
 
 Q_SIGNALS:
     void changed();
-    void logChanged();
 
 private:
     struct Shown
@@ -98,7 +94,6 @@ private:
 
     QString m_version;
     Shown m_shown;
-    QString m_log;
 };
 
 } // namespace zemrak

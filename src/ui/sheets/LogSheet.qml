@@ -2,14 +2,29 @@ import QtQuick
 import QtQuick.Layouts
 import Zemrak
 
-// What the print service has printed.
+// What the print service has printed, as large as the window allows.
 Sheet {
+    id: root
+
+    // Head, foot, margins
+    readonly property int frame: Theme.px(100) + 4 * Theme.s20 + 2 * Theme.s16
+
     icon: "scroll"
     title: "سجل الخدمة"
-    wantedWidth: Theme.px(760)
+    wantedWidth: Theme.px(860)
 
     LogText {
         Layout.fillWidth: true
+        Layout.preferredHeight: Math.max(Theme.px(160), (root.parent ? root.parent.height : 0) - 2 * Theme.s32 - root.frame)
+        focus: true
         log: Agent.log
     }
+
+    footer: [
+        Item {
+            Layout.fillWidth: true
+        },
+        LogCopyButton {
+        }
+    ]
 }
