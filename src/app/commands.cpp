@@ -74,7 +74,7 @@ void Commands::remove(const QString &printerId)
         [this](const AdminAnswer &) { m_poll.refresh(); });
 }
 
-void Commands::addNetwork(const QString &name, const QString &host, int port, const QString &transport)
+void Commands::addNetwork(const QString &name, const QString &host, int port, const QString &transport, Succeeded done)
 {
     const QJsonObject body{
         {QStringLiteral("type"), QStringLiteral("net")},
@@ -84,20 +84,26 @@ void Commands::addNetwork(const QString &name, const QString &host, int port, co
         {QStringLiteral("transport"), transport},
     };
     // Success is told whatever the answer: the next poll shows what is really there.
-    post(QStringLiteral("/admin/printers/add"), body, usual, [this](const AdminAnswer &) {
+    post(QStringLiteral("/admin/printers/add"), body, usual, [this, done = std::move(done)](const AdminAnswer &answer) {
         m_poll.refresh();
         m_toast.flash(QStringLiteral("تمت إضافة الطابعة"));
+        if (done)
+            done(answeredWithoutError(answer));
     });
 }
 
-void Commands::addUsb(const QString &name, const QString &uri)
+void Commands::addUsb(const QString &name, const QString &uri, Succeeded done)
 {
     const QJsonObject body{{QStringLiteral("name"), name}, {QStringLiteral("uri"), uri}};
-    post(QStringLiteral("/admin/printers/add-usb"), body, 40s, [this](const AdminAnswer &answer) {
-        m_poll.refresh();
-        m_toast.flash(answeredWith(answer, "queue") ? QStringLiteral("تم إنشاء طابعة USB")
-                                                    : QStringLiteral("تعذر إنشاء الطابعة (قد يلزم صلاحية مدير)"));
-    });
+    post(QStringLiteral("/admin/printers/add-usb"), body, 40s,
+        [this, done = std::move(done)](const AdminAnswer &answer) {
+            const bool ok = answeredWith(answer, "queue");
+            m_poll.refresh();
+            m_toast.flash(
+                ok ? QStringLiteral("تم إنشاء طابعة USB") : QStringLiteral("تعذر إنشاء الطابعة (قد يلزم صلاحية مدير)"));
+            if (done)
+                done(ok);
+        });
 }
 
 void Commands::addOrigin(const QString &origin, Succeeded done)

@@ -34,9 +34,10 @@ public:
     void printerAction(
         const QString &printerId, const QString &action, const std::optional<QString> &pin, const QString &okMessage);
     void remove(const QString &printerId);
-    void addNetwork(
-        const QString &name, const QString &host, int port, const QString &transport = QStringLiteral("raw"));
-    void addUsb(const QString &name, const QString &uri);
+    /// `done` may be empty.
+    void addNetwork(const QString &name, const QString &host, int port,
+        const QString &transport = QStringLiteral("raw"), Succeeded done = {});
+    void addUsb(const QString &name, const QString &uri, Succeeded done = {});
 
     void addOrigin(const QString &origin, Succeeded done);
     void removeOrigin(const QString &origin);

@@ -157,7 +157,7 @@ private Q_SLOTS:
         QTRY_COMPARE(service.last("/admin/printers/add").object()[QLatin1String("name")].toString(),
             QStringLiteral("Network 10.0.0.9"));
         QCOMPARE(service.last("/admin/printers/add").object()[QLatin1String("port")].toInt(), 9101);
-        QVERIFY(cell(finder.hosts(), 0, "added").toBool());
+        QTRY_VERIFY(cell(finder.hosts(), 0, "added").toBool());
         QCOMPARE(cell(finder.usb(), 1, "detail").toString(), QStringLiteral("V"));
         finder.addUsb(0);
         QTRY_COMPARE(
@@ -181,6 +181,44 @@ private Q_SLOTS:
         finder.searchNetwork();
         QTRY_VERIFY(!finder.isScanning());
         QVERIFY(finder.hosts()->count() == 0 && finder.bonjour()->count() == 2 && finder.usb()->count() == 2);
+    }
+
+    void addsAgainWhatCouldNotBeAdded()
+    {
+        Service service;
+        PrinterFinder finder(service.commands);
+        service.answer = R"({"devices":[{"product":"TM","uri":"usb:x"}]})";
+        finder.searchUsb();
+        QTRY_COMPARE(finder.usb()->count(), 1);
+        const auto sent = [&service] { return service.server.requestsTo("/admin/printers/add-usb").size(); };
+
+        service.holdBack = true;
+        finder.addUsb(0);
+        QTRY_COMPARE(sent(), 1);
+        QVERIFY(cell(finder.usb(), 0, "adding").toBool() && !cell(finder.usb(), 0, "added").toBool());
+        service.holdBack = false;
+        finder.searchUsb(); // finds it again meanwhile
+        QTRY_VERIFY(!finder.isScanning());
+        finder.addUsb(0);
+        service.held["/admin/printers/add-usb"]->write(HttpServer::response(R"({"error":{}})"));
+        QTRY_VERIFY(!cell(finder.usb(), 0, "adding").toBool());
+        QVERIFY(!cell(finder.usb(), 0, "added").toBool());
+        QCOMPARE(sent(), 1);
+
+        service.answer = R"({"queue":"TM"})";
+        finder.addUsb(0);
+        QTRY_VERIFY(cell(finder.usb(), 0, "added").toBool());
+        QCOMPARE(sent(), 2);
+
+        service.holdBack = true;
+        finder.setHost(QStringLiteral("h"));
+        finder.addManual();
+        finder.addManual(); // it is under way
+        QTRY_VERIFY(service.held["/admin/printers/add"]);
+        QVERIFY(finder.isAddingManual());
+        service.held["/admin/printers/add"]->write(HttpServer::response("{}"));
+        QTRY_VERIFY(!finder.isAddingManual());
+        QCOMPARE(service.server.requestsTo("/admin/printers/add").size(), 1);
     }
 
     void searchOutlivesItsSheet()

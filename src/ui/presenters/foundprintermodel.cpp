@@ -1,5 +1,7 @@
 #include "ui/presenters/foundprintermodel.h"
 
+#include <algorithm>
+
 namespace zemrak {
 
 namespace {
@@ -47,10 +49,23 @@ FoundPrinter found(const UsbDevice &device)
         .uri = device.uri};
 }
 
-void FoundPrinterModel::markAdded(int row)
+void FoundPrinterModel::show(QList<FoundPrinter> hits)
+{
+    for (FoundPrinter &hit : hits) {
+        const auto before = std::ranges::find(rows(), hit.id, &FoundPrinter::id);
+        if (before != rows().end() && before->adding == FoundPrinter::Adding::UnderWay)
+            hit.adding = before->adding;
+    }
+    setRows(hits);
+}
+
+void FoundPrinterModel::mark(const QString &id, FoundPrinter::Adding adding)
 {
     QList<FoundPrinter> marked = rows();
-    marked[row].added = true;
+    const auto hit = std::ranges::find(marked, id, &FoundPrinter::id);
+    if (hit == marked.end())
+        return;
+    hit->adding = adding;
     setRows(marked);
 }
 
@@ -68,8 +83,10 @@ QVariant FoundPrinterModel::value(const FoundPrinter &hit, int role) const
         return hit.buttonTitle;
     case AddableRole:
         return hit.note.isEmpty();
+    case AddingRole:
+        return hit.adding == FoundPrinter::Adding::UnderWay;
     case AddedRole:
-        return hit.added;
+        return hit.adding == FoundPrinter::Adding::Done;
     default:
         return {};
     }
@@ -78,7 +95,7 @@ QVariant FoundPrinterModel::value(const FoundPrinter &hit, int role) const
 QHash<int, QByteArray> FoundPrinterModel::roleNames() const
 {
     return {{TitleRole, "title"}, {DetailRole, "detail"}, {NoteRole, "note"}, {ButtonRole, "buttonTitle"},
-        {AddableRole, "addable"}, {AddedRole, "added"}};
+        {AddableRole, "addable"}, {AddingRole, "adding"}, {AddedRole, "added"}};
 }
 
 } // namespace zemrak

@@ -8,6 +8,13 @@ namespace zemrak {
 /// A hit of a search for printers, ready to be added.
 struct FoundPrinter
 {
+    enum class Adding
+    {
+        NotYet, ///< or in vain
+        UnderWay,
+        Done,
+    };
+
     QString id; ///< what tells it from other hits of the same search
     QString title;
     QString detail; ///< second line; may be empty
@@ -19,7 +26,7 @@ struct FoundPrinter
     qint64 port = 0;
     QString transport;
     QString uri; ///< of a USB printer
-    bool added = false; ///< the person has added it since the search
+    Adding adding = Adding::NotYet; ///< since the search
 
     bool operator==(const FoundPrinter &) const = default;
 };
@@ -41,12 +48,16 @@ public:
         NoteRole,
         ButtonRole,
         AddableRole,
+        AddingRole, ///< under way
         AddedRole,
     };
 
     using RowModel::RowModel;
 
-    void markAdded(int row);
+    /// The hits of a new search. One that is being added still is.
+    void show(QList<FoundPrinter> hits);
+    /// Does nothing when there is no such hit any more.
+    void mark(const QString &id, FoundPrinter::Adding adding);
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
 protected:

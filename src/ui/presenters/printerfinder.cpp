@@ -112,7 +112,7 @@ void PrinterFinder::search(Kind kind, FoundPrinterModel &hits, void (Commands::*
         QList<FoundPrinter> rows;
         for (const Record &record : records)
             rows.append(found(record));
-        hits.setRows(rows);
+        hits.show(rows);
         self->m_searched[kind] = true;
         self->setSearching(kind, false);
     });
@@ -145,13 +145,17 @@ void PrinterFinder::add(FoundPrinterModel &hits, int row)
     if (row < 0 || row >= hits.count())
         return;
     const FoundPrinter hit = hits.rows().at(row);
-    if (!hit.note.isEmpty() || hit.added)
+    if (!hit.note.isEmpty() || hit.adding != FoundPrinter::Adding::NotYet)
         return;
-    hits.markAdded(row);
+    hits.mark(hit.id, FoundPrinter::Adding::UnderWay);
+    const auto done = [self = QPointer(this), &hits, id = hit.id](bool ok) {
+        if (self)
+            hits.mark(id, ok ? FoundPrinter::Adding::Done : FoundPrinter::Adding::NotYet);
+    };
     if (hit.uri.isEmpty())
-        m_commands.addNetwork(hit.name, hit.host, sendable(hit.port), hit.transport);
+        m_commands.addNetwork(hit.name, hit.host, sendable(hit.port), hit.transport, done);
     else
-        m_commands.addUsb(hit.name, hit.uri);
+        m_commands.addUsb(hit.name, hit.uri, done);
 }
 
 void PrinterFinder::addHost(int row)
@@ -171,10 +175,21 @@ void PrinterFinder::addUsb(int row)
 
 void PrinterFinder::addManual()
 {
-    if (!canAddManual())
+    if (!canAddManual() || m_addingManual)
         return;
     const QString name = m_name.isEmpty() ? QStringLiteral("Network ") + m_host : m_name;
-    m_commands.addNetwork(name, m_host, sendable(wholeNumber(m_port).value_or(usualPort)));
+    setAddingManual(true);
+    m_commands.addNetwork(name, m_host, sendable(wholeNumber(m_port).value_or(usualPort)), QStringLiteral("raw"),
+        [self = QPointer(this)](bool) {
+            if (self)
+                self->setAddingManual(false);
+        });
+}
+
+void PrinterFinder::setAddingManual(bool adding)
+{
+    m_addingManual = adding;
+    Q_EMIT manualChanged();
 }
 
 } // namespace zemrak

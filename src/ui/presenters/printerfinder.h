@@ -26,6 +26,7 @@ class PrinterFinder : public QObject
     Q_PROPERTY(bool canSearchBonjour READ canSearchBonjour NOTIFY scanningChanged)
     Q_PROPERTY(bool canSearchUsb READ canSearchUsb NOTIFY scanningChanged)
     Q_PROPERTY(bool canAddManual READ canAddManual NOTIFY manualChanged)
+    Q_PROPERTY(bool addingManual READ isAddingManual NOTIFY manualChanged)
     Q_PROPERTY(QString networkHint READ networkHint NOTIFY hintsChanged)
     Q_PROPERTY(QString networkOutcome READ networkOutcome NOTIFY hintsChanged)
     Q_PROPERTY(QString usbHint READ usbHint NOTIFY hintsChanged)
@@ -56,6 +57,8 @@ public:
     [[nodiscard]] bool canSearchUsb() const { return !m_searching[Usb]; }
     /// There is an address to add.
     [[nodiscard]] bool canAddManual() const { return !m_host.trimmed().isEmpty(); }
+    /// Adding what was typed is under way.
+    [[nodiscard]] bool isAddingManual() const { return m_addingManual; }
     /// What to tell on the network tab besides the hits; empty: nothing.
     [[nodiscard]] QString networkHint() const;
     /// That the searches came to nothing; empty while they have not.
@@ -68,10 +71,12 @@ public:
     Q_INVOKABLE void searchBonjour();
     Q_INVOKABLE void searchUsb();
 
+    // One that is being added, or has been since its search, is not added again; one that could not be can be.
     Q_INVOKABLE void addHost(int row);
     Q_INVOKABLE void addBonjour(int row);
     Q_INVOKABLE void addUsb(int row);
-    /// Adds what was typed. The host goes as typed; a port that is no number counts as the usual one.
+    /// Adds what was typed, unless that is under way. The host goes as typed; a port that is no number counts as the
+    /// usual one.
     Q_INVOKABLE void addManual();
 
 Q_SIGNALS:
@@ -93,6 +98,7 @@ private:
     void search(Kind kind, FoundPrinterModel &hits, void (Commands::*scan)(Commands::Found<Record>));
     void setSearching(Kind kind, bool searching);
     void add(FoundPrinterModel &hits, int row);
+    void setAddingManual(bool adding);
 
     Commands &m_commands;
     FoundPrinterModel m_hosts;
@@ -102,6 +108,7 @@ private:
     QString m_name;
     QString m_host;
     QString m_port = QStringLiteral("9100");
+    bool m_addingManual = false;
     bool m_searching[Kinds] = {};
     bool m_searched[Kinds] = {}; ///< at least once to the end
 };
