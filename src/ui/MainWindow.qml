@@ -68,12 +68,15 @@ BaseWindow {
             onActivated: MainView.page = pageId
         }
     }
+    // Over an open sheet too, which keeps the other shortcuts to itself.
     Shortcut {
+        context: Qt.ApplicationShortcut
         sequences: ["Ctrl+W"]
 
         onActivated: root.close()
     }
     Shortcut {
+        context: Qt.ApplicationShortcut
         sequences: ["Ctrl+Q"]
 
         onActivated: Qt.quit()

@@ -19,7 +19,8 @@ T.TextField {
     color: Theme.gText
     font.family: Theme.family
     font.pixelSize: Theme.textBody
-    horizontalAlignment: Text.AlignLeft
+    // The reading edge both times: a text that stood here before the field was in its window is laid out only then.
+    horizontalAlignment: LayoutMirroring.enabled ? Text.AlignLeft : Text.AlignRight
     hoverEnabled: true
     implicitHeight: Math.max(Theme.controlHeight, contentHeight + topPadding + bottomPadding)
     implicitWidth: Theme.px(220)
