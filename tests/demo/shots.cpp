@@ -27,6 +27,19 @@ void addPrinter(MainView &view)
     view.setAdding(true);
 }
 
+// Adding a printer, with every search done, at that tab.
+std::function<void(MainView &)> foundPrinters(const char *tab)
+{
+    return [tab](MainView &view) {
+        addPrinter(view);
+        PrinterFinder *finder = UiContext::of(qmlEngine(&view)).presenters().finder();
+        finder->setTab(QLatin1String(tab));
+        finder->searchNetwork();
+        finder->searchBonjour();
+        finder->searchUsb();
+    };
+}
+
 // A login item that cannot be made leaves a line each time.
 void serviceLog(MainView &view)
 {
@@ -61,7 +74,14 @@ std::span<const Shot> shots()
         {s("printers-empty"), s("empty"), page("printers")},
         {s("printers-long"), s("long"), page("printers")},
         {s("printer-settings"), s("shop"), settingsOf("cups-kitchen")},
+        {s("printer-settings-long"), s("long"), settingsOf("net-2")},
         {s("add-printer"), s("shop"), addPrinter},
+        {s("add-printer-found"), s("shop"), foundPrinters("net")},
+        {s("add-printer-usb"), s("shop"), foundPrinters("usb")},
+        {s("add-printer-bluetooth"), s("shop"), foundPrinters("bluetooth")},
+        {s("add-printer-none"), s("quiet"), foundPrinters("net")},
+        {s("add-printer-long"), s("long"), foundPrinters("net")},
+        {s("add-printer-usb-long"), s("long"), foundPrinters("usb")},
         {s("designer"), s("shop"), page("designer")},
         {s("sites"), s("shop"), page("sites")},
         {s("sites-empty"), s("empty"), page("sites")},

@@ -29,6 +29,37 @@ Answers both(const QJsonObject &state, const QJsonObject &alerts)
     return {{statePath, toJson(state)}, {alertsPath, toJson(alerts)}};
 }
 
+// What the searches for printers find.
+Answers withSearches(Answers answers, const QString &product)
+{
+    const auto list = [&answers](const char *what, const QString &key, const QJsonArray &hits) {
+        answers.insert(QByteArrayLiteral("/admin/discover/") + what, toJson({{key, hits}}));
+    };
+    const auto service = [&product](const char *name, const char *host, int port, const char *transport) {
+        return QJsonObject{{QStringLiteral("name"), product + QLatin1String(name)},
+            {QStringLiteral("host"), QLatin1String(host)}, {QStringLiteral("port"), port},
+            {QStringLiteral("transport"), QLatin1String(transport)}};
+    };
+    const auto host = [](const char *address) {
+        return QJsonObject{{QStringLiteral("host"), QLatin1String(address)}, {QStringLiteral("port"), 9100}};
+    };
+    const QString uri = QStringLiteral("usb:tm");
+    list("network", QStringLiteral("hosts"), {host("192.168.1.50"), host("192.168.1.51")});
+    list("bonjour", QStringLiteral("services"),
+        {service(" Kitchen", "kitchen.local", 9100, "raw"), service(" Office", "192.168.1.77", 631, "ipp")});
+    list("usb", QStringLiteral("devices"),
+        {QJsonObject{{QStringLiteral("vendor"), QStringLiteral("ACME")}, {QStringLiteral("product"), product},
+             {QStringLiteral("uri"), uri}},
+            QJsonObject{{QStringLiteral("product"), QStringLiteral("USB Printing Support")},
+                {QStringLiteral("uri"), uri + QLatin1Char('2')}}});
+    return answers;
+}
+
+Answers shop()
+{
+    return withSearches(both(shopState(), shopAlerts()), QStringLiteral("RP-80"));
+}
+
 QJsonObject noAlerts()
 {
     return {{QStringLiteral("alerts"), QJsonArray()}, {QStringLiteral("unread"), 0}};
@@ -132,7 +163,7 @@ Answers longTexts()
     const auto relabel
         = [&names](QJsonObject &job, int i) { job.insert(QStringLiteral("printerName"), names.at(i % names.size())); };
     state.insert(QStringLiteral("recentJobs"), changed(state.value(QStringLiteral("recentJobs")).toArray(), relabel));
-    return both(state, alerts);
+    return withSearches(both(state, alerts), names.at(1));
 }
 
 } // namespace
@@ -140,7 +171,7 @@ Answers longTexts()
 std::span<const Situation> situations()
 {
     static const Situation table[] = {
-        {QStringLiteral("shop"), QStringLiteral("يوم عادي"), [] { return both(shopState(), shopAlerts()); }},
+        {QStringLiteral("shop"), QStringLiteral("يوم عادي"), shop},
         {QStringLiteral("quiet"), QStringLiteral("بلا تحذيرات"), quiet},
         {QStringLiteral("offline"), QStringLiteral("كل الطابعات منقطعة"), offline},
         {QStringLiteral("empty"), QStringLiteral("بلا شيء"), empty},

@@ -1,24 +1,25 @@
 import QtQuick
 import Zemrak
 
-// The sheets the window can open; each exists only while it is open.
+// The sheets the window can open; each exists only while it is open. What stands behind one is handed to it when it is
+// made, since it may go while the sheet is still on its way out.
 Item {
     Loader {
-        active: MainView.editing !== ""
+        readonly property ProfileEditor editor: Presenters.editor
 
-        sourceComponent: ProfileSheet {
-            visible: true
-
-            onClosed: MainView.endEditing()
+        onEditorChanged: {
+            source = "";
+            if (editor)
+                setSource("../sheets/ProfileSheet.qml", { "editor": editor, "visible": true });
         }
     }
     Loader {
-        active: MainView.adding
+        readonly property PrinterFinder finder: Presenters.finder
 
-        sourceComponent: AddPrinterSheet {
-            visible: true
-
-            onClosed: MainView.adding = false
+        onFinderChanged: {
+            source = "";
+            if (finder)
+                setSource("../sheets/AddPrinterSheet.qml", { "finder": finder, "visible": true });
         }
     }
     Loader {
