@@ -51,7 +51,7 @@ private Q_SLOTS:
         m_stage = std::make_unique<Stage>(m_clock);
         m_window = std::make_unique<QmlWindow>(m_stage->services());
         m_window->appearance().overrideReducedMotion(true);
-        m_warnings->forget();
+        static_cast<void>(m_warnings->take());
         QVERIFY(m_stage->enter(withAnswers()));
         m_window->show({});
         QVERIFY(QTest::qWaitForWindowActive(m_window->window()));
