@@ -42,7 +42,7 @@ QtObject {
     readonly property color scrim: dark ? tint(hex6("000000"), 0.62) : tint(hex6("0f172a"), 0.38)
     readonly property color wizard: hex6("1b0b3f")
     readonly property color toast: lightDark("0f172a", "f8fafc")
-    readonly property color onToast: lightDark("f8fafc", "0f172a")
+    readonly property color toastInk: lightDark("f8fafc", "0f172a")
 
     // Tiles of symbols, from the first to the second colour
     readonly property var purpleTile: [hex6("c084fc"), hex6("7c3aed")]

@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QDirIterator>
 #include <QGuiApplication>
+#include <QMetaProperty>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -132,6 +133,22 @@ private Q_SLOTS:
             QVERIFY2(!truncated.toBool() || isPartOfLong(item), qPrintable(item->property("text").toString()));
         }
         QVERIFY(texts > 50);
+    }
+
+    // One whose name QML takes for something else is left without a value, and draws black.
+    void everyColourIsThere()
+    {
+        const auto *theme = m_engine->singletonInstance<QObject *>(qmlTypeId("Zemrak", 1, 0, "Theme"));
+        QVERIFY(theme);
+        int colours = 0;
+        for (int i = 0; i < theme->metaObject()->propertyCount(); ++i) {
+            const QMetaProperty property = theme->metaObject()->property(i);
+            if (property.metaType() != QMetaType::fromType<QColor>())
+                continue;
+            ++colours;
+            QVERIFY2(property.read(theme).value<QColor>().isValid(), property.name());
+        }
+        QVERIFY(colours > 20);
     }
 
     void beginsAtTheRight()

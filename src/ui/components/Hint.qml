@@ -28,7 +28,7 @@ T.ToolTip {
         radius: Theme.radiusSmall
     }
     contentItem: AppText {
-        color: Theme.onToast
+        color: Theme.toastInk
         font.pixelSize: Theme.textSmall
         text: root.text
         wrapMode: Text.Wrap

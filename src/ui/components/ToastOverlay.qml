@@ -30,7 +30,7 @@ T.Popup {
     contentItem: AppText {
         Accessible.name: text
         Accessible.role: Accessible.AlertMessage
-        color: Theme.onToast
+        color: Theme.toastInk
         horizontalAlignment: Text.AlignHCenter
         text: root.text
         weight: Font.Medium
