@@ -10,10 +10,15 @@
 
 namespace zemrak::test {
 
+using namespace std::chrono_literals;
+
 namespace {
 
 // For bindings, images and layouts to come to rest; animations are off.
 constexpr int restMs = 150;
+
+// In tenths of a second.
+constexpr int longestCheck = 600;
 
 constexpr QSize windowSize(1020, 760);
 
@@ -21,9 +26,17 @@ constexpr QSize windowSize(1020, 760);
 
 ShotMaker::ShotMaker(const QString &folder, double textScale)
     : m_folder(folder)
+    , m_textScale(textScale)
 {
-    m_window.appearance().overrideTextScale(textScale);
-    m_window.appearance().overrideReducedMotion(true);
+}
+
+std::unique_ptr<ShotMaker::Set> ShotMaker::makeSet(bool dark) const
+{
+    auto set = std::make_unique<Set>();
+    set->window.appearance().overrideDark(dark);
+    set->window.appearance().overrideTextScale(m_textScale);
+    set->window.appearance().overrideReducedMotion(true);
+    return set;
 }
 
 bool ShotMaker::make(const QString &prefix)
@@ -33,7 +46,6 @@ bool ShotMaker::make(const QString &prefix)
         return false;
     }
     for (const bool dark : {false, true}) {
-        m_window.appearance().overrideDark(dark);
         for (const Shot &shot : shots()) {
             if (shot.name.startsWith(prefix) && !makeShot(shot, dark))
                 return false;
@@ -46,25 +58,31 @@ bool ShotMaker::make(const QString &prefix)
 
 bool ShotMaker::makeShot(const Shot &shot, bool dark)
 {
-    if (!m_stage.enter(shot.situation)) {
+    const std::unique_ptr<Set> set = makeSet(dark);
+    if (!set->stage.enter(shot.situation)) {
         m_fault = QStringLiteral("the situation %1 was not reached").arg(shot.situation);
         return false;
     }
-    m_window.show({});
-    if (!m_window.isOpen()) {
+    set->window.show({});
+    if (!set->window.isOpen()) {
         m_fault = QStringLiteral("the window cannot be built");
         return false;
     }
-    m_window.window()->resize(windowSize);
-    shot.open(UiContext::of(m_window.engine()).mainView());
-    const bool saved = save(*m_window.window(), shot.name, dark);
-    m_window.close();
+    set->window.window()->resize(windowSize);
+    shot.open(UiContext::of(set->window.engine()).mainView());
+    for (int tenths = 0; shot.checked && set->stage.agent().isScanning() && tenths < longestCheck; ++tenths) {
+        set->clock.advance(100ms);
+        QTest::qWait(1);
+    }
+    const bool saved = save(*set->window.window(), shot.name, dark);
+    set->window.close();
     return saved;
 }
 
 bool ShotMaker::makeGallery(bool dark)
 {
-    const std::unique_ptr<QQmlEngine> engine = makeEngine(m_stage.services(), m_window.appearance());
+    const std::unique_ptr<Set> set = makeSet(dark);
+    const std::unique_ptr<QQmlEngine> engine = makeEngine(set->stage.services(), set->window.appearance());
     QQmlComponent component(engine.get(), QUrl(QStringLiteral("qrc:/demo/Gallery.qml")));
     const std::unique_ptr<QObject> object(component.create());
     auto *window = qobject_cast<QQuickWindow *>(object.get());

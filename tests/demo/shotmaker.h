@@ -7,9 +7,12 @@
 
 #include <QDir>
 
+#include <memory>
+
 namespace zemrak::test {
 
-/// Draws every shot and the gallery into a folder, each in light and in dark, at a time that stands still.
+/// Draws every shot and the gallery into a folder, each in light and in dark, at a time that stands still. No picture
+/// shows what another one has left.
 class ShotMaker
 {
 public:
@@ -20,15 +23,21 @@ public:
     [[nodiscard]] QString fault() const { return m_fault; }
 
 private:
+    struct Set
+    {
+        ManualClock clock;
+        Stage stage{clock};
+        QmlWindow window{stage.services()};
+    };
+
+    [[nodiscard]] std::unique_ptr<Set> makeSet(bool dark) const;
     bool makeShot(const Shot &shot, bool dark);
     bool makeGallery(bool dark);
     bool save(QQuickWindow &window, const QString &name, bool dark);
 
     QDir m_folder;
+    double m_textScale;
     QString m_fault;
-    ManualClock m_clock;
-    Stage m_stage{m_clock};
-    QmlWindow m_window{m_stage.services()};
 };
 
 } // namespace zemrak::test

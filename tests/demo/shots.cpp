@@ -61,6 +61,11 @@ std::function<void(MainView &)> wizardAfter(int steps)
     };
 }
 
+void check(MainView &view)
+{
+    view.finishOnboarding(); // starts one
+}
+
 } // namespace
 
 std::span<const Shot> shots()
@@ -70,8 +75,17 @@ std::span<const Shot> shots()
         {s("overview"), s("shop"), page("overview")},
         {s("overview-offline"), s("offline"), page("overview")},
         {s("overview-stopped"), s("stopped"), page("overview")},
+        {s("overview-empty"), s("empty"), page("overview")},
+        {s("overview-long"), s("long"), check, true},
+        {s("overview-checking"), s("shop"), check},
+        {s("overview-checked"), s("shop"), check, true},
+        {s("overview-unanswered"), s("stopped"), check, true},
+        {s("overview-crowded"), s("crowded"), check, true},
         {s("printers"), s("shop"), page("printers")},
         {s("printers-empty"), s("empty"), page("printers")},
+        {s("printers-offline"), s("offline"), page("printers")},
+        {s("printers-stopped"), s("stopped"), page("printers")},
+        {s("printers-crowded"), s("crowded"), page("printers")},
         {s("printers-long"), s("long"), page("printers")},
         {s("printer-settings"), s("shop"), settingsOf("cups-kitchen")},
         {s("printer-settings-long"), s("long"), settingsOf("net-2")},

@@ -15,6 +15,7 @@ struct Shot
     QString name; ///< of the file, before "-light.png" and "-dark.png"
     QString situation;
     std::function<void(MainView &)> open;
+    bool checked = false; ///< the picture is of the end of the connection check that `open` has started
 };
 
 /// To add a page, sheet or situation, add a row to the table in shots.cpp. The tests create every one of them too.

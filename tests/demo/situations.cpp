@@ -13,6 +13,7 @@ namespace {
 
 const QByteArray statePath = "/admin/state";
 const QByteArray alertsPath = "/admin/alerts";
+const QByteArray scanPath = "/admin/scan";
 
 QJsonObject shopState()
 {
@@ -24,9 +25,27 @@ QJsonObject shopAlerts()
     return storedObject(QStringLiteral("situations/shop-alerts.json"));
 }
 
+// What a connection check would find out about the printers of `state`.
+QJsonObject checkOf(const QJsonObject &state)
+{
+    QJsonArray found;
+    const QJsonArray printers = state.value(QStringLiteral("printers")).toArray();
+    for (const QJsonValue &value : printers) {
+        QJsonObject printer;
+        for (const char *key : {"id", "name", "state", "reason"})
+            printer.insert(QLatin1String(key), value.toObject().value(QLatin1String(key)));
+        if (printer.value(QStringLiteral("state")) == QLatin1String("busy"))
+            printer.insert(QStringLiteral("state"), QStringLiteral("ready"));
+        found.append(printer);
+    }
+    const auto answered = std::ranges::count_if(
+        found, [](const QJsonValue &printer) { return printer[QStringLiteral("state")] == QLatin1String("ready"); });
+    return {{QStringLiteral("printers"), found}, {QStringLiteral("connected"), int(answered)}};
+}
+
 Answers both(const QJsonObject &state, const QJsonObject &alerts)
 {
-    return {{statePath, toJson(state)}, {alertsPath, toJson(alerts)}};
+    return {{statePath, toJson(state)}, {alertsPath, toJson(alerts)}, {scanPath, toJson(checkOf(state))}};
 }
 
 // What the searches for printers find.

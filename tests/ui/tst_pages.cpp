@@ -165,7 +165,9 @@ private Q_SLOTS:
         QCOMPARE(lines.index(1).data(ScanResultModel::ReasonRole).toString(),
             QStringLiteral("لا مسار للشبكة (راجع إذن الشبكة المحلية)"));
         page.show({});
-        QVERIFY(page.scanMessage().isEmpty() && page.scanResults()->count() == 0);
+        QVERIFY(page.scanMessage().isEmpty() && page.scanResults()->count() == 0 && !page.showsScan());
+        page.show({.scanStep = QStringLiteral("اكتمل الفحص")}); // and the service has not answered
+        QVERIFY(page.scanMessage().startsWith(QStringLiteral("لم تصل نتيجة")) && page.showsScan());
     }
 
     void loginLine()

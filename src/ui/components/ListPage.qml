@@ -14,6 +14,7 @@ FocusScope {
     property alias model: list.model
     property alias delegate: list.delegate
     property alias list: list
+    property bool listStays: false // also while it is empty, for a header or footer of its own
     property alias placeholder: placeholder.data // in place of the list while it is empty
 
     ColumnLayout {
@@ -21,25 +22,26 @@ FocusScope {
         anchors.leftMargin: Theme.s40 - Theme.s4
         anchors.rightMargin: Theme.s40 - Theme.s4
         anchors.topMargin: Theme.s32
-        spacing: Theme.s16
+        spacing: 0
 
         PageHeader {
             id: header
-            Layout.bottomMargin: Theme.s8
+            Layout.bottomMargin: Theme.s24
             Layout.fillWidth: true
             page: root.page
             subtitle: root.subtitle
         }
         ColumnLayout {
             id: top
+            Layout.bottomMargin: implicitHeight > 0 ? Theme.s16 : 0 // what stands there may all be hidden
+            Layout.fillHeight: false
             spacing: Theme.s12
-            visible: visibleChildren.length > 0
         }
         Item {
             id: placeholder
             Layout.fillHeight: true
             Layout.fillWidth: true
-            visible: list.count === 0
+            visible: list.count === 0 && !root.listStays
         }
         ListView {
             id: list
@@ -53,9 +55,14 @@ FocusScope {
             interactive: contentHeight > height
             reuseItems: true
             spacing: Theme.s12
-            visible: count > 0
+            visible: count > 0 || root.listStays
 
+            // At the page's edge, where it covers no row.
             T.ScrollBar.vertical: AppScrollBar {
+                anchors.right: parent.right
+                height: list.height
+                parent: root
+                y: root.height - height
             }
         }
     }

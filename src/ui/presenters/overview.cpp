@@ -12,6 +12,11 @@ namespace zemrak {
 
 namespace {
 
+bool wasChecked(const OverviewFacts &facts)
+{
+    return facts.scanning || facts.scanResult || !facts.scanStep.isEmpty();
+}
+
 bool hasNoPrinter(const OverviewFacts &facts)
 {
     return facts.state->printers.isEmpty();
@@ -21,7 +26,9 @@ QString scanMessageOf(const OverviewFacts &facts)
 {
     if (facts.scanResult)
         return facts.scanResult->printers.isEmpty() ? QStringLiteral("لا توجد طابعات للفحص") : QString();
-    return facts.scanning ? QStringLiteral("جارٍ البحث عن الطابعات…") : QString();
+    if (facts.scanning)
+        return QStringLiteral("جارٍ البحث عن الطابعات…");
+    return wasChecked(facts) ? QStringLiteral("لم تصل نتيجة آخر فحص: لم ترد خدمة الطباعة عليه.") : QString();
 }
 
 } // namespace
@@ -92,7 +99,8 @@ void Overview::show(const OverviewFacts &facts)
         .sites = QString::number(facts.state == nullptr ? 0 : facts.state->pairedSites.size()),
         .jobs = QString::number(jobsToday(facts.state, facts.now)),
         .scanMessage = scanMessageOf(facts),
-        .scanning = facts.scanning};
+        .scanning = facts.scanning,
+        .showsScan = wasChecked(facts)};
     if (std::exchange(m_shown, shown) != shown)
         Q_EMIT changed();
 }

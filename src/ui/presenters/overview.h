@@ -14,7 +14,7 @@ struct OverviewFacts
 {
     const AgentState *state = nullptr; ///< null: the service does not answer
     bool scanning = false;
-    QString scanStep;
+    QString scanStep; ///< of the check under way or of the last one; empty: there was none
     std::optional<ScanResult> scanResult;
     qint64 now = 0; ///< milliseconds since 1970-01-01 UTC
 };
@@ -39,6 +39,7 @@ class Overview : public QObject
     Q_PROPERTY(QString sitesValue READ sitesValue NOTIFY changed)
     Q_PROPERTY(QString jobsValue READ jobsValue NOTIFY changed)
     Q_PROPERTY(QString scanMessage READ scanMessage NOTIFY changed)
+    Q_PROPERTY(bool showsScan READ showsScan NOTIFY changed)
     Q_PROPERTY(zemrak::ScanResultModel *scanResults READ scanResults CONSTANT)
 
 public:
@@ -57,6 +58,8 @@ public:
     [[nodiscard]] QString jobsValue() const { return m_shown.jobs; }
     /// In place of the results; empty: the results are shown, or there was no check.
     [[nodiscard]] QString scanMessage() const { return m_shown.scanMessage; }
+    /// A check runs, or there was one.
+    [[nodiscard]] bool showsScan() const { return m_shown.showsScan; }
     [[nodiscard]] ScanResultModel *scanResults() { return &m_scanResults; }
 
 Q_SIGNALS:
@@ -73,6 +76,7 @@ private:
         QString jobs;
         QString scanMessage;
         bool scanning = false;
+        bool showsScan = false;
 
         bool operator==(const Shown &) const = default;
     };
