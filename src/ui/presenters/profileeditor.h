@@ -24,7 +24,7 @@ class ProfileEditor : public QObject
     Q_PROPERTY(QString printerId READ printerId CONSTANT)
     Q_PROPERTY(QString printerName READ printerName CONSTANT)
     Q_PROPERTY(QString __proto READ proto WRITE setProto NOTIFY protoChanged)
-    Q_PROPERTY(qint64 __dots READ dots WRITE setDots NOTIFY dotsChanged)
+    Q_PROPERTY(double __dots READ dotsNumber WRITE setDotsNumber NOTIFY dotsChanged)
     Q_PROPERTY(QString __cut READ cut WRITE setCut NOTIFY cutChanged)
     Q_PROPERTY(QString __pin READ pin WRITE setPin NOTIFY pinChanged)
     Q_PROPERTY(QString __dither READ dither WRITE setDither NOTIFY ditherChanged)
@@ -62,6 +62,9 @@ public:
     void setProto(const QString &proto);
     [[nodiscard]] qint64 dots() const { return m_form.dots; }
     void setDots(qint64 dots);
+    /// In a form that QML counts with.
+    [[nodiscard]] double dotsNumber() const { return double(m_form.dots); }
+    void setDotsNumber(double dots) { setDots(qint64(dots)); }
     [[nodiscard]] QString cut() const { return m_form.cut; }
     void setCut(const QString &cut);
     [[nodiscard]] QString pin() const { return m_form.pin; }
