@@ -132,6 +132,7 @@ private Q_SLOTS:
             QTest::keyClick(m_window->window(), Qt::Key_Down);
         QQuickItem *card = m_window->window()->activeFocusItem();
         QCOMPARE(card->property("text").toString(), QStringLiteral("Bar 31"));
+        QVERIFY(card->property("visualFocus").toBool());
         QVERIFY(QRectF(0, 0, m_window->window()->width(), m_window->window()->height())
                     .contains(card->mapRectToScene(card->boundingRect())));
         QTest::keyClick(m_window->window(), Qt::Key_Up);

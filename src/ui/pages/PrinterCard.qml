@@ -21,6 +21,12 @@ FocusScope {
     signal open()
     signal stepped(int by)
 
+    // By a key, so that the ring is shown.
+    function takeFocus(): void {
+        card.forceActiveFocus(Qt.TabFocusReason);
+        card.focusReason = Qt.TabFocusReason; // also if the list has given it the focus already
+    }
+
     implicitHeight: card.implicitHeight
 
     Keys.onDownPressed: stepped(1)

@@ -14,7 +14,7 @@ ListPage {
         if (row < 0 || row >= list.count)
             return;
         list.currentIndex = row;
-        list.currentItem.forceActiveFocus(Qt.TabFocusReason);
+        (list.currentItem as PrinterCard).takeFocus();
     }
 
     model: Presenters.printers
