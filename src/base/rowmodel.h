@@ -22,8 +22,18 @@ public:
     }
     [[nodiscard]] int count() const { return rowCount(QModelIndex()); }
 
+    /// From now on a row that moves is told of as one that goes and one that comes. For a list behind a filter: Qt's
+    /// own pass a move on as a change of everything, which sends a view back to its first row.
+    void reinsertMovedRows() { m_reinserts = true; }
+
 Q_SIGNALS:
     void countChanged();
+
+protected:
+    [[nodiscard]] bool reinsertsMovedRows() const { return m_reinserts; }
+
+private:
+    bool m_reinserts = false;
 };
 
 /// A list of records keyed by their `id`. setRows() touches just the rows, and of a changed row just the roles, that
@@ -93,8 +103,17 @@ template <typename Row> void RowModel<Row>::apply(const RowEdit &edit, const QLi
         endInsertRows();
         break;
     case RowEdit::Kind::Move:
+        if (reinsertsMovedRows()) {
+            beginRemoveRows({}, edit.row, edit.row);
+            const Row row = m_rows.takeAt(edit.row);
+            endRemoveRows();
+            beginInsertRows({}, edit.to, edit.to);
+            m_rows.insert(edit.to, row);
+            endInsertRows();
+            break;
+        }
         beginMoveRows({}, edit.row, edit.row, {}, edit.to > edit.row ? edit.to + 1 : edit.to);
-        m_rows.move(edit.row, edit.to);
+        m_rows.insert(edit.to, m_rows.takeAt(edit.row));
         endMoveRows();
         break;
     }

@@ -72,7 +72,10 @@ bool QmlWindow::build()
     connect(m_engine.get(), &QQmlEngine::quit, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     UiContext &context = UiContext::of(m_engine.get());
     context.mainView().appear();
-    context.presenters().clock()->setActive(true);
+    RelativeClock *clock = context.presenters().clock();
+    connect(m_window.get(), &QWindow::visibilityChanged, clock, [clock](QWindow::Visibility visibility) {
+        clock->setActive(visibility != QWindow::Hidden && visibility != QWindow::Minimized);
+    });
     return true;
 }
 

@@ -182,6 +182,13 @@ Answers longTexts()
     const auto relabel
         = [&names](QJsonObject &job, int i) { job.insert(QStringLiteral("printerName"), names.at(i % names.size())); };
     state.insert(QStringLiteral("recentJobs"), changed(state.value(QStringLiteral("recentJobs")).toArray(), relabel));
+    const QString site
+        = QStringLiteral("https:") + QStringLiteral("//a-very-long-name-of-a-branch.%1.shop.example:8443");
+    state.insert(QStringLiteral("allowedOrigins"),
+        QJsonArray{site.arg(QStringLiteral("in-the-new-commercial-centre-at-the-eastern-entrance")), site.arg(1)});
+    state.insert(QStringLiteral("pairedSites"),
+        QJsonArray{QJsonObject{{QStringLiteral("id"), QStringLiteral("s")}, {QStringLiteral("origin"), site.arg(1)},
+            {QStringLiteral("name"), names.first()}, {QStringLiteral("createdAt"), 1699000000000.0}}});
     return withSearches(both(state, alerts), names.at(1));
 }
 

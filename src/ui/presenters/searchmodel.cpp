@@ -4,10 +4,11 @@
 
 namespace zemrak {
 
-SearchModel::SearchModel(QAbstractItemModel &list, QList<int> roles, QObject *parent)
+SearchModel::SearchModel(CountedListModel &list, QList<int> roles, QObject *parent)
     : QSortFilterProxyModel(parent)
     , m_roles(std::move(roles))
 {
+    list.reinsertMovedRows();
     setSourceModel(&list);
     connect(this, &QAbstractItemModel::rowsInserted, this, &SearchModel::countChanged);
     connect(this, &QAbstractItemModel::rowsRemoved, this, &SearchModel::countChanged);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/rowmodel.h"
+
 #include <QList>
 #include <QSortFilterProxyModel>
 #include <QString>
@@ -20,8 +22,8 @@ public:
     /// Lists of up to this many rows can be looked over without a search field.
     static constexpr int overlooked = 10;
 
-    /// Searches in the texts of `roles` of `list`, which outlives this object.
-    SearchModel(QAbstractItemModel &list, QList<int> roles, QObject *parent = nullptr);
+    /// Searches in the texts of `roles` of `list`, which outlives this object and tells of no moves any more.
+    SearchModel(CountedListModel &list, QList<int> roles, QObject *parent = nullptr);
 
     [[nodiscard]] QString search() const { return m_search; }
     void setSearch(const QString &search);
