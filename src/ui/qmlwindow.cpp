@@ -88,6 +88,7 @@ void QmlWindow::close()
     UiContext::of(m_engine.get()).presenters().finishSaving(savePatience);
     if (!m_window)
         return;
+    m_window->disconnect(this); // it is hidden as it goes, which must not close one that is opened right after
     m_window.reset();
     m_engine.reset();
     if (m_closed)

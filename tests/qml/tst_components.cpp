@@ -138,7 +138,11 @@ private Q_SLOTS:
     // One whose name QML takes for something else is left without a value, and draws black.
     void everyColourIsThere()
     {
-        const auto *theme = m_engine->singletonInstance<QObject *>(qmlTypeId("Zemrak", 1, 0, "Theme"));
+        QQmlComponent holder(m_engine.get());
+        holder.setData("import QtQml; import Zemrak; QtObject { property QtObject theme: Theme }", {});
+        const std::unique_ptr<QObject> made(holder.create());
+        QVERIFY2(made, qPrintable(holder.errorString()));
+        const auto *theme = made->property("theme").value<QObject *>();
         QVERIFY(theme);
         int colours = 0;
         for (int i = 0; i < theme->metaObject()->propertyCount(); ++i) {

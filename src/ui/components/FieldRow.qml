@@ -21,6 +21,7 @@ RowLayout {
 
         AppText {
             Layout.fillWidth: true
+            Accessible.ignored: true // the control is called so
             text: root.label
             weight: Font.Medium
             wrapMode: Text.Wrap

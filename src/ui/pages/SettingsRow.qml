@@ -49,6 +49,7 @@ Rectangle {
 
             AppText {
                 Layout.fillWidth: true
+                Accessible.ignored: true // the panel and the control are called so
                 lineHeight: 1
                 text: root.title
                 weight: Font.Medium
