@@ -12,6 +12,7 @@ packages_run=(
   qt6-declarative-dev             # Qt Quick: the window
   qt6-declarative-dev-tools       # its compiler and linter
   qt6-svg-dev                     # symbols
+  libicu-dev                      # relative times in Arabic words
   qml6-module-qtquick qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-window
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript # what the window imports
   pkg-config libxcb1-dev          # finding trays of the older kind on X11
