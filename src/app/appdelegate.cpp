@@ -31,10 +31,8 @@ bool AppDelegate::finishLaunching()
     if (isAutomaticStart(QCoreApplication::arguments(), platform::systemUptime()))
         m_agent.recordSystemStart();
     m_host.notifier().onClicked([this](const QString &activationToken) {
-        // Qt's window system plugins take it from there when a window asks to be raised.
-        qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
         m_agent.setRequestedPage(Page::Alerts);
-        revealMainWindow();
+        revealMainWindow(activationToken);
     });
     m_host.notifier().install();
     m_agent.healLoginItemIfNeeded();
@@ -106,10 +104,10 @@ void AppDelegate::willTerminate()
     m_agent.shutDown();
 }
 
-void AppDelegate::revealMainWindow()
+void AppDelegate::revealMainWindow(const QString &activationToken)
 {
     qCInfo(lcApp) << "Asked to show the main window";
-    m_window.show();
+    m_window.show(activationToken);
 }
 
 } // namespace zemrak

@@ -32,7 +32,7 @@ public:
 
 private:
     void willTerminate();
-    void revealMainWindow();
+    void revealMainWindow(const QString &activationToken = {});
     void createStatusBar();
     void updateStatusBar();
     void carryOut(StatusCommand command);
