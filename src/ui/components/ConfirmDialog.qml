@@ -21,7 +21,7 @@ Sheet {
         wrapMode: Text.Wrap
     }
 
-    footer: [
+    actions: [
         Item {
             Layout.fillWidth: true
         },

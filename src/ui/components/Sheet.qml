@@ -7,15 +7,14 @@ import Zemrak
 
 // A panel over the window that takes the keyboard until it is closed, by its cross, by Escape, or by close(), and then
 // gives it back to what had it. Its content scrolls when it is taller than the window; its footer stays.
-T.Popup {
+T.Dialog {
     id: root
 
-    property string title
     property string subtitle
     property string icon
     property real wantedWidth: Theme.px(640)
     default property alias content: column.data
-    property alias footer: foot.data
+    property alias actions: foot.data
     property alias contentY: view.contentY
     property Item focusedBefore
 
@@ -45,9 +44,6 @@ T.Popup {
         radius: Theme.radiusSheet
     }
     contentItem: Item {
-        Accessible.name: root.title
-        Accessible.role: Accessible.Dialog
-
         ColumnLayout {
             id: frame
             anchors.fill: parent

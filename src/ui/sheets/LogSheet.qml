@@ -20,7 +20,7 @@ Sheet {
         log: Agent.log
     }
 
-    footer: [
+    actions: [
         Item {
             Layout.fillWidth: true
         },

@@ -120,7 +120,7 @@ Sheet {
         onPressed: action => root.editor.run(action)
     }
 
-    footer: ProfileFooter {
+    actions: ProfileFooter {
         color: Theme.named(root.editor.footerColor)
         icon: root.editor.footerIcon
         text: root.editor.footerText
