@@ -190,6 +190,8 @@ private Q_SLOTS:
         QTest::keyClick(window, Qt::Key_Up);
         QTest::keyClick(window, Qt::Key_Space);
         QCOMPARE(view().page(), QStringLiteral("overview"));
+        QTest::keyClick(window, Qt::Key_Tab);
+        QCOMPARE(window->activeFocusItem(), byName(root(), QStringLiteral("فحص الاتصال")));
     }
 
     void showsTheMessageOverASheet()

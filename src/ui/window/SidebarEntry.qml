@@ -21,7 +21,8 @@ T.AbstractButton {
     Accessible.selected: current
     Accessible.onPressAction: root.clicked()
 
-    focusPolicy: Qt.StrongFocus
+    // One stop for Tab on the way to the page; the arrow keys reach the other entries.
+    focusPolicy: current ? Qt.StrongFocus : Qt.ClickFocus
     hoverEnabled: true
     text: title
     implicitHeight: Math.max(Theme.px(44), implicitContentHeight)
