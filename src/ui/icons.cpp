@@ -8,7 +8,7 @@ namespace zemrak {
 namespace {
 
 // Filled shapes for states and tiles, bold strokes where the drawing is all stroke.
-constexpr std::array<IconEntry, 65> table{{
+constexpr std::array<IconEntry, 67> table{{
     {QLatin1String("arrow.clockwise"), QLatin1String("arrow-clockwise-bold"), false},
     {QLatin1String("arrow.down.circle.fill"), QLatin1String("arrow-circle-down-fill"), false},
     {QLatin1String("barcode"), QLatin1String("barcode"), false},
@@ -27,6 +27,7 @@ constexpr std::array<IconEntry, 65> table{{
     {QLatin1String("chevron.left"), QLatin1String("caret-left-bold"), true},
     {QLatin1String("chevron.left.forwardslash.chevron.right"), QLatin1String("code-bold"), false},
     {QLatin1String("chevron.right"), QLatin1String("caret-right-bold"), true},
+    {QLatin1String("circle.fill"), QLatin1String("circle-fill"), false},
     {QLatin1String("clock.arrow.circlepath"), QLatin1String("clock-counter-clockwise-bold"), false},
     {QLatin1String("curlybraces"), QLatin1String("brackets-curly"), false},
     {QLatin1String("doc.on.doc"), QLatin1String("copy"), false},
@@ -56,6 +57,7 @@ constexpr std::array<IconEntry, 65> table{{
     {QLatin1String("printer.fill"), QLatin1String("printer-fill"), false},
     {QLatin1String("qrcode"), QLatin1String("qr-code"), false},
     {QLatin1String("safari"), QLatin1String("compass-fill"), false},
+    {QLatin1String("scissors"), QLatin1String("scissors"), false},
     {QLatin1String("scroll"), QLatin1String("scroll"), false},
     {QLatin1String("server.rack"), QLatin1String("hard-drives"), false},
     {QLatin1String("slider.horizontal.3"), QLatin1String("sliders-horizontal"), false},

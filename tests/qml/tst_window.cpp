@@ -8,6 +8,7 @@
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
+#include <QAccessible>
 #include <QPointer>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -30,6 +31,25 @@ QQuickItem *byName(QQuickItem *item, const QString &text)
             return found;
     }
     return nullptr;
+}
+
+// What a screen reader would stumble over: a control without a name, and an object where words should be.
+QStringList unspeakable(QQuickItem *item)
+{
+    QStringList found;
+    if (!item->isVisible())
+        return found;
+    if (QAccessibleInterface *told = QAccessible::queryAccessibleInterface(item)) {
+        const QString name = told->text(QAccessible::Name);
+        const QString words = name + told->text(QAccessible::Description);
+        const bool reached = item->activeFocusOnTab() && item->isEnabled();
+        if (words.contains(QLatin1String("QMLTYPE")) || words.contains(QLatin1String("QQuick"))
+            || words.contains(QLatin1String("undefined")) || (reached && name.isEmpty()))
+            found.append(QLatin1String(item->metaObject()->className()) + QLatin1String(": ") + words);
+    }
+    for (QQuickItem *child : item->childItems())
+        found += unspeakable(child);
+    return found;
 }
 
 } // namespace
@@ -89,6 +109,7 @@ private Q_SLOTS:
         QVERIFY(open());
         shot.open(view());
         QVERIFY(!m_window->window()->grabWindow().isNull());
+        QCOMPARE(unspeakable(m_window->window()->contentItem()).join(u'\n'), QString());
         const QPointer<QQmlEngine> engine(m_window->engine());
         m_window->close(); // also with a sheet open
         QVERIFY(!engine);

@@ -26,11 +26,9 @@ Item {
         anchors.rightMargin: Theme.s8 + 2
         spacing: Theme.s8 - 2
 
-        Rectangle {
+        Dot {
             color: root.color
-            implicitHeight: Theme.px(7)
-            implicitWidth: Theme.px(7)
-            radius: height / 2
+            diameter: Theme.px(7)
         }
         LineText {
             Layout.fillWidth: true

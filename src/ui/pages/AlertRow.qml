@@ -47,17 +47,14 @@ RowCard {
     Row {
         spacing: Theme.s8
 
-        Rectangle {
+        Dot {
             id: dot
             color: Theme.gPrimary
-            height: Theme.px(8)
-            radius: height / 2
             visible: root.unread
-            width: Theme.px(8)
-            y: (title.cursorRectangle.height - height) / 2
+            y: (heading.cursorRectangle.height - height) / 2
         }
         SelectableText {
-            id: title
+            id: heading
             activeFocusOnTab: root.chosen
             font.weight: root.unread ? Font.Bold : Font.Medium
             value: root.title

@@ -61,10 +61,10 @@ RowCard {
             font.pixelSize: Theme.textSmall
             ltr: true
             value: root.jobId
-            width: root.textRoom - (kind.visible ? kind.width + Theme.s8 : 0) - time.width - Theme.s8
+            width: root.textRoom - (kind.visible ? kind.width + Theme.s8 : 0) - moment.width - Theme.s8
         }
         AppText {
-            id: time
+            id: moment
             Accessible.ignored: true
             color: Theme.gMuted
             font.pixelSize: Theme.textSmall

@@ -17,7 +17,7 @@ RowCard {
 
     signal removeRequested()
 
-    facts: [statusText, siteName, tag]
+    facts: [statusText, siteName, root.tag]
     name: origin
     row: index
 
@@ -62,20 +62,20 @@ RowCard {
             Accessible.ignored: true
             color: Theme.readable(Theme.named(root.statusColor))
             font.pixelSize: Theme.textSmall
-            height: Math.max(implicitHeight, tag.implicitHeight)
+            height: Math.max(implicitHeight, badge.implicitHeight)
             text: root.statusText
         }
         LineText {
             Accessible.ignored: true
             color: Theme.gMuted
             font.pixelSize: Theme.textSmall
-            height: Math.max(implicitHeight, tag.implicitHeight)
+            height: Math.max(implicitHeight, badge.implicitHeight)
             value: "\u200f· \u2068" + root.siteName + "\u2069"
             visible: root.siteName !== ""
             width: Math.min(implicitWidth, parent.width)
         }
         Badge {
-            id: tag
+            id: badge
             Accessible.ignored: true
             color: Theme.hex6("c084fc")
             text: root.tag

@@ -18,6 +18,7 @@ ColumnLayout {
         return text === "" ? "" : "\u2066" + text + "\u2069";
     }
 
+    Accessible.name: "الطابعات التي وُجدت"
     Accessible.role: Accessible.List
     Layout.fillWidth: true
     spacing: 0

@@ -21,6 +21,7 @@ Sheet {
 
     Tabs {
         id: tabs
+        Accessible.name: "طريقة التوصيل"
         Layout.fillWidth: true
         options: root.finder.tabs
         value: root.finder.__tab

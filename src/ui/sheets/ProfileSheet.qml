@@ -54,6 +54,7 @@ Sheet {
     }
     Card {
         Layout.fillWidth: true
+        icon: "scissors"
         title: "القص والدرج"
 
         ChoiceRow {

@@ -14,11 +14,9 @@ RowLayout {
     Accessible.role: Accessible.StaticText
     spacing: Theme.s8
 
-    Rectangle {
+    Dot {
         color: root.tone
-        implicitHeight: Theme.px(9)
-        implicitWidth: Theme.px(9)
-        radius: height / 2
+        diameter: Theme.px(9)
     }
     LineText {
         Layout.fillWidth: true
