@@ -10,7 +10,7 @@ api "$BASE/v1/jobs/$JOB_ID"
 api "$BASE/v1/jobs/$JOB_ID?after=0&wait=10000"
 
 # الإلغاء: ينجح قبل أن تبدأ الطباعة، وبعدها يكون الجواب not_cancellable
-curl -sS -X DELETE "$BASE/v1/jobs/$JOB_ID" -H "Origin: $ORIGIN" -H "Authorization: Bearer $TOKEN" \
-  | jq -er 'if .job then .job.status
-            elif .error.code == "not_cancellable" then .error.message
-            else error(.error.message) end'
+ANSWER=$(curl -sS -X DELETE "$BASE/v1/jobs/$JOB_ID" -H "Origin: $ORIGIN" -H "Authorization: Bearer $TOKEN") \
+  && jq -er 'if .job then .job.status
+             elif .error.code == "not_cancellable" then .error.message
+             else error(.error.message) end' <<< "$ANSWER"
