@@ -4,7 +4,7 @@ ORIGIN="https://pos.zemrak.example"
 # الرمز المحفوظ من قبل، وإلا فاقتران جديد
 TOKEN="${ZEMRAK_PRINTER_TOKEN:-}"
 if [ -z "$TOKEN" ]; then
-  TOKEN=$(curl -sS -X POST "$BASE/v1/pair" -H "Origin: $ORIGIN" | jq -er '.token // error(.error.message)')
+  TOKEN=$(curl -sS -X POST "$BASE/v1/pair" -H "Origin: $ORIGIN" | jq -nr 'input | .token // error(.error.message)')
 fi
 
 # أرسل الطلب نفسه مرتين: الجوابان للوظيفة نفسها (id واحد)، والورقة واحدة
