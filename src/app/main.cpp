@@ -4,6 +4,7 @@
 #include "app/notificationcheck.h"
 #include "app/platformhost.h"
 #include "app/servicecommand.h"
+#include "guide/guidefile.h"
 #include "health/statusicon.h"
 #include "platform/platform.h"
 
@@ -65,6 +66,13 @@ void drawPreviews(int &argc, char *argv[], const QString &folder)
         std::fprintf(stderr, "zemrak-printer: the previews were not written to %s\n", qUtf8Printable(folder));
 }
 
+void exportGuide(const QString &path)
+{
+    if (const QString fault = writeGuide(path); !fault.isEmpty())
+        std::fprintf(stderr, "zemrak-printer: the guide was not written to %s: %s\n", qUtf8Printable(path),
+            qUtf8Printable(fault));
+}
+
 int runNotificationCheck(int &argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
@@ -103,6 +111,8 @@ int main(int argc, char *argv[])
         drawPreviews(argc, argv, mode.operand);
     if (mode.kind == LaunchMode::Kind::NotificationCheck)
         return runNotificationCheck(argc, argv);
+    if (mode.kind == LaunchMode::Kind::ExportDocs)
+        exportGuide(mode.operand);
     if (mode.kind == LaunchMode::Kind::LoginItem)
         switchLoginItem(argc, argv, mode.operand);
     return EXIT_SUCCESS;
