@@ -19,6 +19,7 @@ export function configPaths(env = process.env) {
     alerts: path.join(root, 'alerts.json'),
     previews: path.join(root, 'previews'),
     updates: path.join(root, 'updates'),
+    portConflict: path.join(root, 'port-conflict.json'),
     tls,
     caCert: path.join(tls, 'ca.crt'),
     caKey: path.join(tls, 'ca.key'),

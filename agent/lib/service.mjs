@@ -16,6 +16,7 @@ import { sender } from './printers/send.mjs';
 import { Router } from './http/router.mjs';
 import { openListener } from './http/listener.mjs';
 import { adminGuard, renewToken } from './admin/token.mjs';
+import { lastPortConflict } from './admin/port-conflict.mjs';
 import { adminRoutes } from './admin/routes.mjs';
 import { renewIfDue } from './tls/certificates.mjs';
 import { Updates } from './update/updates.mjs';
@@ -113,7 +114,7 @@ function compose({ env, log, paths, read, listeners }) {
   const pairing = new Pairing({ settings, pairings, ask: personAsker(env), log });
   const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit() };
   const updates = new Updates({ settings, folder: paths.updates, log });
-  return { ...sites, log, settings, alerts, history, monitor, cups, printers, queue, jobs, updates, listeners, startedAt: Date.now() };
+  return { ...sites, log, settings, alerts, history, monitor, cups, printers, queue, jobs, updates, listeners, portConflict: () => lastPortConflict(paths.portConflict), startedAt: Date.now() };
 }
 
 async function openPorts({ env, paths, settings, answer, log }) {

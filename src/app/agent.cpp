@@ -29,6 +29,7 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     , m_updates(m_link, clock, places.bundle, host.handover)
     , m_check(m_link, clock)
     , m_report(m_link, host.desktop, clock)
+    , m_conflictReport(m_link, host.portHolders, clock, places.configDir + QStringLiteral("/port-conflict.json"))
 {
     connect(&m_log, &ServiceLog::changed, this, &Agent::logChanged);
     connect(&m_toast, &Toast::changed, this, &Agent::toastChanged);
@@ -36,6 +37,10 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     connect(&m_supervisor, &ServiceSupervisor::portConflictChanged, this, &Agent::portConflictChanged);
     connect(&m_supervisor, &ServiceSupervisor::startRequested, &m_poll, &StatePoll::arm);
     connect(&m_supervisor, &ServiceSupervisor::stopRequested, &m_poll, &StatePoll::disarm);
+    connect(&m_supervisor, &ServiceSupervisor::portTaken, this, [this, port = places.port] {
+        constexpr quint16 httpsPort = 17732;
+        m_conflictReport.report({port, httpsPort});
+    });
     connect(&m_poll, &StatePoll::stateChanged, this, &Agent::stateChanged);
     connect(&m_poll, &StatePoll::answered, &m_supervisor, &ServiceSupervisor::clearPortConflict);
 

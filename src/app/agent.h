@@ -24,6 +24,8 @@
 #include "host/keepawake.h"
 #include "host/launchatlogin.h"
 #include "host/loginitem.h"
+#include "host/portconflictreport.h"
+#include "host/portholders.h"
 #include "host/processactivities.h"
 #include "host/updates.h"
 #include "host/userdefaults.h"
@@ -56,6 +58,7 @@ struct AgentHost
     ProcessActivities &activities;
     const CertificateTest &certificateTest;
     Desktop &desktop;
+    const PortHolders &portHolders;
     Updates::Handover handover;
 };
 
@@ -204,6 +207,7 @@ private:
     Updates m_updates;
     ConnectionCheck m_check;
     DiagnosticsReport m_report;
+    PortConflictReport m_conflictReport;
 
     std::optional<Page> m_requestedPage;
     NotificationStatus m_notifStatus = NotificationStatus::NotDetermined;

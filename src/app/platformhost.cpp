@@ -14,6 +14,7 @@ PlatformHost::PlatformHost(const ApplicationBundle &bundle)
     , m_activities(platform::makeProcessActivities())
     , m_certificateTest(platform::makeCertificateTest())
     , m_desktop(platform::makeDesktop())
+    , m_portHolders(platform::makePortHolders())
 {
 }
 
@@ -21,7 +22,7 @@ PlatformHost::~PlatformHost() = default;
 
 AgentHost PlatformHost::forAgent()
 {
-    return {*m_childGuard, *m_notifier, *m_loginItem, *m_activities, *m_certificateTest, *m_desktop,
+    return {*m_childGuard, *m_notifier, *m_loginItem, *m_activities, *m_certificateTest, *m_desktop, *m_portHolders,
         {.startShell = [](const QString &line) { return startDetachedShell(line); },
             .terminate = &QCoreApplication::quit}};
 }

@@ -27,6 +27,7 @@ private:
     std::unique_ptr<ProcessActivities> m_activities;
     std::unique_ptr<CertificateTest> m_certificateTest;
     std::unique_ptr<Desktop> m_desktop;
+    std::unique_ptr<PortHolders> m_portHolders;
 };
 
 } // namespace zemrak

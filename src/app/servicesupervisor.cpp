@@ -171,9 +171,12 @@ void ServiceSupervisor::onEnded(const ServiceExit &exit)
     if (!replaced && !m_stopping)
         m_startTimer->start(relaunchDelay(exit));
     setRunning(false);
-    if (!replaced)
+    if (!replaced) {
         setPortConflict(isPortConflict(exit));
-    else if (!m_stopping)
+        if (isPortConflict(exit))
+            Q_EMIT portTaken();
+    }
+    if (replaced && !m_stopping)
         prepare(); // it made room; how it took that says nothing about the port
 }
 

@@ -55,6 +55,8 @@ Q_SIGNALS:
     void stopRequested();
     void runningChanged();
     void portConflictChanged();
+    /// Each time the service has ended because another program holds its port.
+    void portTaken();
 
 private:
     void prepare();

@@ -6,6 +6,7 @@
 #include "host/childguard.h"
 #include "host/desktop.h"
 #include "host/loginitem.h"
+#include "host/portholders.h"
 #include "host/processactivities.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
@@ -27,6 +28,7 @@ namespace platform {
 /// `iconFile`: the picture beside a notification's text.
 [[nodiscard]] std::unique_ptr<Notifier> makeNotifier(const QString &iconFile);
 [[nodiscard]] std::unique_ptr<ProcessActivities> makeProcessActivities();
+[[nodiscard]] std::unique_ptr<PortHolders> makePortHolders();
 [[nodiscard]] std::unique_ptr<SingleInstance> makeSingleInstance();
 /// Needs a QApplication.
 [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem();

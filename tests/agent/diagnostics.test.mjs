@@ -89,7 +89,7 @@ test('the report and the log keep what is private, wherever it stands', async (t
     for (const secret of own) assert.ok(!output.includes(secret), `${secret} in ${where}: ${output.slice(Math.max(0, output.indexOf(secret) - 80)).slice(0, 160)}`);
   }
   // What stands beside the secrets is still there, and nothing has come in unnoticed.
-  assert.deepEqual(Object.keys(report).sort(), ['alerts', 'counts', 'createdAt', 'errors', 'jobs', 'listeners', 'log', 'memoryBytes', 'printers', 'settings', 'uptimeSeconds', 'versions']);
+  assert.deepEqual(Object.keys(report).sort(), ['alerts', 'counts', 'createdAt', 'errors', 'jobs', 'listeners', 'log', 'memoryBytes', 'portConflict', 'printers', 'settings', 'uptimeSeconds', 'versions']);
   assert.deepEqual(report.printers.map(({ id, name }) => [id, name]), [
     ['net-1', 'Bar http://…'], ['net-2', 'Desk …'],
     ['cups-EPSON_TM_T20III_Receipt_Printer_01', 'EPSON_TM_T20III_Receipt_Printer_01'], ['preview', 'طابعة المعاينة'],
@@ -97,6 +97,20 @@ test('the report and the log keep what is private, wherever it stands', async (t
   assert.deepEqual(report.jobs.map((job) => job.errorCode).filter(Boolean), ['offline', 'other', 'offline']);
   assert.deepEqual([report.counts.pairedSites, report.counts.origins], [1, 2]);
   assert.ok(report.errors.some((line) => /HTTPS is off/.test(line)));
+});
+
+test('the report tells who held the port last', async (t) => {
+  const home = privateHome(t);
+  const service = await startService(t, { home });
+  const reported = async () => (await service.get('/admin/diagnostics')).body.portConflict;
+  assert.equal(await reported(), null);
+  const holder = { port: 17731, processId: 4711, program: 'node zemrak-local-print.mjs', userId: 1001, user: 'ali' };
+  plant(home, 'port-conflict.json', { at: 1700000000000, holders: [{ ...holder, token: MARK }, { port: 17732, user: 7 }, null], more: MARK });
+  assert.deepEqual(await reported(), { at: 1700000000000, holders: [holder, { port: 17732 }, {}] });
+  for (const other of [{ at: 'today', holders: [] }, { at: 1, holders: {} }, {}]) {
+    plant(home, 'port-conflict.json', other);
+    assert.equal(await reported(), null);
+  }
 });
 
 test('texts are looked through for secrets', () => {

@@ -191,7 +191,9 @@ private Q_SLOTS:
 
         agent.start();
         QTRY_VERIFY(agent.portConflict());
-        QCOMPARE(agent.log(), QStringLiteral("bye\n"));
+        QVERIFY(agent.log().startsWith(QStringLiteral("bye\n")));
+        QTRY_VERIFY(
+            agent.log().contains(QStringLiteral("holding the port"))); // nobody is, on a computer that does nothing
         QCOMPARE(running.count(), 2);
         QCOMPARE(agent.health().headline, QStringLiteral("المنفذ مشغول"));
         server.answerJson("{}"); // an answer that is no state leaves the conflict as it is

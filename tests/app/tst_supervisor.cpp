@@ -136,6 +136,7 @@ private Q_SLOTS:
         QFETCH(int, delayMs);
         Fixture f(end);
         QSignalSpy running(&f.supervisor, &ServiceSupervisor::runningChanged);
+        QSignalSpy portTaken(&f.supervisor, &ServiceSupervisor::portTaken);
         f.supervisor.start();
         constexpr int deaths = 10;
         for (int launch = 1; launch <= deaths; ++launch) {
@@ -149,6 +150,7 @@ private Q_SLOTS:
             QCOMPARE(f.clock.pending(), 0);
         }
         QTRY_COMPARE(running.count(), 2 * deaths + 2);
+        QCOMPARE(portTaken.count(), delayMs == 15000 ? deaths + 1 : 0);
         f.supervisor.clearPortConflict();
         QVERIFY(!f.supervisor.portConflict());
     }

@@ -17,10 +17,11 @@ struct TestHost
     none::UntoldActivities activities;
     none::NothingTrusted certificateTest;
     FakeDesktop desktop;
+    none::NoPortHolders portHolders;
 
     [[nodiscard]] AgentHost forAgent()
     {
-        return {childGuard, notifier, loginItem, activities, certificateTest, desktop, {}};
+        return {childGuard, notifier, loginItem, activities, certificateTest, desktop, portHolders, {}};
     }
 };
 

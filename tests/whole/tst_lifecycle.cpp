@@ -212,8 +212,12 @@ private Q_SLOTS:
         Program program(home, bus);
         QTRY_VERIFY_WITH_TIMEOUT(program.output().contains("status 78"), 15'000);
         QVERIFY(program.isAlive());
-        QVERIFY(!QFile::exists(
-            home.filePath(QStringLiteral("Library/Application Support/Zemrak Local Print/admin.token"))));
+        const QDir config(home.filePath(QStringLiteral("Library/Application Support/Zemrak Local Print")));
+        QVERIFY(!config.exists(QStringLiteral("admin.token")));
+        QFile record(config.filePath(QStringLiteral("port-conflict.json")));
+        QTRY_VERIFY(record.open(QIODevice::ReadOnly));
+        const QByteArray own = "\"processId\":" + QByteArray::number(QCoreApplication::applicationPid());
+        QVERIFY(record.readAll().contains(own));
     }
 
     void modesEndAtOnceWithoutAService_data()

@@ -9,7 +9,7 @@ import { pick } from './pick.mjs';
  * or a message is looked through for secrets besides.
  * @param {object} service see service.mjs
  */
-export function diagnostics({ settings, printers, history, alerts, queue, listeners, log, startedAt }) {
+export function diagnostics({ settings, printers, history, alerts, queue, listeners, log, portConflict, startedAt }) {
   const { origins, sites, autoApprovePairing } = settings.values;
   const known = printers.list();
   const report = {
@@ -18,6 +18,7 @@ export function diagnostics({ settings, printers, history, alerts, queue, listen
     uptimeSeconds: Math.round((Date.now() - startedAt) / 1000),
     memoryBytes: process.memoryUsage().rss,
     listeners: { ...listeners },
+    portConflict: portConflict(),
     settings: { autoApprovePairing },
     counts: { printers: known.length, origins: origins.length, pairedSites: sites.length, jobs: history.count, jobsPending: queue.depth, alertsUnread: alerts.unread },
     printers: known.map((printer) => pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'host', 'port', 'transport', 'profile'])),

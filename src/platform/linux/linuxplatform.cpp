@@ -5,6 +5,7 @@
 #include "platform/linux/parentdeathguard.h"
 #include "platform/linux/posixsignals.h"
 #include "platform/linux/sessioninstance.h"
+#include "platform/linux/procportholders.h"
 #include "platform/linux/sleepinhibitors.h"
 #include "platform/linux/systemtray.h"
 #include "platform/platform.h"
@@ -44,6 +45,11 @@ std::unique_ptr<Notifier> makeNotifier(const QString &iconFile)
 }
 
 std::unique_ptr<ProcessActivities> makeProcessActivities()
+std::unique_ptr<PortHolders> makePortHolders()
+{
+    return std::make_unique<linux_::ProcPortHolders>();
+}
+
 {
     return std::make_unique<linux_::SleepInhibitors>();
 }

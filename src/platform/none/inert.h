@@ -6,6 +6,7 @@
 #include "host/childguard.h"
 #include "host/desktop.h"
 #include "host/loginitem.h"
+#include "host/portholders.h"
 #include "host/processactivities.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
@@ -35,6 +36,17 @@ public:
 };
 
 /// Nothing starts at login.
+/// Ports are held by nobody in particular.
+class NoPortHolders final : public PortHolders
+{
+public:
+    [[nodiscard]] QList<PortHolder> find(const QList<quint16> &, const std::atomic_bool &) const override
+    {
+        qInfo("No list of port holders on this platform");
+        return {};
+    }
+};
+
 class NoLoginItem final : public LoginItem
 {
 public:

@@ -28,6 +28,11 @@ std::unique_ptr<Notifier> makeNotifier(const QString &)
     return std::make_unique<none::SilentNotifier>();
 }
 
+std::unique_ptr<PortHolders> makePortHolders()
+{
+    return std::make_unique<none::NoPortHolders>();
+}
+
 std::unique_ptr<ProcessActivities> makeProcessActivities()
 {
     return std::make_unique<none::UntoldActivities>();
