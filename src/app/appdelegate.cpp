@@ -1,9 +1,11 @@
 #include "app/appdelegate.h"
 
 #include "app/servicecommand.h"
+#include "app/statusreport.h"
 #include "platform/platform.h"
 
 #include <QCoreApplication>
+#include <QJsonDocument>
 #include <QLoggingCategory>
 
 namespace zemrak {
@@ -38,6 +40,7 @@ bool AppDelegate::finishLaunching()
     m_agent.healLoginItemIfNeeded();
     m_agent.restoreKeepAwake();
     m_instance->onActivated([this] { revealMainWindow(); });
+    m_instance->onAsked([this] { return QJsonDocument(statusReport(m_agent)).toJson(QJsonDocument::Compact); });
     if (!m_instance->claim())
         return false;
     m_signals->onRequested([] { QCoreApplication::quit(); });

@@ -4,6 +4,7 @@
 #include "app/notificationcheck.h"
 #include "app/platformhost.h"
 #include "app/servicecommand.h"
+#include "app/statusreport.h"
 #include "guide/guidefile.h"
 #include "health/statusicon.h"
 #include "platform/platform.h"
@@ -12,6 +13,7 @@
 #include <QImage>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QLoggingCategory>
 #include <QTranslator>
 
 #include <cstdio>
@@ -99,21 +101,60 @@ void switchLoginItem(int &argc, char *argv[], const QString &value)
     std::printf("%s\n", qUtf8Printable(status));
 }
 
+int printText(const QString &text)
+{
+    std::fputs(qUtf8Printable(text), stdout);
+    return EXIT_SUCCESS;
+}
+
+int refuse(const QString &option)
+{
+    std::fprintf(
+        stderr, "zemrak-printer: unknown option: %s\nTry \"zemrak-printer --help\".\n", qUtf8Printable(option));
+    return usageStatus;
+}
+
+int tellStatus(int &argc, char *argv[], bool asJson)
+{
+    const QCoreApplication application(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("*=false")); // scripts read what is printed
+    const RunningCopyAnswer answer = platform::makeRunningCopy()->ask(std::chrono::seconds(3));
+    const StatusOutcome outcome = statusOutcome(answer, asJson);
+    std::fputs(qUtf8Printable(outcome.output), stdout);
+    std::fputs(qUtf8Printable(outcome.error), stderr);
+    std::fflush(stdout);
+    std::_Exit(outcome.exitStatus); // a request that hangs would be waited for by everything else
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     nameApplication();
     const LaunchMode mode = launchMode(textOf(argc, argv));
-    if (mode.kind == LaunchMode::Kind::Interactive)
+    switch (mode.kind) {
+    case LaunchMode::Kind::Interactive:
         return runInteractively(argc, argv);
-    if (mode.kind == LaunchMode::Kind::RenderMenubar)
+    case LaunchMode::Kind::RenderMenubar:
         drawPreviews(argc, argv, mode.operand);
-    if (mode.kind == LaunchMode::Kind::NotificationCheck)
+        break;
+    case LaunchMode::Kind::NotificationCheck:
         return runNotificationCheck(argc, argv);
-    if (mode.kind == LaunchMode::Kind::ExportDocs)
+    case LaunchMode::Kind::ExportDocs:
         exportGuide(mode.operand);
-    if (mode.kind == LaunchMode::Kind::LoginItem)
+        break;
+    case LaunchMode::Kind::LoginItem:
         switchLoginItem(argc, argv, mode.operand);
+        break;
+    case LaunchMode::Kind::Help:
+        return printText(helpText());
+    case LaunchMode::Kind::Version:
+        return printText(QStringLiteral("zemrak-printer " ZEMRAK_VERSION "\n"));
+    case LaunchMode::Kind::Status:
+    case LaunchMode::Kind::StatusJson:
+        return tellStatus(argc, argv, mode.kind == LaunchMode::Kind::StatusJson);
+    case LaunchMode::Kind::Unknown:
+        return refuse(mode.operand);
+    }
     return EXIT_SUCCESS;
 }

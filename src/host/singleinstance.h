@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <functional>
 
 namespace zemrak {
@@ -18,6 +20,10 @@ public:
     /// Called on the main thread whenever another copy, or the desktop, asks this one to show its window. Set before
     /// claim().
     virtual void onActivated(std::function<void()> show) = 0;
+
+    /// Called on the main thread whenever another process of this user asks how things stand, as RunningCopy does;
+    /// returns the report. Set before claim().
+    virtual void onAsked(std::function<QByteArray()> report) = 0;
 };
 
 } // namespace zemrak

@@ -8,6 +8,7 @@
 #include "host/loginitem.h"
 #include "host/portholders.h"
 #include "host/processactivities.h"
+#include "host/runningcopy.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
 
@@ -27,8 +28,9 @@ namespace platform {
 [[nodiscard]] std::unique_ptr<Desktop> makeDesktop();
 /// `iconFile`: the picture beside a notification's text.
 [[nodiscard]] std::unique_ptr<Notifier> makeNotifier(const QString &iconFile);
-[[nodiscard]] std::unique_ptr<ProcessActivities> makeProcessActivities();
 [[nodiscard]] std::unique_ptr<PortHolders> makePortHolders();
+[[nodiscard]] std::unique_ptr<ProcessActivities> makeProcessActivities();
+[[nodiscard]] std::unique_ptr<RunningCopy> makeRunningCopy();
 [[nodiscard]] std::unique_ptr<SingleInstance> makeSingleInstance();
 /// Needs a QApplication.
 [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem();

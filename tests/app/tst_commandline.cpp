@@ -1,5 +1,6 @@
 #include "app/commandline.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace zemrak;
@@ -21,7 +22,9 @@ private Q_SLOTS:
         };
         using enum LaunchMode::Kind;
         row("", Interactive);
-        row("file --other", Interactive);
+        row("file - -- --other", Interactive);
+        row("--automatic-start", Interactive);
+        row("-platform -x --style=fusion -session 1 -reverse --qmljsdebugger=port:1", Interactive);
         row("--render-menubar", Interactive);
         row("--export-docs", Interactive);
         row("--render-menubar out", RenderMenubar, "out");
@@ -34,7 +37,18 @@ private Q_SLOTS:
         row("x --login-item=off --login-item=on", LoginItem, "off");
         row("--login-item=On", LoginItem, "On");
         row("--login-item= --export-docs", LoginItem, "");
-        row("--login-item", Interactive);
+        row("--login-item", Unknown, "--login-item");
+        row("file --other --more", Unknown, "--other");
+        row("-x", Unknown, "-x");
+        row("--json", Unknown, "--json");
+        row("-reverse=1", Unknown, "-reverse=1");
+        row("--notif-check --other", NotificationCheck);
+        row("--status", Status);
+        row("--json --status", StatusJson);
+        row("--status --jsn", Unknown, "--jsn");
+        row("--status --login-item=on", LoginItem, "on");
+        row("--other --version", Version);
+        row("-v -h", Help);
     }
     void firstMatchingModeWins()
     {
@@ -43,6 +57,22 @@ private Q_SLOTS:
         const LaunchMode found = launchMode(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
         QCOMPARE(found.kind, mode.kind);
         QCOMPARE(found.operand, mode.operand);
+    }
+
+    // What the help offers is understood, and fits a terminal.
+    void helpNamesOptionsThatExist()
+    {
+        static const QRegularExpression option(QStringLiteral("(?m)^  .*?(--[a-z-]+)( [A-Z]+|=on)?"));
+        int options = 0;
+        for (auto each = option.globalMatch(helpText()); each.hasNext(); ++options) {
+            const QRegularExpressionMatch match = each.next();
+            QString line = match.captured(1) + match.captured(2);
+            const LaunchMode mode = launchMode(line.split(QLatin1Char(' ')));
+            QVERIFY2(mode.kind != LaunchMode::Kind::Unknown, qPrintable(line));
+        }
+        QCOMPARE(options, 8);
+        for (const QString &line : helpText().split(QLatin1Char('\n')))
+            QVERIFY2(line.size() <= 100, qPrintable(line));
     }
 };
 

@@ -1,6 +1,9 @@
+#include "platform/linux/busrunningcopy.h"
 #include "platform/linux/sessioninstance.h"
 #include "support/privatebus.h"
 
+#include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -8,11 +11,14 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
+using namespace zemrak;
 using namespace zemrak::linux_;
 using namespace zemrak::test;
 
 // This program is also each of the copies: with the argument "copy" it claims, says what came of it, and stays as
-// long as it is the one.
+// long as it is the one. With "ask" it asks the running copy how things stand.
 namespace {
 
 int runCopy(QCoreApplication &application)
@@ -22,6 +28,7 @@ int runCopy(QCoreApplication &application)
         std::puts("shown");
         std::fflush(stdout);
     });
+    instance.onAsked([] { return QByteArray("{\"by\":") + QByteArray::number(getpid()) + '}'; });
     if (!instance.claim()) {
         std::puts("second");
         return 0;
@@ -31,16 +38,24 @@ int runCopy(QCoreApplication &application)
     return application.exec();
 }
 
+[[noreturn]] void ask()
+{
+    const RunningCopyAnswer answer = BusRunningCopy().ask(std::chrono::milliseconds(1000));
+    std::printf("%d %s%s\n", int(answer.kind), answer.report.constData(), qUtf8Printable(answer.reason));
+    std::fflush(stdout);
+    std::_Exit(0);
+}
+
 class Copy
 {
 public:
-    Copy(const QString &runtimeDir, const QString &busAddress)
+    Copy(const QString &runtimeDir, const QString &busAddress, const QString &what = QStringLiteral("copy"))
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir);
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
         m_process.setProcessEnvironment(environment);
-        m_process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("copy")});
+        m_process.start(QCoreApplication::applicationFilePath(), {what});
     }
     ~Copy()
     {
@@ -53,6 +68,7 @@ public:
         m_said += m_process.readAllStandardOutput();
         return m_said;
     }
+    [[nodiscard]] qint64 processId() const { return m_process.processId(); }
     void kill() { m_process.kill(); }
     void freeze() { ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP); }
     [[nodiscard]] bool ended() const { return m_process.state() == QProcess::NotRunning; }
@@ -101,6 +117,44 @@ private Q_SLOTS:
         first.reset();
         Copy third(runtime.path(), secondAddress);
         QTRY_COMPARE(third.said(), QByteArray("first\n"));
+    }
+
+    void tellsHowThingsStand()
+    {
+        using Kind = RunningCopyAnswer::Kind;
+        const PrivateBus bus;
+        const PrivateBus otherBus;
+        const QTemporaryDir runtime;
+        const QString none = QStringLiteral("unix:path=/nobody");
+        const auto answerOn = [&](const QString &address, Kind kind) {
+            Copy asking(runtime.path(), address, QStringLiteral("ask"));
+            QElapsedTimer took;
+            took.start();
+            const bool ended = QTest::qWaitFor([&] { return asking.ended(); });
+            const QByteArray said = asking.said();
+            return ended && took.elapsed() < 3000 && said.startsWith(QByteArray::number(int(kind)) + ' ')
+                ? said.mid(2)
+                : "not " + said;
+        };
+        // Asking starts nothing and leaves nothing behind.
+        for (const QString &address : {bus.address(), none, QString()})
+            QCOMPARE(answerOn(address, Kind::NoCopy), QByteArray("\n"));
+        QVERIFY(QDir(runtime.path()).isEmpty());
+
+        auto copy = std::make_unique<Copy>(runtime.path(), bus.address());
+        QTRY_COMPARE(copy->said(), QByteArray("first\n"));
+        QCOMPARE(answerOn(bus.address(), Kind::Told), "{\"by\":" + QByteArray::number(copy->processId()) + "}\n");
+        for (const QString &address : {otherBus.address(), none, QString()})
+            QVERIFY(answerOn(address, Kind::Silent).startsWith("a copy runs, but not on this session's message bus"));
+        copy->freeze();
+        QCOMPARE(answerOn(bus.address(), Kind::Silent), QByteArray("the running copy does not answer\n"));
+        QCOMPARE(copy->said(), QByteArray("first\n")); // and shows nothing
+
+        copy.reset();
+        bus.freeze();
+        QCOMPARE(answerOn(bus.address(), Kind::Silent), QByteArray("the session's message bus does not answer\n"));
+        bus.thaw();
+        QCOMPARE(answerOn(bus.address(), Kind::NoCopy), QByteArray("\n"));
     }
 
     void startedInTheSameMoment_data()
@@ -156,6 +210,8 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     if (argc > 1 && qstrcmp(argv[1], "copy") == 0)
         return runCopy(application);
+    if (argc > 1 && qstrcmp(argv[1], "ask") == 0)
+        ask();
     InstanceTest test;
     return QTest::qExec(&test, argc, argv);
 }

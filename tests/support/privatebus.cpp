@@ -1,5 +1,7 @@
 #include "support/privatebus.h"
 
+#include <csignal>
+
 namespace zemrak::test {
 
 PrivateBus::PrivateBus()
@@ -20,6 +22,16 @@ PrivateBus::~PrivateBus()
     if (!m_daemon.waitForFinished(5000))
         m_daemon.kill();
     m_daemon.waitForFinished();
+}
+
+void PrivateBus::freeze() const
+{
+    ::kill(static_cast<pid_t>(m_daemon.processId()), SIGSTOP);
+}
+
+void PrivateBus::thaw() const
+{
+    ::kill(static_cast<pid_t>(m_daemon.processId()), SIGCONT);
 }
 
 } // namespace zemrak::test

@@ -15,6 +15,9 @@ public:
     PrivateBus &operator=(const PrivateBus &) = delete;
 
     [[nodiscard]] QString address() const { return m_address; }
+    /// A bus that hangs, until thaw().
+    void freeze() const;
+    void thaw() const;
 
 private:
     QProcess m_daemon;

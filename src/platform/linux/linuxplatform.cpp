@@ -1,11 +1,12 @@
 #include "platform/linux/autostartentry.h"
 #include "platform/linux/browsertrust.h"
+#include "platform/linux/busrunningcopy.h"
 #include "platform/linux/desktopnotifier.h"
 #include "platform/linux/linuxdesktop.h"
 #include "platform/linux/parentdeathguard.h"
 #include "platform/linux/posixsignals.h"
-#include "platform/linux/sessioninstance.h"
 #include "platform/linux/procportholders.h"
+#include "platform/linux/sessioninstance.h"
 #include "platform/linux/sleepinhibitors.h"
 #include "platform/linux/systemtray.h"
 #include "platform/platform.h"
@@ -44,14 +45,19 @@ std::unique_ptr<Notifier> makeNotifier(const QString &iconFile)
     return std::make_unique<linux_::DesktopNotifier>(QDBusConnection::sessionBus(), ledger, iconFile);
 }
 
-std::unique_ptr<ProcessActivities> makeProcessActivities()
 std::unique_ptr<PortHolders> makePortHolders()
 {
     return std::make_unique<linux_::ProcPortHolders>();
 }
 
+std::unique_ptr<ProcessActivities> makeProcessActivities()
 {
     return std::make_unique<linux_::SleepInhibitors>();
+}
+
+std::unique_ptr<RunningCopy> makeRunningCopy()
+{
+    return std::make_unique<linux_::BusRunningCopy>();
 }
 
 std::unique_ptr<SingleInstance> makeSingleInstance()

@@ -1,11 +1,12 @@
 #include "platform/linux/sessioninstance.h"
 
+#include "platform/linux/instancenames.h"
+
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QElapsedTimer>
 #include <QLocalSocket>
 #include <QLoggingCategory>
-#include <QStandardPaths>
 #include <QThread>
 
 namespace zemrak::linux_ {
@@ -17,21 +18,6 @@ Q_LOGGING_CATEGORY(lcInstance, "zemrak.platform")
 constexpr int patienceMs = 2000; ///< for each question to the bus or to the other copy
 constexpr qint64 longestWaitMs = 10'000; ///< a copy on its way out has a service to wait for
 constexpr unsigned long pauseMs = 50;
-
-QString busName()
-{
-    return QStringLiteral("com.zemrak.Printer");
-}
-
-QString objectPath()
-{
-    return QStringLiteral("/com/zemrak/Printer");
-}
-
-QString runtimeFile(const QString &name)
-{
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QLatin1Char('/') + name;
-}
 
 QString socketFile()
 {
@@ -84,6 +70,7 @@ SessionInstance::SessionInstance()
     : m_bus(QDBusConnection::sessionBus())
 {
     new ApplicationAdaptor(this);
+    new StatusAdaptor(this);
     connect(&m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket *asking = m_server.nextPendingConnection()) {
             connect(asking, &QLocalSocket::disconnected, asking, &QObject::deleteLater);
@@ -155,7 +142,7 @@ SessionInstance::Outcome SessionInstance::claimName()
 
 SessionInstance::Outcome SessionInstance::claimLock()
 {
-    switch (m_lock.tryLock(runtimeFile(QStringLiteral("zemrak-printer.lock")))) {
+    switch (m_lock.tryLock(lockFile())) {
     case RuntimeLock::Outcome::HeldByAnother:
         return askOverSocket() ? Outcome::Another : Outcome::AnotherSilent;
     case RuntimeLock::Outcome::Unavailable:

@@ -24,8 +24,10 @@ public:
 
     [[nodiscard]] bool claim() override;
     void onActivated(std::function<void()> show) override { m_show = std::move(show); }
+    void onAsked(std::function<QByteArray()> report) override { m_report = std::move(report); }
 
     void activate(const QVariantMap &platformData);
+    [[nodiscard]] QByteArray report() const { return m_report ? m_report() : QByteArray(); }
 
 private:
     enum class Outcome
@@ -45,6 +47,7 @@ private:
     RuntimeLock m_lock;
     QLocalServer m_server;
     std::function<void()> m_show;
+    std::function<QByteArray()> m_report;
 };
 
 /// What launchers call to bring a running copy forward.
@@ -67,6 +70,27 @@ public Q_SLOTS:
     {
         m_instance->activate(platform_data);
     }
+
+private:
+    SessionInstance *m_instance;
+};
+
+/// What scripts and support ask. Reads only.
+class StatusAdaptor final : public QDBusAbstractAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.zemrak.Printer.Status")
+
+public:
+    explicit StatusAdaptor(SessionInstance *instance)
+        : QDBusAbstractAdaptor(instance)
+        , m_instance(instance)
+    {
+    }
+
+public Q_SLOTS:
+    /// The report as JSON.
+    [[nodiscard]] QString Report() const { return QString::fromUtf8(m_instance->report()); }
 
 private:
     SessionInstance *m_instance;

@@ -8,6 +8,7 @@
 #include "host/loginitem.h"
 #include "host/portholders.h"
 #include "host/processactivities.h"
+#include "host/runningcopy.h"
 #include "host/singleinstance.h"
 #include "host/terminationsignals.h"
 
@@ -35,7 +36,6 @@ public:
     void guard(QProcess &) override { qInfo("No child guard on this platform"); }
 };
 
-/// Nothing starts at login.
 /// Ports are held by nobody in particular.
 class NoPortHolders final : public PortHolders
 {
@@ -47,6 +47,7 @@ public:
     }
 };
 
+/// Nothing starts at login.
 class NoLoginItem final : public LoginItem
 {
 public:
@@ -89,6 +90,17 @@ public:
     }
 };
 
+/// No copy can be asked.
+class NoRunningCopy final : public RunningCopy
+{
+public:
+    [[nodiscard]] RunningCopyAnswer ask(std::chrono::milliseconds) override
+    {
+        return {.kind = RunningCopyAnswer::Kind::Silent,
+            .reason = QStringLiteral("a running copy cannot be asked on this platform")};
+    }
+};
+
 /// Every copy believes it is the only one.
 class AlwaysAlone final : public SingleInstance
 {
@@ -99,6 +111,7 @@ public:
         return true;
     }
     void onActivated(std::function<void()>) override { }
+    void onAsked(std::function<QByteArray()>) override { }
 };
 
 /// The process ends as the system's default is.

@@ -38,6 +38,11 @@ std::unique_ptr<ProcessActivities> makeProcessActivities()
     return std::make_unique<none::UntoldActivities>();
 }
 
+std::unique_ptr<RunningCopy> makeRunningCopy()
+{
+    return std::make_unique<none::NoRunningCopy>();
+}
+
 std::unique_ptr<SingleInstance> makeSingleInstance()
 {
     return std::make_unique<none::AlwaysAlone>();
