@@ -8,12 +8,21 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcWindow, "zemrak.app.window")
 
+// By the open file where the system can name one, since by now another may bear its name.
+QString nameToLoad(const QFile &file)
+{
+    const QString byHandle = QStringLiteral("/proc/self/fd/%1").arg(file.handle());
+    return file.isOpen() && QFile::exists(byHandle) ? byHandle : file.fileName();
+}
+
 } // namespace
 
 WindowLoader::WindowLoader(const ApplicationBundle &bundle, const MainWindowServices &services)
-    : m_path(bundle.path() + QStringLiteral("/lib/libzemrak-window.so"))
+    : m_file(bundle.path() + QStringLiteral("/lib/libzemrak-window.so"))
     , m_services(services)
 {
+    m_library.setLoadHints(QLibrary::PreventUnloadHint);
+    m_file.open(QIODevice::ReadOnly); // when that fails, loading says why
 }
 
 void WindowLoader::show(const QString &activationToken)
@@ -30,10 +39,12 @@ void WindowLoader::close()
 
 bool WindowLoader::load()
 {
-    m_loader.setFileName(m_path);
-    auto *plugin = qobject_cast<MainWindowPlugin *>(m_loader.instance());
+    // Not QPluginLoader, which goes back from an open file to the name.
+    m_library.setFileName(nameToLoad(m_file));
+    const auto instance = reinterpret_cast<QtPluginInstanceFunction>(m_library.resolve("qt_plugin_instance"));
+    auto *plugin = instance ? qobject_cast<MainWindowPlugin *>(instance()) : nullptr;
     if (!plugin) {
-        qCWarning(lcWindow).noquote() << "The window cannot be shown:" << m_path << m_loader.errorString();
+        qCWarning(lcWindow).noquote() << "The window cannot be shown:" << m_file.fileName() << m_library.errorString();
         return false;
     }
     m_window = plugin->create(m_services);

@@ -3,17 +3,21 @@
 #include "app/mainwindow.h"
 #include "host/applicationbundle.h"
 
-#include <QPluginLoader>
+#include <QFile>
+#include <QLibrary>
 
 #include <memory>
 
 namespace zemrak {
 
 /// Keeps Qt Quick out of memory until the window is first asked for. Main thread only.
+///
+/// The window works on this program's own objects, so it must be the one built with it. When a newer version is
+/// installed over the running one, the window is still loaded from the file that was there at the start.
 class WindowLoader
 {
 public:
-    /// Loads nothing yet. What `services` refers to outlives this object.
+    /// Opens the plugin's file and loads nothing yet. What `services` refers to outlives this object.
     WindowLoader(const ApplicationBundle &bundle, const MainWindowServices &services);
 
     /// Loads the window's plugin the first time, then shows the window. A plugin that cannot be loaded costs one line
@@ -25,8 +29,8 @@ public:
 private:
     [[nodiscard]] bool load();
 
-    QString m_path;
-    QPluginLoader m_loader; ///< never unloaded: types registered with QML stay for good
+    QFile m_file; ///< open, which keeps its content whatever happens to its name
+    QLibrary m_library; ///< never unloaded: types registered with QML stay for good
     MainWindowServices m_services;
     std::unique_ptr<MainWindow> m_window;
 };
