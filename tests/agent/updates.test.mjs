@@ -9,6 +9,7 @@ import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { Log } from '../../agent/lib/log.mjs';
+import { isReplaceable } from '../../agent/lib/update/own-bundle.mjs';
 import { RELEASE_NAME, archiveFile, manifestFile, signedMessage } from '../../agent/lib/update/release.mjs';
 import { Updates } from '../../agent/lib/update/updates.mjs';
 import { isNewer, parseVersion } from '../../agent/lib/update/version.mjs';
@@ -141,10 +142,14 @@ test('a release from the maker to the staged bundle', async (t) => {
   assert.match(refused.body.error.message, /[ء-ي]/);
 });
 
-test('not enabled: no folder in the settings, or no bundle around the service', async (t) => {
+test('not enabled: no folder in the settings, no bundle around the service, or one that is not ours to replace', async (t) => {
   const root = temporary(t);
   const script = path.join(makeBundle(path.join(root, 'installed'), '1.0', { keys: newKey() }), 'resources/agent/bin/zemrak-local-print.mjs');
-  for (const options of [{ script }, { home: privateHome(t) }]) {
+  const managed = makeBundle(path.join(root, 'managed'), '1.0', { keys: newKey() });
+  writeFileSync(path.join(managed, 'resources/managed-by'), 'dpkg\n');
+  const scriptOfManaged = path.join(managed, 'resources/agent/bin/zemrak-local-print.mjs');
+  assert.deepEqual([isReplaceable(path.join(root, 'installed')), isReplaceable(managed), isReplaceable('/proc/none/bundle')], [true, false, false]);
+  for (const options of [{ script }, { home: privateHome(t) }, { home: privateHome(t), script: scriptOfManaged }]) {
     if (options.home) plant(options.home, 'settings.json', { releaseFolder: root, printers: [] });
     const service = await startService(t, options);
     assert.deepEqual((await service.post('/admin/update/check')).body, { available: false, enabled: false });
@@ -207,7 +212,7 @@ test('a release folder that is not there, or empty', async (t) => {
   for (const [what, folder, code] of rows) {
     const where = place(t);
     const settings = { values: { releaseFolder: folder(where.root) } };
-    const updates = new Updates({ settings, folder: where.folder, log: where.log, bundle: { root: '/none', version: '1' }, publicKey: publicText(where.keys) });
+    const updates = new Updates({ settings, folder: where.folder, log: where.log, bundle: { root: path.join(where.root, 'none'), version: '1' }, publicKey: publicText(where.keys) });
     assert.deepEqual(await updates.check(), { available: false, enabled: true, error: code }, what);
     assert.equal(await codeOf(updates), code, what);
   }
@@ -296,7 +301,7 @@ test('a full disk', async (t) => {
   for (const size of ['1m', '4k']) {
     const code = `import { Updates } from ${JSON.stringify(tree('agent/lib/update/updates.mjs'))};
       const updates = new Updates({ settings: { values: { releaseFolder: ${JSON.stringify(where.releases)} } }, folder: ${JSON.stringify(where.folder)},
-        log: { info() {}, warn() {} }, bundle: { root: '/none', version: '1' }, publicKey: ${JSON.stringify(publicText(where.keys))} });
+        log: { info() {}, warn() {} }, bundle: { root: ${JSON.stringify(path.join(where.root, 'none'))}, version: '1' }, publicKey: ${JSON.stringify(publicText(where.keys))} });
       console.log(await updates.stage().then(() => 'staged', (error) => error.body.error.code));`;
     const { status, stdout } = spawnSync('unshare', ['-rm', 'sh', '-c', 'mount -t tmpfs -o size="$1" tmpfs "$2" || exit 99; exec "$3" --input-type=module -e "$4"',
       'x', size, where.folder, process.execPath, code], { encoding: 'utf8' });

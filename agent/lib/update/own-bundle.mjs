@@ -1,4 +1,4 @@
-import { copyFileSync, existsSync, readFileSync, symlinkSync } from 'node:fs';
+import { accessSync, constants, copyFileSync, existsSync, readFileSync, symlinkSync } from 'node:fs';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { NODE } from './unpack.mjs';
@@ -14,6 +14,21 @@ export function ownBundle() {
     return { root: path.dirname(resources), version: readFileSync(path.join(resources, 'version'), 'utf8').trim() };
   } catch {
     return null;
+  }
+}
+
+/**
+ * Whether an update may put another bundle in the place of this one: not when a package manager looks after its
+ * files, whoever runs the service, and not where this user may not exchange it.
+ * @param {string} root
+ */
+export function isReplaceable(root) {
+  if (existsSync(path.join(root, 'resources/managed-by'))) return false;
+  try {
+    accessSync(path.dirname(root), constants.W_OK);
+    return true;
+  } catch {
+    return false;
   }
 }
 

@@ -5,7 +5,7 @@ import path from 'node:path';
 import { pipeline } from 'node:stream/promises';
 import { ensurePrivateFolder } from '../paths.mjs';
 import { RELEASE_PUBLIC_KEY } from './key.mjs';
-import { carryNode, ownBundle } from './own-bundle.mjs';
+import { carryNode, isReplaceable, ownBundle } from './own-bundle.mjs';
 import { findRelease, openArchive, readError } from './release.mjs';
 import { unpackBundle } from './unpack.mjs';
 import { UpdateError, storageError } from './update-error.mjs';
@@ -40,7 +40,9 @@ export class Updates {
   }
 
   /** Without a release folder there is nowhere to look, and outside of a bundle there is nothing to replace. */
-  get #enabled() { return Boolean(this.#settings.values.releaseFolder) && this.#bundle !== null; }
+  get #enabled() {
+    return Boolean(this.#settings.values.releaseFolder) && this.#bundle !== null && isReplaceable(this.#bundle.root);
+  }
 
   /**
    * Looks for a newer release. Its signature is checked, its bytes are not.
