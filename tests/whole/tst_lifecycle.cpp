@@ -222,20 +222,78 @@ private Q_SLOTS:
 
     void modesEndAtOnceWithoutAService_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("menu bar") << QStringList{QStringLiteral("--render-menubar"), QStringLiteral("/proc/none")};
-        QTest::newRow("notifications") << QStringList{QStringLiteral("--notif-check")};
-        QTest::newRow("guide") << QStringList{QStringLiteral("--export-docs"), QStringLiteral("/proc/none/guide.md")};
-        QTest::newRow("login item") << QStringList{QStringLiteral("--login-item=neither")};
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<int>("status");
+        const auto row = [](const char *arguments, int status) {
+            QTest::newRow(arguments) << QString::fromLatin1(arguments) << status;
+        };
+        row("--render-menubar /proc/none", 0);
+        row("--notif-check", 0);
+        row("--export-docs /proc/none/guide.md", 0);
+        row("--login-item=neither", 0);
+        row("--help", 0);
+        row("--version", 0);
+        row("--status", 2);
+        row("--status --json", 2);
+        row("--automatic-start --othr", 64);
     }
     void modesEndAtOnceWithoutAService()
     {
-        QFETCH(QStringList, arguments);
+        QFETCH(QString, arguments);
+        QFETCH(int, status);
         const QTemporaryDir home;
         const PrivateBus bus;
-        Program program(home, bus, arguments);
-        QTRY_VERIFY(program.endedWith(0));
+        const QByteArray screen = qgetenv("QT_QPA_PLATFORM");
+        qputenv("QT_QPA_PLATFORM", "no-such-screen"); // and none is needed
+        Program program(home, bus, arguments.split(QLatin1Char(' ')));
+        qputenv("QT_QPA_PLATFORM", screen);
+        QTRY_VERIFY(program.endedWith(status));
+        QVERIFY(program.output().count('\n') >= (arguments.contains(QLatin1String("/proc/none")) ? 0 : 1));
         QVERIFY(!QDir(home.filePath(QStringLiteral("Library"))).exists());
+    }
+
+    void tellsItsStatus()
+    {
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        Program program(home, bus);
+        const auto answer = [&](int status) {
+            Program asking(home, bus, {QStringLiteral("--status"), QStringLiteral("--json")});
+            const bool ended = QTest::qWaitFor([&] { return asking.endedWith(status); });
+            return ended ? asking.output() : QByteArray();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(answer(0).contains(R"("answers":true)"), 20'000);
+        program.signal(SIGSTOP);
+        QVERIFY(answer(1).contains("does not answer"));
+        program.signal(SIGCONT);
+    }
+
+    // An upgrade puts other files under the same names while the program runs and has not shown its window yet.
+    void replacedFilesDoNotReachTheRunningCopy()
+    {
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        const QString moved = home.filePath(QStringLiteral("bundle"));
+        QCOMPARE(QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), builtBundle(), moved}), 0);
+        QVERIFY(QDir(home.path()).mkpath(QStringLiteral(".config/zemrak-printer")));
+        QFile settings(home.filePath(QStringLiteral(".config/zemrak-printer/settings.ini")));
+        QVERIFY(settings.open(QIODevice::WriteOnly) && settings.write("[General]\nonboardingDone=true\n") > 0);
+        settings.close();
+        Program program(home, bus, {QStringLiteral("--automatic-start")}, moved);
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        const QString maps = QStringLiteral("/proc/%1/maps").arg(program.processId());
+        const auto windowIsLoaded = [&maps] {
+            QFile file(maps);
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains("libzemrak-window.so (deleted)");
+        };
+        QFile plugin(moved + QStringLiteral("/lib/libzemrak-window.so"));
+        QVERIFY(plugin.remove() && plugin.open(QIODevice::WriteOnly) && plugin.write("of another version") > 0);
+        plugin.close();
+        QVERIFY(!windowIsLoaded());
+        Program second(home, bus, {}, moved);
+        QTRY_VERIFY(second.endedWith(0));
+        QTRY_VERIFY_WITH_TIMEOUT(windowIsLoaded(), 15'000);
+        QVERIFY2(program.isAlive() && !program.output().contains("cannot be shown"), program.output().constData());
     }
 
     // Moved anywhere, the bundle uses what lies in it; one without its service says so and ends.
