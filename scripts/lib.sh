@@ -23,8 +23,13 @@ packages_run=(
   libnss3-tools                   # browsers' trust in that authority
   qt6-translations-l10n           # Qt's own texts in Arabic, as in its file dialog
 )
+packages_package=(
+  dpkg-dev                        # finding the libraries a package depends on
+)
 packages_test=(
   "${packages_run[@]}"
+  "${packages_package[@]}"
+  lintian appstream man-db        # what a package is checked with
   dbus-daemon xvfb                # private session buses and displays
   clang-format shellcheck         # gates
   procps util-linux               # what the fake services of the tests use
@@ -61,13 +66,18 @@ install_packages() {
   fi
 }
 
-# build PRESET: configures when needed, then builds what changed.
-build() {
-  say "Building ($1)"
+configure() {
+  say "Configuring ($1)"
   (cd "$root" && cmake --preset "$1" >"$root/build/$1.configure.log" 2>&1) || {
     cat "$root/build/$1.configure.log" >&2
     exit 1
   }
+}
+
+# build PRESET: configures when needed, then builds what changed.
+build() {
+  configure "$1"
+  say "Building ($1)"
   (cd "$root" && cmake --build --preset "$1")
 }
 
