@@ -9,6 +9,7 @@ import { JobHistory } from './jobs/history.mjs';
 import { JobQueue } from './jobs/queue.mjs';
 import { AdminJobs } from './jobs/submit.mjs';
 import { SiteJobs } from './jobs/site-jobs.mjs';
+import { AddressKeeper } from './printers/address-keeper.mjs';
 import { NetworkMonitor } from './printers/monitor.mjs';
 import { CupsQueues } from './printers/cups.mjs';
 import { Printers } from './printers/registry.mjs';
@@ -63,8 +64,9 @@ export async function startService(env = process.env) {
   router.group('/admin/', adminGuard(() => token), adminRoutes(service));
   router.group('/v1/', originGuard(service.settings), publicRoutes(service));
 
-  const { monitor, cups, queue, settings, alerts, history, updates } = service;
+  const { monitor, cups, addresses, queue, settings, alerts, history, updates } = service;
   void updates.tidy();
+  addresses.start();
   await Promise.race([
     Promise.all([monitor.start(), cups.start()]),
     new Promise((resolve) => { setTimeout(resolve, FIRST_PROBE_MS).unref(); }),
@@ -77,6 +79,7 @@ export async function startService(env = process.env) {
       const closed = close();
       monitor.stop();
       cups.stop();
+      addresses.stop();
       await queue.stop(GRACE_MS);
       await Promise.all([settings.settled(), alerts.flush(), history.flush()]);
       await closed;
@@ -104,7 +107,9 @@ function compose({ env, log, paths, read, listeners }) {
   const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);
   const cups = new CupsQueues(() => printers.noteSystemQueues(), env);
   const printers = new Printers({ settings, monitor, cups, alerts });
-  const queue = new JobQueue({ history, alerts, log, send: sender({ monitor, cups, previews: paths.previews }) });
+  const relocate = (printer) => ({ ...printer, ...settings.values.printers.find(({ id }) => id === printer.id) });
+  const queue = new JobQueue({ history, alerts, log, relocate, send: sender({ monitor, cups, previews: paths.previews }) });
+  const addresses = new AddressKeeper({ settings, monitor, alerts, log, nameOf, jobs: queue });
   printers.watchJobs((id) => queue.isBusy(id));
   const onFailure = (why) => log.warn(`text engine: ${why}`);
   const jobs = new AdminJobs({ printers, queue, draw: (operations, target) => drawText(operations, target, { onFailure }) });
@@ -114,7 +119,11 @@ function compose({ env, log, paths, read, listeners }) {
   const pairing = new Pairing({ settings, pairings, ask: personAsker(env), log });
   const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit() };
   const updates = new Updates({ settings, folder: paths.updates, log });
-  return { ...sites, log, settings, alerts, history, monitor, cups, printers, queue, jobs, updates, listeners, portConflict: () => lastPortConflict(paths.portConflict), startedAt: Date.now() };
+  return {
+    ...sites, log, settings, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates, listeners,
+    portConflict: () => lastPortConflict(paths.portConflict),
+    startedAt: Date.now(),
+  };
 }
 
 async function openPorts({ env, paths, settings, answer, log }) {

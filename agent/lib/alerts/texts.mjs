@@ -32,6 +32,17 @@ export function printFailed(id, name, errorCode) {
 
 export const failedKey = (id) => `job:${id}:failed`;
 
+/** A printer was found at another address, and is reached there from now on. */
+export function printerMoved(id, name, host) {
+  return {
+    key: `printer:${id}:moved`,
+    severity: 'info',
+    title: `تغيّر عنوان الطابعة «${isolated(name)}»`,
+    message: `وُجدت الطابعة على العنوان ${isolated(host)} فحُدّث عنوانها تلقائيًا.`,
+    action: 'printers',
+  };
+}
+
 export const SETTINGS_BROKEN_KEY = 'settings:broken';
 
 /** The settings file was unusable and has been kept aside. */

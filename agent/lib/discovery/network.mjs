@@ -21,7 +21,7 @@ const toAddress = (number) => [24, 16, 8, 0].map((shift) => Math.floor(number / 
  * @returns {string[]} without doubles
  */
 export function localAddresses(interfaces = os.networkInterfaces()) {
-  const own = Object.values(interfaces).flat().filter((each) => each && !each.internal && (each.family === 'IPv4' || each.family === 4));
+  const own = ipv4Of(interfaces);
   const addresses = own.flatMap(({ address, cidr }) => {
     const prefix = Math.max(LARGEST_PREFIX, Number(cidr?.split('/')[1] ?? 24));
     const size = 2 ** (32 - prefix);
@@ -33,6 +33,33 @@ export function localAddresses(interfaces = os.networkInterfaces()) {
   const ownAddresses = own.map(({ address }) => address);
   return [...new Set([...addresses.filter((address) => !ownAddresses.includes(address)), ...ownAddresses])];
 }
+
+/**
+ * This computer's own network that an address belongs to, if it is one that only shops and homes have inside.
+ * @param {string} host
+ * @param {ReturnType<typeof os.networkInterfaces>} interfaces
+ * @returns {{ holds: (address: string) => boolean, around: string[] } | null} around = the addresses near it, 254 at most,
+ *   without this computer's; null for a name, a public address, or one that is reached through a router
+ */
+export function ownNetworkOf(host, interfaces = os.networkInterfaces()) {
+  if (!isPrivate(host)) return null;
+  const own = ipv4Of(interfaces);
+  const base = (address, size) => Math.floor(toNumber(address) / size) * size;
+  const home = own.map(({ address, cidr }) => ({ address, size: 2 ** (32 - Number(cidr?.split('/')[1] ?? 24)) }))
+    .find(({ address, size }) => size > 2 && base(address, size) === base(host, size));
+  if (!home) return null;
+  const holds = (address) => net.isIPv4(address) && base(address, home.size) === base(host, home.size);
+  const size = Math.min(home.size, 256);
+  const near = Array.from({ length: size - 2 }, (_, index) => toAddress(base(host, size) + 1 + index));
+  return { holds, around: near.filter((address) => !own.some((each) => each.address === address)) };
+}
+
+/** Whether an address is one that no public network has (RFC 1918, and self-assigned ones). */
+export function isPrivate(host) {
+  return net.isIPv4(host) && /^(10\.|192\.168\.|169\.254\.|172\.(1[6-9]|2\d|3[01])\.)/.test(host);
+}
+
+const ipv4Of = (interfaces) => Object.values(interfaces).flat().filter((each) => each && !each.internal && (each.family === 'IPv4' || each.family === 4));
 
 /** Hosts named by hand: "10.0.0.5,10.0.0.6:9101,[::1]:9100"; what is not a host is skipped. */
 export function parseTargets(list) {

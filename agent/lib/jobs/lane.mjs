@@ -17,7 +17,7 @@ export class Lane {
   #stopping = false;
   #parts;
 
-  /** @param {{ history: object, alerts: object, send: Function, log: object, retryMs?: number }} parts as of JobQueue */
+  /** @param {{ history: object, alerts: object, send: Function, log: object, relocate?: Function, retryMs?: number }} parts as of JobQueue */
   constructor(parts) { this.#parts = parts; }
 
   get isSending() { return this.#current?.sending === true; }
@@ -66,6 +66,7 @@ export class Lane {
   async #run(entry) {
     const { history, alerts, log } = this.#parts;
     const { id, printer } = entry;
+    entry.printer = this.#parts.relocate?.(printer) ?? printer;
     for (;;) {
       const error = await this.#try(entry);
       if (entry.cancelled) return;
@@ -78,6 +79,8 @@ export class Lane {
       Object.assign(entry, { waits: true, sending: false });
       await this.#pause(entry);
       if (entry.cancelled || this.#stopping) return;
+      // It may be off because it is reached at another address by now.
+      entry.printer = this.#parts.relocate?.(entry.printer) ?? entry.printer;
       this.#expire();
     }
     log.info(`job ${id} completed`);

@@ -17,12 +17,16 @@ export class JobQueue {
   /**
    * @param {{ history: import('./history.mjs').JobHistory, alerts: import('../alerts/alerts.mjs').Alerts,
    *   send: (printer: object, payload: object, hooks: { sending: () => Promise<void>, printing: () => void }) => Promise<void>,
-   *   log: import('../log.mjs').Log, retryMs?: number }} parts `send` as in printers/send.mjs
+   *   log: import('../log.mjs').Log, relocate?: (printer: object) => object, retryMs?: number }} parts `send` as in printers/send.mjs;
+   *   relocate = the same printer with the address it has now
    */
   constructor(parts) { this.#parts = parts; }
 
   /** Whether a job is being sent to this printer now. */
   isBusy(printerId) { return this.#lanes.get(printerId)?.isSending === true; }
+
+  /** Whether a job is being sent to any printer now. */
+  get isSending() { return [...this.#lanes.values()].some((lane) => lane.isSending); }
 
   /** Jobs of a printer that are not over. */
   depthOf(printerId) { return this.#lanes.get(printerId)?.depth ?? 0; }

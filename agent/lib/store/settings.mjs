@@ -1,6 +1,7 @@
 import { moveAside, readJsonObject, writeFileAtomic } from './json-file.mjs';
 import { isHost, isPort, isTransport, isPlainText } from '../validate.mjs';
 import { checkProfile } from '../printers/profile.mjs';
+import { isMac } from '../printers/neighbours.mjs';
 import { normaliseOrigin } from '../sites/origins.mjs';
 
 export const DEFAULT_HTTP_PORT = 17731;
@@ -30,7 +31,8 @@ const CHECKS = {
   httpsPort: isPort,
   autoApprovePairing: (value) => typeof value === 'boolean',
   printers: (value) => isList(value, (printer) => isRecord(printer) && isPlainText(printer.id) && isPlainText(printer.name)
-    && isHost(printer.host) && isPort(printer.port) && isTransport(printer.transport)),
+    && isHost(printer.host) && isPort(printer.port) && isTransport(printer.transport)
+    && (printer.mac === undefined || isMac(printer.mac))),
   queues: (value) => isList(value, (name) => isPlainText(name)),
   profiles: (value) => isRecord(value) && Object.values(value).every(storedProfile),
   origins: (value) => isList(value, (origin) => normaliseOrigin(origin) === origin),
