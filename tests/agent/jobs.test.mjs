@@ -1,10 +1,11 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import net from 'node:net';
-import { readdirSync, readFileSync } from 'node:fs';
+import { existsSync, readdirSync, readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
-import { configFolder, designerDoc, fakePrinter, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { configFolder, designerDoc, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { streamAll } from '../../agent/lib/printers/transport-raw.mjs';
+import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
 import { MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
 
 const failedOf = (id) => `job:${id}:failed`;
@@ -159,6 +160,7 @@ test('after a restart nothing is sent again', async (t) => {
 test('the line printer protocol', async (t) => {
   const service = await startService(t);
   const steps = [];
+  let last = 0;
   const server = await fakePrinter(t, {
     onConnection: (socket) => {
       let held = Buffer.alloc(0);
@@ -172,7 +174,7 @@ test('the line printer protocol', async (t) => {
           held = held.subarray(end);
           steps.push(step);
           expected = expected === 0 && (step[0] === 2 || step[0] === 3) && steps.length > 1 ? Number.parseInt(step.toString('latin1', 1), 10) + 1 : 0;
-          socket.write(Buffer.of(0));
+          socket.write(Buffer.of(steps.length % 5 === 0 ? last : 0));
         }
       });
     },
@@ -186,6 +188,29 @@ test('the line printer protocol', async (t) => {
   assert.match(text[3], /^\x03\d+ dfA001\S+\n$/);
   assert.ok(text[4].startsWith('\x1b@') && text[4].endsWith('\x00'));
   assert.equal(text.length, 5);
+  last = 1;
+  steps.length = 0;
+  const refused = await service.ended((await service.post('/admin/test', { printer: id })).body.job.id);
+  assert.deepEqual([refused.status, refused.errorCode], ['failed', 'interrupted'], 'not accepted after all');
+});
+
+test('a queue of the system: a job without headway is stalled and cancelled, one that gets on is not', async (t) => {
+  const home = privateHome(t);
+  writeFileSync(path.join(home, 'page'), '0');
+  fakeProgram(home, 'lp', 'echo "request id is Office-7 (1 file(s))"');
+  fakeProgram(home, 'cancel', `echo "$@" > "${home}/cancelled"`);
+  // The job stands behind others of other programs; a page comes out with every look while it moves.
+  fakeProgram(home, 'lpstat', `case "$1" in -p) read -r n < "${home}/page"; [ -e "${home}/stuck" ] || echo $((n + 1)) > "${home}/page"; echo "printer Office now printing. Page $n";;
+    *) read -r n < "${home}/page"; [ "$n" -gt 12 ] || echo "Office-7 user";; esac`);
+  const env = { PATH: path.join(home, 'bin') };
+  const cups = new CupsQueues(() => {}, env, { stall: 400, most: 60_000, poll: 50 });
+  const send = () => cups.send('Office', Buffer.from('x'), { raw: false, title: 'T', printing() {} });
+  await send();
+  assert.ok(!existsSync(path.join(home, 'cancelled')));
+  writeFileSync(path.join(home, 'page'), '0');
+  writeFileSync(path.join(home, 'stuck'), '');
+  await assert.rejects(send(), { code: 'queue_stalled' });
+  assert.equal(readFileSync(path.join(home, 'cancelled'), 'utf8'), 'Office-7\n');
 });
 
 test('the preview printer keeps the newest hundred', async (t) => {

@@ -139,6 +139,9 @@ test('a printer by its id, name or alias; its status, paper and cover', async (t
   const open = await service.addPrinter(wordy.port, 'Wordy');
   const status = async (printer) => (await site.get(`/v1/printers/${printer}/status`)).body.printer;
   assert.deepEqual([(await status(open)).paper, (await status(open)).cover, (await status(id)).paper, (await status('preview')).state], ['out', 'open', 'unknown', 'ready']);
+  await service.post('/admin/profile', { id: open, profile: { role: 'label' } });
+  assert.equal((await status(open)).paper, 'unknown', 'one that might print the question is not asked');
+  await service.post('/admin/profile', { id: open, profile: { role: null } });
   await wordy.close();
   await until(async () => (await status(open)).state === 'offline', 'the printer to be offline');
   for (const [bytes, paper, cover] of [[[0x12, 0x12], 'ok', 'closed'], [[0x12, 0x1e], 'low', 'closed'], [[0x32, 0x12], 'out', 'closed'], [[0x16], 'unknown', 'open'], [[0x41, 0x42], 'unknown', 'unknown'], [[], 'unknown', 'unknown']]) {
@@ -224,6 +227,15 @@ test('a key prints once: at the same time, again, after a restart, not across si
   assert.equal(drawers[0].body.job.id, drawers[1].body.job.id);
   assert.equal((await site.print(id, { kind: 'raw', data: '!' }, { 'Idempotency-Key': 'bad' })).status, 400);
   assert.equal(typeof await site.print(id, raw('x'), { 'Idempotency-Key': 'bad' }), 'string', 'a refused request does not use up its key');
+  const off = await fakePrinter(t);
+  const offId = await service.addPrinter(off.port, 'Off');
+  await off.close();
+  await until(async () => (await service.printer(offId)).state === 'offline', 'the printer to be offline');
+  const open = () => site.post(`/v1/printers/${offId}/drawer`, {}, { 'Idempotency-Key': 'off' });
+  assert.equal((await open()).body.error.code, 'offline');
+  await fakePrinter(t, { port: off.port });
+  await until(async () => (await service.printer(offId)).state === 'ready', 'the printer to be back');
+  assert.equal((await site.ended((await open()).body.job.id)).status, 'completed', 'nor does one that found the printer off');
   await service.stop();
   const records = JSON.parse(readConfig(home, 'jobs.json'));
   assert.ok(!JSON.stringify(records).includes('once') && !JSON.stringify(records).includes('order-1042'), 'no content, no key');

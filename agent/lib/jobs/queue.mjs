@@ -64,8 +64,8 @@ export class JobQueue {
     return job;
   }
 
-  /** Records a job that cannot even be queued. */
-  async refuse(printer, kind, errorCode, record = {}) {
+  /** Records a job that cannot even be queued. A request that was refused has not used up its key. */
+  async refuse(printer, kind, errorCode, { key, digest, ...record } = {}) {
     const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'failed', errorCode, ...record };
     const job = await this.#parts.history.add(fields);
     this.#parts.alerts.happened(printFailed(printer.id, printer.displayName, errorCode));

@@ -4,7 +4,9 @@ import { ApiError } from '../api-error.mjs';
 
 const REFRESH_MS = 10_000;
 const POLL_MS = 1000;
-const STALL_MS = 60_000;
+
+/** Milliseconds: a job that has made no headway for `stall`, or is not out after `most`, is stalled. */
+export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: POLL_MS });
 
 /**
  * Reads `lpstat -l -p` (C locale).
@@ -37,9 +39,11 @@ export class CupsQueues {
   #timer = null;
   #refreshing = null;
   #changed;
+  #times;
 
   /** @param {() => void} changed called after every refresh */
-  constructor(changed = () => {}, env = process.env) {
+  constructor(changed = () => {}, env = process.env, times = TIMES) {
+    this.#times = times;
     this.#programs = Object.fromEntries(['lpstat', 'lp', 'cancel', 'lpadmin'].map((name) => [name, findProgram(name, env)]));
     this.#changed = changed;
   }
@@ -85,7 +89,8 @@ export class CupsQueues {
    * Hands a job to a print queue and waits until it has left it.
    * @param {{ raw: boolean, title: string, copies?: number, media?: string, printing: () => void }} how raw = bytes go to the device as they are;
    *   copies and media (a paper size's name) are for the print system to see to
-   * @throws {SendError} "offline" when the queue refused it, "queue_stalled" when it was still there after a minute (it is cancelled then)
+   * @throws {SendError} "offline" when the queue refused it, "queue_stalled" when it has made no headway for a minute (it is cancelled then);
+   *   headway = jobs before it leave, or the printer tells something new, such as the page it prints
    */
   async send(queue, bytes, { raw, title, copies = 1, media, printing }) {
     const { lp, lpstat, cancel } = this.#programs;
@@ -95,15 +100,22 @@ export class CupsQueues {
     const request = /request id is (\S+)/.exec(sent.stdout)?.[1];
     if (sent.status !== 0 || !request) throw new SendError(sent.timedOut ? 'timeout' : 'offline', 'lp failed', false);
     printing();
-    const until = Date.now() + STALL_MS;
+    const began = Date.now();
+    let last = { told: null, at: began };
     for (;;) {
-      const waiting = await runProgram(lpstat, ['-W', 'not-completed', '-o', queue]);
-      if (waiting.status === 0 && !waiting.stdout.split('\n').some((line) => line.split(/\s/)[0] === request)) return;
-      if (Date.now() > until) {
+      const [waiting, printer] = await Promise.all([
+        runProgram(lpstat, ['-W', 'not-completed', '-o', queue]), runProgram(lpstat, ['-p', queue]),
+      ]);
+      const requests = waiting.stdout.split('\n').map((line) => line.split(/\s/)[0]);
+      const place = requests.indexOf(request);
+      if (waiting.status === 0 && place === -1) return;
+      const told = JSON.stringify([requests.slice(0, place), printer.stdout]);
+      if (told !== last.told) last = { told, at: Date.now() };
+      if (Date.now() - last.at > this.#times.stall || Date.now() - began > this.#times.most) {
         if (cancel) await runProgram(cancel, [request]);
         throw new SendError('queue_stalled');
       }
-      await new Promise((resolve) => { setTimeout(resolve, POLL_MS); });
+      await new Promise((resolve) => { setTimeout(resolve, this.#times.poll); });
     }
   }
 

@@ -10,7 +10,7 @@ const QUEUE = 'lp';
  * @param {{ host: string, port: number }} printer
  * @param {Uint8Array} bytes
  * @param {{ stallMs?: number, sending?: () => Promise<void> }} how sending = awaited before the first byte of the receipt
- * @throws {SendError} "offline" before the first byte of the receipt, "interrupted" after it
+ * @throws {SendError} "offline" before the first byte of the receipt, "interrupted" after it, also when the server then refuses it
  */
 export async function sendLpd(printer, bytes, { stallMs = TIMES.stall, sending = async () => {} } = {}) {
   const socket = await connectPrinter(printer, TIMES.connect);
@@ -26,7 +26,10 @@ export async function sendLpd(printer, bytes, { stallMs = TIMES.stall, sending =
     socket.destroy();
     throw new SendError('offline', 'refused by the print server');
   }
+  let isRefused = false;
+  socket.on('data', (data) => { isRefused ||= data[0] !== 0; });
   await streamAll(socket, Buffer.concat([bytes, Buffer.of(0)]), { stallMs });
+  if (isRefused) throw new SendError('interrupted', 'not accepted by the print server');
 }
 
 /** Writes a step and waits for its acknowledgement, one zero byte. */

@@ -86,11 +86,15 @@ function wholeNumber(query, name) {
   return Number(text);
 }
 
+// What prints labels or sheets might print the question.
+const UNASKED = ['label', 'a4'];
+
 /** Asks a network printer itself, unless it is busy with a job: some serve one connection only. */
 async function physicalStatus({ monitor, queue }, printer) {
   if (printer.type !== 'net' || queue.depthOf(printer.id) > 0) return UNKNOWN;
   await monitor.probe(printer);
-  if (monitor.status(printer.id).state === 'offline' || printer.protocol !== 'escpos' || printer.transport !== 'raw') return UNKNOWN;
+  const speaks = printer.protocol === 'escpos' && printer.transport === 'raw' && !UNASKED.includes(printer.profile.role);
+  if (monitor.status(printer.id).state === 'offline' || !speaks) return UNKNOWN;
   await monitor.hold(printer.id);
   try {
     return await paperStatus(printer);
