@@ -91,12 +91,15 @@ test('pictures that lie, are cut off or too large are refused, quickly and by th
   const rows = shades(8, 8, 255, (value) => [value]);
   const good = { width: 8, height: 8, rows };
   const bomb = Buffer.concat([png(good).subarray(0, 33), chunk('IDAT', zlib.deflateSync(Buffer.alloc(60_000_000))), chunk('IEND', Buffer.alloc(0))]);
+  const halved = png(good);
+  const stream = halved.subarray(41, halved.length - 16);
+  const half = Buffer.concat([halved.subarray(0, 33), chunk('IDAT', stream.subarray(0, stream.length >> 1)), chunk('IEND', Buffer.alloc(0))]);
   const noise = png(good);
   noise.fill(0x55, 45, 55);
   const files = {
     taller: png({ ...good, head: { height: 9 } }), shorter: png({ ...good, head: { height: 7 } }), wider: png({ ...good, head: { width: 9 } }), deeper: png({ ...good, head: { depth: 16 } }), bomb,
     huge: png({ ...good, head: { width: 20_000, height: 20_000 } }), side: png({ ...good, head: { width: 0xffffffff, height: 1 } }), empty: png({ ...good, head: { width: 0 } }), long: png({ width: 1, height: 500, rows: shades(1, 500, 255, (value) => [value]) }),
-    kind: png({ ...good, head: { colour: 7 } }), depth: png({ ...good, head: { depth: 3 } }), palette: png({ ...good, head: { colour: 3 } }), noise,
+    kind: png({ ...good, head: { colour: 7 } }), depth: png({ ...good, head: { depth: 3 } }), palette: png({ ...good, head: { colour: 3 } }), noise, half, 'no data': Buffer.concat([halved.subarray(0, 33), chunk('IEND', Buffer.alloc(0))]),
     signature: Buffer.from('GIF89a'), jpeg: Buffer.from([0xff, 0xd8, 0xff, 0xe0, ...Array(100).fill(0)]),
     ...Object.fromEntries([0, 8, 20, 33, 40, 60, 80].filter((cut) => cut > 0).map((cut) => [`cut at ${cut}`, png({ ...good, cut })])),
   };
