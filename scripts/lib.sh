@@ -34,6 +34,8 @@ packages_test=(
   clang-format shellcheck         # gates
   procps util-linux               # what the fake services of the tests use
   desktop-file-utils libglib2.0-bin # a desktop's own reading of the login item
+  chromium curl jq php-cli php-curl python3-requests # what the code samples of the guide run in
+  iproute2                        # a network of its own for them
 )
 
 # A package counts as there when dpkg says so, or when the program it is wanted for was installed another way.
