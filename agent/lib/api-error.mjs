@@ -22,6 +22,11 @@ export function invalidRequest(message = 'الطلب غير صالح.') {
   return new ApiError(400, 'invalid_request', message);
 }
 
+/** 400: the request has a field that means nothing here. */
+export function unknownField(name) {
+  return invalidRequest(`الحقل ${name.slice(0, 40)} غير معروف.`);
+}
+
 /** 404: no printer has this id. */
 export function printerNotFound() {
   return new ApiError(404, 'printer_not_found', 'لا توجد طابعة بهذا المعرّف.');

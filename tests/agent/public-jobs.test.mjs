@@ -109,7 +109,12 @@ test('every field wrong in turn', async (t) => {
     ...['abc', '0g'].map((data) => [{ kind: 'raw', encoding: 'hex', data }, 'invalid_payload']),
     [{ ...raw('x'.repeat(800_000), { copies: 99 }) }, 'invalid_options'],
   ];
-  assert.ok(rows.length <= 120, 'more would meet the limit on requests');
+  for (const [path, body, field] of [['drawer', { pin: 3 }, 'pin'], ['drawer', { pin: [] }, 'pin'], ['cut', { mode: 'full' }, 'mode'], ['test', { printer: 'x' }, 'printer']]) {
+    const answer = await post(`/v1/printers/preview/${path}`, body);
+    assert.deepEqual([answer.status, answer.body.error?.code], [400, 'invalid_request'], field);
+    assert.ok(answer.body.error.message.includes(field), 'the message names the field');
+  }
+  assert.ok(rows.length <= 116, 'more would meet the limit on requests');
   for (const [change, code] of rows) {
     const answer = await post('/v1/jobs', { ...good, ...change });
     assert.deepEqual([answer.status, answer.body.error?.code], [400, code], JSON.stringify(change).slice(0, 200));

@@ -28,7 +28,7 @@ export function samplesOf(markdown) {
 
 /**
  * Runs a program to its end.
- * @returns {Promise<{ status: number | string, stdout: string, stderr: string }>} status "missing" when there is no such program, "late" when it was ended
+ * @returns {Promise<{ status: number | string, stdout: string, stderr: string }>} status "missing" when there is no such program that may be run, "late" when it was ended
  */
 export function run(file, args, { cwd, env, timeoutMs = 60_000 }) {
   return new Promise((resolve) => {
@@ -39,7 +39,7 @@ export function run(file, args, { cwd, env, timeoutMs = 60_000 }) {
     child.stdout.setEncoding('utf8').on('data', (data) => { result.stdout += data; });
     child.stderr.setEncoding('utf8').on('data', (data) => { result.stderr += data; });
     const settle = (status) => { clearTimeout(timer); resolve({ ...result, status: isLate ? 'late' : status }); };
-    child.on('error', (error) => settle(error.code === 'ENOENT' ? 'missing' : error.code));
+    child.on('error', () => settle('missing'));
     child.on('close', (status, signal) => settle(status ?? signal));
   });
 }

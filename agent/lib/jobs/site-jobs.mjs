@@ -1,4 +1,4 @@
-import { ApiError, invalidRequest } from '../api-error.mjs';
+import { ApiError, invalidRequest, unknownField } from '../api-error.mjs';
 import { isPlainText } from '../validate.mjs';
 import { DEFAULT_WAIT_SECONDS, checkOptions } from '../public/options.mjs';
 import { Idempotency } from './idempotency.mjs';
@@ -34,7 +34,7 @@ export class SiteJobs {
    */
   submit(origin, { idempotencyKey, ...job }, headerKey) {
     const extra = Object.keys(job).find((name) => !FIELDS.includes(name));
-    if (extra !== undefined) throw invalidRequest(`الحقل ${extra.slice(0, 40)} غير معروف.`);
+    if (extra !== undefined) throw unknownField(extra);
     if (!KINDS.includes(job.kind)) throw invalidRequest('قيمة kind غير صالحة.');
     if (typeof job.printer !== 'string') throw invalidRequest('حدّد الطابعة في الحقل printer.');
     if (job.jobName !== undefined && !isPlainText(job.jobName)) throw invalidRequest('قيمة jobName غير صالحة.');

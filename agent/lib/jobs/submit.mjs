@@ -51,7 +51,7 @@ export class AdminJobs {
   drawer(printerId, pin, record) {
     const printer = this.#printers.get(printerId);
     const chosen = pin ?? printer.profile.drawerPin ?? DEFAULT_PIN;
-    if (!PINS.includes(chosen)) throw invalidRequest('رقم الدرج غير صالح.');
+    if (!PINS.includes(chosen)) throw invalidRequest('رقم الدرج غير صالح (الحقل pin).');
     if (chosen === 'none') throw new ApiError(409, 'drawer_disabled', 'درج النقد معطّل في إعدادات هذه الطابعة.');
     return this.#command(printer, 'drawer', [{ op: 'drawer', pin: chosen }], record);
   }

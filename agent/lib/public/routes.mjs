@@ -1,4 +1,4 @@
-import { invalidRequest } from '../api-error.mjs';
+import { invalidRequest, unknownField } from '../api-error.mjs';
 import { JOB_BODY_BYTES, readJsonBody } from '../http/body.mjs';
 import { isPlainText } from '../validate.mjs';
 import { VERSION } from '../version.mjs';
@@ -35,7 +35,8 @@ export function publicRoutes(service) {
   /** A command on the printer named in the path. */
   const command = (name, fields, make) => prints(SMALL_BODY_BYTES, ({ origin, params, body, key }) => {
     const { idempotencyKey, ...given } = body;
-    if (Object.keys(given).some((field) => !fields.includes(field))) throw invalidRequest();
+    const extra = Object.keys(given).find((field) => !fields.includes(field));
+    if (extra !== undefined) throw unknownField(extra);
     return siteJobs.once(origin, key ?? idempotencyKey, [name, params.id, given], (record) => make(printers.resolve(params.id).id, given, record));
   });
 
