@@ -17,6 +17,7 @@ const ENDED = ['completed', 'failed', 'cancelled'];
 
 // Milliseconds.
 const HELLO_TIMEOUT = 4000;
+const LEAVE_TIMEOUT = 60_000;
 const REQUEST_TIMEOUT = 60_000;
 const PAIR_TIMEOUT = 75_000;
 const POLL_WAIT = 20_000;
@@ -151,7 +152,7 @@ async function findService() {
   let failure;
   for (const url of candidates()) {
     try {
-      const hello = await send(url, 'GET', '/v1/hello', {}, { timeout: HELLO_TIMEOUT });
+      const hello = await send(url, 'GET', '/v1/hello', {}, { timeout: await helloTimeout() });
       base = url;
       return hello;
     } catch (error) {
@@ -161,6 +162,18 @@ async function findService() {
   }
   base = null;
   throw failure;
+}
+
+/** Browsers may ask the person for leave to reach this computer: no answer within seconds then says nothing about the service. */
+async function helloTimeout() {
+  // Today's name and the one before it; the first that the browser knows counts.
+  for (const name of isBrowser && navigator.permissions ? ['loopback-network', 'local-network-access'] : []) {
+    try {
+      const { state } = await navigator.permissions.query({ name });
+      return state === 'prompt' ? LEAVE_TIMEOUT : HELLO_TIMEOUT;
+    } catch { /* not a name of this browser */ }
+  }
+  return HELLO_TIMEOUT;
 }
 
 /** One question at a time, however many requests need the token. */

@@ -59,3 +59,25 @@ test('the client pairs, prints every kind and follows jobs to their end', async 
   const help = client.getConnectionHelp();
   assert.deepEqual([help.browser, help.steps.every((step) => /[\u0600-\u06ff]/.test(step))], ['node', true]);
 });
+
+test('a page gives the person time to answer the browser, and the service only seconds', async (t) => {
+  let states = {};
+  const query = async ({ name }) => { if (!(name in states)) throw new TypeError('unknown name'); return { state: states[name] }; };
+  const page = { window: { localStorage: { getItem: () => null } }, document: {}, navigator: { userAgent: 'Chrome/156', permissions: { query } } };
+  for (const [name, value] of Object.entries(page)) Object.defineProperty(globalThis, name, { value, configurable: true });
+  const [setTimer, delays] = [globalThis.setTimeout, []];
+  globalThis.setTimeout = (task, ms, ...rest) => { delays.push(ms); return setTimer(task, ms, ...rest); };
+  t.after(() => { globalThis.setTimeout = setTimer; for (const name of Object.keys(page)) delete globalThis[name]; });
+  const inPage = await import('../../sdk/zemrak-local-print-client.mjs?in-a-page');
+  await inPage.connectLocalPrint({ fetch: async () => { throw new TypeError('failed'); } }).catch(() => {});
+  const rows = [
+    [{}, 4000], [{ 'loopback-network': 'granted', 'local-network-access': 'prompt' }, 4000], [{ 'loopback-network': 'prompt' }, 60_000],
+    [{ 'local-network-access': 'prompt' }, 60_000], [{ 'local-network-access': 'denied' }, 4000],
+  ];
+  for (const [given, wanted] of rows) {
+    states = given;
+    delays.length = 0;
+    assert.equal(await inPage.isLocalPrintAvailable(), null);
+    assert.deepEqual(delays, [wanted, wanted], JSON.stringify(given));
+  }
+});

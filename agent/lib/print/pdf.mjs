@@ -8,8 +8,9 @@ export const MAX_PAGES = 30;
 const RENDER_MS = 25_000;
 const OUTPUT_BYTES = 96 * 1024 * 1024;
 
-// Exit statuses of the helper.
+// Exit statuses of the helper; -1 when it went beyond its time or memory.
 const REFUSALS = {
+  '-1': 'ملف PDF معقّد جدًا ولا يمكن تحويله. احفظه من جديد أو أرسل الصفحة صورة.',
   3: 'ملف PDF محمي بكلمة مرور.',
   4: `عدد صفحات ملف PDF أكبر من الحد (${MAX_PAGES} صفحة).`,
   5: 'صفحة من ملف PDF كبيرة جدًا.',
