@@ -117,6 +117,7 @@ test('what is not certain changes nothing', async () => {
     ['it is at two places', [lost], { table: [at(98, 7), at(99, 7)], open: new Set([net(98), net(99)]) }],
     ['it is in another network', [lost], { table: [{ address: '192.168.2.9', mac: mac(7) }], open: new Set(['192.168.2.9']) }],
     ['it is being printed to', [lost], { table: [at(99, 7)], open: new Set([net(99)]), busy: new Set(['p']) }],
+    ['another one is being printed to', [lost], { table: [at(99, 7)], open: new Set([net(99)]), isSending: true }],
     ['its card is not known', [printerAt(net(7))], { table: [at(99, 7)], open: new Set([net(99)]) }],
     ['it was added again by hand', [lost, printerAt(net(99), { id: 'q' })], { table: [at(99, 7)], open: new Set([net(99)]) }],
   ];

@@ -75,6 +75,8 @@ export class AddressKeeper {
       this.#searches.ids = [];
       return;
     }
+    // The address in question may be that of a printer that is at work, and takes one connection only.
+    if (this.#jobs.isSending) return;
     const missing = await this.#move(gone, table);
     if (missing.length === 0 || !this.#maySearch(missing.map(({ id }) => id))) return;
     await this.#search(missing, table);
