@@ -50,8 +50,13 @@ export class Chromium {
   /** @param {(event: { method: string, params: object, sessionId?: string }) => void} listener */
   onEvent(listener) { this.#listeners.push(listener); }
 
-  /** Opens a page and waits until it is there. @returns {Promise<{ evaluate: (code: string) => Promise<unknown>, lines: string[], close: () => Promise<void> }>} lines = its console */
-  async open(url) {
+  /**
+   * Opens a page and waits until it is there.
+   * @param {string} url
+   * @param {string} [userAgent] the name of another browser
+   * @returns {Promise<{ evaluate: (code: string) => Promise<unknown>, lines: string[], close: () => Promise<void> }>} lines = its console
+   */
+  async open(url, userAgent) {
     const { targetId } = await this.send('Target.createTarget', { url: 'about:blank' });
     const { sessionId } = await this.send('Target.attachToTarget', { targetId, flatten: true });
     const lines = [];
@@ -64,6 +69,7 @@ export class Chromium {
       if (method === 'Log.entryAdded') lines.push(`[${params.entry.level}] ${params.entry.text} ${params.entry.url ?? ''}`);
     });
     for (const domain of ['Page', 'Runtime', 'Log']) await this.send(`${domain}.enable`, {}, sessionId);
+    if (userAgent) await this.send('Emulation.setUserAgentOverride', { userAgent }, sessionId);
     const { errorText } = await this.send('Page.navigate', { url }, sessionId);
     if (errorText) throw new Error(`${url}: ${errorText}`);
     await isLoaded;

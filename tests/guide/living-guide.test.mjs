@@ -11,7 +11,7 @@ import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { bitmap, toPng } from '../agent/support/bitmap.mjs';
 import { pdf } from '../agent/support/pdf.mjs';
-import { command, fakePrinter, fakeProgram, privateHome, startService, until } from '../agent/support/service.mjs';
+import { command, fakePrinter, fakeProgram, privateHome, readConfig, startService, until } from '../agent/support/service.mjs';
 import { Chromium } from './chromium.mjs';
 import { run, runBash, samplesOf } from './samples.mjs';
 
@@ -20,6 +20,7 @@ const RESOURCES = path.join(BUNDLE, 'resources');
 const SCRIPT = path.join(RESOURCES, 'agent/bin/zemrak-local-print.mjs');
 const SITE = 'https://pos.zemrak.example';
 const ADDED = 'https://shop.example.com';
+const SAFARI = 'Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_7) AppleWebKit/605.1.15 (KHTML, like Gecko) Version/17.4 Safari/605.1.15';
 const NODE_TAB = 'Node.js';
 const RUNNERS = ['bash', 'js', 'python', 'php'];
 
@@ -152,10 +153,11 @@ test('pages in Chromium, on another origin', async (t) => {
   const { secure, plain, spki } = await serveSite(t, pages);
   const local = `http://localhost:${plain}`;
   await service.post('/admin/origins/add', { origin: local });
-  // The certificate of the site is made here, and trusted by the digest of its key. Both pages count as pages of the
+  const keys = [spki, spkiOf(readConfig(service.home, 'tls/server.crt'))];
+  // The certificates of the site, made here, and of the service are trusted by the digests of their keys. Both pages count as pages of the
   // internet: Chromium asks for leave to reach this computer for those only, and not for pages that come from it.
   const browser = new Chromium([
-    `--host-resolver-rules=MAP pos.zemrak.example:443 127.0.0.1:${secure}`, `--ignore-certificate-errors-spki-list=${spki}`,
+    `--host-resolver-rules=MAP pos.zemrak.example:443 127.0.0.1:${secure}`, `--ignore-certificate-errors-spki-list=${keys}`,
     `--ip-address-space-overrides=127.0.0.1:${secure}=public,127.0.0.1:${plain}=public,[::1]:${plain}=public`,
   ]);
   t.after(() => browser.close());
@@ -168,21 +170,24 @@ test('pages in Chromium, on another origin', async (t) => {
     await page.close();
     await allow(browser, origin);
   }
-  for (const origin of [SITE, local]) {
+  // Safari itself is not to be had here: what it would do is tried under its name.
+  for (const [origin, base, name] of [[SITE, 'http://127.0.0.1:17731/'], [local, 'http://127.0.0.1:17731/'], [SITE, 'https://127.0.0.1:17732/', SAFARI]]) {
     const questions = () => asked().filter((question) => question.includes(origin)).length;
     const askedBefore = questions();
     for (const [index, { tab, line }] of pages.entries()) {
-      await t.test(`line ${line}, ${tab}, ${origin}`, async () => {
+      await t.test(`line ${line}, ${tab}, ${origin}, ${base}`, async () => {
         const before = await allPrinted(true);
-        const page = await browser.open(`${origin}/`);
+        const page = await browser.open(`${origin}/`, name);
         assert.equal(await page.evaluate(`import('./sample-${index}.js').then(() => location.origin)`), origin);
         assert.ok(page.lines.length > 0, 'it says what came of it');
         assert.deepEqual(page.lines.filter((text) => text.startsWith('[error]')), []);
+        const reached = await page.evaluate("performance.getEntriesByType('resource').map((entry) => entry.name).filter((url) => url.includes('//127.0.0.1:'))");
+        assert.ok(reached.length > 0 && reached.every((url) => url.startsWith(base)), `${reached}`);
         assert.ok(await allPrinted(true) > before, 'it prints');
         await page.close();
       });
     }
-    assert.equal(questions(), askedBefore + 1, 'the person was asked once: the pages of a site share its token');
+    assert.equal(questions(), askedBefore + (name ? 0 : 1), 'the person was asked once: the pages of a site share its token');
   }
 
   // The other path is taken when the service is not there, and only then.
@@ -228,11 +233,12 @@ async function serveSite(t, pages) {
     '-addext', 'subjectAltName=DNS:pos.zemrak.example', '-keyout', 'key.pem', '-out', 'cert.pem'], { cwd: keys, env });
   assert.equal(made.status, 0, made.stderr);
   const [key, cert] = ['key.pem', 'cert.pem'].map((name) => readFileSync(path.join(keys, name)));
-  const spki = createHash('sha256').update(new X509Certificate(cert).publicKey.export({ type: 'spki', format: 'der' })).digest('base64');
   const [secure, plain] = await Promise.all([https.createServer({ key, cert }, answer), http.createServer(answer)].map(async (server) => {
     await new Promise((resolve) => { server.listen(0, '127.0.0.1', resolve); });
     t.after(() => { server.close(); server.closeAllConnections(); });
     return server.address().port;
   }));
-  return { secure, plain, spki };
+  return { secure, plain, spki: spkiOf(cert) };
 }
+
+const spkiOf = (certificate) => createHash('sha256').update(new X509Certificate(certificate).publicKey.export({ type: 'spki', format: 'der' })).digest('base64');
