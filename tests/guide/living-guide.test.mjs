@@ -40,7 +40,7 @@ before(async () => {
   const home = privateHome(suite);
   const guide = path.join(folder, 'guide.md');
   const exported = await run(path.join(BUNDLE, 'bin/zemrak-printer'), ['--export-docs', guide], { cwd: folder, env: { ...process.env, HOME: home, QT_QPA_PLATFORM: 'offscreen' } });
-  assert.equal(exported.status, 0, exported.stderr);
+  assert.equal(exported.status, 0, `${BUNDLE}: ${shown(exported)}`);
   samples = samplesOf(readFileSync(guide, 'utf8'));
 
   const picture = bitmap(64, 64);
