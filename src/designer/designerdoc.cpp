@@ -32,44 +32,24 @@ DesignerDoc DesignerDoc::sample()
     return doc;
 }
 
-QList<DesignerLine> DesignerDoc::lines() const
+DesignerTotals DesignerDoc::totals() const
 {
-    QList<DesignerLine> lines;
-    lines.reserve(items.size());
+    DesignerTotals totals;
+    totals.lines.reserve(items.size());
+    double sum = 0;
     for (const DesignerItem &item : items) {
         const double q = amountOf(item.qty);
         const double p = amountOf(item.price);
-        lines.append({item, q, p, roundToCents(q * p)});
+        totals.lines.append({item, q, p, roundToCents(q * p)});
+        sum += totals.lines.last().total;
     }
-    return lines;
-}
-
-double DesignerDoc::subtotal() const
-{
-    double sum = 0;
-    for (const DesignerLine &line : lines())
-        sum += line.total;
-    return std::min(sum, std::numeric_limits<double>::max());
-}
-
-double DesignerDoc::discountValue() const
-{
-    return std::min(amountOf(discount), subtotal());
-}
-
-double DesignerDoc::vatRate() const
-{
-    return std::min(amountOf(vatPercent), 100.0);
-}
-
-double DesignerDoc::vat() const
-{
-    return percentOf(subtotal() - discountValue(), vatRate());
-}
-
-double DesignerDoc::total() const
-{
-    return roundToCents(subtotal() - discountValue() + vat());
+    totals.subtotal = std::min(sum, std::numeric_limits<double>::max());
+    totals.discountValue = std::min(amountOf(discount), totals.subtotal);
+    totals.vatRate = std::min(amountOf(vatPercent), 100.0);
+    const double net = totals.subtotal - totals.discountValue;
+    totals.vat = percentOf(net, totals.vatRate);
+    totals.total = roundToCents(net + totals.vat);
+    return totals;
 }
 
 QString DesignerDoc::money(double value) const

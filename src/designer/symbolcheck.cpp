@@ -37,9 +37,19 @@ constexpr std::array symbologies{
     Symbology{u"itf", u"ITF", Alphabet::Digits, 0, 80, 4 * 2 + 5 + 2 * 2, 3 * 2 + 2 * 5},
 };
 
-int dotsOfPaper(int paperWidthMm)
+// The service has barcodes printed so high.
+constexpr int barcodeHeight = 80;
+
+// Bytes that a QR code of version 1, 2, ... holds at error correction M.
+constexpr std::array qrCapacities{14, 26, 42, 62, 84, 106, 122, 152, 180, 213, 251, 287, 331, 362, 412, 450, 504, 560,
+    624, 666, 711, 779, 857, 911, 997, 1059, 1125, 1190, 1264, 1370, 1452, 1538, 1628, 1722, 1809, 1911, 1989, 2099,
+    2213, 2331};
+
+const Symbology *symbologyOf(const QString &format)
 {
-    return paperWidthMm <= 58 ? 384 : paperWidthMm <= 72 ? 512 : 576;
+    const auto found = std::ranges::find_if(
+        symbologies, [&format](const Symbology &each) { return format == QStringView(each.format); });
+    return found == symbologies.end() ? nullptr : &*found;
 }
 
 QString alphabetProblem(const Symbology &symbology, const QString &data)
@@ -112,11 +122,35 @@ QString widthProblem(const Symbology &symbology, const QString &data, int paperW
 
 } // namespace
 
+int dotsOfPaper(int paperWidthMm)
+{
+    return paperWidthMm <= 58 ? 384 : paperWidthMm <= 72 ? 512 : 576;
+}
+
+QSize qrDots(const QString &data, int size, int paperWidthMm)
+{
+    const auto *holding = std::ranges::lower_bound(qrCapacities, int(data.toUtf8().size()));
+    const int version = std::min(int(holding - qrCapacities.begin()) + 1, int(qrCapacities.size()));
+    const int modules = 17 + 4 * version;
+    const int fitting = std::max(1, dotsOfPaper(paperWidthMm) / modules);
+    const int edge = modules * std::clamp(size, 1, fitting);
+    return {edge, edge};
+}
+
+QSize barcodeDots(const QString &format, const QString &data, int paperWidthMm)
+{
+    const Symbology *symbology = symbologyOf(format);
+    if (!symbology)
+        symbology = symbologies.data();
+    const qsizetype length = std::min<qsizetype>(data.size(), symbology->maximumLength);
+    const int width = symbology->fixedDots + symbology->dotsPerCharacter * int(length);
+    return {std::min(width, dotsOfPaper(paperWidthMm)), barcodeHeight};
+}
+
 QString barcodeProblem(const QString &format, const QString &data, int paperWidthMm)
 {
-    const auto symbology = std::find_if(symbologies.begin(), symbologies.end(),
-        [&](const Symbology &each) { return format == QStringView(each.format); });
-    if (symbology == symbologies.end())
+    const Symbology *symbology = symbologyOf(format);
+    if (!symbology)
         return {};
     if (data.trimmed().isEmpty())
         return QStringLiteral("لا توجد بيانات للباركود، فلن يُطبع.");

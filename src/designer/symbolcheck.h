@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 namespace zemrak {
@@ -15,5 +16,16 @@ inline constexpr qsizetype qrMaximumLength = 600;
 [[nodiscard]] QString barcodeProblem(const QString &format, const QString &data, int paperWidthMm);
 
 [[nodiscard]] QString qrProblem(const QString &data);
+
+// What a symbol takes up on paper, in dots of 1/8 mm.
+
+/// What printers put in a line of this paper.
+[[nodiscard]] int dotsOfPaper(int paperWidthMm);
+
+/// @param size width of a module; a code that would be wider than the paper is printed with smaller ones
+[[nodiscard]] QSize qrDots(const QString &data, int size, int paperWidthMm);
+
+/// Of an unknown format the size of a common barcode. Never wider than the paper.
+[[nodiscard]] QSize barcodeDots(const QString &format, const QString &data, int paperWidthMm);
 
 } // namespace zemrak

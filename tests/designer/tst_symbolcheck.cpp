@@ -82,6 +82,20 @@ private Q_SLOTS:
         QVERIFY(qrProblem(QString(607, u'x')).contains(QStringLiteral("بمقدار 7")));
         QVERIFY(qrProblem(QStringLiteral(" ")).contains(QStringLiteral("لن يُطبع")));
     }
+
+    void sizesOnPaper()
+    {
+        QCOMPARE(qrDots({}, 6, 80), QSize(21 * 6, 21 * 6));
+        QCOMPARE(qrDots(QString(14, u'x'), 4, 58), QSize(21 * 4, 21 * 4));
+        QCOMPARE(qrDots(QString(15, u'x'), 10, 58), QSize(25 * 10, 25 * 10));
+        QCOMPARE(qrDots(QString(8, u'ش'), 8, 58), QSize(25 * 8, 25 * 8)); // in bytes
+        QCOMPARE(qrDots(QString(600, u'x'), 10, 58), QSize(93 * 4, 93 * 4)); // as large as there is room for
+        QCOMPARE(qrDots(QString(9000, u'x'), 10, 58), QSize(177 * 2, 177 * 2));
+        QCOMPARE(barcodeDots(QStringLiteral("ean13"), QStringLiteral("1"), 58), QSize(190, 80));
+        QCOMPARE(barcodeDots(QStringLiteral("code128"), QStringLiteral("123456789"), 80).width(), 2 * (35 + 9 * 11));
+        QCOMPARE(barcodeDots(QStringLiteral("code39"), QString(2000, u'A'), 72).width(), 512);
+        QCOMPARE(barcodeDots(QStringLiteral("none"), {}, 72).width(), 70);
+    }
 };
 
 QTEST_GUILESS_MAIN(SymbolCheckTest)
