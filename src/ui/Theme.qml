@@ -40,6 +40,8 @@ QtObject {
     readonly property color well: lightDark("f1f5f9", "111c33") // a sunken surface: code, logs, previews
     readonly property color raised: lightDark("ffffff", "111c33") // a surface over others: lists, toasts, sheets
     readonly property color scrim: dark ? tint(hex6("000000"), 0.62) : tint(hex6("0f172a"), 0.38)
+    readonly property color paper: hex6("ffffff") // of a printer, with its ink: the same in both appearances
+    readonly property color paperInk: hex6("111827")
     readonly property color wizard: hex6("1b0b3f")
     readonly property color toast: lightDark("0f172a", "f8fafc")
     readonly property color toastInk: lightDark("f8fafc", "0f172a")

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/agent.h"
+#include "ui/presenters/designerview.h"
 #include "ui/presenters/presenters.h"
 
 #include <QtQml/qqml.h>
@@ -35,6 +36,24 @@ public:
     static Presenters *create(QQmlEngine *engine, QJSEngine *);
 };
 
+struct DesignerViewForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::DesignerView)
+    QML_NAMED_ELEMENT(DesignerView)
+    QML_SINGLETON
+
+public:
+    static DesignerView *create(QQmlEngine *engine, QJSEngine *);
+};
+
+struct DesignerDocForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::DesignerDoc)
+    QML_VALUE_TYPE(designerDoc)
+};
+
 // What the presenters are made of; QML gets at each through them.
 struct AlertListModelForQml
 {
@@ -49,6 +68,14 @@ struct AlertsPresenterForQml
     Q_GADGET
     QML_FOREIGN(zemrak::AlertsPresenter)
     QML_NAMED_ELEMENT(AlertsPresenter)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct DesignerItemModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::DesignerItemModel)
+    QML_NAMED_ELEMENT(DesignerItemModel)
     QML_UNCREATABLE("made by the presenters")
 };
 
@@ -89,6 +116,14 @@ struct ProfileEditorForQml
     Q_GADGET
     QML_FOREIGN(zemrak::ProfileEditor)
     QML_NAMED_ELEMENT(ProfileEditor)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct ReceiptPreviewForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::ReceiptPreview)
+    QML_NAMED_ELEMENT(ReceiptPreview)
     QML_UNCREATABLE("made by the presenters")
 };
 

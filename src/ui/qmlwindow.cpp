@@ -1,5 +1,6 @@
 #include "ui/qmlwindow.h"
 
+#include "base/clock.h"
 #include "ui/clickoutside.h"
 #include "ui/uicontext.h"
 #include "ui/windowplacement.h"
@@ -31,6 +32,7 @@ void preferSoftwareRenderer()
 
 QmlWindow::QmlWindow(const MainWindowServices &services)
     : m_services(services)
+    , m_designer(services.agent, services.clock.wallTime())
 {
 }
 
@@ -52,7 +54,7 @@ void QmlWindow::show(const QString &activationToken)
 bool QmlWindow::build()
 {
     preferSoftwareRenderer();
-    m_engine = makeEngine(m_services, m_appearance);
+    m_engine = makeEngine(m_services, m_appearance, m_designer);
     QQmlComponent component(m_engine.get(), QUrl(QStringLiteral("qrc:/qt/qml/Zemrak/MainWindow.qml")));
     m_window.reset(qobject_cast<QQuickWindow *>(component.create()));
     if (!m_window) {

@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 #include "ui/appearance.h"
+#include "ui/presenters/designerview.h"
 
 #include <QObject>
 
@@ -30,12 +31,14 @@ public:
     [[nodiscard]] QQuickWindow *window() const { return m_window.get(); }
     [[nodiscard]] QQmlEngine *engine() const { return m_engine.get(); }
     [[nodiscard]] Appearance &appearance() { return m_appearance; }
+    [[nodiscard]] DesignerView &designer() { return m_designer; }
 
 private:
     [[nodiscard]] bool build();
 
     MainWindowServices m_services;
     Appearance m_appearance{nullptr}; ///< outlives each scene, so that the next one begins in the right colours
+    DesignerView m_designer; ///< outlives each scene, so that nobody types a receipt twice
     std::function<void()> m_closed;
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_window; ///< goes before its engine

@@ -42,10 +42,12 @@ HostCalls hostCalls(Agent &agent)
 
 } // namespace
 
-UiContext::UiContext(const MainWindowServices &services, Appearance &appearance, QQmlEngine &engine)
+UiContext::UiContext(
+    const MainWindowServices &services, Appearance &appearance, DesignerView &designer, QQmlEngine &engine)
     : QObject(&engine)
     , m_services(services)
     , m_appearance(appearance)
+    , m_designer(designer)
     , m_mainView(services.agent, services.defaults, appearance)
     , m_presenters(services.agent, services.clock, hostCalls(services.agent))
 {
@@ -57,6 +59,7 @@ UiContext::UiContext(const MainWindowServices &services, Appearance &appearance,
     connect(&m_mainView, &MainView::showOnboardingChanged, &m_presenters,
         [this] { m_presenters.setWizardShown(m_mainView.showsOnboarding()); });
     m_presenters.setWizardShown(m_mainView.showsOnboarding());
+    connect(m_presenters.clock(), &RelativeClock::moved, &m_designer, &DesignerView::setNow);
 }
 
 UiContext &UiContext::of(const QQmlEngine *engine)
@@ -66,7 +69,8 @@ UiContext &UiContext::of(const QQmlEngine *engine)
     return *context;
 }
 
-std::unique_ptr<QQmlEngine> makeEngine(const MainWindowServices &services, Appearance &appearance)
+std::unique_ptr<QQmlEngine> makeEngine(
+    const MainWindowServices &services, Appearance &appearance, DesignerView &designer)
 {
     qml_register_types_Zemrak(); // named here, so that the linker does not leave the registration out
     loadTypefaceOnce();
@@ -74,7 +78,7 @@ std::unique_ptr<QQmlEngine> makeEngine(const MainWindowServices &services, Appea
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine->addImageProvider(QStringLiteral("icon"), new IconProvider); // the engine owns it, as the next
     engine->addImageProvider(QStringLiteral("gradient"), new GradientProvider);
-    new UiContext(services, appearance, *engine);
+    new UiContext(services, appearance, designer, *engine);
     return engine;
 }
 
@@ -86,6 +90,11 @@ Agent *AgentForQml::create(QQmlEngine *engine, QJSEngine *)
 Presenters *PresentersForQml::create(QQmlEngine *engine, QJSEngine *)
 {
     return UiContext::lend(&UiContext::of(engine).presenters());
+}
+
+DesignerView *DesignerViewForQml::create(QQmlEngine *engine, QJSEngine *)
+{
+    return UiContext::lend(&UiContext::of(engine).designer());
 }
 
 Appearance *Appearance::create(QQmlEngine *engine, QJSEngine *)

@@ -3,6 +3,7 @@
 #include "app/mainwindow.h"
 #include "ui/appearance.h"
 #include "ui/mainview.h"
+#include "ui/presenters/designerview.h"
 #include "ui/presenters/presenters.h"
 
 #include <QJSEngine>
@@ -20,7 +21,7 @@ class UiContext : public QObject
     Q_OBJECT
 
 public:
-    UiContext(const MainWindowServices &services, Appearance &appearance, QQmlEngine &engine);
+    UiContext(const MainWindowServices &services, Appearance &appearance, DesignerView &designer, QQmlEngine &engine);
 
     /// The context of an engine made by makeEngine(); presenters find theirs by qmlEngine(this).
     [[nodiscard]] static UiContext &of(const QQmlEngine *engine);
@@ -35,17 +36,20 @@ public:
     [[nodiscard]] UserDefaults &defaults() { return m_services.defaults; }
     [[nodiscard]] Clock &clock() { return m_services.clock; }
     [[nodiscard]] Appearance &appearance() { return m_appearance; }
+    [[nodiscard]] DesignerView &designer() { return m_designer; }
     [[nodiscard]] MainView &mainView() { return m_mainView; }
     [[nodiscard]] Presenters &presenters() { return m_presenters; }
 
 private:
     MainWindowServices m_services;
     Appearance &m_appearance;
+    DesignerView &m_designer;
     MainView m_mainView;
     Presenters m_presenters;
 };
 
-/// An engine that knows the module, its icons and its typeface. `services` and `appearance` outlive it.
-[[nodiscard]] std::unique_ptr<QQmlEngine> makeEngine(const MainWindowServices &services, Appearance &appearance);
+/// An engine that knows the module, its icons and its typeface. What it is given outlives it.
+[[nodiscard]] std::unique_ptr<QQmlEngine> makeEngine(
+    const MainWindowServices &services, Appearance &appearance, DesignerView &designer);
 
 } // namespace zemrak

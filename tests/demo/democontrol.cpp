@@ -18,7 +18,7 @@ DemoControl::DemoControl(Clock &clock)
     : m_stage(clock)
     , m_window(m_stage.services())
     , m_poll(clock.makeTimer(Clock::Repeat::Always, [this] { m_stage.agent().refresh(); }))
-    , m_engine(makeEngine(m_stage.services(), m_window.appearance()))
+    , m_engine(makeEngine(m_stage.services(), m_window.appearance(), m_window.designer()))
 {
 }
 

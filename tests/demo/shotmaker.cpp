@@ -82,7 +82,8 @@ bool ShotMaker::makeShot(const Shot &shot, bool dark)
 bool ShotMaker::makeGallery(bool dark)
 {
     const std::unique_ptr<Set> set = makeSet(dark);
-    const std::unique_ptr<QQmlEngine> engine = makeEngine(set->stage.services(), set->window.appearance());
+    const std::unique_ptr<QQmlEngine> engine
+        = makeEngine(set->stage.services(), set->window.appearance(), set->window.designer());
     QQmlComponent component(engine.get(), QUrl(QStringLiteral("qrc:/demo/Gallery.qml")));
     const std::unique_ptr<QObject> object(component.create());
     auto *window = qobject_cast<QQuickWindow *>(object.get());

@@ -40,6 +40,43 @@ std::function<void(MainView &)> foundPrinters(const char *tab)
     };
 }
 
+std::function<void(MainView &)> designer(std::function<void(DesignerView &)> fill)
+{
+    return [fill = std::move(fill)](MainView &view) {
+        view.setPage(QStringLiteral("designer"));
+        fill(UiContext::of(qmlEngine(&view)).designer());
+    };
+}
+
+void fillWithFaults(DesignerView &designer)
+{
+    DesignerDoc doc = designer.doc();
+    doc.paperWidthMm = 58;
+    doc.qrData = QString(612, u'x');
+    doc.qrSize = 10;
+    doc.barcodeEnabled = true;
+    doc.barcodeFormat = QStringLiteral("ean13");
+    doc.barcodeData = QStringLiteral("12345");
+    designer.setDoc(doc);
+}
+
+void fillWithLongTexts(DesignerView &designer)
+{
+    DesignerDoc doc = DesignerDoc::sample();
+    const QString longText = QStringLiteral("مؤسسة Zemrak <b>للتجهيزات</b> الطويلة الاسم جدًا ").repeated(4);
+    for (QString *text : {&doc.businessName, &doc.address, &doc.phone, &doc.title, &doc.receiptNo, &doc.customer})
+        *text = longText;
+    doc.subtitle = QString(DesignerView::maximumLength, u'س');
+    doc.currency = QStringLiteral("ريال سعودي جديد");
+    doc.items.clear();
+    for (int i = 0; i < DesignerView::maximumItems; ++i)
+        doc.items.append({.name = i % 3 ? QStringLiteral("صنف %1").arg(i + 1) : longText,
+            .qty = QString::number(i % 7),
+            .price = QStringLiteral("%1.25").arg(i * 117)});
+    doc.barcodeEnabled = true;
+    designer.setDoc(doc);
+}
+
 // A login item that cannot be made leaves a line each time.
 void serviceLog(MainView &view)
 {
@@ -97,6 +134,11 @@ std::span<const Shot> shots()
         {s("add-printer-long"), s("long"), foundPrinters("net")},
         {s("add-printer-usb-long"), s("long"), foundPrinters("usb")},
         {s("designer"), s("shop"), page("designer")},
+        {s("designer-sample"), s("shop"), designer([](DesignerView &view) { view.loadSample(); })},
+        {s("designer-unconnected"), s("offline"), page("designer")},
+        {s("designer-stopped"), s("stopped"), page("designer")},
+        {s("designer-faults"), s("shop"), designer(fillWithFaults)},
+        {s("designer-long"), s("long"), designer(fillWithLongTexts)},
         {s("sites"), s("shop"), page("sites")},
         {s("sites-empty"), s("empty"), page("sites")},
         {s("sites-long"), s("long"), page("sites")},

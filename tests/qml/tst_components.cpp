@@ -59,7 +59,7 @@ private Q_SLOTS:
         QCOMPARE(m_warnings->take(), QStringList{QStringLiteral("seen")});
         QAccessible::setActive(true);
         m_appearance.overrideReducedMotion(true);
-        m_engine = makeEngine(m_stage.services(), m_appearance);
+        m_engine = makeEngine(m_stage.services(), m_appearance, m_designer);
         QQmlComponent bench(m_engine.get());
         bench.setData("import QtQuick\nimport Zemrak\nBaseWindow { width: 600; height: 400; visible: true\n"
                       "property Flickable flickable: held; Flickable { id: held } }",
@@ -327,6 +327,7 @@ private:
     SystemClock m_clock;
     Stage m_stage{m_clock};
     Appearance m_appearance{nullptr};
+    DesignerView m_designer{m_stage.agent(), 0};
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_bench;
     std::unique_ptr<QQuickWindow> m_gallery;

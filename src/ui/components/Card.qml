@@ -38,9 +38,10 @@ Rectangle {
             }
             LineText {
                 Layout.fillWidth: true
+                Accessible.name: root.title
                 Accessible.role: Accessible.Heading
                 font.pixelSize: Theme.textHeadline
-                value: root.title
+                value: "\u200f" + root.title // also where it begins with a Latin word
                 weight: Font.Bold
             }
             RowLayout {

@@ -12,6 +12,7 @@ FocusScope {
     property alias actions: header.actions
     property alias header: header
     property alias contentY: view.contentY
+    property alias view: view
     default property alias content: column.data
 
     Flickable {

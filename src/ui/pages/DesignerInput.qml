@@ -1,0 +1,29 @@
+import QtQuick
+import QtQuick.Layouts
+import Zemrak
+
+// A text of the receipt. Shows `text`; what is typed is told by edited.
+DesignerField {
+    id: root
+
+    property string text
+    property string told // of what is typed, before printing
+    property bool ltr: false
+
+    signal edited(string text)
+
+    problem: input.length >= input.maximumLength ? DesignerView.fullFieldText : told
+
+    Input {
+        id: input
+        Layout.fillWidth: true
+        Accessible.description: root.description
+        ltr: root.ltr
+        maximumLength: DesignerView.longestText
+        name: root.label
+        placeholder: ""
+        text: root.text
+
+        onTextEdited: root.edited(text)
+    }
+}

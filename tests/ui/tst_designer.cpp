@@ -1,0 +1,322 @@
+// The designer without its page: what the paper shows, what is sent, and what a person must not lose.
+#include "designer/symbolcheck.h"
+#include "support/httpserver.h"
+#include "support/manualclock.h"
+#include "support/testhost.h"
+#include "support/wiredata.h"
+#include "ui/presenters/designerview.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace zemrak;
+using namespace zemrak::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Application
+{
+    QTemporaryDir home;
+    FakeBundle files;
+    ManualClock clock;
+    HttpServer server;
+    UserDefaults defaults{home.filePath(QStringLiteral("settings.ini"))};
+    TestHost computer;
+    Agent agent{{.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
+        computer.forAgent()};
+    QJsonObject state = storedObject(QStringLiteral("wire/state.json"));
+    QByteArray answer = "{\"job\":{}}";
+    bool holdPrints = false;
+    QPointer<QTcpSocket> heldPrint;
+
+    Application()
+    {
+        files.writeToken("t");
+        state.insert(QStringLiteral("httpPort"), server.port());
+        server.answerWith([this](const HttpRequest &request, QTcpSocket &socket) {
+            if (request.target == "/admin/state")
+                socket.write(HttpServer::response(toJson(state)));
+            else if (request.target == "/admin/designer/print" && holdPrints)
+                heldPrint = &socket;
+            else
+                socket.write(HttpServer::response(answer));
+        });
+    }
+    void havePrinters(const QList<std::pair<QString, QString>> &printers) // name, state
+    {
+        QJsonArray list;
+        for (const auto &[name, printerState] : printers) {
+            QJsonObject printer = state.value(QStringLiteral("printers")).toArray().first().toObject();
+            printer.insert(QStringLiteral("id"), name);
+            printer.insert(QStringLiteral("name"), name);
+            printer.insert(QStringLiteral("profile"), QJsonValue::Null);
+            printer.insert(QStringLiteral("state"), printerState);
+            list.append(printer);
+        }
+        state.insert(QStringLiteral("printers"), list);
+        QSignalSpy answered(&agent, &Agent::stateChanged);
+        agent.refresh();
+        QVERIFY(answered.wait());
+    }
+    QList<HttpRequest> prints() { return server.requestsTo("/admin/designer/print"); }
+};
+
+QString paper(const DesignerDoc &doc)
+{
+    QStringList lines;
+    for (const PreviewLine &line : previewLines(doc, QStringLiteral("now")))
+        lines.append(line.kind == QLatin1String("text")
+                ? QStringList{line.label, line.text, line.amount}.join(u' ').simplified()
+                : line.kind == QLatin1String("rule") ? QStringLiteral("-")
+                                                     : u'[' + line.symbol + u']');
+    return lines.join(u'\n');
+}
+
+QString textAt(const QAbstractItemModel &model, int row, int role)
+{
+    return model.index(row, 0).data(role).toString();
+}
+
+} // namespace
+
+class DesignerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void paperOfTheSample()
+    {
+        QCOMPARE(paper(DesignerDoc::sample()),
+            QStringLiteral("صالون زيمراك\nللعناية بالجمال\nالرياض، شارع التحلية\n0500000000\nVAT: 300000000000003\n-\n"
+                           "فاتورة ضريبية مبسطة\nNo: T-0001\nnow\nالعميل: سارة\nالكاشير: أمل\nالدفع: بطاقة\n-\n"
+                           "قص وتصفيف\n1 × 120.00 120.00 SAR\nعلاج الشعر\n1 × 250.00 250.00 SAR\n"
+                           "جل تثبيت\n2 × 35.50 71.00 SAR\n-\nالمجموع 441.00 SAR\nالخصم -20.00 SAR\n"
+                           "الضريبة \u206615%\u2069 63.15 SAR\nالإجمالي 484.15 SAR\n-\n[qrcode]\n"
+                           "شكراً لزيارتكم\nالأسعار شاملة الضريبة"));
+        DesignerDoc bare{.currency = {},
+            .businessName = QStringLiteral("  "),
+            .title = {},
+            .receiptNo = {},
+            .items = {DesignerItem::blank()},
+            .vatPercent = QStringLiteral("x"),
+            .qrEnabled = false,
+            .barcodeEnabled = true,
+            .footer = {}};
+        QCOMPARE(paper(bare),
+            QStringLiteral("-\nnow\n-\n1 × 0.00 0.00\n-\nالمجموع 0.00\nالضريبة \u20660%\u2069 0.00\n"
+                           "الإجمالي 0.00\n-\n[barcode]"));
+        bare.vatPercent = QStringLiteral(" ");
+        QVERIFY(!paper(bare).contains(QStringLiteral("الضريبة")));
+    }
+
+    void symbolsFollowTheirContent()
+    {
+        DesignerDoc doc;
+        const auto edge = [&doc] {
+            const QList<PreviewLine> lines = previewLines(doc, {});
+            const auto code = std::ranges::find(lines, QStringLiteral("qrcode"), &PreviewLine::id);
+            return code->dots.width();
+        };
+        const int medium = edge();
+        doc.qrSize = 4;
+        QCOMPARE(edge() * 6, medium * 4);
+        doc.qrSize = 10;
+        doc.qrData = QString(600, u'x');
+        for (const int mm : {58, 72, 80}) {
+            doc.paperWidthMm = mm;
+            QVERIFY(edge() <= dotsOfPaper(mm) && edge() > dotsOfPaper(mm) / 2);
+        }
+    }
+
+    void editTouchesOneRow()
+    {
+        Application app;
+        DesignerView view(app.agent, 0);
+        view.loadSample();
+        QSignalSpy rows(view.items(), &QAbstractItemModel::dataChanged);
+        QSignalSpy lines(view.preview(), &QAbstractItemModel::dataChanged);
+        QSignalSpy inserted(view.items(), &QAbstractItemModel::rowsInserted);
+        QSignalSpy removed(view.items(), &QAbstractItemModel::rowsRemoved);
+        const QString second = textAt(*view.items(), 1, DesignerItemModel::IdRole);
+        view.setItemName(second, QStringLiteral("علاج"));
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows.first().at(0).toModelIndex().row(), 1);
+        QCOMPARE(rows.first().at(2).value<QList<int>>(), QList<int>{DesignerItemModel::NameRole});
+        QCOMPARE(lines.size(), 1); // its line
+        view.setItemPrice(second, QStringLiteral("100"));
+        QCOMPARE(lines.size(), 1 + 4); // its amount, subtotal, VAT, total
+        QCOMPARE(textAt(*view.preview(), lines.last().at(0).toModelIndex().row(), ReceiptPreview::AmountRole),
+            QStringLiteral("311.65 SAR"));
+        view.setItemQty(QStringLiteral("gone"), QStringLiteral("9"));
+        QVERIFY(inserted.isEmpty() && removed.isEmpty());
+        view.addItem();
+        QCOMPARE(inserted.size(), 1);
+        QCOMPARE(view.doc().items.last().qty, QStringLiteral("1"));
+        view.removeItem(second);
+        QCOMPARE(removed.size(), 1);
+        QCOMPARE(view.doc().items.size(), 3);
+    }
+
+    void nothingTypedIsLost()
+    {
+        Application app;
+        DesignerView view(app.agent, 0);
+        view.loadSample(); // in place of the defaults, which nobody typed
+        QVERIFY(!view.canUndo());
+        DesignerDoc doc = view.doc();
+        doc.customer = QStringLiteral("نورة");
+        view.setDoc(doc);
+        view.reset();
+        QCOMPARE(view.doc().json(), DesignerDoc().json());
+        QVERIFY(view.canUndo());
+        view.undo();
+        QCOMPARE(view.doc(), doc);
+        QVERIFY(!view.canUndo());
+        view.removeItem(textAt(*view.items(), 0, DesignerItemModel::IdRole));
+        QVERIFY(view.canUndo());
+        view.setItemQty(textAt(*view.items(), 0, DesignerItemModel::IdRole), QStringLiteral("5"));
+        QVERIFY(!view.canUndo()); // it would take this back as well
+        view.undo();
+        QCOMPARE(view.doc().items.first().qty, QStringLiteral("5"));
+    }
+
+    void staysWithinWhatTheServiceTakes()
+    {
+        Application app;
+        DesignerView view(app.agent, 0);
+        DesignerDoc doc;
+        doc.subtitle = QString(5000, u'س');
+        doc.qrData = QString(612, u'x');
+        doc.items.fill(DesignerItem::blank(), 299);
+        for (DesignerItem &item : doc.items)
+            item.id = QUuid::createUuid();
+        view.setDoc(doc);
+        QCOMPARE(view.doc().subtitle.size(), 2000);
+        QCOMPARE(view.qrCounter(), QStringLiteral("612 / 600"));
+        QVERIFY(view.qrProblemText().contains(QStringLiteral("12")));
+        QVERIFY(view.canAddItem() && view.itemsProblem().isEmpty());
+        view.addItem();
+        QVERIFY(!view.canAddItem());
+        QVERIFY(view.itemsProblem().contains(QStringLiteral("300")));
+        view.addItem();
+        QCOMPARE(view.doc().items.size(), 300);
+        view.removeItem(textAt(*view.items(), 9, DesignerItemModel::IdRole));
+        view.setItemName(textAt(*view.items(), 9, DesignerItemModel::IdRole), QString(2001, u'x'));
+        QCOMPARE(view.doc().items.at(9).name.size(), 2000);
+        QVERIFY(view.itemsProblem().contains(QStringLiteral("2000")));
+        doc.barcodeFormat = QStringLiteral("ean8");
+        view.setDoc(doc);
+        QVERIFY(view.barcodeProblemText().isEmpty()); // none is printed
+        doc.barcodeEnabled = true;
+        view.setDoc(doc);
+        QVERIFY(!view.barcodeProblemText().isEmpty());
+    }
+
+    void choosesAPrinterThatIsThere()
+    {
+        Application app;
+        DesignerView view(app.agent, 0);
+        QSignalSpy told(&view, &DesignerView::printersChanged);
+        const QString a = QStringLiteral("a"), b = QStringLiteral("b"), c = QStringLiteral("c");
+        view.print();
+        app.havePrinters({{a, QStringLiteral("offline")}, {b, QStringLiteral("error")}, {c, QStringLiteral("busy")}});
+        QCOMPARE(view.connected().size(), 2);
+        QCOMPARE(view.selected(), b);
+        view.setPrinterId(c);
+        QCOMPARE(view.destination(), c);
+        app.havePrinters({{a, QStringLiteral("ready")}, {b, QStringLiteral("ready")}, {c, QStringLiteral("offline")}});
+        QCOMPARE(view.selected(), a);
+        const qsizetype changes = told.size();
+        app.havePrinters({{a, QStringLiteral("busy")}, {b, QStringLiteral("ready")}, {c, QStringLiteral("offline")}});
+        QCOMPARE(told.size(), changes); // nothing that is shown here
+        app.havePrinters({{a, QStringLiteral("ready")}, {c, QStringLiteral("ready")}});
+        QCOMPARE(view.selected(), c); // the chosen one is back
+        app.havePrinters({});
+        QVERIFY(view.selected().isEmpty() && !view.canPrint());
+        view.print();
+        QTest::qWait(20);
+        QVERIFY(app.prints().isEmpty() && !view.isPrinting());
+    }
+
+    void printsOnceAndSaysSo()
+    {
+        Application app;
+        app.havePrinters({{QStringLiteral("كاشير"), QStringLiteral("ready")}});
+        DesignerView view(app.agent, 0);
+        app.holdPrints = true;
+        view.print();
+        view.print();
+        QVERIFY(view.isPrinting() && !view.canPrint());
+        QTRY_VERIFY(app.heldPrint);
+        QCOMPARE(app.prints().size(), 1);
+        const QJsonObject body = QJsonDocument::fromJson(app.prints().first().body).object();
+        QCOMPARE(body[QLatin1String("printer")].toString(), QStringLiteral("كاشير"));
+        QCOMPARE(body[QLatin1String("doc")].toObject(), view.doc().json());
+        app.heldPrint->write(HttpServer::response(app.answer));
+        QTRY_VERIFY(view.canPrint());
+        QCOMPARE(app.agent.toast(), QStringLiteral("تم إرسال الورقة إلى «كاشير»"));
+
+        const QString failed = QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة");
+        app.holdPrints = false;
+        app.answer = R"({"error":"no"})";
+        view.print();
+        QTRY_VERIFY(!view.isPrinting());
+        QCOMPARE(app.agent.toast(), failed);
+
+        app.holdPrints = true; // the service goes before it answers
+        app.heldPrint.clear();
+        view.print();
+        QTRY_VERIFY(app.heldPrint);
+        app.agent.flash(QString());
+        app.heldPrint->abort();
+        QTRY_VERIFY(!view.isPrinting());
+        QCOMPARE(app.agent.toast(), failed);
+
+        auto gone = std::make_unique<DesignerView>(app.agent, 0);
+        app.heldPrint.clear();
+        gone->print();
+        QTRY_VERIFY(app.heldPrint);
+        gone.reset();
+        app.heldPrint->write(HttpServer::response("{}"));
+        QTest::qWait(20);
+    }
+
+    void timeOnThePaper()
+    {
+        Application app;
+        const QDateTime noon(QDate(2026, 1, 31), QTime(12, 5, 59));
+        DesignerView view(app.agent, noon.toMSecsSinceEpoch());
+        QSignalSpy lines(view.preview(), &QAbstractItemModel::dataChanged);
+        view.setNow(noon.toMSecsSinceEpoch() + 900);
+        QVERIFY(lines.isEmpty());
+        view.setNow(noon.toMSecsSinceEpoch() + 1000);
+        QCOMPARE(lines.size(), 1);
+        QCOMPARE(textAt(*view.preview(), lines.first().at(0).toModelIndex().row(), ReceiptPreview::TextRole),
+            QStringLiteral("2026-01-31 12:06"));
+    }
+
+    void keystrokeWithManyItems()
+    {
+        Application app;
+        DesignerView view(app.agent, 0);
+        DesignerDoc doc = DesignerDoc::sample();
+        for (int i = 3; i < 300; ++i)
+            doc.items.append({.name = QStringLiteral("صنف"), .qty = QStringLiteral("2"), .price = QString::number(i)});
+        view.setDoc(doc);
+        const QString last = textAt(*view.items(), 299, DesignerItemModel::IdRole);
+        QBENCHMARK
+        {
+            view.setItemPrice(
+                last, view.doc().items.last().price == QLatin1String("1") ? QStringLiteral("12") : QStringLiteral("1"));
+        }
+        QCOMPARE(view.preview()->count(), 600 + 22);
+    }
+};
+
+QTEST_GUILESS_MAIN(DesignerTest)
+#include "tst_designer.moc"
