@@ -11,23 +11,27 @@ namespace zemrak {
 struct DocHeading
 {
     QString text;
+    bool operator==(const DocHeading &) const = default;
 };
 
 /// A paragraph; it may have several lines.
 struct DocText
 {
     QString text;
+    bool operator==(const DocText &) const = default;
 };
 
 struct DocNote
 {
     QString text;
+    bool operator==(const DocNote &) const = default;
 };
 
 struct DocCode
 {
     QString lang; ///< label of the language, as Markdown has it
     QString code; ///< without a line end after the last line
+    bool operator==(const DocCode &) const = default;
 };
 
 struct DocTable
@@ -36,6 +40,7 @@ struct DocTable
 
     /// The first column holds endpoints, codes or names, and is shown in a monospaced font.
     [[nodiscard]] bool monoFirst() const;
+    bool operator==(const DocTable &) const = default;
 };
 
 /// A piece of the guide, of one of five kinds.

@@ -79,6 +79,30 @@ struct DesignerItemModelForQml
     QML_UNCREATABLE("made by the presenters")
 };
 
+struct DocBlockModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::DocBlockModel)
+    QML_NAMED_ELEMENT(DocBlockModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct DocHitModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::DocHitModel)
+    QML_NAMED_ELEMENT(DocHitModel)
+    QML_UNCREATABLE("made by the presenters")
+};
+
+struct DocsPresenterForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::DocsPresenter)
+    QML_NAMED_ELEMENT(DocsPresenter)
+    QML_UNCREATABLE("made by the presenters")
+};
+
 struct FoundPrinterModelForQml
 {
     Q_GADGET

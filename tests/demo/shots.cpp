@@ -77,6 +77,16 @@ void fillWithLongTexts(DesignerView &designer)
     designer.setDoc(doc);
 }
 
+std::function<void(MainView &)> guide(const char *tab, const char *search = "")
+{
+    return [tab, search](MainView &view) {
+        view.setPage(QStringLiteral("docs"));
+        DocsPresenter *docs = UiContext::of(qmlEngine(&view)).presenters().docs();
+        docs->setSelected(QString::fromLatin1(tab));
+        docs->setSearch(QString::fromUtf8(search));
+    };
+}
+
 // A login item that cannot be made leaves a line each time.
 void serviceLog(MainView &view)
 {
@@ -154,6 +164,16 @@ std::span<const Shot> shots()
         {s("alerts-long"), s("long"), page("alerts")},
         {s("alerts-crowded"), s("crowded"), page("alerts")},
         {s("docs"), s("shop"), page("docs")},
+        {s("docs-js"), s("shop"), guide("js")},
+        {s("docs-browsers"), s("shop"), guide("browsers")},
+        {s("docs-curl"), s("shop"), guide("curl")},
+        {s("docs-ref"), s("shop"), guide("ref")},
+        {s("docs-status"), s("shop"), guide("status")},
+        {s("docs-printers"), s("shop"), guide("printers")},
+        {s("docs-zemrak"), s("shop"), guide("zemrak")},
+        {s("docs-help"), s("shop"), guide("help")},
+        {s("docs-search"), s("shop"), guide("start", "الاقتران")},
+        {s("docs-search-none"), s("shop"), guide("start", "xyzzy")},
         {s("settings"), s("shop"), page("settings")},
         {s("settings-stopped"), s("stopped"), page("settings")},
         {s("log"), s("shop"), serviceLog},

@@ -43,6 +43,7 @@ FocusScope {
                 Accessible.selected: current
                 edge: current ? "transparent" : Theme.gBorder
                 focus: current
+                focusPolicy: current ? Qt.StrongFocus : Qt.ClickFocus
                 ground: current ? Theme.selected : down ? Theme.pressed : hovered ? Theme.hover : Theme.gCard
                 implicitHeight: Theme.px(36)
                 ink: current ? Theme.readable(Theme.gPrimary) : Theme.gText

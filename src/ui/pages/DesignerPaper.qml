@@ -33,7 +33,13 @@ Rectangle {
 
         ListView {
             id: list
-            Accessible.name: "معاينة الورقة"
+
+            function scrollBy(way: real): void {
+                const first = originY - topMargin;
+                contentY = Math.max(first, Math.min(contentY + way, originY + contentHeight + bottomMargin - height));
+            }
+
+            Accessible.name: "الورقة"
             Accessible.role: Accessible.List
             activeFocusOnTab: interactive
             anchors.bottomMargin: Theme.s4
@@ -62,8 +68,8 @@ Rectangle {
                 width: ListView.view.width
             }
 
-            Keys.onDownPressed: flick(0, -900)
-            Keys.onUpPressed: flick(0, 900)
+            Keys.onDownPressed: scrollBy(Theme.px(60))
+            Keys.onUpPressed: scrollBy(-Theme.px(60))
         }
     }
 }

@@ -21,6 +21,7 @@ Presenters::Presenters(Agent &agent, Clock &clock, HostCalls host, QObject *pare
               JobListModel::ErrorTextRole, JobListModel::ErrorCodeRole, JobListModel::IdRole})
     , m_sites(agent.commands(), clock.wallTime())
     , m_alerts(alertsActions(), clock)
+    , m_docs(agent.desktop(), [&agent](const QString &text) { agent.flash(text); })
     , m_settings(QStringLiteral(ZEMRAK_VERSION))
     , m_saver(agent.commands())
 {

@@ -2,6 +2,7 @@
 
 #include "app/agent.h"
 #include "ui/presenters/alertspresenter.h"
+#include "ui/presenters/docspresenter.h"
 #include "ui/presenters/hostcalls.h"
 #include "ui/presenters/joblistmodel.h"
 #include "ui/presenters/overview.h"
@@ -31,6 +32,7 @@ class Presenters : public QObject
     Q_PROPERTY(zemrak::SitesPresenter *sites READ sites CONSTANT)
     Q_PROPERTY(zemrak::SearchModel *jobs READ jobs CONSTANT)
     Q_PROPERTY(zemrak::AlertsPresenter *alerts READ alerts CONSTANT)
+    Q_PROPERTY(zemrak::DocsPresenter *docs READ docs CONSTANT)
     Q_PROPERTY(zemrak::SettingsPresenter *settings READ settings CONSTANT)
     Q_PROPERTY(zemrak::ProfileEditor *editor READ editor NOTIFY editorChanged)
     Q_PROPERTY(zemrak::PrinterFinder *finder READ finder NOTIFY finderChanged)
@@ -47,6 +49,7 @@ public:
     [[nodiscard]] SitesPresenter *sites() { return &m_sites; }
     [[nodiscard]] SearchModel *jobs() { return &m_foundJobs; }
     [[nodiscard]] AlertsPresenter *alerts() { return &m_alerts; }
+    [[nodiscard]] DocsPresenter *docs() { return &m_docs; }
     [[nodiscard]] SettingsPresenter *settings() { return &m_settings; }
 
     /// The open sheet's, else null.
@@ -113,6 +116,7 @@ private:
     SitesPresenter m_sites;
     AlertsPresenter m_alerts;
     Overview m_overview;
+    DocsPresenter m_docs;
     SettingsPresenter m_settings;
     ProfileSaver m_saver;
     std::unique_ptr<ProfileEditor, Later> m_editor;

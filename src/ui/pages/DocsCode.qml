@@ -1,0 +1,10 @@
+import Zemrak
+
+CodeBlock {
+    required property DocsBlock block
+
+    code: block.code
+    lang: block.lang
+
+    onCopy: Presenters.docs.tellCodeCopied()
+}

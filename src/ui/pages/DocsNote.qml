@@ -1,0 +1,7 @@
+import Zemrak
+
+Note {
+    required property DocsBlock block
+
+    text: block.blockText
+}

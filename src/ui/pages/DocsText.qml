@@ -1,0 +1,8 @@
+import Zemrak
+
+SelectableText {
+    required property DocsBlock block
+
+    activeFocusOnTab: false
+    value: block.blockText
+}

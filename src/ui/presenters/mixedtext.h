@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+namespace zemrak {
+
+/// `text` for display in a right-to-left page: each of its lines that has an Arabic letter reads from the right, with
+/// the Latin words, codes and addresses in it isolated; the other lines read from the left.
+[[nodiscard]] QString mixedText(const QString &text);
+
+} // namespace zemrak
