@@ -38,7 +38,7 @@ Card {
         view: root.view
         visible: count > 0
 
-        onLeft: add.forceActiveFocus(Qt.TabFocusReason)
+        onPassed: add.forceActiveFocus(Qt.TabFocusReason)
         onWanted: add.clicked()
     }
     SecondaryButton {
@@ -47,7 +47,11 @@ Card {
         symbol: "plus"
         text: "إضافة منتج"
 
-        Keys.onBacktabPressed: list.goToEnd(true)
+        Keys.onBacktabPressed: event => {
+            event.accepted = list.count > 0;
+            if (event.accepted)
+                list.goToEnd(true);
+        }
         onClicked: {
             if (!DesignerView.canAddItem)
                 return;

@@ -50,6 +50,7 @@ Rectangle {
             bottomMargin: Theme.s20
             boundsBehavior: Flickable.StopAtBounds
             clip: true
+            currentIndex: -1 // the list has the keyboard, not a line of it
             highlightFollowsCurrentItem: false
             interactive: contentHeight + topMargin + bottomMargin > height
             keyNavigationEnabled: false

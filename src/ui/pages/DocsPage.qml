@@ -27,6 +27,7 @@ ScrollPage {
     function show(block: Item): void {
         const last = Math.max(0, view.contentHeight - view.height);
         contentY = Math.min(last, block.mapToItem(view.contentItem, 0, 0).y - Theme.s16);
+        block.forceActiveFocus(Qt.OtherFocusReason); // the Tab key goes on from there
     }
 
     onSearchingChanged: contentY = 0
