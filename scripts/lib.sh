@@ -34,7 +34,7 @@ packages_test=(
   clang-format shellcheck         # gates
   procps util-linux               # what the fake services of the tests use
   desktop-file-utils libglib2.0-bin # a desktop's own reading of the login item
-  chromium curl jq php-cli php-curl python3-requests # what the code samples of the guide run in
+  chromium curl jq php-cli php-curl python3 python3-requests # what the code samples of the guide run in
   iproute2                        # a network of its own for them
 )
 

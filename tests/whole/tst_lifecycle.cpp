@@ -1,3 +1,4 @@
+#include "guide/docsmarkdown.h"
 #include "support/privatebus.h"
 
 #include <QDir>
@@ -294,6 +295,19 @@ private Q_SLOTS:
         QTRY_VERIFY(second.endedWith(0));
         QTRY_VERIFY_WITH_TIMEOUT(windowIsLoaded(), 15'000);
         QVERIFY2(program.isAlive() && !program.output().contains("cannot be shown"), program.output().constData());
+    }
+
+    void guideIsWrittenWithoutAService()
+    {
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        const QString path = home.filePath(QStringLiteral("guide.md"));
+        Program program(home, bus, {QStringLiteral("--export-docs"), path});
+        QTRY_VERIFY(program.endedWith(0));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(file.readAll()), zemrak::docsMarkdown());
+        QVERIFY(!QDir(home.filePath(QStringLiteral("Library"))).exists());
     }
 
     // Moved anywhere, the bundle uses what lies in it; one without its service says so and ends.
