@@ -120,9 +120,19 @@ private Q_SLOTS:
         QCOMPARE(focused(), QStringLiteral("السعر 39"));
         QTest::keyClick(window(), Qt::Key_Return);
         QCOMPARE(focused(), QStringLiteral("اسم المنتج 40"));
+        QTest::keyClick(window(), Qt::Key_Tab);
+        QTest::keyClick(window(), Qt::Key_Tab);
+        QTest::keyClick(window(), Qt::Key_Tab); // to its bin
+        QTest::keyClick(window(), Qt::Key_Space);
+        QCOMPARE(designer().doc().items.size(), 299);
         focus("الخصم (مبلغ)");
-        QTest::keyClick(window(), Qt::Key_Backtab); // no more can be added, so that the button is passed over
-        QVERIFY(!focused().isEmpty());
+        QTest::keyClick(window(), Qt::Key_Backtab);
+        QCOMPARE(focused(), QStringLiteral("إضافة منتج"));
+        QTest::keyClick(window(), Qt::Key_Backtab);
+        QCOMPARE(focused(), QStringLiteral("حذف"));
+        QVERIFY(isInSight(window()->activeFocusItem()));
+        QTest::keyClick(window(), Qt::Key_Tab);
+        QCOMPARE(focused(), QStringLiteral("إضافة منتج"));
     }
 
     void newProductIsTypedAtOnce()
@@ -151,6 +161,21 @@ private Q_SLOTS:
         QTest::keyClick(window(), Qt::Key_Space);
         QCOMPARE(designer().doc().items.size(), 31);
         QVERIFY(!focused().isEmpty()); // the keyboard is not lost with the row
+    }
+
+    void lastProductGoesWithoutTheKeyboard()
+    {
+        open("shop");
+        focus("السعر 1");
+        QTest::keyClick(window(), Qt::Key_Tab);
+        QTest::keyClick(window(), Qt::Key_Space);
+        QVERIFY(designer().doc().items.isEmpty());
+        settle();
+        QTRY_COMPARE(focused(), QStringLiteral("إضافة منتج"));
+        QTest::keyClick(window(), Qt::Key_Backtab);
+        QCOMPARE(focused(), QStringLiteral("طريقة الدفع"));
+        click("إضافة منتج");
+        QCOMPARE(focused(), QStringLiteral("اسم المنتج 1"));
     }
 
     void rowBeingTypedInKeepsItsPlace()
@@ -259,6 +284,23 @@ private Q_SLOTS:
             QQuickItem *heading = all(root(), "title", QStringLiteral("معاينة الورقة")).first();
             QCOMPARE(isInSight(heading), beside || part == 1.0);
         }
+    }
+
+    void paperScrollsByKeys()
+    {
+        open("shop");
+        designer().setDoc(manyItems());
+        settle();
+        QQuickItem *print = all(root(), "text", QStringLiteral("اطبع الورقة")).first();
+        print->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(window(), Qt::Key_Backtab);
+        QQuickItem *list = window()->activeFocusItem();
+        const double before = list->property("contentY").toDouble();
+        QTest::keyClick(window(), Qt::Key_Down);
+        QVERIFY(list->property("contentY").toDouble() > before);
+        QTest::keyClick(window(), Qt::Key_Up);
+        QTest::keyClick(window(), Qt::Key_Up); // not beyond its beginning
+        QCOMPARE(list->property("contentY").toDouble(), before);
     }
 
     void nothingIsSentWithoutAPrinter()
