@@ -64,7 +64,7 @@ FocusScope {
     onCountChanged: if (count === 0 && activeFocus)
         passed()
     // Not at once: rows that come or go may move the focus, and with it what scrolls.
-    onFromChanged: Qt.callLater(settle) // qmllint disable use-proper-function
+    onFromChanged: Qt.callLater(settle) // qmllint disable
 
     // The way in from above.
     Item {
