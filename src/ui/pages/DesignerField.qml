@@ -37,12 +37,21 @@ ColumnLayout {
             text: root.hint
             wrapMode: Text.Wrap
         }
-        LtrText {
-            Layout.minimumWidth: Math.ceil(implicitWidth)
+        // Never cut short, and of one width however far it counts.
+        AppText {
+            id: count
+            Layout.preferredWidth: Math.ceil(longest.advanceWidth)
+            Accessible.name: root.counter
             color: root.problem === "" ? Theme.gMuted : Theme.readable(Theme.gAmber)
-            code: root.counter
             font.pixelSize: Theme.textSmall
+            horizontalAlignment: Text.AlignRight
+            text: "\u2066" + root.counter + "\u2069"
             visible: root.counter !== ""
+        }
+        TextMetrics {
+            id: longest
+            font: count.font
+            text: "0000 / 000"
         }
     }
     RowLayout {
