@@ -2,6 +2,7 @@
 
 #include "app/servicecommand.h"
 #include "app/statusreport.h"
+#include "health/statusicon.h"
 #include "platform/platform.h"
 
 #include <QCoreApplication>
@@ -59,7 +60,7 @@ bool AppDelegate::finishLaunching()
 void AppDelegate::createStatusBar()
 {
     m_statusItem = platform::makeStatusItem();
-    m_statusBar = std::make_unique<StatusBarController>(*m_statusItem, QImage(m_bundle.logo()));
+    m_statusBar = std::make_unique<StatusBarController>(*m_statusItem, readLogo(m_bundle.logo()));
     connect(m_statusBar.get(), &StatusBarController::commandChosen, this, &AppDelegate::carryOut);
     connect(&m_agent, &Agent::stateChanged, this, &AppDelegate::updateStatusBar);
     connect(&m_agent, &Agent::portConflictChanged, this, &AppDelegate::updateStatusBar);

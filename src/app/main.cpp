@@ -10,11 +10,6 @@
 #include "platform/platform.h"
 
 #include <QApplication>
-#include <QImage>
-#include <QLibraryInfo>
-#include <QLocale>
-#include <QLoggingCategory>
-#include <QTranslator>
 
 #include <cstdio>
 #include <cstdlib>
@@ -44,10 +39,6 @@ int runInteractively(int &argc, char *argv[])
 {
     QApplication application(argc, argv);
     QApplication::setLayoutDirection(Qt::RightToLeft);
-    QTranslator arabic; // Qt's own texts, such as those of its file dialog
-    if (arabic.load(QLocale(QLocale::Arabic), QStringLiteral("qtbase"), QStringLiteral("_"),
-            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(&arabic);
     // The window is optional: the application stays until it is told to quit.
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -63,8 +54,7 @@ int runInteractively(int &argc, char *argv[])
 void drawPreviews(int &argc, char *argv[], const QString &folder)
 {
     const QCoreApplication application(argc, argv);
-    const QImage logo(ApplicationBundle::ofThisProcess().logo());
-    if (!renderPreviews(folder, logo))
+    if (!renderPreviews(folder, readLogo(ApplicationBundle::ofThisProcess().logo())))
         std::fprintf(stderr, "zemrak-printer: the previews were not written to %s\n", qUtf8Printable(folder));
 }
 

@@ -1,5 +1,8 @@
 #include "app/windowloader.h"
 
+#include <QCoreApplication>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QLoggingCategory>
 
 namespace zemrak {
@@ -47,7 +50,11 @@ bool WindowLoader::load()
         qCWarning(lcWindow).noquote() << "The window cannot be shown:" << m_file.fileName() << m_library.errorString();
         return false;
     }
+    if (m_arabic.load(QLocale(QLocale::Arabic), QStringLiteral("qtbase"), QStringLiteral("_"),
+            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&m_arabic);
     m_window = plugin->create(m_services);
+    m_window->onClosed(m_closed);
     return true;
 }
 

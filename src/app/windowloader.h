@@ -5,7 +5,9 @@
 
 #include <QFile>
 #include <QLibrary>
+#include <QTranslator>
 
+#include <functional>
 #include <memory>
 
 namespace zemrak {
@@ -24,6 +26,8 @@ public:
     /// in the log, each time it is asked for, and nothing else.
     void show(const QString &activationToken = {});
     void close();
+    /// `closed` is called after the window is gone, whoever closed it. Set before the first show().
+    void onClosed(std::function<void()> closed) { m_closed = std::move(closed); }
     [[nodiscard]] bool isOpen() const { return m_window && m_window->isOpen(); }
 
 private:
@@ -31,7 +35,9 @@ private:
 
     QFile m_file; ///< open, which keeps its content whatever happens to its name
     QLibrary m_library; ///< never unloaded: types registered with QML stay for good
+    QTranslator m_arabic; ///< Qt's own texts, such as those of its file dialog
     MainWindowServices m_services;
+    std::function<void()> m_closed;
     std::unique_ptr<MainWindow> m_window;
 };
 

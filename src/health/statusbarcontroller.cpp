@@ -7,8 +7,7 @@ namespace zemrak {
 StatusBarController::StatusBarController(StatusItem &item, const QImage &logo, QObject *parent)
     : QObject(parent)
     , m_item(item)
-    , m_fine(statusIcon(logo, false))
-    , m_problem(statusIcon(logo, true))
+    , m_logo(logo)
 {
     m_item.onCommand([this](StatusCommand command) { Q_EMIT commandChosen(command); });
 }
@@ -24,7 +23,15 @@ void StatusBarController::update(const HealthSummary &health, bool launchAtLogin
     if (m_shown == content)
         return;
     m_shown = content;
-    m_item.show(content.problem ? m_problem : m_fine, content);
+    m_item.show(icon(content.problem), content);
+}
+
+const QIcon &StatusBarController::icon(bool problem)
+{
+    QIcon &icon = m_icons.at(problem ? 1 : 0);
+    if (icon.isNull())
+        icon = statusIcon(m_logo, problem);
+    return icon;
 }
 
 } // namespace zemrak

@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QObject>
 
+#include <array>
 #include <optional>
 
 namespace zemrak {
@@ -27,9 +28,11 @@ Q_SIGNALS:
     void commandChosen(zemrak::StatusCommand command);
 
 private:
+    [[nodiscard]] const QIcon &icon(bool problem);
+
     StatusItem &m_item;
-    QIcon m_fine;
-    QIcon m_problem;
+    QImage m_logo;
+    std::array<QIcon, 2> m_icons; ///< fine, problem; each is drawn when it is first shown
     std::optional<StatusContent> m_shown;
 };
 

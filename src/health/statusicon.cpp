@@ -1,6 +1,7 @@
 #include "health/statusicon.h"
 
 #include <QDir>
+#include <QImageReader>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
@@ -19,12 +20,13 @@ constexpr QRectF dotPlace(13.6, 13.6, 6.6, 6.6);
 constexpr QColor dotColour(0xff, 0x3b, 0x30);
 constexpr QColor symbolColour(0x9d, 0x4e, 0xdd); // of middle lightness: stands out from light and dark panels
 
+constexpr qreal largestScale = 3;
 // The last is the largest square that trays are handed over D-Bus.
-constexpr std::array scales{1.0, 1.5, 2.0, 3.0, 64.0 / side};
+constexpr std::array scales{1.0, 1.5, 2.0, largestScale, 64.0 / side};
 
 // Everything is drawn this many times too large and averaged down: edges and the gap come out exact where they fall
 // between pixels, and a logo that shrinks thirtyfold does not alias.
-constexpr int oversampling = 8;
+constexpr int oversampling = 4;
 
 /// From the bottom-left origin to the painter's top-left one.
 QRectF placed(const QRectF &place)
@@ -99,6 +101,19 @@ QImage preview(const QImage &logo, bool problem)
 }
 
 } // namespace
+
+QImage readLogo(const QString &file)
+{
+    // Said to be what it is: to find out, the reader would load the plugin of every other kind of picture.
+    QImageReader reader(file, "png");
+    reader.setAutoDetectImageFormat(false);
+    const QImage logo = reader.read();
+    if (logo.isNull())
+        return {};
+    const int needed = qRound(logoPlace.width() * largestScale * oversampling);
+    return logo.convertToFormat(QImage::Format_ARGB32_Premultiplied)
+        .scaled(needed, needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
 
 QImage drawStatusIcon(const QImage &logo, bool problem, qreal scale)
 {

@@ -6,6 +6,9 @@
 
 namespace zemrak {
 
+/// The logo from a PNG file, as large as the status item needs it; null where there is none. Any thread.
+[[nodiscard]] QImage readLogo(const QString &file);
+
 /// The status item's image, 22 by 22 points at so many pixels a point: the logo, or a printer symbol where that is
 /// null, and with a problem a red dot at its upper right, set off by a transparent gap. Any thread.
 [[nodiscard]] QImage drawStatusIcon(const QImage &logo, bool problem, qreal scale);

@@ -1,10 +1,16 @@
 #include "host/userdefaults.h"
 
+#include <QEvent>
 #include <QStandardPaths>
+#include <QTimer>
+
+#include <chrono>
 
 namespace zemrak {
 
 namespace {
+
+constexpr std::chrono::milliseconds writeDelay(500);
 
 QString ownFile()
 {
@@ -13,6 +19,17 @@ QString ownFile()
 }
 
 } // namespace
+
+bool UserDefaults::File::event(QEvent *event)
+{
+    if (event->type() != QEvent::UpdateRequest)
+        return QSettings::event(event);
+    QTimer::singleShot(writeDelay, this, [this] {
+        QEvent update(QEvent::UpdateRequest);
+        QSettings::event(&update);
+    });
+    return true;
+}
 
 UserDefaults::UserDefaults(const QString &fileName)
     : m_settings(fileName.isEmpty() ? ownFile() : fileName, QSettings::IniFormat)

@@ -33,7 +33,18 @@ public:
     void setStrings(QLatin1String key, const QStringList &values);
 
 private:
-    QSettings m_settings;
+    /// Reads back what was set at once, and has it on the disk half a second later or when it goes: the start, and
+    /// whatever is changed in one go, does not wait for the disk.
+    class File : public QSettings
+    {
+    public:
+        using QSettings::QSettings;
+
+    protected:
+        bool event(QEvent *event) override;
+    };
+
+    File m_settings;
 };
 
 } // namespace zemrak
