@@ -15,6 +15,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcApp, "zemrak.app")
 
+// After its close, until what it has left for later is done as well.
+constexpr std::chrono::seconds windowGone(1);
+
 } // namespace
 
 AppDelegate::AppDelegate(const ApplicationBundle &bundle)
@@ -47,6 +50,7 @@ bool AppDelegate::finishLaunching()
     m_signals->onRequested([] { QCoreApplication::quit(); });
     connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::willTerminate);
     m_agent.start();
+    m_window.onClosed([this] { m_clock.after(windowGone, this, [this] { tidyUp(); }); });
     createStatusBar();
     m_activity = m_host.activities().begin(
         ProcessActivities::IdleSleep::Allowed, QStringLiteral("Zemrak Printer is serving print requests"));
@@ -106,6 +110,12 @@ void AppDelegate::willTerminate()
     m_statusBar.reset();
     m_statusItem.reset(); // gone at once, also when the service takes its time
     m_agent.shutDown();
+}
+
+void AppDelegate::tidyUp()
+{
+    if (!m_window.isOpen())
+        platform::returnMemory();
 }
 
 void AppDelegate::revealMainWindow(const QString &activationToken)

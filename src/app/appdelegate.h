@@ -33,6 +33,7 @@ public:
 private:
     void willTerminate();
     void revealMainWindow(const QString &activationToken = {});
+    void tidyUp();
     void createStatusBar();
     void updateStatusBar();
     void carryOut(StatusCommand command);

@@ -10,6 +10,7 @@
 #include "platform/platform.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 
 #include <cstdio>
 #include <cstdlib>

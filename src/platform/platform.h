@@ -35,6 +35,8 @@ namespace platform {
 /// Needs a QApplication.
 [[nodiscard]] std::unique_ptr<StatusItem> makeStatusItem();
 [[nodiscard]] std::unique_ptr<TerminationSignals> makeTerminationSignals();
+/// Gives back what memory this process holds and has no use for just now. Takes a few milliseconds.
+void returnMemory();
 /// Time since the computer was started.
 [[nodiscard]] std::chrono::milliseconds systemUptime();
 

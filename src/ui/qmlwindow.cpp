@@ -93,6 +93,7 @@ void QmlWindow::close()
     m_window->disconnect(this); // it is hidden as it goes, which must not close one that is opened right after
     m_window.reset();
     m_engine.reset();
+    QQuickWindow().releaseResources(); // pictures that nobody shows any more, kept for half a minute otherwise
     if (m_closed)
         m_closed();
 }

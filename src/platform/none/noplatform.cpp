@@ -58,6 +58,11 @@ std::unique_ptr<TerminationSignals> makeTerminationSignals()
     return std::make_unique<none::DefaultSignals>();
 }
 
+void returnMemory()
+{
+    qInfo("No memory is given back on this platform");
+}
+
 std::chrono::milliseconds systemUptime()
 {
     return std::chrono::hours(24);
