@@ -216,7 +216,8 @@ private Q_SLOTS:
         const QDir config(home.filePath(QStringLiteral("Library/Application Support/Zemrak Local Print")));
         QVERIFY(!config.exists(QStringLiteral("admin.token")));
         QFile record(config.filePath(QStringLiteral("port-conflict.json")));
-        QTRY_VERIFY(record.open(QIODevice::ReadOnly));
+        QTRY_VERIFY(record.exists());
+        QVERIFY(record.open(QIODevice::ReadOnly));
         const QByteArray own = "\"processId\":" + QByteArray::number(QCoreApplication::applicationPid());
         QVERIFY(record.readAll().contains(own));
     }
