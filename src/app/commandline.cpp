@@ -22,48 +22,6 @@ QString operandAfter(const QStringList &arguments, const QString &flag)
     return at >= 0 ? arguments.value(at + 1) : QString();
 }
 
-// How many arguments an option of the toolkit takes up, itself included; 0 when it is none. It may begin with one dash
-// or two.
-qsizetype toolkitOption(const QString &argument)
-{
-    static const QStringList alone{
-        QStringLiteral("reverse"), QStringLiteral("nograb"), QStringLiteral("dograb"), QStringLiteral("widgetcount")};
-    static const QStringList withValue{QStringLiteral("platform"), QStringLiteral("platformpluginpath"),
-        QStringLiteral("platformtheme"), QStringLiteral("plugin"), QStringLiteral("qwindowgeometry"),
-        QStringLiteral("geometry"), QStringLiteral("qwindowicon"), QStringLiteral("icon"),
-        QStringLiteral("qwindowtitle"), QStringLiteral("title"), QStringLiteral("session"), QStringLiteral("style"),
-        QStringLiteral("stylesheet"), QStringLiteral("display")};
-    static const QStringList withEquals{QStringLiteral("qmljsdebugger"), QStringLiteral("session"),
-        QStringLiteral("style"), QStringLiteral("stylesheet")};
-    const QString name = argument.mid(argument.startsWith(QLatin1String("--")) ? 2 : 1);
-    if (withValue.contains(name))
-        return 2;
-    const qsizetype equals = name.indexOf(QLatin1Char('='));
-    return alone.contains(name) || (equals > 0 && withEquals.contains(name.left(equals))) ? 1 : 0;
-}
-
-bool isKnown(const QString &argument)
-{
-    return argument == renderMenubar || argument == exportDocs || argument == automaticStartArgument;
-}
-
-// Null when there is none.
-QString unknownOption(const QStringList &arguments)
-{
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString &argument = arguments.at(i);
-        if (argument == QLatin1String("--"))
-            break;
-        if (!argument.startsWith(QLatin1Char('-')) || argument.size() == 1 || isKnown(argument))
-            continue;
-        const qsizetype taken = toolkitOption(argument);
-        if (taken == 0)
-            return argument;
-        i += taken - 1;
-    }
-    return {};
-}
-
 bool containsAny(const QStringList &arguments, std::initializer_list<QLatin1String> flags)
 {
     return std::any_of(flags.begin(), flags.end(), [&](QLatin1String flag) { return arguments.contains(flag); });
@@ -88,13 +46,8 @@ LaunchMode launchMode(const QStringList &arguments)
         return {Help, {}};
     if (containsAny(arguments, {QLatin1String("--version"), QLatin1String("-v")}))
         return {Version, {}};
-    QStringList others = arguments;
-    const bool asksStatus = others.removeAll(status) > 0;
-    const bool asksJson = asksStatus && others.removeAll(json) > 0;
-    if (const QString unknown = unknownOption(others); !unknown.isNull())
-        return {Unknown, unknown};
-    if (asksStatus)
-        return {asksJson ? StatusJson : Status, {}};
+    if (arguments.contains(status))
+        return {arguments.contains(json) ? StatusJson : Status, {}};
     return {};
 }
 
@@ -116,8 +69,7 @@ QString helpText()
                           "  -v, --version            print the version\n"
                           "  -h, --help               print this text\n"
                           "\n"
-                          "Options of the Qt toolkit, such as -platform, are taken too. Any other option is an error\n"
-                          "with exit status 64, and nothing is started.\n");
+                          "Options of the Qt toolkit, such as -platform, are taken too.\n");
 }
 
 } // namespace zemrak

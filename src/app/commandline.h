@@ -19,7 +19,6 @@ struct LaunchMode
         Version,
         Status, ///< in words
         StatusJson,
-        Unknown, ///< operand: the first option that means nothing here
     };
     Kind kind = Kind::Interactive;
     QString operand;
@@ -27,12 +26,9 @@ struct LaunchMode
     bool operator==(const LaunchMode &) const = default;
 };
 
-/// Exit status of a launch with an option that means nothing, as in sysexits.h.
-inline constexpr int usageStatus = 64;
-
 /// The first mode that matches, in the order of the list above, wherever its flag stands among `arguments` (without
-/// the program's name). A flag that wants an operand and is the last argument is ignored, and so are words that are no
-/// options. Options of the toolkit, such as "-platform xcb", belong to it.
+/// the program's name). A flag that wants an operand and is the last argument is ignored, and so is everything else:
+/// whatever asks for no mode starts the application, so that no desktop's extra argument keeps it from starting.
 [[nodiscard]] LaunchMode launchMode(const QStringList &arguments);
 
 /// What "--help" prints, in English.

@@ -98,13 +98,6 @@ int printText(const QString &text)
     return EXIT_SUCCESS;
 }
 
-int refuse(const QString &option)
-{
-    std::fprintf(
-        stderr, "zemrak-printer: unknown option: %s\nTry \"zemrak-printer --help\".\n", qUtf8Printable(option));
-    return usageStatus;
-}
-
 int tellStatus(int &argc, char *argv[], bool asJson)
 {
     const QCoreApplication application(argc, argv);
@@ -144,8 +137,6 @@ int main(int argc, char *argv[])
     case LaunchMode::Kind::Status:
     case LaunchMode::Kind::StatusJson:
         return tellStatus(argc, argv, mode.kind == LaunchMode::Kind::StatusJson);
-    case LaunchMode::Kind::Unknown:
-        return refuse(mode.operand);
     }
     return EXIT_SUCCESS;
 }

@@ -237,7 +237,6 @@ private Q_SLOTS:
         row("--version", 0);
         row("--status", 2);
         row("--status --json", 2);
-        row("--automatic-start --othr", 64);
     }
     void modesEndAtOnceWithoutAService()
     {
