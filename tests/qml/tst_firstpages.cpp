@@ -38,7 +38,11 @@ class FirstPagesTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QAccessible::setActive(true); }
+    void initTestCase()
+    {
+        QAccessible::setActive(true);
+        m_warnings = std::make_unique<Warnings>();
+    }
 
     void init()
     {
@@ -46,14 +50,14 @@ private Q_SLOTS:
         m_window = std::make_unique<QmlWindow>(m_stage->services());
         m_window->appearance().overrideReducedMotion(true);
         m_window->appearance().overrideTextScale(1);
-        (void)m_warnings.take();
+        (void)m_warnings->take();
     }
 
     void cleanup()
     {
         m_window.reset();
         m_stage.reset();
-        QCOMPARE(m_warnings.take(), QStringList());
+        QCOMPARE(m_warnings->take(), QStringList());
     }
 
     void ringStartsACheckAndFillsWithIt()
@@ -206,7 +210,7 @@ private:
     MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
     QQuickItem *root() { return m_window->window()->contentItem(); }
 
-    Warnings m_warnings;
+    std::unique_ptr<Warnings> m_warnings;
     ManualClock m_clock;
     std::unique_ptr<Stage> m_stage;
     std::unique_ptr<QmlWindow> m_window;

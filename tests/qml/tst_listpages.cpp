@@ -54,20 +54,22 @@ class ListPagesTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { m_warnings = std::make_unique<Warnings>(); }
+
     void init()
     {
         m_stage = std::make_unique<Stage>(m_clock);
         m_window = std::make_unique<QmlWindow>(m_stage->services());
         m_window->appearance().overrideReducedMotion(true);
         m_window->appearance().overrideTextScale(1);
-        (void)m_warnings.take();
+        (void)m_warnings->take();
     }
 
     void cleanup()
     {
         m_window.reset();
         m_stage.reset();
-        QCOMPARE(m_warnings.take(), QStringList());
+        QCOMPARE(m_warnings->take(), QStringList());
     }
 
     void pollLeavesTheViewWhereItIs()
@@ -325,7 +327,7 @@ private:
     Presenters &presenters() { return UiContext::of(m_window->engine()).presenters(); }
     QQuickItem *root() { return window()->contentItem(); }
 
-    Warnings m_warnings;
+    std::unique_ptr<Warnings> m_warnings;
     ManualClock m_clock;
     std::unique_ptr<Stage> m_stage;
     std::unique_ptr<QmlWindow> m_window;

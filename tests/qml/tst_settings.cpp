@@ -59,21 +59,25 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QAccessible::setActive(true); }
+    void initTestCase()
+    {
+        QAccessible::setActive(true);
+        m_warnings = std::make_unique<Warnings>();
+    }
 
     void init()
     {
         m_stage = std::make_unique<Stage>(m_clock);
         m_window = std::make_unique<QmlWindow>(m_stage->services());
         m_window->appearance().overrideReducedMotion(true);
-        std::ignore = m_warnings.take();
+        std::ignore = m_warnings->take();
     }
 
     void cleanup()
     {
         m_window.reset();
         m_stage.reset();
-        QCOMPARE(m_warnings.take(), QStringList());
+        QCOMPARE(m_warnings->take(), QStringList());
     }
 
     void wizardByKeyboard()
@@ -246,7 +250,7 @@ private:
     }
     bool isOn(const QString &text) { return button(text)->property("on").toBool(); }
 
-    Warnings m_warnings;
+    std::unique_ptr<Warnings> m_warnings;
     ManualClock m_clock;
     std::unique_ptr<Stage> m_stage;
     std::unique_ptr<QmlWindow> m_window;

@@ -33,6 +33,10 @@ Warnings::~Warnings()
 
 QStringList Warnings::take()
 {
+    if (const QtMessageHandler current = qInstallMessageHandler(collect); current != collect) {
+        before = current;
+        collected.append(QStringLiteral("Nothing was collected: another handler was installed after this one"));
+    }
     return std::exchange(collected, {});
 }
 
