@@ -65,7 +65,7 @@ function amounts(doc) {
     { op: 'rule' },
     { op: 'row', left: 'المجموع', right: money(subtotal, doc.currency) },
     ...(cents(discount) > 0 ? [{ op: 'row', left: 'الخصم', right: `-${money(discount, doc.currency)}` }] : []),
-    ...(filled(doc.vatPercent) ? [{ op: 'row', left: `الضريبة ${vatRate}%`, right: money(vat, doc.currency) }] : []),
+    ...(filled(doc.vatPercent) ? [{ op: 'row', left: `الضريبة \u2066${vatRate}%\u2069`, right: money(vat, doc.currency) }] : []),
     { op: 'row', left: 'الإجمالي', right: money(total, doc.currency), bold: true, size: 2 },
     { op: 'rule' },
   ];
