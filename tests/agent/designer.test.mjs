@@ -22,8 +22,9 @@ test('amounts as a person would check them', () => {
 });
 
 test('documents are checked strictly', () => {
-  const good = designerDoc({ items: Array.from({ length: 300 }, () => item('1', '1', 'ش'.repeat(2000))), qrData: 'q'.repeat(600) });
+  const good = designerDoc({ items: Array.from({ length: 300 }, () => item('1', '1', 'ش'.repeat(2000))), qrEnabled: true, qrData: 'q'.repeat(600) });
   assert.equal(checkDesignerDoc(good), good);
+  checkDesignerDoc(designerDoc({ qrEnabled: false, qrData: 'q'.repeat(601) }));
   for (const key of Object.keys(designerDoc())) {
     const { [key]: removed, ...missing } = designerDoc();
     assert.throws(() => checkDesignerDoc(missing), { status: 400, code: 'invalid_request' }, `without ${key}`);
@@ -31,7 +32,7 @@ test('documents are checked strictly', () => {
     const wrong = typeof removed === 'string' ? 5 : 'true';
     assert.throws(() => checkDesignerDoc(designerDoc({ [key]: wrong })), { status: 400 }, `${key} of a wrong type`);
   }
-  const refused = [{ paperWidthMm: 60 }, { qrSize: 0 }, { qrSize: 17 }, { qrSize: 6.5 }, { qrData: 'q'.repeat(601) }, { title: 'x'.repeat(2001) }, { items: Array(301).fill(item('1', '1')) },
+  const refused = [{ paperWidthMm: 60 }, { qrSize: 0 }, { qrSize: 17 }, { qrSize: 6.5 }, { qrEnabled: true, qrData: 'q'.repeat(601) }, { title: 'x'.repeat(2001) }, { items: Array(301).fill(item('1', '1')) },
     { items: [{ name: 'x', qty: 1, price: '1' }] }, { items: [null] }, { barcodeFormat: 'codabar' }, { items: [item('1e200', '1e200')] }];
   for (const change of refused) assert.throws(() => checkDesignerDoc(designerDoc(change)), { status: 400 }, Object.keys(change)[0]);
   const barcodes = { ean13: ['4006381333931', '400638133393'], ean8: ['96385074'], upca: ['036000291452'], itf: ['1234'], code39: ['AB-12'], code128: ['a{b}~'] };

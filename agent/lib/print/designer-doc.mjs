@@ -28,7 +28,7 @@ export function checkDesignerDoc(doc) {
   for (const key of SWITCHES) if (typeof doc[key] !== 'boolean') refuse(key);
   if (!PAPER_MM.includes(doc.paperWidthMm)) refuse('paperWidthMm');
   if (!Number.isInteger(doc.qrSize) || doc.qrSize < 1 || doc.qrSize > 16) refuse('qrSize');
-  if (doc.qrData.length > MAX_QR) refuse('qrData');
+  if (doc.qrEnabled && doc.qrData.length > MAX_QR) refuse('qrData'); // what is not printed may be anything
   if (!Array.isArray(doc.items) || doc.items.length > MAX_ITEMS) refuse('items');
   for (const item of doc.items) if (!isObject(item) || !['name', 'qty', 'price'].every((key) => isText(item[key]))) refuse('items');
   if (!BARCODE_FORMATS.includes(doc.barcodeFormat)) refuse('barcodeFormat');
