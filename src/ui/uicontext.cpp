@@ -24,6 +24,16 @@ void loadTypefaceOnce()
     Q_UNUSED(loaded)
 }
 
+// Qt keeps every registration, a repeated one as well.
+void registerTypesOnce()
+{
+    static const bool registered = [] {
+        qml_register_types_Zemrak(); // named here, so that the linker does not leave the registration out
+        return true;
+    }();
+    Q_UNUSED(registered)
+}
+
 HostCalls hostCalls(Agent &agent)
 {
     using Pane = Desktop::SettingsPane;
@@ -72,7 +82,7 @@ UiContext &UiContext::of(const QQmlEngine *engine)
 std::unique_ptr<QQmlEngine> makeEngine(
     const MainWindowServices &services, Appearance &appearance, DesignerView &designer)
 {
-    qml_register_types_Zemrak(); // named here, so that the linker does not leave the registration out
+    registerTypesOnce();
     loadTypefaceOnce();
     auto engine = std::make_unique<QQmlEngine>();
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));

@@ -9,6 +9,7 @@
 #include "ui/uicontext.h"
 
 #include <QAccessible>
+#include <QDir>
 #include <QPointer>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -16,11 +17,18 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <malloc.h>
+
 using namespace zemrak;
 using namespace zemrak::test;
 using namespace std::chrono_literals;
 
 namespace {
+
+qsizetype openFiles()
+{
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
+}
 
 QQuickItem *byName(QQuickItem *item, const QString &text)
 {
@@ -241,6 +249,24 @@ private Q_SLOTS:
         m_window->close();
         m_window->close();
         QCOMPARE(closed, 2);
+    }
+
+    void openingAgainAndAgainHoldsNoMore()
+    {
+        const auto openTimes = [this](int times) {
+            for (int i = 0; i < times; ++i) {
+                QVERIFY(open());
+                m_window->close();
+            }
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        openTimes(4);
+        const qsizetype files = openFiles();
+        const std::size_t bytes = ::mallinfo2().uordblks; // nothing where a sanitizer allocates
+        openTimes(10);
+        QCOMPARE(openFiles(), files);
+        const auto more = static_cast<qint64>(::mallinfo2().uordblks) - static_cast<qint64>(bytes);
+        QVERIFY2(more < 60'000, qPrintable(QStringLiteral("%1 bytes more").arg(more)));
     }
 
     void remembersItsSize()
