@@ -54,6 +54,11 @@ public:
     }
     void signal(int number) const { ::kill(static_cast<pid_t>(m_process.processId()), number); }
     [[nodiscard]] qint64 processId() const { return m_process.processId(); }
+    [[nodiscard]] bool maps(const char *library) const
+    {
+        QFile maps(QStringLiteral("/proc/%1/maps").arg(processId()));
+        return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(library);
+    }
     [[nodiscard]] QByteArray output()
     {
         m_output += m_process.readAll();
@@ -146,6 +151,25 @@ private Q_SLOTS:
         QVERIFY(program.output().contains("The print service ended; status 0")); // it was not killed
         QVERIFY(!exists(services.first()));
         QVERIFY(!program.output().contains(secret)); // with every log message switched on
+    }
+
+    // What only the window needs is not in memory before somebody asks for it.
+    void windowIsLoadedWhenItIsAskedFor()
+    {
+        const QTemporaryDir home;
+        const PrivateBus bus;
+        QVERIFY(QDir(home.path()).mkpath(QStringLiteral(".config/zemrak-printer")));
+        QFile settings(home.filePath(QStringLiteral(".config/zemrak-printer/settings.ini")));
+        QVERIFY(settings.open(QIODevice::WriteOnly));
+        settings.write("[General]\nonboardingDone=true\n");
+        settings.close();
+        Program program(home, bus, {QStringLiteral("--automatic-start")});
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        for (const char *library : {"libQt6Qml", "libQt6Quick", "libQt6Svg", "libzemrak-window"})
+            QVERIFY2(!program.maps(library), library);
+        const Program second(home, bus);
+        QTRY_VERIFY(program.maps("libQt6Quick"));
+        QTRY_VERIFY(!second.isAlive());
     }
 
     void killedProgramLeavesNoService_data()
