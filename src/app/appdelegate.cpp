@@ -21,7 +21,8 @@ constexpr std::chrono::seconds windowGone(1);
 } // namespace
 
 AppDelegate::AppDelegate(const ApplicationBundle &bundle)
-    : m_instance(platform::makeSingleInstance())
+    : m_logo(std::async(std::launch::async, readLogo, bundle.logo()))
+    , m_instance(platform::makeSingleInstance())
     , m_signals(platform::makeTerminationSignals())
     , m_bundle(bundle)
     , m_host(bundle)
@@ -64,7 +65,7 @@ bool AppDelegate::finishLaunching()
 void AppDelegate::createStatusBar()
 {
     m_statusItem = platform::makeStatusItem();
-    m_statusBar = std::make_unique<StatusBarController>(*m_statusItem, readLogo(m_bundle.logo()));
+    m_statusBar = std::make_unique<StatusBarController>(*m_statusItem, m_logo.get());
     connect(m_statusBar.get(), &StatusBarController::commandChosen, this, &AppDelegate::carryOut);
     connect(&m_agent, &Agent::stateChanged, this, &AppDelegate::updateStatusBar);
     connect(&m_agent, &Agent::portConflictChanged, this, &AppDelegate::updateStatusBar);

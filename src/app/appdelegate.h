@@ -11,8 +11,10 @@
 #include "host/terminationsignals.h"
 #include "host/userdefaults.h"
 
+#include <QImage>
 #include <QObject>
 
+#include <future>
 #include <memory>
 
 namespace zemrak {
@@ -38,6 +40,7 @@ private:
     void updateStatusBar();
     void carryOut(StatusCommand command);
 
+    std::future<QImage> m_logo; ///< read while the desktop is asked whether another copy runs
     SystemClock m_clock;
     UserDefaults m_defaults;
     std::unique_ptr<SingleInstance> m_instance;
