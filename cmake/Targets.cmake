@@ -13,6 +13,12 @@ if(ZEMRAK_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(zemrak_options INTERFACE -fsanitize=address,undefined)
 endif()
+if(ZEMRAK_FUZZ)
+  set(fuzz_checks address,undefined,float-cast-overflow)
+  target_compile_options(zemrak_options INTERFACE
+    -O1 -fsanitize=fuzzer-no-link,${fuzz_checks} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zemrak_options INTERFACE -fsanitize=${fuzz_checks})
+endif()
 
 # zemrak_room(NAME SOURCES... [LINK ...]): one room of src/ as a static library.
 function(zemrak_room name)

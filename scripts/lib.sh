@@ -37,6 +37,9 @@ packages_test=(
   chromium curl jq php-cli php-curl python3 python3-requests # what the code samples of the guide run in
   iproute2                        # a network of its own for them
 )
+packages_fuzz=(
+  clang                           # the compiler whose programs search by themselves
+)
 
 # A package counts as there when dpkg says so, or when the program it is wanted for was installed another way.
 have_package() {
