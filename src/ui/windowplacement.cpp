@@ -36,7 +36,7 @@ std::optional<WindowPlacement> WindowPlacement::fromStrings(const QStringList &s
     for (int i = 0; i < 4; ++i) {
         bool ok = false;
         numbers[i] = strings.at(i).toInt(&ok);
-        if (!ok || std::abs(numbers[i]) > farthest)
+        if (!ok || numbers[i] < -farthest || numbers[i] > farthest)
             return {};
     }
     const QRect frame(numbers[0], numbers[1], numbers[2], numbers[3]);
