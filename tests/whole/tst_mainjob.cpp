@@ -87,7 +87,8 @@ private Q_SLOTS:
         TestHost host;
         Agent agent({.bundle = ApplicationBundle(QStringLiteral(ZEMRAK_BUNDLE)), .configDir = serviceConfigDir()},
             defaults, clock,
-            {*guard, host.notifier, host.loginItem, host.activities, host.certificateTest, host.desktop, {}});
+            {*guard, host.notifier, host.loginItem, host.activities, host.certificateTest, host.desktop,
+                host.portHolders, {}});
         QStringList toasts;
         connect(&agent, &Agent::toastChanged, &agent, [&] { toasts.append(agent.toast()); });
         agent.start();
