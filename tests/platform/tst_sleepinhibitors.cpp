@@ -133,6 +133,14 @@ private:
         [this] { return QDBusConnection::connectToBus(m_system.address(), QStringLiteral("system")); },
         [this] { return QDBusConnection::connectToBus(m_session.address(), QStringLiteral("session")); }};
 
+    // A bus answers one connection in order: with this answer, those to all earlier questions are here.
+    static void letBusAnswer(const PrivateBus &bus, const QString &connection)
+    {
+        const QString daemon = QStringLiteral("org.freedesktop.DBus");
+        QDBusConnection::connectToBus(bus.address(), connection)
+            .call(QDBusMessage::createMethodCall(daemon, QStringLiteral("/"), daemon, QStringLiteral("GetId")));
+        QCoreApplication::processEvents();
+    }
     std::unique_ptr<ProcessActivities::Activity> forbid()
     {
         return m_inhibitors.begin(ProcessActivities::IdleSleep::Forbidden, reason);
@@ -163,7 +171,7 @@ private Q_SLOTS:
     {
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("until this service appears.*login1")));
         auto activity = forbid();
-        QTest::qWait(50); // nobody there to ask
+        letBusAnswer(m_system, QStringLiteral("system")); // nobody there to ask
         {
             Login login(m_system);
             QTRY_COMPARE(login.held(), 1);

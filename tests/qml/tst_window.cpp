@@ -52,7 +52,7 @@ QStringList unspeakable(QQuickItem *item)
         const QString words = name + told->text(QAccessible::Description);
         const bool reached = item->activeFocusOnTab() && item->isEnabled();
         if (words.contains(QLatin1String("QMLTYPE")) || words.contains(QLatin1String("QQuick"))
-            || words.contains(QLatin1String("undefined")) || (reached && name.isEmpty()))
+            || name == QLatin1String("undefined") || (reached && name.isEmpty()))
             found.append(QLatin1String(item->metaObject()->className()) + QLatin1String(": ") + words);
     }
     for (QQuickItem *child : item->childItems())
