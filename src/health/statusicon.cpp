@@ -25,8 +25,11 @@ constexpr qreal largestScale = 3;
 constexpr std::array scales{1.0, 1.5, 2.0, largestScale, 64.0 / side};
 
 // Everything is drawn this many times too large and averaged down: edges and the gap come out exact where they fall
-// between pixels, and a logo that shrinks thirtyfold does not alias.
-constexpr int oversampling = 4;
+// between pixels, which matters the more the fewer pixels there are.
+constexpr int oversampling(qreal scale)
+{
+    return scale < 2 ? 4 : 2;
+}
 
 /// From the bottom-left origin to the painter's top-left one.
 QRectF placed(const QRectF &place)
@@ -110,7 +113,7 @@ QImage readLogo(const QString &file)
     const QImage logo = reader.read();
     if (logo.isNull())
         return {};
-    const int needed = qRound(logoPlace.width() * largestScale * oversampling);
+    const int needed = qRound(logoPlace.width() * largestScale * oversampling(largestScale));
     return logo.convertToFormat(QImage::Format_ARGB32_Premultiplied)
         .scaled(needed, needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
@@ -118,7 +121,7 @@ QImage readLogo(const QString &file)
 QImage drawStatusIcon(const QImage &logo, bool problem, qreal scale)
 {
     const int pixels = qRound(side * scale);
-    QImage image = emptyImage(QSize(pixels, pixels) * oversampling);
+    QImage image = emptyImage(QSize(pixels, pixels) * oversampling(scale));
     {
         QPainter painter(&image);
         painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
