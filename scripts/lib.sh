@@ -40,6 +40,11 @@ packages_test=(
 packages_fuzz=(
   clang                           # the compiler whose programs search by themselves
 )
+packages_bench=(
+  "${packages_run[@]}"
+  dbus-daemon xvfb                # the private desktop that is measured on
+  libsystemd-dev                  # its tray, without Qt
+)
 
 # A package counts as there when dpkg says so, or when the program it is wanted for was installed another way.
 have_package() {
