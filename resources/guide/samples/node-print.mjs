@@ -38,7 +38,7 @@ if (!token) {
 const { printers } = await call('GET', '/v1/printers');
 for (const { name, state } of printers) console.log(name, state);
 
-// المفتاح معرّف ثابت من نظامك، كرقم الطلب: تكرار الطلب نفسه خلال 10 دقائق لا يطبع ورقة ثانية
+// المفتاح: ضع معرّفًا ثابتًا من نظامك، كرقم الطلب، فلا يطبع تكرار الطلب خلال 10 دقائق ورقة ثانية. الوقت هنا للتجربة فقط
 const receipt = await print({
   printer: 'Kitchen',
   kind: 'commands',

@@ -40,7 +40,7 @@ session.headers["Authorization"] = f"Bearer {token}"
 for printer in call("GET", "/v1/printers")["printers"]:
     print(printer["name"], printer["state"])
 
-# المفتاح معرّف ثابت من نظامك، كرقم الفاتورة: تكرار الطلب نفسه خلال 10 دقائق لا يطبع ورقة ثانية
+# المفتاح: ضع معرّفًا ثابتًا من نظامك، كرقم الفاتورة، فلا يطبع تكرار الطلب خلال 10 دقائق ورقة ثانية. الوقت هنا للتجربة فقط
 done = print_job(
     {
         "printer": "Kitchen",
