@@ -221,6 +221,12 @@ private Q_SLOTS:
         QCOMPARE(view().page(), QStringLiteral("overview"));
         QTest::keyClick(window, Qt::Key_Tab);
         QCOMPARE(window->activeFocusItem(), byName(root(), QStringLiteral("فحص الاتصال")));
+        QTest::keyClick(window, Qt::Key_Backtab);
+        QCOMPARE(window->activeFocusItem(), first);
+        QTest::keyClick(window, Qt::Key_2, Qt::ControlModifier); // which leaves the keyboard where it is
+        QTest::keyClick(window, Qt::Key_Tab);
+        QTest::keyClick(window, Qt::Key_Tab);
+        QVERIFY(!first->activeFocusOnTab());
     }
 
     void showsTheMessageOverASheet()

@@ -21,8 +21,10 @@ T.AbstractButton {
     Accessible.selected: current
     Accessible.onPressAction: root.clicked()
 
-    // One stop for Tab on the way to the page; the arrow keys reach the other entries.
-    focusPolicy: current ? Qt.StrongFocus : Qt.ClickFocus
+    // One stop for Tab on the way to the page; the arrow keys reach the other entries. Qt does not take the stop from
+    // an item that has the keyboard.
+    activeFocusOnTab: current || activeFocus
+    focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     text: title
     implicitHeight: Math.max(Theme.px(44), implicitContentHeight)
