@@ -37,6 +37,9 @@ packages_test=(
   chromium curl jq php-cli php-curl python3 python3-requests # what the code samples of the guide run in
   iproute2                        # a network of its own for them
 )
+packages_valgrind=(
+  valgrind libc6-dbg              # the checker, and the names it needs of the C library
+)
 packages_fuzz=(
   clang                           # the compiler whose programs search by themselves
 )
