@@ -7,6 +7,7 @@
 #include "support/recordingnotifier.h"
 #include "ui/windowplacement.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -72,7 +73,8 @@ void checkNotified(const QStringList &ids)
 // A change is there after the next start, and costs nothing that stood beside it.
 void checkSaving(const QString &name, const Settings &before)
 {
-    const QStringList ids{QStringLiteral("a,b"), QStringLiteral("\"ج;\\"), QString::number(before.ids.size())};
+    const QStringList ids{QStringLiteral("a,b"), QStringLiteral("\"ج;\\"), QString::number(before.ids.size()),
+        QStringLiteral("@Variant(")};
     {
         UserDefaults defaults(name);
         defaults.setBoolean(QLatin1String("keepAwake"), !before.on.at(0));
@@ -89,6 +91,9 @@ void checkSaving(const QString &name, const Settings &before)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
+    static int argc = 1;
+    static char *argv[] = {const_cast<char *>("settings"), nullptr};
+    static const QCoreApplication application(argc, argv); // as always when the application reads them
     static const QTemporaryDir folder;
     static int count = 0;
     const QString name = folder.filePath(QString::number(++count)); // a name used before might be answered from memory
