@@ -59,12 +59,21 @@ async function thermal(job, options, printer, { pictures, drawTexts }) {
   }
   const file = decodeData(job);
   if (job.kind === 'raw' || job.kind === 'raster') {
-    const bytes = protocol === 'starline' && options.translate !== false ? translateToStar(file) : file;
+    const bytes = protocol === 'starline' && options.translate !== false ? inStarLine(file) : file;
     return ended(bytes, `[${job.kind}: ${file.length} bytes]\n`, false);
   }
   const drawn = job.kind === 'image' ? await pictures.fromPng(file, target) : await drawPdf(file, target, pictures);
   const begin = Buffer.of(0x1b, 0x40);
   return ended(Buffer.concat([begin, ...drawn.map((picture) => rasterBytes(picture, protocol))]), `[${job.kind}: ${drawn.length} x ${target.dots} dots]\n`, true);
+}
+
+function inStarLine(file) {
+  try {
+    return translateToStar(file, MAX_PAYLOAD);
+  } catch (error) {
+    if (!(error instanceof RangeError)) throw error;
+    throw new ApiError(400, 'invalid_payload', 'محتوى الطباعة أطول من الحد المسموح بعد تحويله إلى لغة الطابعة.');
+  }
 }
 
 function drawPdf(file, target, pictures) {

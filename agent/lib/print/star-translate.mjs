@@ -8,6 +8,11 @@ const FS = 0x1c;
 const DLE = 0x10;
 const NOTHING = Buffer.alloc(0);
 
+// What a QR code can hold at most, in bytes; the printer would print nothing of more.
+const QR_BYTES = 2953;
+// Tab stops, and the zero that ends them.
+const TAB_BYTES = 33;
+
 // Bytes that follow a command; those of variable length stand in lengthOf().
 const ARGUMENTS = {
   [ESC]: { 0x20: 1, 0x21: 1, 0x24: 2, 0x25: 1, 0x2d: 1, 0x33: 1, 0x3d: 1, 0x42: 2, 0x45: 1, 0x47: 1, 0x4a: 1, 0x4d: 1, 0x52: 1, 0x54: 1,
@@ -21,20 +26,22 @@ const ARGUMENTS = {
  * Turns ESC/POS into Star Line: texts and their looks, pictures, QR and bar codes, knife and drawer.
  * What Star Line has no word for is left out, so that no command comes out as letters.
  * @param {Buffer} bytes
+ * @param {number} most a few bytes can ask for a hundred times as many: with more than this it is refused
  * @returns {Buffer}
+ * @throws {RangeError}
  */
-export function translateToStar(bytes) {
-  const parts = [];
+export function translateToStar(bytes, most) {
+  const out = new GrowingBuffer(most);
   const state = { qr: { size: 6, ec: 'M', data: '' }, height: 80, width: 2, hri: 2 };
   let picture = null;
   const endPicture = () => {
-    if (picture) parts.push(rasterBytes({ ...picture, bits: Buffer.concat(picture.rows) }, 'starline'));
+    if (picture) out.append(rasterBytes({ ...picture, bits: picture.rows.content }, 'starline'));
     picture = null;
   };
   const put = (part) => {
     if (part.length === 0) return;
     endPicture();
-    parts.push(part);
+    out.append(part);
   };
   let plain = 0;
   for (let at = 0; at < bytes.length;) {
@@ -49,18 +56,42 @@ export function translateToStar(bytes) {
     const piece = pieceOf(command);
     if (!piece) {
       put(wordOf(command, state));
-    } else if (picture?.rowBytes === piece.rowBytes) {
-      // One picture in several pieces: set apart, the bands of the other language would leave gaps between them.
-      picture.height += piece.height;
-      picture.rows.push(...piece.rows);
-    } else {
-      endPicture();
-      picture = piece;
+      continue;
     }
+    // One picture in several pieces: set apart, the bands of the other language would leave gaps between them.
+    if (picture?.rowBytes !== piece.rowBytes) {
+      endPicture();
+      picture = { rowBytes: piece.rowBytes, height: 0, rows: new GrowingBuffer(bytes.length) };
+    }
+    picture.height += piece.height;
+    picture.rows.append(piece.rows);
   }
   put(bytes.subarray(plain));
   endPicture();
-  return Buffer.concat(parts);
+  return out.content;
+}
+
+/** Bytes one after the other, whatever the number of their parts. */
+class GrowingBuffer {
+  #bytes = Buffer.allocUnsafe(1024);
+  #length = 0;
+  #most;
+
+  constructor(most) { this.#most = most; }
+
+  get content() { return this.#bytes.subarray(0, this.#length); }
+
+  append(part) {
+    const length = this.#length + part.length;
+    if (length > this.#most) throw new RangeError('more than may be');
+    if (length > this.#bytes.length) {
+      const larger = Buffer.allocUnsafe(Math.max(length, Math.min(this.#most, 2 * this.#bytes.length)));
+      larger.set(this.content);
+      this.#bytes = larger;
+    }
+    this.#bytes.set(part, this.#length);
+    this.#length = length;
+  }
 }
 
 /** A piece of a picture (GS v 0) that has come whole; null for anything else. */
@@ -68,14 +99,14 @@ function pieceOf(command) {
   if (command[0] !== GS || command[1] !== 0x76 || command.length < 9) return null;
   const rowBytes = command.readUInt16LE(4);
   const height = command.readUInt16LE(6);
-  return command.length === 8 + rowBytes * height ? { rowBytes, height, rows: [command.subarray(8)] } : null;
+  return command.length === 8 + rowBytes * height ? { rowBytes, height, rows: command.subarray(8) } : null;
 }
 
 function lengthOf(bytes, at) {
   const [lead, name] = [bytes[at], bytes[at + 1]];
   const word = (offset) => (bytes[at + offset] ?? 0) + 256 * (bytes[at + offset + 1] ?? 0);
   if (lead === ESC && name === 0x2a) return 5 + word(3) * (bytes[at + 2] >= 32 ? 3 : 1);
-  if (lead === ESC && name === 0x44) return Math.max(2, bytes.indexOf(0, at + 2) + 1 - at);
+  if (lead === ESC && name === 0x44) return 2 + bytes.subarray(at + 2, at + 2 + TAB_BYTES).indexOf(0) + 1;
   if (lead === GS && name === 0x28) return 5 + word(3);
   if (lead === GS && name === 0x38) return 7 + word(3) + 65_536 * word(5);
   if (lead === GS && name === 0x56) return bytes[at + 2] >= 65 ? 4 : 3;
@@ -132,7 +163,7 @@ function qrWord([cn, fn, ...rest], { qr }) {
   if (cn !== 49) return NOTHING;
   if (fn === 67) qr.size = Math.max(1, Math.min(8, rest[0]));
   if (fn === 69) qr.ec = ['L', 'M', 'Q', 'H'][rest[0] - 48] ?? 'M';
-  if (fn === 80) qr.data = Buffer.from(rest.slice(1)).toString('utf8');
+  if (fn === 80) qr.data = rest.length - 1 > QR_BYTES ? '' : Buffer.from(rest.slice(1)).toString('utf8');
   return fn === 81 && qr.data !== '' ? starline.qr(qr) : NOTHING;
 }
 
