@@ -4,6 +4,7 @@
 #include "ui/clickoutside.h"
 #include "ui/uicontext.h"
 #include "ui/windowplacement.h"
+#include "ui/windowshortcuts.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -64,6 +65,7 @@ bool QmlWindow::build()
     }
     QQmlEngine::setObjectOwnership(m_window.get(), QQmlEngine::CppOwnership);
     new ClickOutside(*m_window);
+    new WindowShortcuts(*m_window);
     restorePlacement(*m_window, m_services.defaults);
     m_appearance.settle();
     // Not from within the event that closes it: the scene is still in use there.

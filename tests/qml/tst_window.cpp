@@ -193,6 +193,14 @@ private Q_SLOTS:
             QTest::keyClick(m_window->window(), Qt::Key(digit++), Qt::ControlModifier);
             QCOMPARE(view().page(), QString(page.id));
         }
+        QVERIFY(m_stage->enter(QStringLiteral("shop")));
+        showPage(QLatin1String("alerts"));
+        QQuickItem *text = byName(root(), QStringLiteral("انقطعت الطابعة «Bar»"));
+        QVERIFY(text);
+        text->forceActiveFocus(); // which can be selected, not edited
+        QTest::keyClick(m_window->window(), Qt::Key_1, Qt::ControlModifier);
+        QCOMPARE(view().page(), QStringLiteral("overview"));
+        m_stage->enter(QStringLiteral("stopped"));
         view().setShowLog(true);
         QTRY_VERIFY(byName(root(), QStringLiteral("لا توجد رسائل.")));
         QTest::keyClick(m_window->window(), Qt::Key_Escape);
