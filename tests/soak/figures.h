@@ -16,6 +16,12 @@ struct Figures
     int connections = 0; ///< to the session bus
     int matches = 0; ///< what it has the bus listen for, over all its connections
 
+    /// No more of anything that the process can choose than in `other`.
+    [[nodiscard]] bool isWithin(const Figures &other) const
+    {
+        return ownKiB <= other.ownKiB && residentKiB <= other.residentKiB && files <= other.files
+            && threads <= other.threads && connections <= other.connections && matches <= other.matches;
+    }
     /// Of a process that lives; all zero of one that does not.
     [[nodiscard]] static Figures of(qint64 processId, const QDBusConnection &bus);
 };
