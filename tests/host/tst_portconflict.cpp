@@ -27,7 +27,7 @@ public:
     [[nodiscard]] QList<PortHolder> find(const QList<quint16> &, const std::atomic_bool &cancelled) const override
     {
         ++looks;
-        if (QThread::currentThread() == qApp->thread())
+        if (QThread::currentThread() == QCoreApplication::instance()->thread())
             offMainThread = false;
         while (!cancelled && !mayFinish.tryAcquire(1, 10)) { }
         return cancelled ? QList<PortHolder>() : holders;
