@@ -5,6 +5,7 @@
 #include "support/wiredata.h"
 
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -168,8 +169,10 @@ bool Shop::answers()
 
 QJsonObject Shop::status() const
 {
-    const QDBusMessage answer = m_observer.call(
-        callOf(QStringLiteral("com.zemrak.Printer.Status"), QStringLiteral("Report")), QDBus::BlockWithGui, 5000);
+    const QDBusPendingCall call
+        = m_observer.asyncCall(callOf(QStringLiteral("com.zemrak.Printer.Status"), QStringLiteral("Report")), 5000);
+    waitUntil([&call] { return call.isFinished(); }, 6s);
+    const QDBusMessage answer = call.isFinished() ? call.reply() : QDBusMessage();
     return QJsonDocument::fromJson(answer.arguments().value(0).toString().toUtf8()).object();
 }
 
