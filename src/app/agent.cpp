@@ -48,10 +48,7 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     connect(&m_poll, &StatePoll::aboutToRefresh, &m_alertFeed, &AlertFeed::refresh);
     connect(&m_poll, &StatePoll::stateChanged, this, &Agent::onServiceSeen);
     connect(&m_supervisor, &ServiceSupervisor::portConflictChanged, this, &Agent::onServiceSeen);
-    connect(&m_alertFeed, &AlertFeed::changed, this, [this] {
-        m_alertModel.setAlerts(m_alertFeed.all());
-        Q_EMIT alertsChanged();
-    });
+    connect(&m_alertFeed, &AlertFeed::changed, this, &Agent::alertsChanged);
 
     connect(&m_login, &LaunchAtLogin::launchAtLoginChanged, this, &Agent::launchAtLoginChanged);
     connect(&m_login, &LaunchAtLogin::loginNeedsApprovalChanged, this, &Agent::loginNeedsApprovalChanged);

@@ -11,7 +11,6 @@
 #include "app/toast.h"
 #include "base/clock.h"
 #include "health/alertdelivery.h"
-#include "health/alertmodel.h"
 #include "health/healthsummary.h"
 #include "health/notifier.h"
 #include "host/applicationbundle.h"
@@ -104,8 +103,6 @@ public:
     /// The application's own alert, while there is one, and then the service's.
     [[nodiscard]] QList<AlertItem> allAlerts() const { return m_alertFeed.all(); }
     [[nodiscard]] qint64 alertsBadge() const { return m_alertFeed.badge(); }
-    /// allAlerts() row by row.
-    [[nodiscard]] AlertModel *alertModel() { return &m_alertModel; }
     /// The page the main window is asked to show; none when nothing is asked.
     [[nodiscard]] std::optional<Page> requestedPage() const { return m_requestedPage; }
     void setRequestedPage(std::optional<Page> page);
@@ -199,7 +196,6 @@ private:
     Commands m_commands;
     AlertDelivery m_alertDelivery;
     AlertFeed m_alertFeed;
-    AlertModel m_alertModel;
     AgentLink m_link; ///< before those who use it
     LaunchAtLogin m_login;
     KeepAwake m_keepAwake;

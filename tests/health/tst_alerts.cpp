@@ -1,6 +1,5 @@
 #include "app/alertfeed.h"
 #include "health/alertdelivery.h"
-#include "health/alertmodel.h"
 #include "health/alerts.h"
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
@@ -8,7 +7,6 @@
 #include "support/recordingnotifier.h"
 #include "support/wiredata.h"
 
-#include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -129,42 +127,6 @@ private Q_SLOTS:
         const QSet<QString> &all = d.delivery.notified();
         QCOMPARE(all.size(), 401);
         QCOMPARE(d.stored, {QStringList(all.cbegin(), all.cend()).mid(101).join(u' ')});
-    }
-
-    void modelTouchesOnlyWhatDiffers()
-    {
-        AlertModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QStringList changes;
-        const auto note = [&changes](const char *what) {
-            return [&changes, what](const auto &, int first, int last) {
-                changes.append(QString::fromLatin1(what).arg(
-                    first == last ? QString::number(first) : QStringLiteral("%1..%2").arg(first).arg(last)));
-            };
-        };
-        connect(&model, &QAbstractItemModel::rowsInserted, this, note("+%1"));
-        connect(&model, &QAbstractItemModel::rowsRemoved, this, note("-%1"));
-        connect(&model, &QAbstractItemModel::rowsMoved, this, note(">%1"));
-        connect(&model, &QAbstractItemModel::modelReset, this, [&changes] { changes.append(QStringLiteral("reset")); });
-        connect(&model, &QAbstractItemModel::dataChanged, this,
-            [&changes](const QModelIndex &index) { changes.append(QStringLiteral("~%1").arg(index.row())); });
-        const auto becomes = [&](const QList<AlertItem> &alerts) {
-            changes.clear();
-            model.setAlerts(alerts);
-            [&] {
-                QCOMPARE(model.rowCount(), alerts.size());
-                for (int row = 0; row < alerts.size(); ++row)
-                    QCOMPARE(model.index(row).data(AlertModel::IdRole).toString(), alerts.at(row).id);
-            }();
-            return changes.join(u' ');
-        };
-        QCOMPARE(becomes({alert("a"), alert("b"), alert("c")}), QStringLiteral("+0..2"));
-        QCOMPARE(becomes({alert("a"), alert("b"), alert("c")}), QString());
-        QCOMPARE(becomes({alert("new"), alert("a"), resolved(alert("b")), alert("c")}), QStringLiteral("+0 ~2"));
-        QCOMPARE(model.index(2).data(AlertModel::ResolvedAtRole).toDouble(), now);
-        QCOMPARE(becomes({alert("c"), alert("new"), alert("x")}), QStringLiteral("-1..2 >0 +2"));
-        QCOMPARE(becomes({alert("x"), alert("x")}), QStringLiteral("-0..1 +1")); // ids that stand twice break nothing
-        QCOMPARE(becomes({alert("x")}), QStringLiteral("-1"));
     }
 
     void feedFetchesMarksAndClears()
