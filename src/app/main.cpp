@@ -11,13 +11,17 @@
 
 #include <QApplication>
 #include <QLoggingCategory>
+#include <QThreadPool>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
 
 using namespace zemrak;
+
+constexpr std::chrono::seconds filePatience(5);
 
 void nameApplication()
 {
@@ -48,8 +52,16 @@ int runInteractively(int &argc, char *argv[])
         std::fprintf(stderr, "zemrak-printer: %s\n", qUtf8Printable(fault));
         return EXIT_FAILURE;
     }
-    AppDelegate delegate(bundle);
-    return delegate.finishLaunching() ? QApplication::exec() : EXIT_SUCCESS;
+    int status = EXIT_SUCCESS;
+    {
+        AppDelegate delegate(bundle);
+        if (delegate.finishLaunching())
+            status = QApplication::exec();
+    }
+    // A file may still be on its way to a share that hangs. Qt would wait for it for ever.
+    if (!QThreadPool::globalInstance()->waitForDone(std::chrono::milliseconds(filePatience).count()))
+        std::_Exit(status);
+    return status;
 }
 
 void drawPreviews(int &argc, char *argv[], const QString &folder)

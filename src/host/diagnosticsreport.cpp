@@ -1,13 +1,9 @@
 #include "host/diagnosticsreport.h"
 
+#include "host/backgroundwrite.h"
 #include "host/privatefile.h"
 
-#include <QFuture>
 #include <QLoggingCategory>
-#include <QPromise>
-#include <QThreadPool>
-
-#include <memory>
 
 namespace zemrak {
 
@@ -66,13 +62,9 @@ void DiagnosticsReport::askWhere(const QByteArray &report)
 // The person may have chosen a slow stick or a share that hangs: the window must not wait for it.
 void DiagnosticsReport::write(const QString &path, const QByteArray &report)
 {
-    const auto promise = std::make_shared<QPromise<QString>>();
-    promise->future().then(this, [this, path](const QString &fault) { onWritten(path, fault); });
-    QThreadPool::globalInstance()->start([promise, path, report] {
-        promise->start();
-        promise->addResult(writePrivateFile(path, report));
-        promise->finish();
-    });
+    writeInBackground(
+        this, [path, report] { return writePrivateFile(path, report); },
+        [this, path](const QString &fault) { onWritten(path, fault); });
 }
 
 void DiagnosticsReport::onWritten(const QString &path, const QString &fault)

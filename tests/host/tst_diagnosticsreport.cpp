@@ -1,3 +1,4 @@
+#include "host/backgroundwrite.h"
 #include "host/diagnosticsreport.h"
 #include "support/fakedesktop.h"
 #include "support/manualclock.h"
@@ -5,10 +6,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <csignal>
 
 #include <sys/resource.h>
@@ -246,6 +249,35 @@ private Q_SLOTS:
         QCOMPARE(contentOf(f.path("locked/old.json")), QByteArray("old"));
         QCOMPARE(f.files(), QStringList{QStringLiteral("old.json")});
         QCOMPARE(chmod(qPrintable(f.path("locked")), 0755), 0);
+    }
+
+    // The page that asked may be gone before a slow stick has taken the file.
+    void writingOutlivesWhoAsked()
+    {
+        QSemaphore disk;
+        std::atomic<int> written = 0;
+        int told = 0;
+        const auto write = [&disk, &written] {
+            disk.acquire();
+            ++written;
+            return QStringLiteral("fault");
+        };
+        auto asking = std::make_unique<QObject>();
+        writeInBackground(asking.get(), write, [&told](const QString &) { ++told; });
+        asking.reset();
+        disk.release();
+        QTRY_COMPARE(written.load(), 1);
+
+        QObject staying;
+        QString fault;
+        writeInBackground(&staying, write, [&](const QString &what) {
+            fault = what;
+            ++told;
+        });
+        disk.release();
+        QTRY_COMPARE(fault, QStringLiteral("fault"));
+        QCOMPARE(told, 1);
+        QTRY_COMPARE(staying.children().size(), 0);
     }
 };
 

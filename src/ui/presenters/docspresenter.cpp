@@ -3,14 +3,11 @@
 #include "guide/docsmarkdown.h"
 #include "guide/doctabs.h"
 #include "guide/guidefile.h"
+#include "host/backgroundwrite.h"
 
-#include <QFuture>
 #include <QLoggingCategory>
-#include <QPromise>
-#include <QThreadPool>
 
 #include <algorithm>
-#include <memory>
 
 namespace zemrak {
 
@@ -126,13 +123,8 @@ void DocsPresenter::exportMarkdown()
 // The person may have chosen a slow stick or a share that hangs: the window must not wait for it.
 void DocsPresenter::write(const QString &path)
 {
-    const auto promise = std::make_shared<QPromise<QString>>();
-    promise->future().then(this, [this](const QString &fault) { onWritten(fault); });
-    QThreadPool::globalInstance()->start([promise, path] {
-        promise->start();
-        promise->addResult(writeGuide(path));
-        promise->finish();
-    });
+    writeInBackground(
+        this, [path] { return writeGuide(path); }, [this](const QString &fault) { onWritten(fault); });
 }
 
 void DocsPresenter::onWritten(const QString &fault)
