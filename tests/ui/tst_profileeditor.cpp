@@ -295,14 +295,19 @@ private Q_SLOTS:
         settle();
         QCOMPARE(f.saves().size(), 1);
         QVERIFY(!f.saver->isIdle());
+        QCOMPARE(
+            f.saver->underWay(QStringLiteral("p1"))->value(QLatin1String("cut")), QJsonValue(QStringLiteral("esc-m")));
 
         f.answerHeld(refused);
         QTRY_VERIFY(f.editor->hasSaveError());
         QVERIFY(f.editor->isDirty()); // the answer to an earlier save is none to the later edit
         QTRY_COMPARE(f.unanswered.size(), 1);
         QCOMPARE(f.lastSaved("cut"), QJsonValue(QStringLiteral("esc-m")));
+        QCOMPARE(
+            f.saver->underWay(QStringLiteral("p1"))->value(QLatin1String("cut")), QJsonValue(QStringLiteral("esc-m")));
         f.answerHeld(good);
         QTRY_VERIFY(f.saver->isIdle());
+        QVERIFY(!f.saver->underWay(QStringLiteral("p1")));
         QVERIFY(!f.editor->hasSaveError());
         QCOMPARE(f.editor->alias(), QStringLiteral("x"));
         QCOMPARE(f.saves().size(), 2);
@@ -337,6 +342,24 @@ private Q_SLOTS:
         while (!f.unanswered.isEmpty())
             f.answerHeld(good);
         settle();
+        QCOMPARE(f.saves().size(), 2);
+    }
+
+    // A sheet that is still there tells it in its footer; after that somebody else has to.
+    void refusalAfterTheSheetIsGoneIsTold()
+    {
+        Fixture f;
+        f.load();
+        QSignalSpy lost(f.saver.get(), &ProfileSaver::lost);
+        f.answer = refused;
+        f.editor->setAlias(QStringLiteral("#1"));
+        f.clock.advance(600ms);
+        QTRY_VERIFY(f.editor->hasSaveError());
+        QCOMPARE(lost.count(), 0);
+        f.editor->setAlias(QStringLiteral("#2"));
+        f.editor->close();
+        f.editor.reset();
+        QTRY_COMPARE(lost.count(), 1);
         QCOMPARE(f.saves().size(), 2);
     }
 

@@ -40,6 +40,7 @@ Presenters::~Presenters()
 
 void Presenters::listen()
 {
+    connect(&m_saver, &ProfileSaver::lost, this, [this] { m_agent.flash(ProfileEditor::notSaved()); });
     connect(&m_hands, &RelativeClock::moved, this, &Presenters::moveOn);
     connect(&m_agent, &Agent::stateChanged, this, &Presenters::takeState);
     connect(&m_agent, &Agent::alertsChanged, this, &Presenters::takeAlerts);
@@ -100,13 +101,21 @@ void Presenters::moveOn(qint64 now)
     showSettings();
 }
 
+// The state read last may be older than what the person changed last.
+PrinterInfo Presenters::withNewest(PrinterInfo printer) const
+{
+    if (const std::optional<QJsonObject> fields = m_saver.underWay(printer.id))
+        printer.profile = Profile::decode(*fields);
+    return printer;
+}
+
 void Presenters::setEdited(const std::optional<PrinterInfo> &printer)
 {
     if (m_editor)
         m_editor->close();
     else if (!printer)
         return;
-    m_editor.reset(printer ? new ProfileEditor(*printer, m_clock, m_agent.commands(), m_saver) : nullptr);
+    m_editor.reset(printer ? new ProfileEditor(withNewest(*printer), m_clock, m_agent.commands(), m_saver) : nullptr);
     Q_EMIT editorChanged();
 }
 

@@ -96,6 +96,7 @@ private:
     void showOverview();
     void showSettings();
     void moveOn(qint64 now);
+    [[nodiscard]] PrinterInfo withNewest(PrinterInfo printer) const;
     [[nodiscard]] AlertsActions alertsActions();
     [[nodiscard]] WizardActions wizardActions();
 

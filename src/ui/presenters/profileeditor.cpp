@@ -38,7 +38,7 @@ ProfileEditor::ProfileEditor(
 ProfileEditor::~ProfileEditor()
 {
     if (m_dirty && m_saver)
-        m_saver->save(m_printer.id, m_form.fields(), {});
+        m_saver->save(m_printer.id, m_form.fields(), nullptr, {});
 }
 
 QString ProfileEditor::printerName() const
@@ -117,10 +117,7 @@ void ProfileEditor::save()
         return;
     m_pending->stop();
     m_dirty = false;
-    m_saver->save(m_printer.id, m_form.fields(), [self = QPointer(this)](bool ok) {
-        if (self)
-            self->onSaved(ok);
-    });
+    m_saver->save(m_printer.id, m_form.fields(), this, [this](bool ok) { onSaved(ok); });
     Q_EMIT statusChanged();
 }
 
@@ -148,6 +145,11 @@ void ProfileEditor::run(const QString &action)
     }
 }
 
+QString ProfileEditor::notSaved()
+{
+    return QStringLiteral("لم تُحفظ آخر قيمة: تحقق من الاسم المستعار (حروف وأرقام ومسافات فقط)");
+}
+
 QString ProfileEditor::footerIcon() const
 {
     if (m_saveError)
@@ -158,7 +160,7 @@ QString ProfileEditor::footerIcon() const
 QString ProfileEditor::footerText() const
 {
     if (m_saveError)
-        return QStringLiteral("لم تُحفظ آخر قيمة: تحقق من الاسم المستعار (حروف وأرقام ومسافات فقط)");
+        return notSaved();
     return m_savedAt.isValid() ? QStringLiteral("تُحفظ التغييرات تلقائيًا ✓")
                                : QStringLiteral("كل تغيير يُطبَّق فورًا بدون زر حفظ");
 }

@@ -90,6 +90,8 @@ public:
     [[nodiscard]] QDateTime savedAt() const { return m_savedAt; }
     [[nodiscard]] bool hasSaveError() const { return m_saveError; }
 
+    /// What the person is told when a save was refused.
+    [[nodiscard]] static QString notSaved();
     [[nodiscard]] QString footerIcon() const; ///< symbol name; empty: none
     [[nodiscard]] QString footerText() const;
     [[nodiscard]] QString footerColor() const; ///< palette name

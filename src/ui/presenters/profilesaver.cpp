@@ -1,7 +1,5 @@
 #include "ui/presenters/profilesaver.h"
 
-#include <QPointer>
-
 #include <utility>
 
 namespace zemrak {
@@ -15,42 +13,52 @@ ProfileSaver::ProfileSaver(Commands &commands, QObject *parent)
 ProfileSaver::~ProfileSaver()
 {
     for (auto line = m_lines.cbegin(); line != m_lines.cend(); ++line) {
-        if (line.value())
-            m_commands.saveProfile(line.key(), line.value()->fields, {});
+        if (line->next)
+            m_commands.saveProfile(line.key(), line->next->fields, {});
     }
 }
 
-void ProfileSaver::save(const QString &printerId, const QJsonObject &fields, Commands::Succeeded done)
+void ProfileSaver::save(const QString &printerId, const QJsonObject &fields, QObject *form, Commands::Succeeded done)
 {
+    Save save{fields, form, std::move(done)};
     const auto line = m_lines.find(printerId);
     if (line != m_lines.end()) {
-        *line = Save{fields, std::move(done)};
+        line->next = std::move(save);
         return;
     }
-    m_lines.insert(printerId, std::nullopt);
-    send(printerId, {fields, std::move(done)});
+    send(printerId, save);
     if (m_lines.size() == 1)
         Q_EMIT idleChanged();
 }
 
-void ProfileSaver::send(const QString &printerId, Save save)
+std::optional<QJsonObject> ProfileSaver::underWay(const QString &printerId) const
 {
-    m_commands.saveProfile(
-        printerId, save.fields, [self = QPointer(this), printerId, done = std::move(save.done)](bool ok) {
-            if (done)
-                done(ok);
-            if (self)
-                self->goOn(printerId);
-        });
+    const auto line = m_lines.constFind(printerId);
+    if (line == m_lines.cend())
+        return {};
+    return line->next ? line->next->fields : line->sent;
 }
 
-void ProfileSaver::goOn(const QString &printerId)
+void ProfileSaver::send(const QString &printerId, const Save &save)
 {
-    if (std::optional<Save> next = std::exchange(m_lines[printerId], std::nullopt)) {
-        send(printerId, *std::move(next));
-        return;
-    }
-    m_lines.remove(printerId);
+    m_lines.insert(printerId, {save.fields, std::nullopt});
+    m_commands.saveProfile(printerId, save.fields, [self = QPointer(this), printerId, save](bool ok) {
+        if (self)
+            self->onAnswered(printerId, save, ok);
+    });
+}
+
+void ProfileSaver::onAnswered(const QString &printerId, const Save &save, bool ok)
+{
+    const std::optional<Save> next = std::move(m_lines[printerId].next);
+    if (next)
+        send(printerId, *next);
+    else
+        m_lines.remove(printerId);
+    if (save.form)
+        save.done(ok);
+    else if (!ok)
+        Q_EMIT lost();
     if (m_lines.isEmpty())
         Q_EMIT idleChanged();
 }

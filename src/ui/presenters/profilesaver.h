@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QJsonObject>
 #include <QObject>
+#include <QPointer>
 
 #include <optional>
 
@@ -23,27 +24,37 @@ public:
     ~ProfileSaver() override;
 
     /// Sends `fields` now, or once the save under way for this printer is answered; one that waits already gives way,
-    /// and its `done` is not called. `done` may be empty.
-    void save(const QString &printerId, const QJsonObject &fields, Commands::Succeeded done);
+    /// and its `done` is not called. `done` is called as long as `form` lives, which may be null.
+    void save(const QString &printerId, const QJsonObject &fields, QObject *form, Commands::Succeeded done);
 
     /// Every save has been answered.
     [[nodiscard]] bool isIdle() const { return m_lines.isEmpty(); }
+    /// The newest fields of that printer that the service has not answered for.
+    [[nodiscard]] std::optional<QJsonObject> underWay(const QString &printerId) const;
 
 Q_SIGNALS:
     void idleChanged();
+    /// A save failed whose form is gone: nobody else tells the person.
+    void lost();
 
 private:
     struct Save
     {
         QJsonObject fields;
+        QPointer<QObject> form;
         Commands::Succeeded done;
     };
+    struct Line
+    {
+        QJsonObject sent; ///< not answered yet
+        std::optional<Save> next; ///< waits for that
+    };
 
-    void send(const QString &printerId, Save save);
-    void goOn(const QString &printerId);
+    void send(const QString &printerId, const Save &save);
+    void onAnswered(const QString &printerId, const Save &save, bool ok);
 
     Commands &m_commands;
-    QHash<QString, std::optional<Save>> m_lines; ///< by printer with a save under way: the one that waits
+    QHash<QString, Line> m_lines; ///< by printer
 };
 
 } // namespace zemrak
