@@ -6,8 +6,11 @@
 #include "ui/windowplacement.h"
 #include "ui/windowshortcuts.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QImage>
 #include <QLoggingCategory>
+#include <QPixmap>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -29,6 +32,18 @@ void preferSoftwareRenderer()
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
+// For title bars and window switchers that do not go by the launcher entry. The logo in one piece would be a megabyte.
+void wearLogo()
+{
+    if (!QGuiApplication::windowIcon().isNull())
+        return;
+    const QImage logo(QStringLiteral(":/zemrak/logo-circle.png"));
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48, 64, 128})
+        icon.addPixmap(QPixmap::fromImage(logo.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    QGuiApplication::setWindowIcon(icon);
+}
+
 } // namespace
 
 QmlWindow::QmlWindow(const MainWindowServices &services)
@@ -43,6 +58,10 @@ void QmlWindow::show(const QString &activationToken)
 {
     if (!activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8()); // the Wayland plugin takes it from there
+    if (m_closing) {
+        m_wantedAgain = true;
+        return;
+    }
     if (!m_window && !build())
         return;
     m_window->setVisible(true);
@@ -55,6 +74,7 @@ void QmlWindow::show(const QString &activationToken)
 bool QmlWindow::build()
 {
     preferSoftwareRenderer();
+    wearLogo();
     m_engine = makeEngine(m_services, m_appearance, m_designer);
     QQmlComponent component(m_engine.get(), QUrl(QStringLiteral("qrc:/qt/qml/Zemrak/MainWindow.qml")));
     m_window.reset(qobject_cast<QQuickWindow *>(component.create()));
@@ -69,10 +89,7 @@ bool QmlWindow::build()
     restorePlacement(*m_window, m_services.defaults);
     m_appearance.settle();
     // Not from within the event that closes it: the scene is still in use there.
-    connect(m_window.get(), &QWindow::visibleChanged, this, [this](bool visible) {
-        if (!visible)
-            QMetaObject::invokeMethod(this, &QmlWindow::close, Qt::QueuedConnection);
-    });
+    connect(m_window.get(), &QWindow::visibleChanged, this, &QmlWindow::closeIfHidden, Qt::QueuedConnection);
     connect(m_engine.get(), &QQmlEngine::quit, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     UiContext &context = UiContext::of(m_engine.get());
     context.mainView().appear();
@@ -83,21 +100,32 @@ bool QmlWindow::build()
     return true;
 }
 
+void QmlWindow::closeIfHidden()
+{
+    if (m_window && !m_window->isVisible())
+        close();
+}
+
 void QmlWindow::close()
 {
-    if (!m_window)
+    if (!m_window || std::exchange(m_closing, true))
         return;
     storePlacement(*m_window, m_services.defaults);
-    // Lets events through while it waits, another request to close among them.
-    UiContext::of(m_engine.get()).presenters().finishSaving(savePatience);
-    if (!m_window)
-        return;
-    m_window->disconnect(this); // it is hidden as it goes, which must not close one that is opened right after
+    m_window->disconnect(this); // it hides as it goes, which must not close one that is opened right after
+    m_window->hide();
+    UiContext &context = UiContext::of(m_engine.get());
+    m_services.agent.disconnect(&context.mainView()); // a page that is asked for now is for the next window
+    context.presenters().finishSaving(savePatience); // lets events through while it waits
     m_window.reset();
     m_engine.reset();
     QQuickWindow().releaseResources(); // pictures that nobody shows any more, kept for half a minute otherwise
+    m_closing = false;
     if (m_closed)
         m_closed();
+    // In a turn of its own, which does not come when this was the application's end.
+    if (std::exchange(m_wantedAgain, false))
+        QMetaObject::invokeMethod(
+            this, [this] { show({}); }, Qt::QueuedConnection);
 }
 
 } // namespace zemrak

@@ -35,11 +35,14 @@ public:
 
 private:
     [[nodiscard]] bool build();
+    void closeIfHidden();
 
     MainWindowServices m_services;
     Appearance m_appearance{nullptr}; ///< outlives each scene, so that the next one begins in the right colours
     DesignerView m_designer; ///< outlives each scene, so that nobody types a receipt twice
     std::function<void()> m_closed;
+    bool m_closing = false; ///< close() waits for what is being saved
+    bool m_wantedAgain = false; ///< asked for meanwhile
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_window; ///< goes before its engine
 };

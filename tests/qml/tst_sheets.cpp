@@ -11,6 +11,7 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
+#include <QTimer>
 
 using namespace zemrak;
 using namespace zemrak::test;
@@ -122,6 +123,42 @@ private Q_SLOTS:
             m_window->close(); // as the application's end does
         QTRY_COMPARE(saves().size(), 1);
         QCOMPARE(saves().last()[QLatin1String("alias")].toString(), QStringLiteral("b"));
+    }
+
+    // While the service is slow to answer, what it told last is older than what the person changed last.
+    void reopenedSheetHasWhatWasChanged()
+    {
+        m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {});
+        openSettings();
+        focus(QStringLiteral("اسم مستعار"));
+        press(Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(m_window->window(), 'b');
+        press(Qt::Key_Escape);
+        QTRY_COMPARE(saves().size(), 1);
+        openSettings();
+        QCOMPARE(UiContext::of(m_window->engine()).presenters().editor()->alias(), QStringLiteral("b"));
+    }
+
+    // Somebody clicks a notification while the window, on its way out, waits for a save to be answered.
+    void windowAskedForWhileItClosesComesBack()
+    {
+        m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {});
+        openSettings();
+        press(Qt::Key_Down);
+        const QPointer<QQuickWindow> first = m_window->window();
+        QTimer::singleShot(50ms, this, [this] {
+            m_stage->agent().setRequestedPage(Page::Alerts);
+            m_window->show({});
+            m_window->close();
+            m_clock.advance(2s);
+        });
+        m_window->close();
+        QVERIFY(!m_window->isOpen() && !first);
+        QCOMPARE(saves().size(), 1);
+        QTRY_VERIFY(m_window->isOpen());
+        QTest::qWait(50); // what was left of the first must not close the second
+        QVERIFY(m_window->isOpen() && m_window->window()->isVisible());
+        QCOMPARE(view().page(), QStringLiteral("alerts"));
     }
 
     void givesTheKeyboardBack()
