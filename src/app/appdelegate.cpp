@@ -17,6 +17,8 @@ Q_LOGGING_CATEGORY(lcApp, "zemrak.app")
 
 // After its close, until what it has left for later is done as well.
 constexpr std::chrono::seconds windowGone(1);
+// A panel may start after the application. One that has not come by then is not to be expected.
+constexpr std::chrono::seconds trayPatience(10);
 
 } // namespace
 
@@ -35,6 +37,7 @@ AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::finishLaunching()
 {
+    // Of a launch alone: a mode that a script asks for says nothing about the computer's start.
     if (isAutomaticStart(QCoreApplication::arguments(), platform::systemUptime()))
         m_agent.recordSystemStart();
     m_host.notifier().onClicked([this](const QString &activationToken) {
@@ -59,6 +62,8 @@ bool AppDelegate::finishLaunching()
     const bool automatic = QCoreApplication::arguments().contains(automaticStartArgument);
     if (!automatic || !m_defaults.boolean(QLatin1String("onboardingDone")))
         revealMainWindow();
+    else
+        m_clock.after(trayPatience, this, [this] { revealWithoutTray(); });
     return true;
 }
 
@@ -89,8 +94,7 @@ void AppDelegate::carryOut(StatusCommand command)
         m_agent.restart();
         break;
     case StatusCommand::Quit:
-        m_agent.stop();
-        QCoreApplication::quit();
+        QCoreApplication::quit(); // and so on to willTerminate(), which stops the service in its turn
         break;
     case StatusCommand::ToggleLogin:
         m_agent.setLaunchAtLogin(!m_agent.launchAtLogin());
@@ -108,6 +112,7 @@ void AppDelegate::carryOut(StatusCommand command)
 void AppDelegate::willTerminate()
 {
     m_window.close(); // while the service still takes what an open sheet has to save
+    m_agent.disconnect(this); // what the service's end changes is for nobody here any more
     m_statusBar.reset();
     m_statusItem.reset(); // gone at once, also when the service takes its time
     m_agent.shutDown();
@@ -117,6 +122,13 @@ void AppDelegate::tidyUp()
 {
     if (!m_window.isOpen())
         platform::returnMemory();
+}
+
+// On a desktop without a tray the person would see nothing of the application at all.
+void AppDelegate::revealWithoutTray()
+{
+    if (m_statusItem && !m_statusItem->isAvailable())
+        revealMainWindow();
 }
 
 void AppDelegate::revealMainWindow(const QString &activationToken)

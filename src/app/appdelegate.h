@@ -28,13 +28,15 @@ public:
     explicit AppDelegate(const ApplicationBundle &bundle);
     ~AppDelegate() override;
 
-    /// Starts up, in an order that matters: nothing that could disturb a running copy happens before this one knows
-    /// that it is alone. False: another copy runs, and this process is to end with status 0, saying nothing.
+    /// Starts up, in an order that matters: what concerns this person's settings comes first, in a second copy as well;
+    /// the service, the tray and the window once this copy knows that it is alone. False: another copy runs, and this
+    /// process is to end with status 0, saying nothing.
     [[nodiscard]] bool finishLaunching();
 
 private:
     void willTerminate();
     void revealMainWindow(const QString &activationToken = {});
+    void revealWithoutTray();
     void tidyUp();
     void createStatusBar();
     void updateStatusBar();
