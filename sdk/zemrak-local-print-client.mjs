@@ -6,8 +6,11 @@
  *   await connectLocalPrint({ clientName: 'My POS' });
  *   await printCommands([{ type: 'text', text: 'Hello' }], { printerName: 'Kitchen' });
  *
- * Every function throws LocalPrintError. A job that failed with "interrupted" or "uncertain_after_restart" may be on
- * the paper: never send it again without asking a person.
+ * Every function throws LocalPrintError. "unavailable" means that nothing has been sent. A job that failed with
+ * "interrupted" or "uncertain_after_restart" may be on the paper: never send it again, here or elsewhere, without asking
+ * a person. "interrupted" is also thrown when the service went away after the request had left; `job` is then its last
+ * known state (null when it was never answered for). What is always safe, within 10 minutes of the first call, is the
+ * very same call with the same `idempotencyKey`, the error's own: it gives that job, and no second paper.
  */
 
 const HTTP = 'http://127.0.0.1:17731';
@@ -21,22 +24,34 @@ const LEAVE_TIMEOUT = 60_000;
 const REQUEST_TIMEOUT = 60_000;
 const PAIR_TIMEOUT = 75_000;
 const POLL_WAIT = 20_000;
+// How long a service that is away is waited for: before anything was sent, and once it has a job.
 const RESTART_TIME = 20_000;
+const JOB_RESTART_TIME = 60_000;
+// Until a job is accepted: the line of documents that are drawn before it may be long.
+const ACCEPT_TIME = 10 * 60_000;
+// Refusals at the door: they say nothing about the same request sent earlier.
+const UNJUDGED = [401, 403, 429, 503];
 
 const isBrowser = typeof window !== 'undefined' && typeof document !== 'undefined';
 const settings = { clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined };
 let base = null;
 let pairing = null;
 
-/** What went wrong: `code` as the service names it, or "unavailable" when the service cannot be reached. */
+/**
+ * What went wrong: `code` as the service names it, "unavailable" when the service cannot be reached, or "aborted".
+ * Of a print request also `job`, the job as last seen (null = not known to be accepted), and its `idempotencyKey`.
+ * `isLate`: something is there, but gave no answer in time.
+ */
 export class LocalPrintError extends Error {
-  constructor(code, message, { status = 0, retryAfter = null, job = null } = {}) {
-    super(message);
+  constructor(code, message, { status = 0, retryAfter = null, job = null, idempotencyKey = null, isLate = false, cause } = {}) {
+    super(message, { cause });
     this.name = 'LocalPrintError';
     this.code = code;
     this.status = status;
     this.retryAfter = retryAfter;
     this.job = job;
+    this.idempotencyKey = idempotencyKey;
+    this.isLate = isLate;
   }
 }
 
@@ -82,7 +97,8 @@ export async function getLocalPrinterStatus(printerName) {
  * @param {object[]} commands
  * @param {{ printerName: string, options?: object, jobName?: string, idempotencyKey?: string, wait?: boolean,
  *   onUpdate?: (job: object) => void, signal?: AbortSignal }} job
- *   wait: false = return the accepted job at once; onUpdate = told of every change
+ *   idempotencyKey = one that stays the same for the same paper (an order's number, say): within 10 minutes a second call
+ *   with it, a double click, prints nothing; wait: false = return the accepted job at once; onUpdate = told of every change
  * @returns {Promise<object>} the job, completed
  */
 export function printCommands(commands, job) { return print({ kind: 'commands', commands }, job); }
@@ -206,7 +222,8 @@ async function send(url, method, path, { body, key }, { token, timeout, signal }
   if (!isBrowser && settings.origin) headers.Origin = settings.origin;
   const limit = new AbortController();
   const abort = () => limit.abort();
-  const timer = setTimeout(abort, timeout);
+  let isLate = false;
+  const timer = setTimeout(() => { isLate = true; abort(); }, timeout);
   signal?.addEventListener('abort', abort, { once: true });
   if (signal?.aborted) abort();
   let response;
@@ -216,7 +233,7 @@ async function send(url, method, path, { body, key }, { token, timeout, signal }
     answer = await response.json();
   } catch {
     if (signal?.aborted) throw new LocalPrintError('aborted', 'أُلغي الانتظار.');
-    throw new LocalPrintError('unavailable', 'تعذر الوصول إلى خدمة الطباعة على هذا الجهاز.');
+    throw new LocalPrintError('unavailable', 'تعذر الوصول إلى خدمة الطباعة على هذا الجهاز.', { isLate });
   } finally {
     clearTimeout(timer);
     signal?.removeEventListener('abort', abort);
@@ -235,34 +252,63 @@ async function command(name, body, { printerName, ...rest } = {}) {
 }
 
 async function submit(path, body, { idempotencyKey = newKey(), wait = true, onUpdate, signal }) {
+  const known = { job: null, idempotencyKey };
+  // Asked first: while the service is not there, nothing has been sent. Once a request has left, that is not known.
+  await patiently(() => reach(signal), signal).catch((error) => { throw told(error, known); });
+  let isUnanswered = false;
   // The key makes the repetition safe: a request that got through prints once, and answers twice.
-  const accept = () => request('POST', path, { body, key: idempotencyKey, signal });
-  const { job } = await patiently(accept, signal);
-  onUpdate?.(job);
-  return wait ? follow(job, onUpdate, signal) : job;
-}
-
-async function follow(job, onUpdate, signal) {
-  let seen = job;
-  while (!ENDED.includes(seen.status)) {
-    const path = `/v1/jobs/${seen.id}?after=${seen.revision}&wait=${POLL_WAIT}`;
-    const { job: now } = await patiently(() => request('GET', path, { signal }), signal);
-    if (now.revision !== seen.revision) onUpdate?.(now);
-    seen = now;
+  const accept = () => request('POST', path, { body, key: idempotencyKey, signal }).catch((error) => {
+    isUnanswered ||= error.code === 'unavailable';
+    throw error;
+  });
+  try {
+    ({ job: known.job } = await patiently(accept, signal, { away: JOB_RESTART_TIME, late: ACCEPT_TIME }));
+  } catch (error) {
+    throw isUnanswered && (error.code === 'unavailable' || UNJUDGED.includes(error.status)) ? interrupted(error, known) : told(error, known);
   }
-  if (seen.status === 'completed') return seen;
-  const code = seen.errorCode ?? seen.status;
-  throw new LocalPrintError(code, code === 'cancelled' ? 'أُلغيت الوظيفة.' : `لم تكتمل الطباعة (${code}).`, { job: seen });
+  onUpdate?.(known.job);
+  return wait ? follow(known, onUpdate, signal) : known.job;
 }
 
-/** Repeats what is safe to repeat while the service restarts. */
-async function patiently(attempt, signal) {
-  const until = Date.now() + RESTART_TIME;
+async function reach(signal) {
+  if (base) await send(base, 'GET', '/v1/hello', {}, { timeout: await helloTimeout(), signal });
+  else await findService();
+  if (!readToken()) await pair();
+}
+
+async function follow(known, onUpdate, signal) {
+  while (!ENDED.includes(known.job.status)) {
+    const path = `/v1/jobs/${known.job.id}?after=${known.job.revision}&wait=${POLL_WAIT}`;
+    const { job: now } = await patiently(() => request('GET', path, { signal }), signal, { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME })
+      // It was accepted: whatever keeps its end from being known, it may be on the paper.
+      .catch((error) => { throw error.code === 'aborted' ? told(error, known) : interrupted(error, known); });
+    const isNews = now.revision !== known.job.revision;
+    known.job = now;
+    if (isNews) onUpdate?.(now);
+  }
+  if (known.job.status === 'completed') return known.job;
+  const code = known.job.errorCode ?? known.job.status;
+  throw new LocalPrintError(code, code === 'cancelled' ? 'أُلغيت الوظيفة.' : `لم تكتمل الطباعة (${code}).`, known);
+}
+
+const told = (error, known) => (error instanceof LocalPrintError ? Object.assign(error, known) : error);
+const interrupted = (cause, known) => new LocalPrintError('interrupted', 'انقطع الاتصال بخدمة الطباعة بعد إرسال الوظيفة. تحقق من الورق قبل إعادة الطباعة.', { ...known, cause });
+
+/**
+ * Repeats what is safe to repeat: while the service restarts for up to `away` milliseconds, and while it is there but
+ * gives no answer in time, for up to `late`; each counted from the first such failure.
+ */
+async function patiently(attempt, signal, { away = RESTART_TIME, late = RESTART_TIME } = {}) {
+  const since = { away: null, late: null };
   for (;;) {
     try {
       return await attempt();
     } catch (error) {
-      if (error.code !== 'unavailable' || !base || Date.now() > until || signal?.aborted) throw error;
+      if (error.code !== 'unavailable' || !base || signal?.aborted) throw error;
+      if (error.isLate) since.away = null;
+      const [kind, limit] = error.isLate ? ['late', late] : ['away', away];
+      since[kind] ??= Date.now();
+      if (Date.now() - since[kind] > limit) throw error;
       await new Promise((resolve) => { setTimeout(resolve, 1000); });
     }
   }

@@ -81,3 +81,73 @@ test('a page gives the person time to answer the browser, and the service only s
     assert.deepEqual(delays, [wanted, wanted], JSON.stringify(given));
   }
 });
+
+/** Time that passes only when nobody has anything else to do. @returns {() => number} milliseconds since */
+function virtualTime(t) {
+  const { setTimeout: setTimer, clearTimeout: clearTimer } = globalThis;
+  const [timers, began] = [new Set(), Date.now()];
+  let now = began;
+  let isOver = false;
+  globalThis.setTimeout = (task, ms) => { const timer = { task, at: now + ms }; timers.add(timer); return timer; };
+  globalThis.clearTimeout = (timer) => timers.delete(timer);
+  t.mock.method(Date, 'now', () => now);
+  const pass = () => {
+    const [next] = [...timers].sort((one, other) => one.at - other.at);
+    if (next) { timers.delete(next); now = Math.max(now, next.at); next.task(); }
+    if (!isOver) setImmediate(pass);
+  };
+  setImmediate(pass);
+  t.after(() => { isOver = true; Object.assign(globalThis, { setTimeout: setTimer, clearTimeout: clearTimer }); });
+  return () => now - began;
+}
+
+test('what a page is told when the service goes away, hangs or is slow: nothing that makes it print twice', async (t) => {
+  const elapsed = virtualTime(t);
+  const { connectLocalPrint, printCommands } = await import('../../sdk/zemrak-local-print-client.mjs?goes-away');
+  const job = (status, revision, more) => [200, { job: { id: 'j', status, revision, ...more } }];
+  const refusal = (status, code) => [status, { error: { code, message: code } }];
+  const [accepted, completed] = [job('queued', 0), job('completed', 1)];
+  const script = { hello: [], post: [], get: [] };
+  const keys = [];
+  // The last answer of a list stands for all that follow.
+  const next = (list) => (list.length > 1 ? list.shift() : list[0]);
+  const fetch = async (url, { method, headers, signal }) => {
+    if (method === 'POST') keys.push(headers['Idempotency-Key']);
+    const answer = url.endsWith('/v1/hello') ? next(script.hello) : url.endsWith('/v1/printers') ? [200, {}] : next(method === 'POST' ? script.post : script.get);
+    if (answer === 'away') throw new TypeError('failed');
+    if (answer === 'hangs') await new Promise((_, reject) => { signal.addEventListener('abort', () => reject(new TypeError('aborted'))); });
+    return { ok: answer[0] < 300, status: answer[0], headers: new Headers(), json: async () => answer[1] };
+  };
+  const hello = [200, { version: '1.0.0', platform: 'linux' }];
+  script.hello = [hello];
+  await connectLocalPrint({ fetch, token: 't', baseUrls: ['http://127.0.0.1:1'] });
+
+  const rows = {
+    'away before anything was sent': [{ hello: ['away'] }, 'unavailable', 0, null],
+    'back in time': [{ hello: ['away', 'away', hello], post: [accepted] }, 'completed', 1, 'j'],
+    'away for good with the request': [{ post: ['away'] }, 'interrupted', null, null],
+    'away with the request, then full': [{ post: ['away', refusal(409, 'queue_busy')] }, 'queue_busy', 2, null],
+    'refused': [{ post: [refusal(429, 'rate_limited')] }, 'rate_limited', 1, null],
+    'slow, then refused at the door': [{ post: ['hangs', refusal(429, 'rate_limited')] }, 'interrupted', 2, null],
+    'slow for minutes': [{ post: ['hangs', 'hangs', 'hangs', 'hangs', 'hangs', accepted] }, 'completed', 6, 'j'],
+    'hangs for good': [{ post: ['hangs'] }, 'interrupted', null, null],
+    'away for 45 seconds after it was accepted': [{ post: [accepted], get: [...Array(45).fill('away'), completed] }, 'completed', 1, 'j'],
+    'away for good after it was accepted': [{ post: [accepted], get: ['away'] }, 'interrupted', 1, 'j'],
+    'the computer slept while it was followed': [{ post: [accepted], get: ['hangs', completed] }, 'completed', 1, 'j'],
+    'forgotten after it was accepted': [{ post: [accepted], get: [refusal(404, 'job_not_found')] }, 'interrupted', 1, 'j'],
+    'failed': [{ post: [accepted], get: [job('failed', 1, { errorCode: 'offline' })] }, 'offline', 1, 'j'],
+  };
+  for (const [name, [answers, outcome, posts, id]] of Object.entries(rows)) {
+    Object.assign(script, { hello: [hello], get: [completed] }, structuredClone(answers));
+    keys.length = 0;
+    const began = elapsed();
+    const result = await printCommands([], { printerName: 'K' }).catch((error) => error);
+    const seen = result.job === undefined ? result : result.job;
+    assert.deepEqual([result.code ?? result.status, seen?.id ?? null], [outcome, id], name);
+    if (posts === null) assert.ok(keys.length > 2, name);
+    else assert.equal(keys.length, posts, name);
+    assert.ok(new Set(keys).size <= 1, `${name}: one key`);
+    if (result.code && keys.length > 0) assert.equal(result.idempotencyKey, keys[0], name);
+    assert.ok(elapsed() - began < 12 * 60_000, `${name}: an end after ${elapsed() - began} ms`);
+  }
+});
