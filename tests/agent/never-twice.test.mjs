@@ -6,7 +6,7 @@ import path from 'node:path';
 import { createHash } from 'node:crypto';
 import { fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
 import { ORIGIN, raw, siteOf } from './support/site.mjs';
-import { JobHistory } from '../../agent/lib/jobs/history.mjs';
+import { JobHistory, KEY_MS, MAX_JOBS } from '../../agent/lib/jobs/history.mjs';
 import { JobQueue } from '../../agent/lib/jobs/queue.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
 import { inParallel } from '../../agent/lib/printers/probe.mjs';
@@ -96,6 +96,28 @@ test('a printer that drops connections before the first byte is tried again, and
   // The reset may arrive after the first write: then it is not tried again either.
   if (status === 'failed') assert.deepEqual([errorCode, printer.jobs.length], ['interrupted', 0]);
   else assert.deepEqual([status, printer.jobs.length, refusals], ['completed', 1, 0]);
+});
+
+test('a key stands while its job waits and ten minutes after its end, however many jobs there are', async (t) => {
+  let now = 1e12;
+  const { now: clock } = Date;
+  Date.now = () => now; // mock.method() would keep every one of its many calls
+  t.after(() => { Date.now = clock; });
+  const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+  const add = (key, status) => history.add({ printerId: 'p', printerName: 'P', kind: 'raw', status, ...(key ? { key } : {}) });
+  const [waiting, ended] = await Promise.all([add('waiting', 'waiting'), add('ended', 'completed')]);
+  await Promise.all(Array.from({ length: 4000 }, (_, n) => add(`key-${n}`, 'completed')));
+  assert.deepEqual(['waiting', 'ended', 'key-0'].map((key) => history.findByKey(key)?.printerId), ['p', 'p', 'p']);
+  now += 60 * 60_000;
+  assert.equal(history.findByKey('waiting').id, waiting.id, 'its printer has been off for an hour');
+  await history.mark(waiting.id, 'completed');
+  assert.equal(history.find(waiting.id).status, 'completed');
+  now += KEY_MS - 1;
+  assert.equal(history.findByKey('waiting').id, waiting.id);
+  now += 1;
+  assert.deepEqual([history.findByKey('waiting'), history.findByKey('ended')], [undefined, undefined]);
+  await add(undefined, 'queued');
+  assert.deepEqual([history.count, history.find(ended.id)], [MAX_JOBS, undefined], 'what stands no longer goes');
 });
 
 /** Takes a receipt slowly enough to be killed over it, and tells of every step. */

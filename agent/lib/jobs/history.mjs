@@ -6,16 +6,16 @@ import { MirroredFile, moveAside, readJsonObject } from '../store/json-file.mjs'
 export const MAX_JOBS = 500;
 export const RECENT_JOBS = 200;
 
-/** How long the key of a request keeps standing for its job, in milliseconds. */
+/** How long the key of a request goes on standing for its job once that has ended, in milliseconds. */
 export const KEY_MS = 10 * 60_000;
-
-// With jobs that are not over or whose key still stands.
-const MOST_JOBS = 3000;
 
 const ENDED = new Set(['completed', 'failed', 'cancelled']);
 
 /** Whether a job with this status will change no more. */
 export const hasEnded = (status) => ENDED.has(status);
+
+/** Whether a record may not be forgotten: its job, or its request's repetition, is still to come. */
+const stands = ({ status, key, updatedAt }) => !hasEnded(status) || (key !== undefined && updatedAt > Date.now() - KEY_MS);
 
 const isJob = (job) => job !== null && typeof job === 'object'
   && ['id', 'printerId', 'kind', 'status'].every((key) => typeof job[key] === 'string')
@@ -68,9 +68,9 @@ export class JobHistory {
     return job && { ...job };
   }
 
-  /** The youngest job that was accepted under a key, while the key stands. */
+  /** The youngest job that was accepted under a key, while the key stands: a job may wait longer than KEY_MS for its printer. */
   findByKey(key) {
-    const job = this.#jobs.find((each) => each.key === key && each.createdAt > Date.now() - KEY_MS);
+    const job = this.#jobs.find((each) => each.key === key && stands(each));
     return job && { ...job };
   }
 
@@ -128,8 +128,7 @@ export class JobHistory {
   flushSync() { this.#mirror.flushSync(); }
 
   #trim() {
-    const stands = (job) => !hasEnded(job.status) || (job.key !== undefined && job.createdAt > Date.now() - KEY_MS);
-    this.#jobs = this.#jobs.filter((job, index) => index < MAX_JOBS || (index < MOST_JOBS && stands(job)));
+    this.#jobs = this.#jobs.filter((job, index) => index < MAX_JOBS || stands(job));
   }
 
   #save() {
