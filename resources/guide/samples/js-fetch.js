@@ -38,10 +38,9 @@ async function withToken(request) {
   }
 }
 
-async function print(job) {
-  // المفتاح يجعل إعادة الطلب نفسه آمنة: ورقة واحدة مهما تكرر
-  const key = Array.from(crypto.getRandomValues(new Uint8Array(16)), (byte) => byte.toString(16).padStart(2, '0')).join('');
-  let { job: now } = await withToken(() => call('POST', '/v1/jobs', job, { 'Idempotency-Key': key }));
+// المفتاح يجعل إعادة الطلب نفسه آمنة: ورقة واحدة مهما تكرر خلال 10 دقائق، ولو بنقرة مزدوجة
+async function print(job, idempotencyKey) {
+  let { job: now } = await withToken(() => call('POST', '/v1/jobs', job, { 'Idempotency-Key': idempotencyKey }));
   while (!['completed', 'failed', 'cancelled'].includes(now.status)) {
     ({ job: now } = await call('GET', `/v1/jobs/${now.id}?after=${now.revision}&wait=20000`));
   }
@@ -52,6 +51,7 @@ async function print(job) {
 const { version } = await call('GET', '/v1/hello');
 console.log('Zemrak Printer', version);
 
+// ضع معرّفًا ثابتًا من نظامك، كرقم الفاتورة. الوقت هنا للتجربة فقط
 const done = await print({
   printer: 'Kitchen',
   kind: 'commands',
@@ -62,5 +62,5 @@ const done = await print({
     { type: 'cut' },
   ],
   options: { maxWaitSeconds: 60 },
-});
+}, `fetch-invoice-1042-${Date.now()}`);
 console.log(done.status);
