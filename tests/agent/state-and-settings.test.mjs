@@ -117,9 +117,12 @@ test('origins', async (t) => {
 test('settings and pairings survive a restart, and keys of a newer version are kept', async (t) => {
   const home = privateHome(t);
   const site = { id: 's1', origin: 'https://pos.zemrak.example', name: 'POS', createdAt: 1_700_000_000_000 };
-  plant(home, 'settings.json', { sites: [{ ...site, tokenHash: 'planted-hash' }], later: { kept: true } });
+  const profiles = { preview: { dots: 576, later: 3 } };
+  plant(home, 'settings.json', { sites: [{ ...site, tokenHash: 'planted-hash' }], profiles, later: { kept: true } });
   const first = await startService(t, { home });
   assert.deepEqual((await first.state()).pairedSites, [site]);
+  assert.equal((await first.post('/admin/profile', { id: 'preview', profile: { later: 3 } })).status, 400);
+  assert.equal((await first.post('/admin/profile', { id: 'preview', profile: { dots: 384 } })).status, 200);
   const id = await first.addPrinter(9);
   assert.equal(await first.addPrinter(9, 'Again'), id, 'the same address is the same printer');
   await first.post('/admin/settings', { autoApprovePairing: true });
@@ -134,11 +137,12 @@ test('settings and pairings survive a restart, and keys of a newer version are k
   assert.equal((await second.post('/admin/revoke', { id: 'nobody' })).status, 404);
   assert.equal((await second.post('/admin/revoke', { id: 's1' })).status, 200);
   assert.deepEqual((await second.state()).pairedSites, []);
-  assert.deepEqual(JSON.parse(readConfig(home, 'settings.json')).later, { kept: true });
+  const stored = JSON.parse(readConfig(home, 'settings.json'));
+  assert.deepEqual([stored.later, stored.profiles], [{ kept: true }, { preview: { dots: 384, later: 3 } }]);
 });
 
 test('an unusable settings file is kept aside and the person is told', async (t) => {
-  const broken = ['{"printers": [', '[]', '', JSON.stringify({ printers: [{ id: 1 }] }), JSON.stringify({ httpPort: 'x' })];
+  const broken = ['{"printers": [', '[]', '', JSON.stringify({ printers: [{ id: 1 }] }), JSON.stringify({ httpPort: 'x' }), JSON.stringify({ profiles: { preview: { dots: 500, later: 3 } } })];
   const home = privateHome(t);
   for (const [index, content] of broken.entries()) {
     plant(home, 'settings.json', content);

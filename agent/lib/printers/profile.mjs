@@ -45,6 +45,13 @@ export function checkProfile(given) {
   return checked;
 }
 
+/** Whether a stored profile can be used: what this version does not know in it is a later version's. */
+export function isStoredProfile(profile) {
+  if (!isObject(profile)) return false;
+  const known = Object.fromEntries(Object.entries(profile).filter(([key]) => Object.hasOwn(KEYS, key)));
+  return checkProfile(known) !== null;
+}
+
 /** The stored profile with the checked keys laid over it; cleared keys are left out. */
 export function mergeProfile(stored, checked) {
   return Object.fromEntries(Object.entries({ ...stored, ...checked }).filter(([, value]) => value !== null));

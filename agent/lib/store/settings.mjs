@@ -1,6 +1,6 @@
 import { moveAside, readJsonObject, writeFileAtomic } from './json-file.mjs';
 import { isHost, isPort, isTransport, isPlainText } from '../validate.mjs';
-import { checkProfile } from '../printers/profile.mjs';
+import { isStoredProfile } from '../printers/profile.mjs';
 import { isMac } from '../printers/neighbours.mjs';
 import { normaliseOrigin } from '../sites/origins.mjs';
 
@@ -24,7 +24,6 @@ export function defaultSettings() {
 
 const isList = (value, each) => Array.isArray(value) && value.every(each);
 const isRecord = (value) => value !== null && typeof value === 'object' && !Array.isArray(value);
-const storedProfile = (profile) => isRecord(profile) && checkProfile(profile) !== null;
 
 const CHECKS = {
   httpPort: isPort,
@@ -34,7 +33,7 @@ const CHECKS = {
     && isHost(printer.host) && isPort(printer.port) && isTransport(printer.transport)
     && (printer.mac === undefined || isMac(printer.mac))),
   queues: (value) => isList(value, (name) => isPlainText(name)),
-  profiles: (value) => isRecord(value) && Object.values(value).every(storedProfile),
+  profiles: (value) => isRecord(value) && Object.values(value).every(isStoredProfile),
   origins: (value) => isList(value, (origin) => normaliseOrigin(origin) === origin),
   sites: (value) => isList(value, (site) => isRecord(site) && isPlainText(site.id) && typeof site.origin === 'string'
     && isPlainText(site.name) && Number.isFinite(site.createdAt)),
