@@ -51,7 +51,7 @@ export class Pairing {
     if (left > 0) throw cooldown(left);
     let question = this.#questions.get(origin);
     if (!question) {
-      if (this.#questions.size >= MAX_QUESTIONS) throw cooldown(this.#times.cooldown);
+      if (this.#questions.size >= MAX_QUESTIONS) throw cooldown(this.#times.cooldown, 'طلبات اقتران أخرى تنتظر الموافقة على هذا الجهاز. أجب عليها ثم حاول.');
       question = this.#open(origin, name);
     }
     question.askers += 1;
@@ -86,6 +86,6 @@ export class Pairing {
   }
 }
 
-function cooldown(ms) {
-  return new ApiError(429, 'pairing_cooldown', 'رُفض الاقتران قبل قليل. انتظر 30 ثانية ثم حاول.', { 'Retry-After': String(Math.ceil(ms / 1000)) });
+function cooldown(ms, message = 'رُفض الاقتران قبل قليل. انتظر 30 ثانية ثم حاول.') {
+  return new ApiError(429, 'pairing_cooldown', message, { 'Retry-After': String(Math.ceil(ms / 1000)) });
 }
