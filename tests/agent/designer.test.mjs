@@ -3,9 +3,11 @@ import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { amountOf, checkDesignerDoc, totalsOf } from '../../agent/lib/print/designer-doc.mjs';
 import { designerReceipt, money } from '../../agent/lib/print/designer-receipt.mjs';
+import { BARCODE_FORMATS } from '../../agent/lib/print/symbols.mjs';
 import { render } from '../../agent/lib/print/render.mjs';
 import { encodeText } from '../../agent/lib/print/text-encoder.mjs';
 import { columnsOf, row, wrap } from '../../agent/lib/print/layout.mjs';
+import { DESIGNER_BODY_BYTES } from '../../agent/lib/http/body.mjs';
 import { designerDoc, startService } from './support/service.mjs';
 
 const item = (qty, price, name = 'x') => ({ name, qty, price });
@@ -25,6 +27,7 @@ test('documents are checked strictly', () => {
   const good = designerDoc({ items: Array.from({ length: 300 }, () => item('1', '1', 'ش'.repeat(2000))), qrEnabled: true, qrData: 'q'.repeat(600) });
   assert.equal(checkDesignerDoc(good), good);
   checkDesignerDoc(designerDoc({ qrEnabled: false, qrData: 'q'.repeat(601) }));
+  for (const barcodeFormat of BARCODE_FORMATS) checkDesignerDoc(designerDoc({ barcodeEnabled: true, barcodeFormat, barcodeData: '  ' }));
   for (const key of Object.keys(designerDoc())) {
     const { [key]: removed, ...missing } = designerDoc();
     assert.throws(() => checkDesignerDoc(missing), { status: 400, code: 'invalid_request' }, `without ${key}`);
@@ -138,4 +141,8 @@ test('a receipt through the service comes out on the paper it was designed for',
   const { status, body } = await service.post('/admin/designer/print', { printer: 'preview', doc: designerDoc({ paperWidthMm: 80 }) });
   assert.equal(status, 202);
   assert.equal((await service.ended(body.job.id)).status, 'completed');
+  const longest = designerDoc({ items: Array.from({ length: 300 }, () => item('1', '1', 'ش'.repeat(2000))) });
+  assert.equal((await service.post('/admin/designer/print', { printer: 'preview', doc: longest })).status, 202);
+  const tooLong = { ...longest, more: 'x'.repeat(DESIGNER_BODY_BYTES) };
+  assert.equal((await service.post('/admin/designer/print', { printer: 'preview', doc: tooLong })).status, 413);
 });

@@ -1,5 +1,5 @@
 import { invalidRequest } from '../api-error.mjs';
-import { readJsonBody } from '../http/body.mjs';
+import { ADMIN_BODY_BYTES, DESIGNER_BODY_BYTES, readJsonBody } from '../http/body.mjs';
 import { discoverBonjour } from '../discovery/bonjour.mjs';
 import { discoverNetwork } from '../discovery/network.mjs';
 import { discoverUsb } from '../discovery/usb.mjs';
@@ -8,6 +8,7 @@ import { diagnostics } from './diagnostics.mjs';
 import { printerRoutes } from './printer-routes.mjs';
 import { siteRoutes } from './site-routes.mjs';
 
+const BODY_BYTES = { '/admin/designer/print': DESIGNER_BODY_BYTES };
 const DONE = Object.freeze({ ok: true });
 
 /**
@@ -43,7 +44,7 @@ export function adminRoutes(service) {
     'GET /admin/diagnostics': () => ({ body: diagnostics(service) }),
     ...Object.fromEntries(Object.entries(post).map(([path, command]) => [
       `POST ${path}`,
-      async ({ request, signal }) => command(await readJsonBody(request), signal),
+      async ({ request, signal }) => command(await readJsonBody(request, BODY_BYTES[path] ?? ADMIN_BODY_BYTES), signal),
     ])),
   };
 }

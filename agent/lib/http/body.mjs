@@ -1,8 +1,9 @@
 import { ApiError } from '../api-error.mjs';
 import { isObject } from '../validate.mjs';
 
-/** Largest bodies in bytes: of the private commands, and of print jobs. */
+/** Largest bodies in bytes: of the private commands, of a receipt of the designer (its longest in Arabic has 1.2 MB), and of print jobs. */
 export const ADMIN_BODY_BYTES = 1024 * 1024;
+export const DESIGNER_BODY_BYTES = 4 * 1024 * 1024;
 export const JOB_BODY_BYTES = 25 * 1024 * 1024;
 
 /** Bytes of all bodies being read at one time. */

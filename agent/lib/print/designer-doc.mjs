@@ -32,7 +32,7 @@ export function checkDesignerDoc(doc) {
   if (!Array.isArray(doc.items) || doc.items.length > MAX_ITEMS) refuse('items');
   for (const item of doc.items) if (!isObject(item) || !['name', 'qty', 'price'].every((key) => isText(item[key]))) refuse('items');
   if (!BARCODE_FORMATS.includes(doc.barcodeFormat)) refuse('barcodeFormat');
-  if (doc.barcodeEnabled && doc.barcodeData !== '' && !isBarcode(doc.barcodeFormat, doc.barcodeData)) {
+  if (doc.barcodeEnabled && doc.barcodeData.trim() !== '' && !isBarcode(doc.barcodeFormat, doc.barcodeData)) {
     throw invalidRequest('بيانات الباركود لا تناسب نوعه.');
   }
   const { total, subtotal } = totalsOf(doc);
