@@ -2,8 +2,11 @@
 #include "support/privatebus.h"
 
 #include <QDBusContext>
+#include <QDBusError>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QDBusUnixFileDescriptor>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <poll.h>
@@ -180,6 +183,17 @@ private Q_SLOTS:
         Session session(m_session);
         QTRY_COMPARE(login.held(), 1);
         QTRY_COMPARE(session.flags.size(), 1);
+    }
+
+    void saysWhenThereIsNoBus()
+    {
+        const auto none = [] { return QDBusConnection(QStringLiteral("no such connection")); };
+        SleepInhibitors inhibitors(none, none);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("until this service appears.*login1")));
+        const auto activity = inhibitors.begin(ProcessActivities::IdleSleep::Forbidden, reason);
+        // Refusals come in the order of their calls.
+        QDBusPendingCallWatcher later(QDBusPendingCall::fromError(QDBusError(QDBusError::Disconnected, QString())));
+        QVERIFY(QSignalSpy(&later, &QDBusPendingCallWatcher::finished).wait());
     }
 
     /// The person switches on and off again before the desktop has answered.

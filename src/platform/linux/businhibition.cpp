@@ -1,5 +1,6 @@
 #include "platform/linux/businhibition.h"
 
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -19,7 +20,10 @@ Q_LOGGING_CATEGORY(lcSleep, "zemrak.platform.sleep")
 // Runs `then` with the answer, whoever is still there to hear it: an inhibition that arrives late is to be given back.
 template <typename Then> void call(const QDBusConnection &bus, const QDBusMessage &message, Then then)
 {
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(message));
+    // Without a bus a call never finishes by itself.
+    auto *watcher = new QDBusPendingCallWatcher(bus.isConnected()
+            ? bus.asyncCall(message)
+            : QDBusPendingCall::fromError(QDBusError(QDBusError::Disconnected, QStringLiteral("no bus"))));
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, then = std::move(then)] {
         then(watcher->reply());
         watcher->deleteLater();
