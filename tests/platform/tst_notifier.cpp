@@ -1,5 +1,6 @@
 #include "app/notificationcheck.h"
 #include "platform/linux/desktopnotifier.h"
+#include "platform/linux/notificationledger.h"
 #include "support/manualclock.h"
 #include "support/notificationserver.h"
 #include "support/privatebus.h"
@@ -157,6 +158,42 @@ private Q_SLOTS:
         f.retract(two);
         QTRY_COMPARE(f.shown(), QStringLiteral("-one -two"));
         QCOMPARE(f.server->calls(), calls + 2); // nothing to take back, nothing asked
+    }
+
+    void takesBackFromTheServersListWhatTimedOut()
+    {
+        constexpr uint expired = 1;
+        constexpr uint dismissed = 2;
+        Fixture f;
+        f.startServer();
+        f.post(one);
+        f.post(two);
+        f.roundTrip();
+        f.server->endPopup(1, expired);
+        f.server->endPopup(2, dismissed);
+        f.server->click(1);
+        QTRY_COMPARE(f.clicks.size(), 1);
+        const int calls = f.server->calls();
+        f.retract(two);
+        f.retract(one);
+        QTRY_COMPARE(f.shown(), QStringLiteral("-one two"));
+        QCOMPARE(f.server->calls(), calls + 1);
+    }
+
+    void ledgerKeepsTheNewest()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("ledger"));
+        constexpr uint last = NotificationLedger::capacity + 2;
+        {
+            NotificationLedger ledger(file);
+            for (uint number = 1; number <= last; ++number)
+                ledger.add(QString::number(number), QStringLiteral(":1.1"), number);
+        }
+        NotificationLedger ledger(file);
+        QCOMPARE(ledger.take(QStringLiteral("2")), std::nullopt);
+        QCOMPARE(ledger.take(QStringLiteral("3")), 3U);
+        QCOMPARE(ledger.take(QString::number(last)), last);
     }
 
     void problemThatEndsBeforeItIsShown()

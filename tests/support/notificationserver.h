@@ -45,6 +45,8 @@ public:
     [[nodiscard]] const Note *find(const QString &title) const;
     [[nodiscard]] int calls() const { return m_calls; }
     void click(uint number, const QString &token = {});
+    /// Announces the end of its popup; `reason`: 1 it timed out, 2 the person closed it.
+    void endPopup(uint number, uint reason) { Q_EMIT NotificationClosed(number, reason); }
 
 public Q_SLOTS:
     QStringList GetCapabilities();

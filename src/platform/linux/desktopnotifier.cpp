@@ -254,7 +254,9 @@ void DesktopNotifier::onActionInvoked(const QDBusMessage &signal)
 
 void DesktopNotifier::onNotificationClosed(const QDBusMessage &signal)
 {
-    if (m_busKnown)
+    // What has only timed out may still stand in the server's list, to be taken back from there, or clicked.
+    constexpr uint expired = 1;
+    if (m_busKnown && signal.arguments().value(1).toUInt() != expired)
         m_ledger.forget(signal.service(), signal.arguments().value(0).toUInt());
 }
 

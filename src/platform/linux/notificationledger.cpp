@@ -35,6 +35,9 @@ void NotificationLedger::add(const QString &id, const QString &server, uint numb
     if (std::exchange(m_server, server) != server)
         m_numbers.clear();
     m_numbers.insert(id, number);
+    // Servers count upward.
+    while (m_numbers.size() > capacity)
+        m_numbers.erase(std::min_element(m_numbers.cbegin(), m_numbers.cend()));
     save();
 }
 

@@ -12,6 +12,9 @@ namespace zemrak::linux_ {
 class NotificationLedger
 {
 public:
+    /// What is kept: the newest ones, since not every end of a notification is heard of.
+    static constexpr int capacity = 300;
+
     explicit NotificationLedger(QString fileName);
 
     /// `busId`: unique names of servers begin anew with every bus. Another one than the ledger's empties it.
