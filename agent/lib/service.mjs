@@ -1,4 +1,3 @@
-import { readFileSync } from 'node:fs';
 import { configPaths, ensurePrivateFolder } from './paths.mjs';
 import { Log } from './log.mjs';
 import { Settings, readSettings } from './store/settings.mjs';
@@ -20,6 +19,7 @@ import { adminGuard, renewToken } from './admin/token.mjs';
 import { lastPortConflict } from './admin/port-conflict.mjs';
 import { adminRoutes } from './admin/routes.mjs';
 import { renewIfDue } from './tls/certificates.mjs';
+import { readCertificate, watchCertificate } from './tls/fresh-certificate.mjs';
 import { Updates } from './update/updates.mjs';
 import { Pairings } from './sites/pairings.mjs';
 import { Pictures } from './print/picture-files.mjs';
@@ -141,9 +141,18 @@ async function openPorts({ env, paths, settings, answer, log }) {
     }
     log.error(`HTTPS is off: the certificate does not load (${error.code ?? error.message})`);
   }
+  const listeners = { httpPort: plain.port, httpsPort: secure?.port ?? httpsPort, tls: Boolean(secure) };
+  const unwatch = watchCertificate(paths, material, async (fresh) => {
+    if (secure) return void secure.renew(fresh);
+    secure = await openListener({ port: httpsPort, tls: fresh, answer, log });
+    Object.assign(listeners, { httpsPort: secure.port, tls: true });
+  }, log);
   return {
-    listeners: { httpPort: plain.port, httpsPort: secure?.port ?? httpsPort, tls: Boolean(secure) },
-    close: () => Promise.all([plain.close(), secure?.close()]),
+    listeners,
+    close: () => {
+      unwatch();
+      return Promise.all([plain.close(), secure?.close()]);
+    },
   };
 }
 
@@ -163,7 +172,7 @@ async function readTls(paths, log) {
     log.error(`the certificates cannot be renewed: ${error.message}`);
   }
   try {
-    return { cert: readFileSync(paths.serverCert), key: readFileSync(paths.serverKey) };
+    return readCertificate(paths);
   } catch (error) {
     if (error.code !== 'ENOENT') log.error(`HTTPS is off: ${error.code}`);
     return null;

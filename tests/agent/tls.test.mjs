@@ -6,7 +6,7 @@ import { existsSync, mkdirSync, readFileSync, readdirSync, rmSync, statSync, wri
 import https from 'node:https';
 import path from 'node:path';
 import tls from 'node:tls';
-import { command, configFolder, fakeProgram, plant, privateHome, readConfig, startService } from './support/service.mjs';
+import { command, configFolder, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { findProgram } from '../../agent/lib/system/program.mjs';
 
 const system = { PATH: process.env.PATH };
@@ -17,7 +17,7 @@ const contents = (home) => Object.fromEntries(FILES.map((name) => [name, readCon
 
 function ask(port, ca, host, servername) {
   return new Promise((resolve, reject) => {
-    https.get({ port, host: '127.0.0.1', path: '/', ca, servername, headers: { Host: `${host}:${port}` }, checkServerIdentity: (_, cert) => tls.checkServerIdentity(host, cert) },
+    https.get({ port, host: '127.0.0.1', path: '/', agent: false, ca, servername, headers: { Host: `${host}:${port}` }, checkServerIdentity: (_, cert) => tls.checkServerIdentity(host, cert) },
       (response) => { response.resume(); resolve(response.statusCode); }).on('error', reject);
   });
 }
@@ -84,6 +84,28 @@ test('certificates: made once, private, and good for the loopback names', { skip
     assert.notEqual(third['ca.crt'], first['ca.crt']);
     assert.ok(new X509Certificate(third['server.crt']).verify(new X509Certificate(third['ca.crt']).publicKey));
   });
+});
+
+test('a running service takes certificates that are made meanwhile', { skip: without('openssl') }, async (t) => {
+  const home = privateHome(t);
+  const service = await startService(t, { home });
+  assert.equal((await service.state()).tls, false);
+  const folder = path.join(configFolder(home), 'tls');
+  const made = async () => {
+    rmSync(folder, { recursive: true, force: true });
+    assert.equal((await command(t, home, ['init-tls'], system)).status, 0);
+    return readConfig(home, 'tls/ca.crt');
+  };
+  const first = await made();
+  const { httpsPort } = await until(async () => { const state = await service.state(); return state.tls && state; }, 'HTTPS');
+  const answer = (ca) => ask(httpsPort, ca, '127.0.0.1').catch(({ code }) => code);
+  assert.equal(await answer(first), 404);
+  const second = await made();
+  await until(async () => await answer(second) === 404, 'the second certificate');
+  assert.notEqual(await answer(first), 404);
+  writeFileSync(path.join(folder, 'server.crt'), 'not a certificate');
+  await until(() => /the new certificate is not used/.test(service.stderr + service.stdout), 'the refusal');
+  assert.equal(await answer(second), 404, 'the last good one stays');
 });
 
 test('without a working openssl nothing is half made', async (t) => {

@@ -15,17 +15,19 @@ const LIMITS = {
   requireHostHeader: false,
 };
 const LINGER_MS = 1000;
+const TLS = { minVersion: 'TLSv1.2' };
 
 /**
  * Opens a listener on the loopback address only.
  * @param {{ port: number, tls?: { key: Buffer, cert: Buffer }, answer: (request: object, context: { port: number, signal: AbortSignal, headers: object }) => Promise<object>, log: object }} options
  *   port 0 = any free one; `answer` throws ApiError to refuse; it may put into `headers` what the answer must carry in any case
- * @returns {Promise<{ port: number, close: () => Promise<void> }>}
+ * @returns {Promise<{ port: number, renew: (tls: { key: Buffer, cert: Buffer }) => void, close: () => Promise<void> }>}
+ *   renew = has new connections get another certificate; throws the TLS library's error, the old one is kept then
  * @throws the system's error (EADDRINUSE) or, with bad key material, the TLS library's
  */
 export async function openListener({ port, tls, answer, log }) {
   const server = tls
-    ? https.createServer({ ...LIMITS, ...tls, minVersion: 'TLSv1.2', handshakeTimeout: 10_000 })
+    ? https.createServer({ ...LIMITS, ...TLS, ...tls, handshakeTimeout: 10_000 })
     : http.createServer(LIMITS);
   server.maxConnections = MAX_CONNECTIONS;
   await new Promise((resolve, reject) => {
@@ -41,6 +43,7 @@ export async function openListener({ port, tls, answer, log }) {
   server.on('clientError', refuseBrokenRequest);
   return {
     port: bound,
+    renew: (fresh) => server.setSecureContext({ ...TLS, ...fresh }),
     close: () => new Promise((resolve) => {
       server.close(resolve);
       server.closeIdleConnections();
