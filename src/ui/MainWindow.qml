@@ -62,6 +62,7 @@ BaseWindow {
             required property string pageId
             required property int index
 
+            autoRepeat: false
             enabled: !MainView.showOnboarding
             sequences: ["Ctrl+" + (index + 1)]
 
@@ -70,12 +71,14 @@ BaseWindow {
     }
     // Over an open sheet too, which keeps the other shortcuts to itself.
     Shortcut {
+        autoRepeat: false
         context: Qt.ApplicationShortcut
         sequences: ["Ctrl+W"]
 
         onActivated: root.close()
     }
     Shortcut {
+        autoRepeat: false
         context: Qt.ApplicationShortcut
         sequences: ["Ctrl+Q"]
 

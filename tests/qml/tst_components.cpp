@@ -2,6 +2,7 @@
 #include "base/clock.h"
 #include "demo/stage.h"
 #include "qml/warnings.h"
+#include "support/heldkey.h"
 #include "ui/uicontext.h"
 
 #include <QAccessible>
@@ -183,6 +184,48 @@ private Q_SLOTS:
         item(name)->forceActiveFocus(Qt::TabFocusReason);
         QTest::keyClick(m_gallery.get(), Qt::Key_Space);
         QCOMPARE(spy.count(), 2);
+    }
+
+    void aHeldKeyActsOnce_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("signal");
+        QTest::addColumn<Qt::Key>("key");
+        const auto row = [](const char *name, const char *signal, Qt::Key key) {
+            QTest::addRow("%s %x", name, key) << QString::fromLatin1(name) << QByteArray(signal) << key;
+        };
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+            row("primary", SIGNAL(clicked()), key);
+            row("toggle", SIGNAL(toggleRequested(bool)), key);
+        }
+        row("check", SIGNAL(toggleRequested(bool)), Qt::Key_Space);
+        row("input", SIGNAL(accepted()), Qt::Key_Return);
+    }
+
+    void aHeldKeyActsOnce()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, signal);
+        QFETCH(Qt::Key, key);
+        openGallery();
+        QSignalSpy spy(item(name), signal.constData());
+        item(name)->forceActiveFocus(Qt::TabFocusReason);
+        holdKey(*m_gallery, key, 5);
+        QCOMPARE(spy.count(), 1);
+        holdKey(*m_gallery, key, 0);
+        QCOMPARE(spy.count(), 2);
+    }
+
+    void aHeldKeyGoesOnTyping()
+    {
+        openGallery();
+        item("input")->forceActiveFocus();
+        holdKey(*m_gallery, Qt::Key_Space, 3);
+        QCOMPARE(item("input")->property("text").toString(), QStringLiteral("    "));
+        item("select")->forceActiveFocus();
+        QSignalSpy chosen(item("select"), SIGNAL(chosen(QVariant)));
+        holdKey(*m_gallery, Qt::Key_Down, 1); // the arrows go on, too
+        QCOMPARE(chosen.count(), 2);
     }
 
     void everyControlHasANameAndARole()
