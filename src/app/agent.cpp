@@ -18,7 +18,7 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     , m_supervisor(places.bundle, places.configDir, clock, host.childGuard, m_log)
     , m_channel(places.configDir + QStringLiteral("/admin.token"), clock, places.port)
     , m_poll(m_channel, clock)
-    , m_commands(m_channel, m_poll, m_toast)
+    , m_commands(m_channel, m_poll, m_toast, clock)
     , m_alertDelivery(host.notifier, clock, defaults.strings(notifiedKey),
           [&defaults](const QStringList &ids) { defaults.setStrings(notifiedKey, ids); })
     , m_alertFeed(m_channel, m_alertDelivery, clock)

@@ -23,12 +23,23 @@ bool answeredWith(const AdminAnswer &answer, QByteArrayView word)
 
 } // namespace
 
-Commands::Commands(AdminChannel &channel, StatePoll &poll, Toast &toast, QObject *parent)
+Commands::Commands(AdminChannel &channel, StatePoll &poll, Toast &toast, Clock &clock, QObject *parent)
     : QObject(parent)
     , m_channel(channel)
     , m_poll(poll)
     , m_toast(toast)
+    , m_clock(clock)
 {
+}
+
+bool Commands::begin(const QString &wish)
+{
+    const std::chrono::milliseconds now = m_clock.steadyTime();
+    const auto last = m_wishes.constFind(wish);
+    if (last != m_wishes.cend() && (!last->answered || now - last->at < oneWish))
+        return false;
+    m_wishes.insert(wish, {now});
+    return true;
 }
 
 void Commands::post(
@@ -39,8 +50,12 @@ void Commands::post(
 
 void Commands::testPrint(const QString &printerId)
 {
+    const QString wish = QStringLiteral("test ") + printerId;
+    if (!begin(wish))
+        return;
     post(QStringLiteral("/admin/test"), QJsonObject{{QStringLiteral("printer"), printerId}}, usual,
-        [this](const AdminAnswer &answer) {
+        [this, wish](const AdminAnswer &answer) {
+            end(wish);
             m_toast.flash(answer ? QStringLiteral("تم إرسال طباعة التجربة") : QStringLiteral("تعذر إرسال الطباعة"));
         });
 }
@@ -60,10 +75,14 @@ void Commands::saveProfile(const QString &printerId, const QJsonObject &profile,
 void Commands::printerAction(
     const QString &printerId, const QString &action, const std::optional<QString> &pin, const QString &okMessage)
 {
+    const QString wish = action + u' ' + printerId;
+    if (!begin(wish))
+        return;
     QJsonObject body{{QStringLiteral("id"), printerId}, {QStringLiteral("action"), action}};
     if (pin)
         body.insert(QStringLiteral("pin"), *pin);
-    post(QStringLiteral("/admin/printers/action"), body, 15s, [this, okMessage](const AdminAnswer &answer) {
+    post(QStringLiteral("/admin/printers/action"), body, 15s, [this, wish, okMessage](const AdminAnswer &answer) {
+        end(wish);
         m_toast.flash(answeredWithoutError(answer) ? okMessage : QStringLiteral("تعذر تنفيذ الأمر على هذه الطابعة"));
     });
 }
@@ -173,13 +192,19 @@ void Commands::scanUsb(Found<UsbDevice> done)
     search(QStringLiteral("/admin/discover/usb"), 15s, &UsbResult::devices, std::move(done));
 }
 
-void Commands::printDesigner(const QString &printerId, const QJsonObject &document, Succeeded done)
+bool Commands::printDesigner(const QString &printerId, const QJsonObject &document, Succeeded done)
 {
+    const QString wish = QStringLiteral("receipt ") + printerId;
+    if (!begin(wish))
+        return false;
     const QJsonObject body{{QStringLiteral("printer"), printerId}, {QStringLiteral("doc"), document}};
-    post(QStringLiteral("/admin/designer/print"), body, 15s, [done = std::move(done)](const AdminAnswer &answer) {
-        if (done)
-            done(answeredWithoutError(answer));
-    });
+    post(QStringLiteral("/admin/designer/print"), body, 15s,
+        [this, wish, done = std::move(done)](const AdminAnswer &answer) {
+            end(wish);
+            if (done)
+                done(answeredWithoutError(answer));
+        });
+    return true;
 }
 
 } // namespace zemrak

@@ -5,6 +5,7 @@
 #include "app/toast.h"
 #include "model/discovery.h"
 
+#include <QHash>
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
@@ -15,8 +16,8 @@
 namespace zemrak {
 
 /// Every change the person makes to printers, sites and settings, and every search for printers: one request each, told
-/// by a short message or by `done`. Nothing is checked here; the service judges. Main thread only; every `done` is
-/// called exactly once while this object lives.
+/// by a short message or by `done`. Nothing is checked here; the service judges. What makes a printer do something is
+/// sent once for a double click. Main thread only; every `done` is called exactly once while this object lives.
 class Commands : public QObject
 {
     Q_OBJECT
@@ -26,11 +27,16 @@ public:
     template <typename Record>
     using Found = std::function<void(const QList<Record> &hits)>; ///< empty also when the search failed
 
-    Commands(AdminChannel &channel, StatePoll &poll, Toast &toast, QObject *parent = nullptr);
+    /// How soon the same wish for the same printer counts as the second half of a double click.
+    static constexpr std::chrono::milliseconds oneWish{500};
 
+    Commands(AdminChannel &channel, StatePoll &poll, Toast &toast, Clock &clock, QObject *parent = nullptr);
+
+    /// Nothing happens while the last one for this printer has no answer or is younger than `oneWish`.
     void testPrint(const QString &printerId);
     /// `profile` replaces the keys it holds; an explicit null clears one.
     void saveProfile(const QString &printerId, const QJsonObject &profile, Succeeded done);
+    /// As testPrint(), for each printer and action.
     void printerAction(
         const QString &printerId, const QString &action, const std::optional<QString> &pin, const QString &okMessage);
     void remove(const QString &printerId);
@@ -48,10 +54,20 @@ public:
     void scanNetwork(Found<NetHost> done);
     void scanUsb(Found<UsbDevice> done);
 
-    /// Prints a designed receipt; `document` is its wire form.
-    void printDesigner(const QString &printerId, const QJsonObject &document, Succeeded done);
+    /// Prints a designed receipt; `document` is its wire form. False, as testPrint(): nothing is sent, nor is `done`
+    /// called.
+    bool printDesigner(const QString &printerId, const QJsonObject &document, Succeeded done);
 
 private:
+    struct Wish
+    {
+        std::chrono::milliseconds at; ///< steady time
+        bool answered = false;
+    };
+
+    /// False: it is being done.
+    [[nodiscard]] bool begin(const QString &wish);
+    void end(const QString &wish) { m_wishes[wish].answered = true; }
     void post(const QString &path, const std::optional<QJsonObject> &body, std::chrono::seconds timeout,
         AdminChannel::Done done);
     template <typename Result, typename Record>
@@ -60,6 +76,8 @@ private:
     AdminChannel &m_channel;
     StatePoll &m_poll;
     Toast &m_toast;
+    Clock &m_clock;
+    QHash<QString, Wish> m_wishes; ///< the last of each kind
 };
 
 } // namespace zemrak

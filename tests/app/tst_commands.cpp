@@ -8,6 +8,7 @@
 
 using namespace zemrak;
 using namespace zemrak::test;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -19,7 +20,7 @@ struct Fixture
     AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
     StatePoll poll{channel, clock};
     Toast toast{clock};
-    Commands commands{channel, poll, toast};
+    Commands commands{channel, poll, toast, clock};
     std::optional<bool> done;
     QString order; ///< what happened, a letter each
     std::optional<qsizetype> hits;
@@ -225,6 +226,47 @@ private Q_SLOTS:
         QCOMPARE(f.order, order);
         QCOMPARE(f.toast.text(), message);
         QCOMPARE(f.done.value_or(false), verdict);
+    }
+
+    void aDoubleClickIsOneWish_data()
+    {
+        QTest::addColumn<Call>("call");
+        QTest::addColumn<Call>("another");
+        const auto action = [](const char *id, const char *what) {
+            return Call([=](Fixture &f) { f.commands.printerAction(text(id), text(what), {}, text("ok")); });
+        };
+        const auto test = [](const char *id) { return Call([=](Fixture &f) { f.commands.testPrint(text(id)); }); };
+        const auto receipt = [](const char *id) {
+            return Call([=](Fixture &f) { f.commands.printDesigner(text(id), {}, f.note()); });
+        };
+        QTest::newRow("test") << test("p1") << test("p2");
+        QTest::newRow("receipt") << receipt("p1") << test("p1");
+        QTest::newRow("action") << action("p1", "cut") << action("p1", "drawer");
+        QTest::newRow("action elsewhere") << action("p1", "cut") << action("p2", "cut");
+    }
+    void aDoubleClickIsOneWish()
+    {
+        QFETCH(Call, call);
+        QFETCH(Call, another);
+        Fixture silent;
+        silent.server.answerWith([](const HttpRequest &, QTcpSocket &) {});
+        call(silent);
+        silent.clock.advance(2s); // however long the answer takes
+        call(silent);
+        another(silent); // in whose way nothing is
+        QTRY_COMPARE(silent.server.requests().size(), 2);
+
+        Fixture f;
+        f.server.answerJson("{}");
+        call(f);
+        QTRY_VERIFY(!f.toast.text().isNull() || f.done);
+        f.clock.advance(Commands::oneWish - 1ms);
+        call(f);
+        f.clock.advance(1ms);
+        call(f);
+        QTRY_COMPARE(f.server.requests().size(), 2);
+        another(f);
+        QTRY_COMPARE(f.server.requests().size(), 3);
     }
 
     void searches_data()

@@ -264,12 +264,16 @@ private Q_SLOTS:
         const QString failed = QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة");
         app.holdPrints = false;
         app.answer = R"({"error":"no"})";
+        view.print(); // the second half of a double click
+        QVERIFY(!view.isPrinting());
+        app.clock.advance(Commands::oneWish);
         view.print();
         QTRY_VERIFY(!view.isPrinting());
         QCOMPARE(app.agent.toast(), failed);
 
         app.holdPrints = true; // the service goes before it answers
         app.heldPrint.clear();
+        app.clock.advance(Commands::oneWish);
         view.print();
         QTRY_VERIFY(app.heldPrint);
         app.agent.flash(QString());
@@ -279,6 +283,7 @@ private Q_SLOTS:
 
         auto gone = std::make_unique<DesignerView>(app.agent, 0);
         app.heldPrint.clear();
+        app.clock.advance(Commands::oneWish);
         gone->print();
         QTRY_VERIFY(app.heldPrint);
         gone.reset();

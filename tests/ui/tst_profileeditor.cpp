@@ -34,7 +34,7 @@ struct Fixture
     AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
     StatePoll poll{channel, clock};
     Toast toast{clock};
-    Commands commands{channel, poll, toast};
+    Commands commands{channel, poll, toast, clock};
     std::unique_ptr<ProfileSaver> saver = std::make_unique<ProfileSaver>(commands);
     std::unique_ptr<ProfileEditor> editor;
     QList<QPointer<QTcpSocket>> unanswered; ///< saves whose answer is held back

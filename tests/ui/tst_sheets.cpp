@@ -24,7 +24,7 @@ struct Service
     AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
     StatePoll poll{channel, clock};
     Toast toast{clock};
-    Commands commands{channel, poll, toast};
+    Commands commands{channel, poll, toast, clock};
     QByteArray answer = "{}";
     QHash<QByteArray, QPointer<QTcpSocket>> held; ///< by target, the connection whose answer is held back
     bool holdBack = false;

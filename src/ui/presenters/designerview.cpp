@@ -223,14 +223,16 @@ void DesignerView::print()
 {
     if (!canPrint())
         return;
-    setPrinting(true);
-    m_agent.commands().printDesigner(selected(), m_doc.json(), [self = QPointer(this), name = destination()](bool ok) {
-        if (!self)
-            return;
-        self->setPrinting(false);
-        self->m_agent.flash(ok ? QStringLiteral("تم إرسال الورقة إلى «%1»").arg(name)
-                               : QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة"));
-    });
+    const bool begun = m_agent.commands().printDesigner(
+        selected(), m_doc.json(), [self = QPointer(this), name = destination()](bool ok) {
+            if (!self)
+                return;
+            self->setPrinting(false);
+            self->m_agent.flash(ok ? QStringLiteral("تم إرسال الورقة إلى «%1»").arg(name)
+                                   : QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة"));
+        });
+    if (begun)
+        setPrinting(true);
 }
 
 void DesignerView::setPrinting(bool printing)

@@ -96,7 +96,7 @@ public:
     Q_INVOKABLE void setItemPrice(const QString &itemId, const QString &price);
 
     /// Sends the document to the selected printer, and tells by a short message how that went. Nothing happens without
-    /// a printer or while a print is under way.
+    /// a printer, while a print is under way or on the second half of a double click.
     Q_INVOKABLE void print();
 
     /// The time that the paper shows, as in the constructor.
