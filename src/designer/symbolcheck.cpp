@@ -37,6 +37,9 @@ constexpr std::array symbologies{
     Symbology{u"itf", u"ITF", Alphabet::Digits, 0, 80, 4 * 2 + 5 + 2 * 2, 3 * 2 + 2 * 5},
 };
 
+// Width of a character, of which a line holds a whole number; QR codes have to fit into those.
+constexpr int dotsPerColumn = 12;
+
 // The service has barcodes printed so high.
 constexpr int barcodeHeight = 80;
 
@@ -132,7 +135,7 @@ QSize qrDots(const QString &data, int size, int paperWidthMm)
     const auto *holding = std::ranges::lower_bound(qrCapacities, int(data.toUtf8().size()));
     const int version = std::min(int(holding - qrCapacities.begin()) + 1, int(qrCapacities.size()));
     const int modules = 17 + 4 * version;
-    const int fitting = std::max(1, dotsOfPaper(paperWidthMm) / modules);
+    const int fitting = std::max(1, dotsOfPaper(paperWidthMm) / dotsPerColumn * dotsPerColumn / modules);
     const int edge = modules * std::clamp(size, 1, fitting);
     return {edge, edge};
 }

@@ -90,6 +90,7 @@ private Q_SLOTS:
         QCOMPARE(qrDots(QString(15, u'x'), 10, 58), QSize(25 * 10, 25 * 10));
         QCOMPARE(qrDots(QString(8, u'ش'), 8, 58), QSize(25 * 8, 25 * 8)); // in bytes
         QCOMPARE(qrDots(QString(600, u'x'), 10, 58), QSize(93 * 4, 93 * 4)); // as large as there is room for
+        QCOMPARE(qrDots(QString(362, u'x'), 10, 72), QSize(73 * 6, 73 * 6)); // 7 dots a module would fit the paper
         QCOMPARE(qrDots(QString(9000, u'x'), 10, 58), QSize(177 * 2, 177 * 2));
         QCOMPARE(barcodeDots(QStringLiteral("ean13"), QStringLiteral("1"), 58), QSize(190, 80));
         QCOMPARE(barcodeDots(QStringLiteral("code128"), QStringLiteral("123456789"), 80).width(), 2 * (35 + 9 * 11));

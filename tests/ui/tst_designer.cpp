@@ -110,6 +110,11 @@ private Q_SLOTS:
         QCOMPARE(paper(bare),
             QStringLiteral("-\nnow\n-\n1 × 0.00 0.00\n-\nالمجموع 0.00\nالضريبة \u20660%\u2069 0.00\n"
                            "الإجمالي 0.00\n-\n[barcode]"));
+        bare.discount = QStringLiteral("0.001");
+        bare.items.first().price = QStringLiteral("1");
+        QVERIFY(!paper(bare).contains(QStringLiteral("الخصم")));
+        bare.discount = QStringLiteral("0.005");
+        QVERIFY(paper(bare).contains(QStringLiteral("الخصم -0.01")));
         bare.vatPercent = QStringLiteral(" ");
         QVERIFY(!paper(bare).contains(QStringLiteral("الضريبة")));
     }
@@ -177,6 +182,11 @@ private Q_SLOTS:
         view.undo();
         QCOMPARE(view.doc(), doc);
         QVERIFY(!view.canUndo());
+        view.loadSample();
+        view.loadSample(); // pressed twice
+        view.reset();
+        view.undo();
+        QCOMPARE(view.doc(), doc);
         view.removeItem(textAt(*view.items(), 0, DesignerItemModel::IdRole));
         QVERIFY(view.canUndo());
         view.setItemQty(textAt(*view.items(), 0, DesignerItemModel::IdRole), QStringLiteral("5"));
@@ -209,6 +219,14 @@ private Q_SLOTS:
         view.setItemName(textAt(*view.items(), 9, DesignerItemModel::IdRole), QString(2001, u'x'));
         QCOMPARE(view.doc().items.at(9).name.size(), 2000);
         QVERIFY(view.itemsProblem().contains(QStringLiteral("2000")));
+        const auto told = [&view](const char *qty, const char *price, const char *vat) {
+            view.setDoc({.items = {{.qty = QString::fromLatin1(qty), .price = QString::fromLatin1(price)}},
+                .vatPercent = QString::fromLatin1(vat)});
+            return view.itemsProblem();
+        };
+        QVERIFY(told("1e8", "1e5", "").isEmpty());
+        QCOMPARE(told("1e8", "1e5", "15"), QStringLiteral("المبلغ أكبر من الحد المسموح للطباعة."));
+        QCOMPARE(told("1e8", "1e8", ""), QStringLiteral("المبلغ أكبر من الحد المسموح للطباعة."));
         doc.barcodeFormat = QStringLiteral("ean8");
         view.setDoc(doc);
         QVERIFY(view.barcodeProblemText().isEmpty()); // none is printed

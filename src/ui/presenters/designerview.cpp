@@ -30,7 +30,7 @@ void shorten(QString &text)
         text.truncate(DesignerView::maximumLength);
 }
 
-// Within what the service takes, so that nothing can be typed in that could never be printed.
+// To the lengths that the service takes. What else keeps a receipt from being printed is said beside it.
 void shorten(DesignerDoc &doc)
 {
     const QMetaObject &fields = DesignerDoc::staticMetaObject;
@@ -54,8 +54,12 @@ bool isFull(const DesignerItem &item)
     return std::max({item.name.size(), item.qty.size(), item.price.size()}) >= DesignerView::maximumLength;
 }
 
-QString itemsProblemOf(const QList<DesignerItem> &items)
+QString itemsProblemOf(const DesignerDoc &doc)
 {
+    const DesignerTotals totals = doc.totals();
+    if (std::max(totals.subtotal, totals.total) > DesignerView::maximumAmount)
+        return QStringLiteral("المبلغ أكبر من الحد المسموح للطباعة.");
+    const QList<DesignerItem> &items = doc.items;
     if (items.size() >= DesignerView::maximumItems)
         return QStringLiteral("وصلت القائمة إلى أقصى حد لها: %1 منتج.").arg(DesignerView::maximumItems);
     if (std::ranges::any_of(items, isFull))
@@ -135,7 +139,7 @@ void DesignerView::show(const DesignerDoc &doc)
 {
     m_doc = doc;
     m_items.show(m_doc.items);
-    m_itemsProblem = itemsProblemOf(m_doc.items);
+    m_itemsProblem = itemsProblemOf(m_doc);
     showPaper();
     Q_EMIT docChanged();
 }
@@ -156,7 +160,8 @@ void DesignerView::setNow(qint64 now)
 void DesignerView::replaceBy(const DesignerDoc &doc)
 {
     const bool typed = !readsLike(m_doc, DesignerDoc()) && !readsLike(m_doc, DesignerDoc::sample());
-    m_before = typed ? std::optional(m_doc) : std::nullopt;
+    if (typed) // else what was typed before that is still to be brought back
+        m_before = m_doc;
     show(doc);
 }
 

@@ -43,6 +43,7 @@ public:
     // What the service takes.
     static constexpr qsizetype maximumItems = 300;
     static constexpr qsizetype maximumLength = 2000;
+    static constexpr double maximumAmount = 1e13; ///< of the subtotal and of the total
 
     /// `agent` outlives this object; `now` is in milliseconds since 1970-01-01 UTC.
     DesignerView(Agent &agent, qint64 now, QObject *parent = nullptr);
@@ -73,7 +74,7 @@ public:
     [[nodiscard]] QString barcodeProblemText() const;
     [[nodiscard]] QString itemsProblem() const { return m_itemsProblem; }
     [[nodiscard]] bool canAddItem() const { return m_doc.items.size() < maximumItems; }
-    /// The last thing done replaced or removed what had been typed.
+    /// What had been typed was replaced or removed, and nothing has been typed since.
     [[nodiscard]] bool canUndo() const { return m_before.has_value(); }
 
     /// {value, label} objects.

@@ -1,5 +1,6 @@
 #include "ui/presenters/receiptpreview.h"
 
+#include "designer/amounts.h"
 #include "designer/symbolcheck.h"
 
 namespace zemrak {
@@ -81,7 +82,7 @@ void amounts(Paper &paper, const DesignerDoc &doc)
     }
     paper.rule(QStringLiteral("rule3"));
     paper.row(QStringLiteral("subtotal"), QStringLiteral("المجموع"), doc.money(totals.subtotal));
-    if (totals.discountValue > 0)
+    if (roundToCents(totals.discountValue) > 0)
         paper.row(QStringLiteral("discount"), QStringLiteral("الخصم"), u'-' + doc.money(totals.discountValue));
     if (isFilled(doc.vatPercent))
         paper.row(QStringLiteral("vat"), QStringLiteral("الضريبة \u2066%1%\u2069").arg(qint64(totals.vatRate)),
