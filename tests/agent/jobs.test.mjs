@@ -4,6 +4,7 @@ import net from 'node:net';
 import { existsSync, readdirSync, readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { configFolder, designerDoc, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { sendLpd } from '../../agent/lib/printers/transport-lpd.mjs';
 import { streamAll } from '../../agent/lib/printers/transport-raw.mjs';
 import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
 import { MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
@@ -157,14 +158,13 @@ test('after a restart nothing is sent again', async (t) => {
   assert.deepEqual([codes[sent], codes[next]], ['uncertain_after_restart', 'expired_after_restart']);
 });
 
-test('the line printer protocol', async (t) => {
-  const service = await startService(t);
-  const steps = [];
-  let last = 0;
-  const server = await fakePrinter(t, {
+/** A print server; `answer(step, socket)` gives the octet for the receipt (step 5), or undefined to leave it out. */
+function lpdServer(t, steps, answer = () => 0) {
+  return fakePrinter(t, {
     onConnection: (socket) => {
       let held = Buffer.alloc(0);
       let expected = 0;
+      let count = 0;
       socket.on('data', (data) => {
         held = Buffer.concat([held, data]);
         for (;;) {
@@ -173,12 +173,20 @@ test('the line printer protocol', async (t) => {
           const step = held.subarray(0, end);
           held = held.subarray(end);
           steps.push(step);
-          expected = expected === 0 && (step[0] === 2 || step[0] === 3) && steps.length > 1 ? Number.parseInt(step.toString('latin1', 1), 10) + 1 : 0;
-          socket.write(Buffer.of(steps.length % 5 === 0 ? last : 0));
+          count += 1;
+          expected = expected === 0 && (step[0] === 2 || step[0] === 3) && count > 1 ? Number.parseInt(step.toString('latin1', 1), 10) + 1 : 0;
+          const octet = count === 5 ? answer(socket) : 0;
+          if (octet !== undefined) socket.write(Buffer.of(octet));
         }
       });
     },
   });
+}
+
+test('the line printer protocol', async (t) => {
+  const service = await startService(t);
+  const steps = [];
+  const server = await lpdServer(t, steps);
   const id = await service.addPrinter(server.port, 'Server', 'lpd');
   assert.equal((await service.ended((await service.post('/admin/test', { printer: id })).body.job.id)).status, 'completed');
   const text = steps.map((step) => step.toString('latin1'));
@@ -188,10 +196,20 @@ test('the line printer protocol', async (t) => {
   assert.match(text[3], /^\x03\d+ dfA001\S+\n$/);
   assert.ok(text[4].startsWith('\x1b@') && text[4].endsWith('\x00'));
   assert.equal(text.length, 5);
-  last = 1;
-  steps.length = 0;
-  const refused = await service.ended((await service.post('/admin/test', { printer: id })).body.job.id);
-  assert.deepEqual([refused.status, refused.errorCode], ['failed', 'interrupted'], 'not accepted after all');
+});
+
+test('a receipt that the print server does not accept in the end is not called printed, however late it says so', async (t) => {
+  const late = (octet, ms) => (socket) => { setTimeout(() => socket.write(Buffer.of(octet)), ms).unref(); };
+  const answers = [
+    ['refused', () => 1, true], ['refused late', late(1, 900), true], ['not answered', () => undefined, true], ['closed', (socket) => { socket.end(); }, true],
+    ['accepted late', late(0, 900), false],
+  ];
+  await Promise.all(answers.map(async ([name, answer, isRefused]) => {
+    const server = await lpdServer(t, [], answer);
+    const sent = sendLpd({ host: '127.0.0.1', port: server.port }, Buffer.alloc(3000, 'x'), { stallMs: 1500 });
+    if (isRefused) await assert.rejects(sent, { code: 'interrupted', untouched: false }, name);
+    else await assert.doesNotReject(sent, name);
+  }));
 });
 
 test('a queue of the system: a job without headway is stalled and cancelled, one that gets on is not', async (t) => {

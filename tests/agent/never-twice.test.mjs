@@ -81,21 +81,60 @@ test('the link cut at 200 places: one receipt at most, and no word of success fo
   t.diagnostic(JSON.stringify(count));
 });
 
-test('a printer that drops connections before the first byte is tried again, and prints once', async (t) => {
-  const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
-  const queue = new JobQueue({ history, alerts: quiet, log: new Log(null), send: sender({ monitor, cups: {}, previews: '' }), retryMs: 20 });
-  let refusals = 3;
-  const printer = await fakePrinter(t, { onConnection: (socket, self) => {
-    if (refusals > 0) { refusals -= 1; reset(socket); return; }
-    socket.once('data', () => self.jobs.push(1));
-  } });
-  const target = { id: 'p', displayName: 'P', type: 'net', transport: 'raw', host: '127.0.0.1', port: printer.port };
-  await queue.accept(target, 'raw', { bytes: Buffer.alloc(BYTES), text: '', raw: true }, { maxWaitMs: 60_000 });
-  await until(() => queue.depth === 0, 'the job to end');
-  const { status, errorCode } = history.recent()[0];
-  // The reset may arrive after the first write: then it is not tried again either.
-  if (status === 'failed') assert.deepEqual([errorCode, printer.jobs.length], ['interrupted', 0]);
-  else assert.deepEqual([status, printer.jobs.length, refusals], ['completed', 1, 0]);
+test('a printer that is busy with another computer drops connections: no word of success, and one receipt when it is free', async (t) => {
+  const receipt = (size, first = '\x1b') => Buffer.concat([Buffer.from(first), Buffer.alloc(size - 1, 'r')]);
+  const fin = (socket) => socket.destroy();
+  // A half-closed link is no broken one, until it is reset: what has arrived by then may be printed.
+  const halfClosed = (socket) => { socket.end(); socket.once('data', () => { socket.once('data', () => reset(socket)); }); };
+  const rows = [
+    ...[500, 2000, 16_000, 40_000, BYTES].map((size) => ['closed', fin, receipt(size), 'completed']),
+    ['closed, and what it was sent might be printed by itself', fin, receipt(500, 'A'), 'interrupted'],
+    ['its side closed, then reset', halfClosed, receipt(500), 'interrupted'],
+    ['its side closed, then reset', halfClosed, receipt(BYTES), 'interrupted'],
+    // The reset may arrive after the first write: then it is not tried again either.
+    ['reset', reset, receipt(BYTES), 'completed', 'interrupted'],
+  ];
+  await Promise.all(rows.map(async ([how, refuse, bytes, ...wanted]) => {
+    const name = `${how}, ${bytes.length} bytes`;
+    const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+    const queue = new JobQueue({ history, alerts: quiet, log: new Log(null), send: sender({ monitor, cups: {}, previews: '' }), retryMs: 20 });
+    let refusals = 3;
+    const printer = await fakePrinter(t, { onConnection: (socket, self) => {
+      if (refusals > 0) { refusals -= 1; refuse(socket); return; }
+      let got = 0;
+      socket.on('data', (data) => { got += data.length; }).on('end', () => self.jobs.push(got));
+    } });
+    const target = { id: 'p', displayName: 'P', type: 'net', transport: 'raw', host: '127.0.0.1', port: printer.port };
+    const { id } = await queue.accept(target, 'raw', { bytes, text: '', raw: true }, { maxWaitMs: 60_000 });
+    await until(() => queue.depth === 0, `${name}: the job to end`);
+    const { status, errorCode } = history.find(id);
+    assert.ok(wanted.includes(errorCode ?? status), `${name}: ${errorCode ?? status}`);
+    if (status === 'completed') {
+      await until(() => printer.jobs.length > 0, `${name}: the receipt`);
+      assert.equal(refusals, 0);
+      // The ESC of a try that was refused is no receipt.
+      assert.deepEqual(printer.jobs, [bytes.length], name);
+    } else {
+      assert.deepEqual(printer.jobs, [], name);
+    }
+  }));
+});
+
+test('a printer that closes its own side only has printed', async (t) => {
+  const moments = { 'at once': (socket) => socket.end(), 'in the middle': (socket) => socket.once('data', () => socket.end()) };
+  for (const [when, close] of Object.entries(moments)) {
+    for (const size of [500, BYTES]) {
+      const printer = await fakePrinter(t, { allowHalfOpen: true, onConnection: (socket, self) => {
+        close(socket);
+        let got = 0;
+        socket.on('data', (data) => { got += data.length; }).on('end', () => self.jobs.push(got));
+      } });
+      const target = { id: 'p', type: 'net', transport: 'raw', host: '127.0.0.1', port: printer.port };
+      await sender({ monitor, cups: {}, previews: '' })(target, { bytes: Buffer.alloc(size, '\x1b'), jobId: 'x' }, { sending: async () => {} });
+      await until(() => printer.jobs.length > 0, 'the receipt');
+      assert.deepEqual(printer.jobs, [size], `${when}, ${size} bytes`);
+    }
+  }
 });
 
 test('a key stands while its job waits and ten minutes after its end, however many jobs there are', async (t) => {

@@ -1,4 +1,4 @@
-import { connectPrinter, streamAll } from './transport-raw.mjs';
+import { ESC, connectPrinter, streamAll, takesEscape } from './transport-raw.mjs';
 import { sendLpd } from './transport-lpd.mjs';
 import { keepPreview } from './preview.mjs';
 import { SendError } from './send-error.mjs';
@@ -49,6 +49,9 @@ async function sendRaw(printer, bytes, sending) {
     throw error;
   }
   // One that serves another computer just now may take the connection and drop it.
-  if (socket.destroyed) throw new SendError('offline', 'closed before the first byte');
-  await streamAll(socket, bytes);
+  const refused = () => { socket.destroy(); return new SendError('offline', 'closed before the first byte'); };
+  if (socket.destroyed) throw refused();
+  if (!socket.readableEnded || bytes[0] !== ESC) return streamAll(socket, bytes);
+  if (!await takesEscape(socket)) throw refused();
+  return streamAll(socket, bytes.subarray(1));
 }

@@ -11,25 +11,37 @@ const QUEUE = 'lp';
  * @param {Uint8Array} bytes
  * @param {{ stallMs?: number, sending?: () => Promise<void> }} how sending = awaited before the first byte of the receipt
  * @throws {SendError} "offline" before the first byte of the receipt, "interrupted" after it, also when the server then refuses it
+ *   or has not accepted it within `stallMs`
  */
 export async function sendLpd(printer, bytes, { stallMs = TIMES.stall, sending = async () => {} } = {}) {
   const socket = await connectPrinter(printer, TIMES.connect);
   const host = os.hostname().replace(/[^A-Za-z0-9.-]/g, '').slice(0, 31) || 'localhost';
   const control = Buffer.from(`H${host}\nPzemrak\nldfA001${host}\nUdfA001${host}\nNreceipt\n`, 'latin1');
+  let answer;
   try {
     await exchange(socket, `\x02${QUEUE}\n`, stallMs);
     await exchange(socket, `\x02${control.length} cfA001${host}\n`, stallMs);
     await exchange(socket, Buffer.concat([control, Buffer.of(0)]), stallMs);
     await exchange(socket, `\x03${bytes.length} dfA001${host}\n`, stallMs);
+    answer = accepted(socket);
     await sending();
   } catch {
     socket.destroy();
     throw new SendError('offline', 'refused by the print server');
   }
-  let isRefused = false;
-  socket.on('data', (data) => { isRefused ||= data[0] !== 0; });
-  await streamAll(socket, Buffer.concat([bytes, Buffer.of(0)]), { stallMs });
-  if (isRefused) throw new SendError('interrupted', 'not accepted by the print server');
+  await streamAll(socket, Buffer.concat([bytes, Buffer.of(0)]), { stallMs, confirmed: () => within(stallMs, answer) });
+}
+
+/** The print server's word on the receipt, one zero byte; rejects with "interrupted" when it is another one, or none comes any more. */
+function accepted(socket) {
+  const answer = new Promise((resolve, reject) => {
+    const refused = () => reject(new SendError('interrupted', 'not accepted by the print server'));
+    socket.once('data', (data) => { data[0] === 0 ? resolve() : refused(); });
+    socket.once('end', refused).once('close', refused);
+  });
+  // Nobody looks at it when the link breaks before.
+  answer.catch(() => {});
+  return answer;
 }
 
 /** Writes a step and waits for its acknowledgement, one zero byte. */

@@ -118,9 +118,9 @@ export async function startService(t, { home = privateHome(t), env = {}, script 
  * A TCP listener in a printer's place. Connections without a byte (probes) leave no trace.
  * @param {(socket: net.Socket) => void} onConnection in place of reading everything
  */
-export async function fakePrinter(t, { onConnection, port = 0 } = {}) {
+export async function fakePrinter(t, { onConnection, port = 0, allowHalfOpen = false } = {}) {
   const printer = { jobs: [], sockets: new Set(), port };
-  const server = net.createServer((socket) => {
+  const server = net.createServer({ allowHalfOpen }, (socket) => {
     printer.sockets.add(socket);
     socket.on('error', () => {});
     socket.on('close', () => printer.sockets.delete(socket));
