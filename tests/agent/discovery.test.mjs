@@ -107,8 +107,8 @@ test('the system\'s print queues', async (t) => {
   writeFileSync(path.join(home, 'names'), 'Office\nSlip\nGone\n');
   const states = (office) => writeFileSync(path.join(home, 'states'), `printer Office is idle.  enabled since today\n\tAlerts: ${office}\nprinter Slip now printing Slip-1.  enabled since today\n\tAlerts: none\nprinter Gone disabled since today -\n\treason unknown\n`);
   states('none');
-  fakeProgram(home, 'lpstat', `case "$1" in -e) cat "${home}/names";; -l) cat "${home}/states";; *) ls "${spool}" | grep pending | sed 's/$/ user/';; esac; exit 0`);
-  fakeProgram(home, 'lp', `cat > "${spool}/last"; echo "$@" > "${spool}/args"; echo "request id is Office-7 (1 file(s))"`);
+  fakeProgram(home, 'lpstat', `case "$*" in -e) cat "${home}/names";; "-l -p") cat "${home}/states";; esac`);
+  fakeProgram(home, 'lp', `cat > "${spool}/last"; echo "$@" > "${spool}/args"; echo "request id is Office-7 (0 file(s))"`);
   fakeProgram(home, 'cancel', `echo "$@" > "${spool}/cancelled"`);
   fakeProgram(home, 'lpadmin', `echo "$@" > "${spool}/admin"; case "$*" in *refuse*) echo "queue forbidden" >&2; exit 1;; esac; [ "$1" = -x ] || echo "$2" >> "${home}/names"`);
   const service = await startService(t, { home });
@@ -133,7 +133,7 @@ test('the system\'s print queues', async (t) => {
   const uri = 'usb://ACME/POS80?serial=A1';
   const added = await service.post('/admin/printers/add-usb', { name: 'طابعة Slip', uri });
   assert.deepEqual(added.body, { id: 'cups-Slip_2', queue: 'Slip_2' });
-  assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), `-p Slip_2 -v ${uri} -E -m raw\n`);
+  assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), `-p Slip_2 -v ${uri} -E -m raw -o printer-error-policy=abort-job\n`);
   const own = await service.printer('cups-Slip_2');
   assert.deepEqual([own.protocol, own.profile.alias], ['escpos', 'طابعة Slip']);
   for (const body of [{ name: 'refuse', uri }, { name: '-x', uri }, { name: 'queue', uri: 'file:///queue' }, { name: '', uri }]) {

@@ -1,11 +1,12 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import net from 'node:net';
-import { existsSync, readdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { readdirSync, readFileSync } from 'node:fs';
 import path from 'node:path';
-import { configFolder, designerDoc, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { configFolder, designerDoc, fakePrinter, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { sendLpd } from '../../agent/lib/printers/transport-lpd.mjs';
 import { streamAll } from '../../agent/lib/printers/transport-raw.mjs';
+import { printSystem } from './support/print-system.mjs';
 import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
 import { MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
 
@@ -212,23 +213,70 @@ test('a receipt that the print server does not accept in the end is not called p
   }));
 });
 
+const PLAIN = { stall: 400, most: 60_000, poll: 50 };
+
+/** How a job for the stand-in's queue ends: "completed" or the error's code. */
+function outcomeOf(system, { times = PLAIN, printing = () => {} } = {}) {
+  const cups = new CupsQueues(() => {}, system.env, times);
+  return cups.send('Office', Buffer.from('x'), { raw: false, title: 'T', printing }).then(() => 'completed', ({ code, untouched }) => `${code}${untouched ? ', again' : ''}`);
+}
+
+test('a job that has left a queue of the system is printed only when the system says so', async (t) => {
+  // The programs name a job that was given up as they name one that was printed: the print system itself knows better.
+  const over = 'processing-to-stop-point';
+  const rows = [
+    ['printed', (system) => system.job('completed', over), {}, 'completed'],
+    ['given up', (system) => system.job('aborted', over), {}, 'interrupted'],
+    ['cancelled by somebody', (system) => system.job('canceled', over), {}, 'queue_stalled'],
+    ['kept no record of', (system) => system.job(null), {}, 'completed'],
+    ['about to be printed anew by the system', (system) => system.job('held', 'resources-are-not-ready'), {}, 'interrupted'],
+    ['not yet out after all', (system) => { system.job(null, '', { told: 'processing' }); setTimeout(() => system.job('aborted', over), 150); }, {}, 'interrupted'],
+    ['printed, by the list alone', (system) => system.job('completed', over), { answers: false }, 'completed'],
+    ['cancelled, by the list alone', (system) => system.job('canceled', 'job-canceled-by-user'), { answers: false }, 'queue_stalled'],
+    ['given up, by the list alone', (system) => system.job('aborted', 'aborted-by-system'), { answers: false }, 'interrupted'],
+    ['told of by nobody', (system) => { system.job(null); system.program('lpstat', 'case "$*" in *" completed"*) exit 1;; esac'); system.program('cancel', 'exit 1'); }, { answers: false }, 'timeout'],
+    ['not to be cancelled', (system) => system.program('cancel', 'exit 1'), {}, 'timeout'],
+    ['printed while it was to be cancelled', (system, home) => {
+      system.program('cancel', `: > "${home}/not-completed"; echo "cancel-job failed: Job #7 is already completed" >&2; exit 1`);
+      system.state = 'completed';
+    }, {}, 'completed'],
+    ['of a system that answers now and then', (system, home) => system.program('lpstat',
+      `n=$(cat "${home}/n" 2>/dev/null || echo 0); echo $((n + 1)) > "${home}/n"; [ $((n % 3)) -gt 0 ] || exit 1; case "$*" in "-p "*) cat "${home}/printer";; *) cat "${home}/not-completed";; esac`), {}, 'queue_stalled'],
+    ['refused by lp', (system) => system.program('lp', 'cat > /dev/null; echo "lp: Error - unknown" >&2; exit 1'), {}, 'offline'],
+    ['in the hands of an lp that is killed', (system) => system.program('lp', 'cat > /dev/null; kill -9 $$'), {}, 'timeout'],
+    ['in the hands of an lp that does not name it', (system) => system.program('lp', 'cat > /dev/null'), {}, 'timeout'],
+  ];
+  await Promise.all(rows.map(async ([name, prepare, options, wanted]) => {
+    const home = privateHome(t);
+    const system = await printSystem(t, home, options);
+    prepare(system, home);
+    assert.equal(await outcomeOf(system), wanted, `a job that is ${name}`);
+  }));
+});
+
 test('a queue of the system: a job without headway is stalled and cancelled, one that gets on is not', async (t) => {
-  const home = privateHome(t);
-  writeFileSync(path.join(home, 'page'), '0');
-  fakeProgram(home, 'lp', 'echo "request id is Office-7 (1 file(s))"');
-  fakeProgram(home, 'cancel', `echo "$@" > "${home}/cancelled"`);
-  // The job stands behind others of other programs; a page comes out with every look while it moves.
-  fakeProgram(home, 'lpstat', `case "$1" in -p) read -r n < "${home}/page"; [ -e "${home}/stuck" ] || echo $((n + 1)) > "${home}/page"; echo "printer Office now printing. Page $n";;
-    *) read -r n < "${home}/page"; [ "$n" -gt 12 ] || echo "Office-7 user";; esac`);
-  const env = { PATH: path.join(home, 'bin') };
-  const cups = new CupsQueues(() => {}, env, { stall: 400, most: 60_000, poll: 50 });
-  const send = () => cups.send('Office', Buffer.from('x'), { raw: false, title: 'T', printing() {} });
-  await send();
-  assert.ok(!existsSync(path.join(home, 'cancelled')));
-  writeFileSync(path.join(home, 'page'), '0');
-  writeFileSync(path.join(home, 'stuck'), '');
-  await assert.rejects(send(), { code: 'queue_stalled' });
-  assert.equal(readFileSync(path.join(home, 'cancelled'), 'utf8'), 'Office-7\n');
+  const page = (n) => `printer Office now printing Office-7.  enabled since Mon Nov 23 09:50:00 2026\n\tPage ${n}\n`;
+  // What the printer tells with every look, and how long a job may go without a word that is new.
+  const rows = [
+    ['pages come out', (n) => page(n), 60_000, 'completed'],
+    ['pages come out for longer than a job may tell nothing new', (n) => page(n), 700, 'completed'],
+    ['nothing moves', () => page(1), 60_000, 'queue_stalled'],
+    ['it swings between two states', (n) => page(n % 2), 700, 'queue_stalled'],
+  ];
+  await Promise.all(rows.map(async ([name, tell, most, wanted]) => {
+    const system = await printSystem(t, privateHome(t));
+    let n = 0;
+    const moving = setInterval(() => {
+      n += 1;
+      system.printer(tell(n));
+      if (n === 25) system.job('completed');
+    }, 100);
+    t.after(() => clearInterval(moving));
+    const outcome = await outcomeOf(system, { times: { stall: wanted === 'completed' ? 1500 : 500, most, poll: 50 } });
+    clearInterval(moving);
+    assert.equal(outcome, wanted, name);
+    if (wanted !== 'completed') assert.equal(system.cancelled(), 'Office-7\n', name);
+  }));
 });
 
 test('the preview printer keeps the newest hundred', async (t) => {

@@ -1,12 +1,12 @@
 import { SendError } from './send-error.mjs';
+import { CupsJob, TIMES } from './cups-job.mjs';
 import { findProgram, runProgram } from '../system/program.mjs';
 import { ApiError } from '../api-error.mjs';
 
 const REFRESH_MS = 10_000;
-const POLL_MS = 1000;
 
-/** Milliseconds: a job that has made no headway for `stall`, or is not out after `most`, is stalled. */
-export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: POLL_MS });
+// After a failure the print system would print a receipt again from its beginning, by itself.
+const RAW_QUEUE = ['-o', 'printer-error-policy=abort-job'];
 
 /**
  * Reads `lpstat -l -p` (C locale).
@@ -40,10 +40,12 @@ export class CupsQueues {
   #refreshing = null;
   #changed;
   #times;
+  #env;
 
   /** @param {() => void} changed called after every refresh */
   constructor(changed = () => {}, env = process.env, times = TIMES) {
     this.#times = times;
+    this.#env = env;
     this.#programs = Object.fromEntries(['lpstat', 'lp', 'cancel', 'lpadmin'].map((name) => [name, findProgram(name, env)]));
     this.#changed = changed;
   }
@@ -86,37 +88,22 @@ export class CupsQueues {
   }
 
   /**
-   * Hands a job to a print queue and waits until it has left it.
+   * Hands a job to a print queue and waits until it is out.
    * @param {{ raw: boolean, title: string, copies?: number, media?: string, printing: () => void }} how raw = bytes go to the device as they are;
    *   copies and media (a paper size's name) are for the print system to see to
-   * @throws {SendError} "offline" when the queue refused it, "queue_stalled" when it has made no headway for a minute (it is cancelled then);
-   *   headway = jobs before it leave, or the printer tells something new, such as the page it prints
+   * @throws {SendError} "offline" when the queue refused it, "timeout" when nobody says whether it was taken, and as of CupsJob.finished()
    */
   async send(queue, bytes, { raw, title, copies = 1, media, printing }) {
-    const { lp, lpstat, cancel } = this.#programs;
+    const { lp } = this.#programs;
     if (!lp) throw new SendError('offline', 'no lp program');
     const options = [...(raw ? ['-o', 'raw'] : []), ...(copies > 1 ? ['-n', String(copies)] : []), ...(media ? ['-o', `media=${media}`] : [])];
     const sent = await runProgram(lp, ['-d', queue, '-t', title, ...options], { input: bytes, timeoutMs: 15_000 });
     const request = /request id is (\S+)/.exec(sent.stdout)?.[1];
-    if (sent.status !== 0 || !request) throw new SendError(sent.timedOut ? 'timeout' : 'offline', 'lp failed', false);
+    // Only what lp itself refused is certain not to be in the queue: one that was killed may have handed it over.
+    if (sent.status > 0) throw new SendError('offline', 'lp failed', false);
+    if (sent.status < 0 || !request) throw new SendError('timeout', 'lp did not say what became of the job');
     printing();
-    const began = Date.now();
-    let last = { told: null, at: began };
-    for (;;) {
-      const [waiting, printer] = await Promise.all([
-        runProgram(lpstat, ['-W', 'not-completed', '-o', queue]), runProgram(lpstat, ['-p', queue]),
-      ]);
-      const requests = waiting.stdout.split('\n').map((line) => line.split(/\s/)[0]);
-      const place = requests.indexOf(request);
-      if (waiting.status === 0 && place === -1) return;
-      const told = JSON.stringify([requests.slice(0, place), printer.stdout]);
-      if (told !== last.told) last = { told, at: Date.now() };
-      if (Date.now() - last.at > this.#times.stall || Date.now() - began > this.#times.most) {
-        if (cancel) await runProgram(cancel, [request]);
-        throw new SendError('queue_stalled');
-      }
-      await new Promise((resolve) => { setTimeout(resolve, this.#times.poll); });
-    }
+    await new CupsJob(this.#programs, { queue, request, env: this.#env }).finished(this.#times);
   }
 
   /** Removes every job from a print queue. @throws {ApiError} 502 */
@@ -131,7 +118,7 @@ export class CupsQueues {
    */
   async addRaw(queue, uri) {
     if (!this.#programs.lpadmin) throw new ApiError(501, 'no_print_system', 'نظام الطباعة غير مثبّت على هذا الجهاز.');
-    const result = await runProgram(this.#programs.lpadmin, ['-p', queue, '-v', uri, '-E', '-m', 'raw'], { timeoutMs: 30_000 });
+    const result = await runProgram(this.#programs.lpadmin, ['-p', queue, '-v', uri, '-E', '-m', 'raw', ...RAW_QUEUE], { timeoutMs: 30_000 });
     if (result.status !== 0) throw new ApiError(502, 'system_refused', 'لم يسمح النظام بإضافة الطابعة. قد يلزم حساب مدير.');
     await this.refresh();
   }

@@ -59,7 +59,7 @@ export function fakeProgram(home, name, script) {
 /** Starts the script; the child is gone when the test ends, however it ends. */
 export function launch(t, home, args, env = {}, script = SCRIPT) {
   const child = spawn(process.execPath, [script, ...args], {
-    env: { HOME: home, PATH: path.join(home, 'bin'), ZEMRAK_LP_NO_OS_NOTIFY: '1', ZEMRAK_LP_EXIT_WITH_PARENT: '1', ...env },
+    env: { HOME: home, PATH: path.join(home, 'bin'), CUPS_SERVER: path.join(home, 'cups.sock'), ZEMRAK_LP_NO_OS_NOTIFY: '1', ZEMRAK_LP_EXIT_WITH_PARENT: '1', ...env },
     stdio: ['ignore', 'pipe', 'pipe'],
   });
   const result = { child, stdout: '', stderr: '' };

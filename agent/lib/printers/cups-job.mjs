@@ -1,0 +1,109 @@
+import { SendError } from './send-error.mjs';
+import { jobState } from './ipp-job.mjs';
+import { runProgram } from '../system/program.mjs';
+
+/**
+ * Milliseconds: a job is stalled that has made no headway for `stall`, or has told nothing new for `most`:
+ * a printer that swings between two states gets nowhere.
+ */
+export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: 1000 });
+
+// How the print system says that it has failed and will begin again after a while.
+const WILL_RETRY = /^\s+Alerts:.*\bresources-are-not-ready\b/m;
+
+/** A job that the print system has taken. */
+export class CupsJob {
+  #programs;
+  #env;
+  #queue;
+  #request;
+
+  /**
+   * @param {{ lpstat: string, cancel: string | null }} programs
+   * @param {{ queue: string, request: string, env: NodeJS.ProcessEnv }} which request = as lp named it, such as "Office-7"
+   */
+  constructor({ lpstat, cancel }, { queue, request, env }) {
+    this.#programs = { lpstat, cancel };
+    this.#queue = queue;
+    this.#request = request;
+    this.#env = env;
+  }
+
+  /**
+   * Waits until the job is out. Headway = jobs before it leave, or the printer tells something else, such as the page it prints.
+   * @throws {SendError} "queue_stalled" when it makes no headway, or somebody else has cancelled it; "interrupted" when the device
+   *   failed; "timeout" when the print system does not say what has become of it, or does not cancel it
+   */
+  async finished(times = TIMES) {
+    const { lpstat } = this.#programs;
+    const began = performance.now();
+    const last = { told: null, at: began, newAt: began };
+    const told = new Set();
+    for (;;) {
+      const [line, printer] = await Promise.all([this.#listed('not-completed'), runProgram(lpstat, ['-p', this.#queue])]);
+      const now = performance.now();
+      if (line && !line.own && await this.#isPrinted()) return;
+      if (WILL_RETRY.test(line?.own)) await this.#preventRetry();
+      // A system that does not answer tells nothing.
+      if (line && printer.status === 0) {
+        const telling = JSON.stringify([line.before, line.own, printer.stdout]);
+        if (telling !== last.told) Object.assign(last, { told: telling, at: now });
+        if (!told.has(telling)) last.newAt = now;
+        told.add(telling);
+      }
+      if (now - last.at > times.stall || now - last.newAt > times.most) return this.#giveUp();
+      await new Promise((resolve) => { setTimeout(resolve, times.poll); });
+    }
+  }
+
+  /**
+   * Reads one of the print system's two lists of jobs.
+   * @returns {Promise<{ before: string[], own?: string } | null>} the requests in line before the job and what is said of the job;
+   *   null when nobody says
+   */
+  async #listed(which) {
+    const { status, stdout } = await runProgram(this.#programs.lpstat, ['-l', '-W', which, '-o', this.#queue]);
+    if (status !== 0) return null;
+    // A job's line begins at the edge; what is said of it stands indented below.
+    const entries = stdout.split(/\n(?=\S)/).map((entry) => [entry.split(/\s/)[0], entry]);
+    const place = entries.findIndex(([request]) => request === this.#request);
+    return { before: entries.slice(0, Math.max(0, place)).map(([request]) => request), own: entries[place]?.[1] };
+  }
+
+  /** Whether the job, out of the line, was printed; false while that is not known. @throws {SendError} when it was not, or not all of it */
+  async #isPrinted() {
+    const state = await jobState(Number(/\d+$/.exec(this.#request)?.[0]), this.#env) ?? await this.#listedState();
+    if (state === 'cancelled') throw new SendError('queue_stalled', 'cancelled in the print queue');
+    if (state === 'aborted') throw new SendError('interrupted', 'given up by the print system');
+    return state === 'completed' || state === 'forgotten';
+  }
+
+  /** What the list of the jobs that are over says, where the print system itself cannot be asked; not all of its versions tell there. */
+  async #listedState() {
+    const line = await this.#listed('completed');
+    if (!line) return null;
+    const alerts = /^\s+Alerts:\s+(.*)$/m.exec(line.own ?? '')?.[1] ?? '';
+    if (/cancell?ed/.test(alerts)) return 'cancelled';
+    if (/aborted|with-errors/.test(alerts)) return 'aborted';
+    return line.own === undefined ? 'forgotten' : 'completed';
+  }
+
+  /** The device failed, and the print system is about to print the job again from its beginning. @throws {SendError} */
+  async #preventRetry() {
+    if (await this.#cancel()) throw new SendError('interrupted', 'the device failed');
+  }
+
+  async #giveUp() {
+    if (await this.#cancel()) throw new SendError('queue_stalled');
+    // It may have come out just now; else it is still there, and comes out when it likes.
+    const line = await this.#listed('not-completed');
+    if (line && !line.own && await this.#isPrinted()) return;
+    throw new SendError('timeout', 'the job cannot be cancelled');
+  }
+
+  /** @returns {Promise<boolean>} false when the print system does not cancel it */
+  async #cancel() {
+    const { cancel } = this.#programs;
+    return cancel !== null && (await runProgram(cancel, [this.#request])).status === 0;
+  }
+}
