@@ -61,6 +61,16 @@ test('every command and option on an ESC/POS printer', async (t) => {
   assert.equal(printer.jobs.length, before + 1);
 });
 
+test('a QR code is no wider than the paper: printers leave such a one out', async () => {
+  // Module widths asked for and given; 25 modules along an edge from 15 bytes on.
+  const rows = [['x'.repeat(14), 384, 16, 16], ['x'.repeat(15), 384, 16, 15], ['x'.repeat(15), 576, 16, 16], ['x'.repeat(300), 384, undefined, 5], ['AB', 384, undefined, 6]];
+  for (const [data, dots, size, given] of rows) {
+    const sent = async (protocol) => (await commandBytes([{ type: 'qr', data, ...(size ? { size } : {}) }], { protocol, profile: {}, dots })).bytes.toString('latin1');
+    assert.ok((await sent('escpos')).includes(`\x1d(k\x03\x001C${String.fromCharCode(given)}`), `${data.length} bytes on ${dots} dots`);
+    assert.ok((await sent('starline')).includes(`\x1b\x1dyS2${String.fromCharCode(Math.min(8, given))}`));
+  }
+});
+
 test('drawn texts stand in place of letters', async () => {
   const picture = { width: 16, height: 2, rows: Buffer.from('abcd') };
   const { bytes, text: read } = await commandBytes([{ type: 'text', text: 'سلام' }, { type: 'feed' }], {

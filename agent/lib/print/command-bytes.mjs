@@ -5,6 +5,7 @@ import { codepageOf, encodeText } from './text-encoder.mjs';
 import { starSymbol, symbolPayload } from './command-symbols.mjs';
 import { pinsOf } from './finish.mjs';
 import { rasterBytes } from './raster.mjs';
+import { fittingModule } from './symbols.mjs';
 
 const ESC = 0x1b;
 const GS = 0x1d;
@@ -29,7 +30,7 @@ export async function commandBytes(commands, { protocol, profile, dots, drawText
   for (const [index, command] of commands.entries()) {
     const picture = drawn[index];
     if (picture) parts.push(rasterBytes({ height: picture.height, rowBytes: picture.width / 8, bits: picture.rows }, protocol));
-    else parts.push((isStar ? starBytes : escposBytes)(command, { profile, codepage, columns }));
+    else parts.push((isStar ? starBytes : escposBytes)(command, { profile, codepage, columns, dots }));
   }
   return { bytes: Buffer.concat(parts), text: readable(commands, columns) };
 }
@@ -54,7 +55,12 @@ const sizeOf = ({ size = 1 }) => (Array.isArray(size) ? size : [size, size]);
 const linesOf = (command, columns) => wrap(command.text, Math.max(1, Math.floor(columns / sizeOf(command)[0])));
 const line = (text, codepage) => Buffer.concat([encodeText(text, codepage), Buffer.of(0x0a)]);
 
-function escposBytes(command, { profile, codepage, columns }) {
+/** A QR code no wider than the paper. */
+function fitted({ size = 6, ...command }, dots) {
+  return { ...command, size: fittingModule({ ...command, size }, dots) };
+}
+
+function escposBytes(command, { profile, codepage, columns, dots }) {
   switch (command.type) {
     case 'text': {
       const [width, height] = sizeOf(command);
@@ -74,7 +80,7 @@ function escposBytes(command, { profile, codepage, columns }) {
         payload.data, Buffer.of(0x0a, ESC, 0x61, 0),
       ]);
     }
-    case 'qr': return Buffer.concat([escpos.qr({ size: 6, ...command }), Buffer.of(ESC, 0x61, 0)]);
+    case 'qr': return Buffer.concat([escpos.qr(fitted(command, dots)), Buffer.of(ESC, 0x61, 0)]);
     case 'feed': return escpos.feed(command.lines ?? 1);
     case 'cut': return escpos.cut(command.mode ?? profile.cut ?? 'partial');
     case 'drawer': return escpos.drawer(pinsOf(command.pin, profile));
@@ -82,7 +88,7 @@ function escposBytes(command, { profile, codepage, columns }) {
   }
 }
 
-function starBytes(command, { profile, codepage, columns }) {
+function starBytes(command, { profile, codepage, columns, dots }) {
   switch (command.type) {
     case 'text': {
       const [width, height] = sizeOf(command).map((times) => Math.min(6, times) - 1);
@@ -100,7 +106,7 @@ function starBytes(command, { profile, codepage, columns }) {
         Buffer.from(data, 'latin1'), Buffer.of(0x1e, ESC, GS, 0x61, 0),
       ]);
     }
-    case 'qr': return Buffer.concat([starline.qr({ size: 6, ...command }), Buffer.of(ESC, GS, 0x61, 0)]);
+    case 'qr': return Buffer.concat([starline.qr(fitted(command, dots)), Buffer.of(ESC, GS, 0x61, 0)]);
     case 'feed': return starline.feed(command.lines ?? 1);
     case 'cut': return starline.cut(command.mode ?? profile.cut ?? 'partial');
     case 'drawer': return starline.drawer(pinsOf(command.pin, profile));

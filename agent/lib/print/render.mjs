@@ -1,7 +1,7 @@
 import { align, columnsOf, DOTS_OF_COLUMN, row, wrap } from './layout.mjs';
 import { escpos } from './escpos.mjs';
 import { starline } from './starline.mjs';
-import { qrModules } from './symbols.mjs';
+import { fittingModule } from './symbols.mjs';
 import { codepageOf } from './text-encoder.mjs';
 
 const COLUMNS = { 384: 32, 512: 42, 576: 48, 640: 53 };
@@ -41,7 +41,7 @@ function encode(operation, language, codepage, columns) {
   switch (operation.op) {
     case 'feed': return [language.feed(operation.lines)];
     case 'raster': return [language.raster(operation.picture)];
-    case 'qr': return [language.qr({ ...operation, size: fittingSize(operation, columns) })];
+    case 'qr': return [language.qr({ ...operation, size: fittingModule(operation, columns * DOTS_OF_COLUMN) })];
     case 'barcode': return [language.barcode(operation)];
     case 'page': return [language.selectPage(operation.page)];
     case 'cut': return [language.cut(operation.mode)];
@@ -60,11 +60,6 @@ function linesOf(operation, columns) {
   }
   if (operation.op === 'row') return row(operation.left, operation.right, room);
   return operation.op === 'rule' ? ['-'.repeat(columns)] : null;
-}
-
-/** The module width of a QR code, smaller than asked where the code would be wider than the paper: printers drop such a one. */
-function fittingSize({ data, size, ec = 'M' }, columns) {
-  return Math.max(1, Math.min(size, Math.floor((columns * DOTS_OF_COLUMN) / qrModules(data, ec))));
 }
 
 function readable(given, columns) {

@@ -45,8 +45,13 @@ const QR_BYTES = [
 const QR_LEVEL_ROOM = { L: 1, M: 1, Q: 1.45, H: 2 };
 
 /** Modules along an edge of a QR code; a few more than needed where the printer finds a denser way to write the content. */
-export function qrModules(data, ec = 'M') {
+function qrModules(data, ec = 'M') {
   const needed = Buffer.byteLength(data, 'utf8') * QR_LEVEL_ROOM[ec];
   const version = QR_BYTES.findIndex((bytes) => bytes >= needed) + 1;
   return 17 + 4 * (version || QR_BYTES.length);
+}
+
+/** The module width of a QR code in dots, smaller than asked where the code would be wider than the paper: printers drop such a one. */
+export function fittingModule({ data, size, ec }, dots) {
+  return Math.max(1, Math.min(size, Math.floor(dots / qrModules(data, ec))));
 }
