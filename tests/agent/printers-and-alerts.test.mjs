@@ -118,7 +118,22 @@ test('silence counts from the second time on, an answer at once', async (t) => {
   assert.deepEqual(await step({ ok: true }), ['ready', false]);
   assert.deepEqual(await step({ ok: false, reason: 'no_route', certain: true }), ['offline', true]);
   assert.equal(monitor.status('p').reason, 'no_route');
-  await monitor.hold('p');
+  assert.equal(await monitor.ask(printers[0], async () => 'paper'), 'paper');
+  assert.equal(monitor.status('p').state, 'ready', 'one that answers a question is there');
+  // Questions nobody takes: each is a probe that found silence, however often somebody asks.
+  results.push(silence, { ok: false, reason: 'no_route', certain: true });
+  for (let n = 0; n < 2; n += 1) assert.equal(await monitor.ask(printers[0], async () => null), null);
+  await monitor.probeAll();
+  assert.equal(monitor.status('p').state, 'offline', 'one that takes no question is not');
+
+  let answer;
+  let isOver = false;
+  const question = monitor.ask(printers[0], () => new Promise((resolve) => { answer = resolve; }).finally(() => { isOver = true; }));
+  const job = monitor.hold('p').then(() => assert.ok(isOver, 'a job waits until the question is over'));
+  setImmediate(() => answer(null));
+  await job;
+  await question;
+  assert.equal(await monitor.ask(printers[0], () => assert.fail('not asked while it is printed to')), null);
   await monitor.probeAll();
   assert.equal(monitor.status('p').state, 'offline', 'not probed while it is printed to');
   await alerts.flush();

@@ -66,6 +66,23 @@ export class NetworkMonitor {
     await running;
   }
 
+  /**
+   * Asks a printer something over a connection of its own. A job, and any probe, waits until the question is over.
+   * @template T
+   * @param {() => Promise<T | null>} question gives null when the printer did not accept the connection; never rejects
+   * @returns {Promise<T | null>} null also when it is being printed to
+   */
+  async ask(printer, question) {
+    while (this.#inFlight.has(printer.id)) await this.#inFlight.get(printer.id);
+    if (this.#held.has(printer.id)) return null;
+    const running = question().finally(() => this.#inFlight.delete(printer.id));
+    this.#inFlight.set(printer.id, running);
+    const answer = await running;
+    if (answer !== null) this.#note(printer.id, { ok: true });
+    else void this.probe(printer);
+    return answer;
+  }
+
   /** Printers that serve one connection at a time must not be probed while a job uses theirs. */
   async hold(id) {
     this.#held.set(id, (this.#held.get(id) ?? 0) + 1);

@@ -6,19 +6,21 @@ const ANSWER_MS = 700;
 // DLE EOT n: why it is offline, and the paper sensors. Neither prints anything.
 const ASK = Buffer.of(0x10, 0x04, 2, 0x10, 0x04, 4);
 
+/** What is not known of a printer, or could not be asked. */
 export const UNKNOWN = Object.freeze({ paper: 'unknown', cover: 'unknown' });
 
 /**
  * Asks a network printer about its paper and its cover. Many do not answer; that is no fault.
  * @param {{ host: string, port: number }} printer one that speaks ESC/POS and is not being printed to
- * @returns {Promise<{ paper: 'ok'|'low'|'out'|'unknown', cover: 'closed'|'open'|'unknown' }>} never rejects
+ * @returns {Promise<{ paper: 'ok'|'low'|'out'|'unknown', cover: 'closed'|'open'|'unknown' } | null>} null when it does not accept
+ *   the connection; never rejects
  */
 export async function paperStatus(printer) {
   let socket;
   try {
     socket = await connectPrinter(printer, CONNECT_MS);
   } catch {
-    return UNKNOWN;
+    return null;
   }
   const answer = await new Promise((resolve) => {
     let bytes = Buffer.alloc(0);

@@ -95,11 +95,6 @@ async function physicalStatus({ monitor, queue }, printer) {
   if (printer.type !== 'net' || queue.depthOf(printer.id) > 0) return UNKNOWN;
   await monitor.probe(printer);
   const speaks = printer.protocol === 'escpos' && printer.transport === 'raw' && !UNASKED.includes(printer.profile.role);
-  if (monitor.status(printer.id).state === 'offline' || !speaks) return UNKNOWN;
-  await monitor.hold(printer.id);
-  try {
-    return await paperStatus(printer);
-  } finally {
-    monitor.release(printer, true);
-  }
+  if (monitor.status(printer.id).state === 'offline' || !speaks || queue.depthOf(printer.id) > 0) return UNKNOWN;
+  return await monitor.ask(printer, () => paperStatus(printer)) ?? UNKNOWN;
 }
