@@ -10,7 +10,7 @@ export const RETRY_MS = 1000;
  * A printer that is off is tried until the job's time is over.
  */
 export class Lane {
-  /** Entries not yet begun: { id (null until on disk), printer, payload, deadline } */
+  /** Entries not yet begun: { id (null until on disk), printer, payload, deadline (by performance.now(): the wall clock may be set) } */
   waiting = [];
   #current = null;
   #running = null;
@@ -74,7 +74,7 @@ export class Lane {
       const code = error instanceof SendError ? error.code : 'interrupted';
       if (!error.untouched) return this.#fail(entry, code, error.message);
       if (this.#stopping) return;
-      if (Date.now() >= entry.deadline) return this.#fail(entry, code, error.message);
+      if (performance.now() >= entry.deadline) return this.#fail(entry, code, error.message);
       if (!entry.waits || entry.sending) await history.mark(id, 'waiting');
       Object.assign(entry, { waits: true, sending: false });
       await this.#pause(entry);
@@ -116,14 +116,14 @@ export class Lane {
   #pause(entry) {
     if (entry.cancelled || this.#stopping) return null;
     return new Promise((resolve) => {
-      const timer = setTimeout(resolve, Math.max(1, Math.min(this.#parts.retryMs ?? RETRY_MS, entry.deadline - Date.now())));
+      const timer = setTimeout(resolve, Math.max(1, Math.min(this.#parts.retryMs ?? RETRY_MS, entry.deadline - performance.now())));
       entry.wake = () => { clearTimeout(timer); resolve(); };
     });
   }
 
   /** Jobs behind one that waits for the printer do not wait longer than their own time. */
   #expire() {
-    const over = this.waiting.filter(({ id, deadline }) => id !== null && deadline <= Date.now());
+    const over = this.waiting.filter(({ id, deadline }) => id !== null && deadline <= performance.now());
     this.waiting = this.waiting.filter((entry) => !over.includes(entry));
     for (const entry of over) void this.#fail(entry, 'offline', 'waited long enough');
   }

@@ -55,7 +55,7 @@ export class JobQueue {
   async accept(printer, kind, payload, { maxWaitMs = 0, record = {} } = {}) {
     this.checkRoom(printer.id, payload.bytes.length);
     const lane = this.#lane(printer.id);
-    const entry = { id: null, printer, payload, deadline: Date.now() + maxWaitMs };
+    const entry = { id: null, printer, payload, deadline: performance.now() + maxWaitMs };
     lane.waiting.push(entry);
     const job = await this.#parts.history.add({ printerId: printer.id, printerName: printer.displayName, kind, status: 'queued', ...record });
     entry.id = job.id;
