@@ -1,14 +1,17 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import net from 'node:net';
-import { readdirSync, readFileSync } from 'node:fs';
+import { existsSync, readdirSync, readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
-import { configFolder, designerDoc, fakePrinter, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { configFolder, designerDoc, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { sendLpd } from '../../agent/lib/printers/transport-lpd.mjs';
 import { streamAll } from '../../agent/lib/printers/transport-raw.mjs';
 import { printSystem } from './support/print-system.mjs';
 import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
-import { MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
+import { SendError } from '../../agent/lib/printers/send-error.mjs';
+import { JobHistory } from '../../agent/lib/jobs/history.mjs';
+import { JobQueue, MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
+import { Log } from '../../agent/lib/log.mjs';
 
 const failedOf = (id) => `job:${id}:failed`;
 const longReceipt = () => designerDoc({ items: Array.from({ length: 300 }, (_, n) => ({ name: `${n} ${'long name '.repeat(180)}`, qty: '1', price: '1' })) });
@@ -85,6 +88,50 @@ test('a printer that is off: refused at once and on record', async (t) => {
   const { recentJobs } = await service.state();
   assert.deepEqual(recentJobs.map(({ kind, status, errorCode }) => [kind, status, errorCode]),
     [['designer', 'failed', 'offline'], ['cut', 'failed', 'offline'], ['test', 'failed', 'offline']]);
+});
+
+test('a job whose asker has gone before it was begun is not printed: the asker takes it for failed', async (t) => {
+  const home = privateHome(t);
+  const engine = path.join(home, 'bin', 'textrender');
+  fakeProgram(home, 'textrender', `cat > /dev/null; echo >> "${home}/begun"; while [ ! -e "${home}/go" ]; do sleep 0.02; done`);
+  const service = await startService(t, { home, env: { ZEMRAK_LP_TEXTRENDER: engine } });
+  const printer = await fakePrinter(t);
+  const id = await service.addPrinter(printer.port, 'المطبخ');
+  const impatient = new AbortController();
+  const ask = (route, body, signal) => fetch(`http://127.0.0.1:${service.port}${route}`, {
+    method: 'POST', headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') }, body: JSON.stringify(body), signal,
+  });
+  const given = [['/admin/test', { printer: id }], ['/admin/designer/print', { printer: id, doc: designerDoc() }]].map(([route, body]) => ask(route, body, impatient.signal));
+  await until(() => existsSync(path.join(home, 'begun')), 'the drawing to begin');
+  impatient.abort();
+  for (const each of given) await assert.rejects(each);
+  const patient = ask('/admin/designer/print', { printer: id, doc: designerDoc() });
+  writeFileSync(path.join(home, 'go'), '');
+  const { job } = await (await patient).json();
+  assert.equal((await service.ended(job.id)).status, 'completed');
+  assert.deepEqual((await service.state()).recentJobs.map((each) => each.id), [job.id]);
+  assert.equal(printer.jobs.length, 1);
+});
+
+test('a clock that is set while jobs wait shortens and lengthens nobody\'s time', async (t) => {
+  const real = Date.now;
+  t.after(() => { Date.now = real; });
+  const [patient, hasty] = await Promise.all([60_000, 1000].map(async (maxWaitMs) => {
+    const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+    const world = { history, isOn: false, tries: 0 };
+    const send = async () => { world.tries += 1; if (!world.isOn) throw new SendError('offline'); };
+    const queue = new JobQueue({ history, alerts: { happened() {}, resolve() {} }, log: new Log(null), send, retryMs: 20 });
+    const { id } = await queue.accept({ id: 'p', displayName: 'P' }, 'raw', { bytes: Buffer.alloc(1), text: '', raw: true }, { maxWaitMs });
+    await until(() => history.find(id).status === 'waiting', 'the job to wait');
+    return Object.assign(world, { id });
+  }));
+  Date.now = () => real() - 86_400_000;
+  await until(() => hasty.history.find(hasty.id).status === 'failed', 'the job to give up in its time');
+  Date.now = () => real() + 86_400_000;
+  const { tries } = patient;
+  await until(() => patient.tries > tries + 2, 'more tries');
+  patient.isOn = true;
+  await until(() => patient.history.find(patient.id).status === 'completed', 'the job to be printed in its time');
 });
 
 test('a reader that never reads fills its queue and keeps nobody else waiting', async (t) => {

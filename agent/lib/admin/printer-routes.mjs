@@ -4,7 +4,7 @@ import { isDeviceUri } from '../discovery/usb.mjs';
 import { pick } from './pick.mjs';
 
 /**
- * Commands on printers, by path.
+ * Commands on printers, by path; each gets the body and the signal that the client has gone.
  *
  * The companion judges some of these answers by their bare text: a success may nowhere hold the word
  * error in quotation marks, and only a success of add-usb may hold the word queue. So answers repeat
@@ -13,15 +13,15 @@ import { pick } from './pick.mjs';
  */
 export function printerRoutes({ printers, jobs, cups }) {
   const actions = {
-    drawer: ({ id, pin }) => jobs.drawer(id, pin),
-    cut: ({ id }) => jobs.cut(id),
-    'codepage-test': ({ id }) => jobs.codePages(id),
+    drawer: ({ id, pin }, how) => jobs.drawer(id, pin, how),
+    cut: ({ id }, how) => jobs.cut(id, how),
+    'codepage-test': ({ id }, how) => jobs.codePages(id, how),
   };
 
   return {
-    '/admin/test': async ({ printer }) => accepted(await jobs.test(printer)),
+    '/admin/test': async ({ printer }, signal) => accepted(await jobs.test(printer, { signal })),
 
-    '/admin/designer/print': async ({ printer, doc }) => accepted(await jobs.designer(printer, doc)),
+    '/admin/designer/print': async ({ printer, doc }, signal) => accepted(await jobs.designer(printer, doc, { signal })),
 
     '/admin/profile': async ({ id, profile }) => {
       printers.get(id);
@@ -30,7 +30,7 @@ export function printerRoutes({ printers, jobs, cups }) {
       return { body: { ok: true } };
     },
 
-    '/admin/printers/action': async ({ id, action, pin }) => {
+    '/admin/printers/action': async ({ id, action, pin }, signal) => {
       if (action === 'clear-queue') {
         const printer = printers.get(id);
         const cancelled = jobs.cancelWaiting(id);
@@ -38,7 +38,7 @@ export function printerRoutes({ printers, jobs, cups }) {
         return { body: { ok: true, cancelled } };
       }
       if (typeof action !== 'string' || !Object.hasOwn(actions, action)) throw invalidRequest('أمر غير معروف.');
-      return accepted(await actions[action]({ id, pin }));
+      return accepted(await actions[action]({ id, pin }, { signal }));
     },
 
     '/admin/printers/add': async ({ type, name, host, port, transport = 'raw' }) => {

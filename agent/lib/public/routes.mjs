@@ -64,9 +64,9 @@ export function publicRoutes(service) {
       return { body: { printer: { ...printerView(printers.get(printer.id)), ...status } } };
     }),
 
-    'POST /v1/printers/:id/test': command('test', [], (id, _, record) => jobs.test(id, record)),
-    'POST /v1/printers/:id/cut': command('cut', [], (id, _, record) => jobs.cut(id, record)),
-    'POST /v1/printers/:id/drawer': command('drawer', ['pin'], (id, { pin }, record) => jobs.drawer(id, typeof pin === 'number' ? String(pin) : pin, record)),
+    'POST /v1/printers/:id/test': command('test', [], (id, _, record) => jobs.test(id, { record })),
+    'POST /v1/printers/:id/cut': command('cut', [], (id, _, record) => jobs.cut(id, { record })),
+    'POST /v1/printers/:id/drawer': command('drawer', ['pin'], (id, { pin }, record) => jobs.drawer(id, typeof pin === 'number' ? String(pin) : pin, { record })),
 
     'POST /v1/jobs': prints(JOB_BODY_BYTES, ({ origin, body, key }) => siteJobs.submit(origin, body, key)),
 
