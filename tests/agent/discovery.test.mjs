@@ -1,9 +1,9 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import net from 'node:net';
-import { fakePrinter, fakeProgram, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { configFolder, fakePrinter, fakeProgram, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { localAddresses, parseTargets } from '../../agent/lib/discovery/network.mjs';
 import { discoverBonjour, unescapeName } from '../../agent/lib/discovery/bonjour.mjs';
 import { discoverUsb, isDeviceUri } from '../../agent/lib/discovery/usb.mjs';
@@ -144,5 +144,12 @@ test('the system\'s print queues', async (t) => {
   assert.equal((await service.post('/admin/printers/remove', { id: 'cups-Office' })).status, 409);
   assert.equal((await service.post('/admin/printers/remove', { id: 'cups-Slip_2' })).status, 200);
   assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), '-x Slip_2\n');
+
+  // A disk that is full, or anything else that keeps the settings from being written.
+  const file = path.join(configFolder(home), 'settings.json');
+  rmSync(file);
+  mkdirSync(path.join(file, 'in the way'), { recursive: true });
+  assert.equal((await service.post('/admin/printers/add-usb', { name: 'Lost', uri })).status, 500);
+  assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), '-x Lost\n', 'no print queue is left that nobody knows');
   assert.equal(parseQueueStates('').size, 0);
 });

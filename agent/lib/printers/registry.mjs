@@ -88,11 +88,17 @@ export class Printers {
   async addUsb({ name, uri }) {
     const queue = queueName(name, this.#cups.list().map((each) => each.queue));
     await this.#cups.addRaw(queue, uri);
-    await this.#settings.update((draft) => {
-      if (!draft.queues.includes(queue)) draft.queues.push(queue);
-      draft.profiles[`cups-${queue}`] ??= {};
-      if (!this.#aliasTaken(draft, name, null) && checkProfile({ alias: name })) draft.profiles[`cups-${queue}`].alias = name.trim();
-    });
+    try {
+      await this.#settings.update((draft) => {
+        if (!draft.queues.includes(queue)) draft.queues.push(queue);
+        draft.profiles[`cups-${queue}`] ??= {};
+        if (!this.#aliasTaken(draft, name, null) && checkProfile({ alias: name })) draft.profiles[`cups-${queue}`].alias = name.trim();
+      });
+    } catch (error) {
+      // A queue that is in no settings would be nobody's to remove, and take the name from the next try.
+      await this.#cups.removeQueue(queue).catch(() => {});
+      throw error;
+    }
     return { id: `cups-${queue}`, queue };
   }
 
