@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync, statSync } from 'node:fs';
 import net from 'node:net';
-import { SCRIPT, command, configFolder, designerDoc, fakePrinter, launch, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { SCRIPT, command, configFolder, designerDoc, fakePrinter, fakeProgram, launch, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 
 const isAlive = (pid) => { try { process.kill(pid, 0); return true; } catch { return false; } };
 
@@ -137,4 +137,28 @@ test('a config folder that cannot be made is an error, not a hang', async (t) =>
   const { status, stderr } = await command(t, `${configFolder(home)}/x`, ['run'], { ZEMRAK_LP_HTTP_PORT: '0' });
   assert.equal(status, 1);
   assert.match(stderr, /ENOTDIR|EEXIST/);
+});
+
+test('a system that can start no program', async (t) => {
+  const home = privateHome(t);
+  for (const name of ['notify-send', 'zenity', 'kdialog']) fakeProgram(home, name, 'echo allow');
+  const library = new URL('../../agent/lib/', import.meta.url);
+  const script = `
+    import { openSync } from 'node:fs';
+    const { runProgram } = await import('${library}system/program.mjs');
+    const { drawPictures } = await import('${library}print/textrender.mjs');
+    const { personAsker } = await import('${library}public/ask-person.mjs');
+    console.log((await runProgram('/bin/true', ['x'.repeat(1_000_000)])).status, (await runProgram(null, [])).status, (await runProgram('/nowhere', [])).status);
+    const taken = [];
+    try { for (;;) taken.push(openSync('/dev/null')); } catch {}
+    console.log((await runProgram('/bin/true', [])).status);
+    console.log(await drawPictures([{}], { program: '/bin/true' }).catch(() => 'not drawn'));
+    console.log(await personAsker({ PATH: '${home}/bin', DISPLAY: ':0' })({ origin: 'o', name: 'n', timeoutMs: 1000, signal: new AbortController().signal }));
+    await new Promise((resolve) => setTimeout(resolve, 50));
+    console.log('alive');`;
+  const child = spawn('/bin/sh', ['-c', 'ulimit -n 100; exec "$0" --input-type=module -e "$1"', process.execPath, script], { stdio: ['ignore', 'pipe', 'inherit'] });
+  let output = '';
+  child.stdout.on('data', (data) => { output += data; });
+  await new Promise((resolve) => { child.on('close', resolve); });
+  assert.equal(output, '-1 -1 -1\n-1\nnot drawn\nunavailable\nalive\n');
 });

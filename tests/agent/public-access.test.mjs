@@ -120,7 +120,11 @@ test('pairing asks the person by a notification with two actions', async (t) => 
   assert.match(asked, /allow=.*\n.*deny=/s);
   assert.ok(asked.includes(ORIGIN) && asked.includes('صندوق &lt;b>&amp;'));
   answer('deny\n');
+  // What the asker leaves running has its output open, and nothing to say.
+  fakeProgram(home, 'notify-send', 'sleep 20 & cat "$HOME/answer"');
+  const began = performance.now();
   assert.deepEqual(await codes(site.post('/v1/pair')), [403, 'pairing_denied']);
+  assert.ok(performance.now() - began < 10_000, 'a question that is answered is over');
   const early = await site.post('/v1/pair');
   assert.deepEqual([early.status, early.body.error.code], [429, 'pairing_cooldown']);
   assert.ok(Number(early.headers.get('retry-after')) >= 28);

@@ -1,4 +1,4 @@
-import { spawn } from 'node:child_process';
+import { startProgram } from '../system/program.mjs';
 import { ApiError, unsupportedImage } from '../api-error.mjs';
 import { toBits, trimEnd } from './raster.mjs';
 
@@ -42,10 +42,11 @@ export async function renderPdf(helper, file, { dots, dither }) {
 const noTool = () => new ApiError(501, 'no_pdf_tool', 'أداة تحويل PDF غير مثبّتة على هذا الجهاز.');
 
 function run(file, args, input) {
-  return new Promise((resolve) => {
+  return new Promise((resolve, reject) => {
     const chunks = [];
     let size = 0;
-    const child = spawn(file, args, { stdio: ['pipe', 'pipe', 'ignore'] });
+    const child = startProgram(file, args, { stdio: ['pipe', 'pipe', 'ignore'] });
+    if (!child) return void reject(new Error('the PDF tool cannot be started'));
     const timer = setTimeout(() => child.kill('SIGKILL'), RENDER_MS);
     child.stdout.on('data', (chunk) => {
       size += chunk.length;

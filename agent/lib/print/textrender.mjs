@@ -1,4 +1,4 @@
-import { spawn } from 'node:child_process';
+import { startProgram } from '../system/program.mjs';
 
 const TIMEOUT_MS = 10_000;
 const MAX_OUTPUT = 32 * 1024 * 1024;
@@ -35,7 +35,8 @@ async function drawOnce(requests, { program, timeoutMs = TIMEOUT_MS }) {
 
 function run(program, input, timeoutMs) {
   return new Promise((resolve, reject) => {
-    const child = spawn(program, ['--serve'], { env: { ...process.env, LC_ALL: 'C.UTF-8' }, stdio: ['pipe', 'pipe', 'pipe'] });
+    const child = startProgram(program, ['--serve'], { env: { ...process.env, LC_ALL: 'C.UTF-8' }, stdio: ['pipe', 'pipe', 'pipe'] });
+    if (!child) return void reject(new Error('it cannot be started'));
     const chunks = [];
     let size = 0;
     let complaint = '';

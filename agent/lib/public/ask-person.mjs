@@ -1,5 +1,4 @@
-import { spawn } from 'node:child_process';
-import { findProgram, runProgram } from '../system/program.mjs';
+import { closeSoonAfterExit, findProgram, runProgram, startProgram } from '../system/program.mjs';
 
 const TITLE = 'طلب اقتران للطباعة';
 const ALLOW = 'السماح';
@@ -59,7 +58,8 @@ async function showsActions(gdbus) {
 
 function ask({ file, args, read }, timeoutMs, signal) {
   return new Promise((resolve) => {
-    const child = spawn(file, args, { stdio: ['ignore', 'pipe', 'ignore'] });
+    const child = startProgram(file, args, { stdio: ['ignore', 'pipe', 'ignore'] });
+    if (!child) return void resolve('unavailable');
     let output = '';
     let calledOff = signal.aborted;
     // An interrupted asker takes its question off the screen.
@@ -78,6 +78,8 @@ function ask({ file, args, read }, timeoutMs, signal) {
     };
     child.stdout.on('data', (data) => { output = (output + data).slice(-4096); });
     child.on('error', () => settle('unavailable'));
+    // What the asker left running must not keep the question open.
+    closeSoonAfterExit(child);
     child.on('close', (status) => settle(calledOff ? 'deny' : read(status, output)));
   });
 }

@@ -21,6 +21,30 @@ export function findProgram(name, env = process.env) {
 }
 
 /**
+ * Starts a program whose output is read; spawn() throws where the system has no memory left, and gives a child without pipes
+ * where no files may be opened any more.
+ * @returns {import('node:child_process').ChildProcess | null} null when it cannot be started; one that does not exist gives an error event
+ */
+export function startProgram(file, args, options) {
+  try {
+    const child = spawn(file, args, options);
+    if (child.stdout) return child;
+    child.on('error', () => {});
+  } catch { /* null says it */ }
+  return null;
+}
+
+// A grandchild may keep a pipe open; a program's own output has been read this long after its end (milliseconds).
+const LAST_WORDS_MS = 200;
+
+/** Has `close` come soon after the end of a child, also when a grandchild keeps its pipes open. */
+export function closeSoonAfterExit(child) {
+  child.on('exit', () => {
+    setTimeout(() => { child.stdout?.destroy(); child.stderr?.destroy(); }, LAST_WORDS_MS).unref();
+  });
+}
+
+/**
  * Runs a program without a shell, in the C locale, and collects its output (1 MiB of each stream at most).
  * Never rejects.
  * @param {string} file absolute path
@@ -33,9 +57,10 @@ export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } 
     const out = [];
     const err = [];
     let timedOut = false;
-    const child = spawn(file, args, {
+    const child = startProgram(file, args, {
       cwd, env: { ...process.env, LC_ALL: 'C', LANG: 'C' }, stdio: [input ? 'pipe' : 'ignore', 'pipe', 'pipe'],
     });
+    if (!child) return void resolve({ status: -1, stdout: '', stderr: '', timedOut: false });
     const kill = () => child.kill('SIGKILL');
     const timer = setTimeout(() => { timedOut = true; kill(); }, timeoutMs);
     signal?.addEventListener('abort', kill, { once: true });
@@ -48,10 +73,7 @@ export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } 
       resolve({ status, stdout: Buffer.concat(out).toString('utf8'), stderr: Buffer.concat(err).toString('utf8'), timedOut });
     };
     child.on('error', () => settle(-1));
-    child.on('exit', () => {
-      // A grandchild may keep the pipes open; the program's own output has been written by now.
-      setTimeout(() => { child.stdout.destroy(); child.stderr.destroy(); }, 200).unref();
-    });
+    closeSoonAfterExit(child);
     child.on('close', (status) => settle(status ?? -1));
     if (input) {
       child.stdin.on('error', () => {});
