@@ -78,9 +78,9 @@ export function parseTargets(list) {
 export async function discoverNetwork({ signal, env = process.env } = {}) {
   const named = env.ZEMRAK_LP_SCAN_HOSTS;
   const targets = named !== undefined ? parseTargets(named) : localAddresses().map((host) => ({ host, port: PRINTER_PORT }));
-  const until = Date.now() + TOTAL_MS;
+  const until = performance.now() + TOTAL_MS;
   const found = await inParallel(targets, WIDTH, async (target) => {
-    if (signal?.aborted || Date.now() > until) return false;
+    if (signal?.aborted || performance.now() > until) return false;
     return (await probe(target, CONNECT_MS, signal)).ok;
   });
   return targets.filter((_, index) => found[index]);
