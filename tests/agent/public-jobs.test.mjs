@@ -277,7 +277,7 @@ test('thirty jobs wait for a printer, the next is refused', async (t) => {
 
 test('an ordinary printer gets documents as they are, with copies and paper', async (t) => {
   const home = privateHome(t);
-  fakeProgram(home, 'lpstat', 'case "$1" in -e) echo Office;; -l) echo "printer Office is idle."; printf "\\tAlerts: none\\n";; esac');
+  fakeProgram(home, 'lpstat', 'case "$*" in -e) echo Office;; "-l -p") echo "printer Office is idle."; printf "\\tAlerts: none\\n";; esac');
   fakeProgram(home, 'lp', 'echo "$@" >> "$HOME/lp.txt"; cat > "$HOME/printed"; echo "request id is Office-1 (1 file(s))"');
   const service = await startService(t, { home });
   const site = await siteOf(service).pair();
