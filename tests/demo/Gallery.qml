@@ -140,7 +140,7 @@ BaseWindow {
                 Layout.fillWidth: true
                 label: "عنوان IP"
 
-                Input { ltr: true; placeholder: "192.168.1.50" }
+                Input { placeholder: "192.168.1.50" }
                 Input { enabled: false; placeholder: "معطّل" }
             }
             SearchField { Layout.fillWidth: true; objectName: "search"; placeholder: "ابحث عن طابعة" }

@@ -2,12 +2,11 @@ import QtQuick
 import QtQuick.Templates as T
 import Zemrak
 
-// A single line to type in. `ltr` for addresses, codes and numbers.
+// A single line to type in. Its direction is that of the first letter, before there is one that of the keyboard.
 T.TextField {
     id: root
 
     property alias placeholder: root.placeholderText
-    property bool ltr: false
     property bool faulty: false
     property string name: placeholder
     property string symbol

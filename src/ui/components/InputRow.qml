@@ -8,7 +8,6 @@ FieldRow {
 
     property string text
     property string placeholder
-    property bool ltr: false
     readonly property Item control: input
 
     signal edited(string text)
@@ -20,7 +19,6 @@ FieldRow {
     Input {
         id: input
         Layout.fillWidth: true
-        ltr: root.ltr
         name: root.label
         placeholder: root.placeholder
         text: root.text

@@ -17,7 +17,6 @@ Card {
         counter: DesignerView.qrCounter
         hint: "رابط أو نص (حتى 600 حرف)"
         label: "محتوى الـ QR"
-        ltr: true
         text: DesignerView.__doc.qrData
         told: DesignerView.qrProblem
 
@@ -48,7 +47,6 @@ Card {
     }
     DesignerInput {
         label: "بيانات الباركود"
-        ltr: true
         text: DesignerView.__doc.barcodeData
         told: DesignerView.barcodeProblem
 

@@ -36,14 +36,12 @@ Card {
             onEdited: text => DesignerView.__doc.address = text
         }
         DesignerInput {
-            ltr: true
             label: "الهاتف"
             text: DesignerView.__doc.phone
 
             onEdited: text => DesignerView.__doc.phone = text
         }
         DesignerInput {
-            ltr: true
             label: "الرقم الضريبي"
             text: DesignerView.__doc.taxNumber
 
@@ -56,7 +54,6 @@ Card {
             onEdited: text => DesignerView.__doc.title = text
         }
         DesignerInput {
-            ltr: true
             label: "رقم الفاتورة"
             text: DesignerView.__doc.receiptNo
 

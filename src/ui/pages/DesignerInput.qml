@@ -8,7 +8,6 @@ DesignerField {
 
     property string text
     property string told // of what is typed, before printing
-    property bool ltr: false
 
     signal edited(string text)
 
@@ -18,7 +17,6 @@ DesignerField {
         id: input
         Layout.fillWidth: true
         Accessible.description: root.description
-        ltr: root.ltr
         maximumLength: DesignerView.longestText
         name: root.label
         placeholder: ""

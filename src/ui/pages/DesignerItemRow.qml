@@ -46,7 +46,6 @@ FocusScope {
         }
         Input {
             id: qtyField
-            ltr: true
             maximumLength: DesignerView.longestText
             name: "الكمية " + (root.index + 1)
             placeholder: "الكمية"
@@ -58,7 +57,6 @@ FocusScope {
         }
         Input {
             id: priceField
-            ltr: true
             maximumLength: DesignerView.longestText
             name: "السعر " + (root.index + 1)
             placeholder: "السعر"

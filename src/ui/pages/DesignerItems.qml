@@ -69,7 +69,6 @@ Card {
     Divider {
     }
     DesignerInput {
-        ltr: true
         label: "الخصم (مبلغ)"
         text: DesignerView.__doc.discount
 
@@ -78,7 +77,6 @@ Card {
     DesignerInput {
         hint: "اتركه فارغًا لعدم إظهار الضريبة"
         label: "ضريبة القيمة المضافة %"
-        ltr: true
         text: DesignerView.__doc.vatPercent
 
         onEdited: text => DesignerView.__doc.vatPercent = text

@@ -27,7 +27,6 @@ Card {
             id: field
             focus: true
             Layout.fillWidth: true
-            ltr: true
             name: "عنوان الموقع"
             placeholder: "https://pos.example.com"
             readOnly: Presenters.sites.adding

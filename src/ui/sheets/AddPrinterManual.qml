@@ -22,7 +22,6 @@ Card {
     }
     InputRow {
         label: "عنوان IP"
-        ltr: true
         placeholder: "192.168.1.50"
         text: root.finder.__host
 
@@ -31,7 +30,6 @@ Card {
     }
     InputRow {
         label: "المنفذ"
-        ltr: true
         placeholder: "9100"
         text: root.finder.__port
 

@@ -87,7 +87,6 @@ Sheet {
         InputRow {
             hint: "أمر ESC t، مثل 50"
             label: "رقم الصفحة"
-            ltr: true
             placeholder: "50"
             text: root.editor.__escT
 
