@@ -277,7 +277,7 @@ private Q_SLOTS:
         QCOMPARE(body[QLatin1String("doc")].toObject(), view.doc().json());
         app.heldPrint->write(HttpServer::response(app.answer));
         QTRY_VERIFY(view.canPrint());
-        QCOMPARE(app.agent.toast(), QStringLiteral("تم إرسال الورقة إلى «كاشير»"));
+        QCOMPARE(app.agent.toast(), QStringLiteral("تم إرسال الورقة إلى «\u2068كاشير\u2069»"));
 
         const QString failed = QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة");
         app.holdPrints = false;

@@ -102,7 +102,7 @@ private Q_SLOTS:
         // The first of the list by its own name, whichever is offline.
         row("none connected", {printer("Odd", "odd"), printer("Off", "offline")}, true, false,
             {QStringLiteral("gAmber"), QStringLiteral("لا توجد طابعة متصلة"),
-                QStringLiteral("«Odd» غير موصولة أو مطفأة. وصّل الكابل أو شغّلها ثم اضغط فحص الاتصال."),
+                QStringLiteral("«\u2068Odd\u2069» غير موصولة أو مطفأة. وصّل الكابل أو شغّلها ثم اضغط فحص الاتصال."),
                 QStringLiteral("0/2")});
         row("one connected", {printer("a", "offline"), printer("b", "error")}, true, false,
             {QStringLiteral("gGreen"), QStringLiteral("كل شيء جاهز للطباعة"),

@@ -14,7 +14,7 @@ RowLayout {
         Layout.fillWidth: true
         color: Theme.gMuted
         font.pixelSize: Theme.textSmall
-        value: DesignerView.destination === "" ? "لا توجد طابعة متصلة" : "إلى «" + DesignerView.destination + "»"
+        value: DesignerView.destination === "" ? "لا توجد طابعة متصلة" : "إلى «\u2068" + DesignerView.destination + "\u2069»"
         visible: root.wide
     }
     PrimaryButton {

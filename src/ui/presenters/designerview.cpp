@@ -2,6 +2,7 @@
 
 #include "designer/symbolcheck.h"
 #include "health/vocabulary.h"
+#include "ui/presenters/mixedtext.h"
 
 #include <QDateTime>
 #include <QMetaProperty>
@@ -233,7 +234,7 @@ void DesignerView::print()
             if (!self)
                 return;
             self->setPrinting(false);
-            self->m_agent.flash(ok ? QStringLiteral("تم إرسال الورقة إلى «%1»").arg(name)
+            self->m_agent.flash(ok ? QStringLiteral("تم إرسال الورقة إلى «%1»").arg(isolatedName(name))
                                    : QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة"));
         });
     if (begun)

@@ -11,6 +11,7 @@ namespace {
 constexpr QChar ltrMark(0x200e);
 constexpr QChar rtlMark(0x200f);
 constexpr QChar ltrIsolate(0x2066);
+constexpr QChar anyIsolate(0x2068); // the first strong letter gives the direction
 constexpr QChar isolateEnd(0x2069);
 
 bool isAscii(QChar c)
@@ -88,6 +89,11 @@ QString mixedText(const QString &text)
     QStringList lines = text.split(QLatin1Char('\n'));
     std::ranges::transform(lines, lines.begin(), mixedLine);
     return lines.join(QLatin1Char('\n'));
+}
+
+QString isolatedName(const QString &name)
+{
+    return anyIsolate + name + isolateEnd;
 }
 
 } // namespace zemrak

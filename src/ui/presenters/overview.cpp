@@ -1,6 +1,7 @@
 #include "ui/presenters/overview.h"
 
 #include "health/vocabulary.h"
+#include "ui/presenters/mixedtext.h"
 #include "ui/presenters/palettename.h"
 
 #include <QDateTime>
@@ -64,7 +65,7 @@ QString heroSubtitle(const OverviewFacts &facts)
         return QStringLiteral("وصّل الطابعة أو أضفها من صفحة الطابعات، ثم اضغط فحص الاتصال.");
     const qint64 connected = connectedPrinters(facts.state);
     if (connected == 0)
-        return QStringLiteral("«") + facts.state->printers.first().name
+        return QStringLiteral("«") + isolatedName(facts.state->printers.first().name)
             + QStringLiteral("» غير موصولة أو مطفأة. وصّل الكابل أو شغّلها ثم اضغط فحص الاتصال.");
     return (connected == 1 ? QStringLiteral("طابعة واحدة متصلة")
                            : QString::number(connected) + QStringLiteral(" طابعات متصلة"))
