@@ -21,10 +21,13 @@ void ConnectionCheck::runScan()
     m_answer.reset();
     const bool hadResult = m_result.has_value();
     m_result.reset();
+    m_progress = 0.03; // before anybody looks, who would see the end of the last check
+    m_step = QStringLiteral("فحص خدمة الطباعة");
     Q_EMIT scanningChanged();
     if (hadResult)
         Q_EMIT scanResultChanged();
-    show(0.03, QStringLiteral("فحص خدمة الطباعة"));
+    Q_EMIT scanProgressChanged();
+    Q_EMIT scanStepChanged();
     searchPrinters();
 }
 

@@ -131,12 +131,14 @@ private Q_SLOTS:
         QCOMPARE(f.clock.pending(), 0);
     }
 
-    void endIsAnnouncedWithTheResultInPlace()
+    void startAndEndAreAnnouncedWithEverythingInPlace()
     {
         Fixture f;
         bool hadResult = false;
         connect(&f.check, &ConnectionCheck::scanningChanged, &f.check, [&] {
-            if (!f.check.isScanning()) {
+            if (f.check.isScanning()) {
+                QVERIFY(f.shows(0.03, "فحص خدمة الطباعة"));
+            } else {
                 hadResult = f.check.scanResult().has_value();
                 f.check.runScan(); // somebody cannot wait
             }

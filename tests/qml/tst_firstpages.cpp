@@ -31,6 +31,17 @@ QList<QQuickItem *> visibleWith(QQuickItem *item, const QString &text, const cha
     return found;
 }
 
+QQuickItem *progressRing(QQuickItem *item)
+{
+    if (QByteArray(item->metaObject()->className()).startsWith("OverviewProgress"))
+        return item;
+    for (QQuickItem *child : item->childItems()) {
+        if (QQuickItem *found = progressRing(child))
+            return found;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 class FirstPagesTest : public QObject
@@ -79,6 +90,26 @@ private Q_SLOTS:
         QVERIFY(!m_stage->agent().isScanning());
         QCOMPARE(m_stage->server().requestsTo("/admin/scan").size(), 1);
         QTRY_COMPARE(ring->property("tone").value<QColor>(), QColor(0x16a34a));
+    }
+
+    void ringWindsOnFromStageToStage()
+    {
+        m_window->appearance().overrideReducedMotion(false);
+        open("shop", "overview");
+        for (int check = 0; check < 2; ++check) { // the second does not begin where the first ended
+            press(control(QStringLiteral("فحص الاتصال")));
+            QQuickItem *ring = progressRing(root());
+            QVERIFY(ring);
+            const auto shown = [ring] { return ring->property("shown").toDouble(); };
+            QCOMPARE(shown(), 0.03);
+            m_clock.advance(600ms);
+            QCOMPARE(ring->property("progress").toDouble(), 0.22);
+            QVERIFY(shown() < 0.22);
+            QTRY_COMPARE(shown(), 0.22);
+            m_clock.advance(700ms);
+            QTRY_COMPARE(m_stage->server().requestsTo("/admin/scan").size(), check + 1);
+            QTRY_VERIFY(m_clock.pending() > 0 && (m_clock.advance(1s), !m_stage->agent().isScanning()));
+        }
     }
 
     void countersLeadToTheirPages()

@@ -24,8 +24,9 @@ Canvas {
     onShownChanged: requestPaint()
 
     Behavior on shown {
+        id: wind
         // A check that begins does not wind the last one back.
-        enabled: root.progress > root.shown
+        enabled: wind.targetValue > root.shown
 
         NumberAnimation {
             duration: Theme.stage
