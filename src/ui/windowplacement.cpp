@@ -14,6 +14,7 @@ namespace {
 
 constexpr QLatin1String key("mainWindowFrame");
 constexpr int farthest = 100'000; // beyond any desktop: a damaged file, not a place
+constexpr QSize titleBar(0, 40); // nobody tells how high it is before there is one
 
 qint64 area(const QRect &rect)
 {
@@ -58,8 +59,11 @@ QRect fitted(const QRect &frame, const QList<QRect> &screens)
 void restorePlacement(QWindow &window, const UserDefaults &defaults)
 {
     const std::optional<WindowPlacement> placement = WindowPlacement::fromStrings(defaults.strings(key));
-    if (!placement)
+    if (!placement) { // the desktop places it
+        if (const QScreen *screen = window.screen())
+            window.resize(window.size().boundedTo(screen->availableSize() - titleBar));
         return;
+    }
     QList<QRect> screens;
     for (const QScreen *screen : QGuiApplication::screens())
         screens.append(screen->availableGeometry());
@@ -74,8 +78,12 @@ void storePlacement(const QWindow &window, UserDefaults &defaults)
 {
     const bool maximized = window.windowStates() & (Qt::WindowMaximized | Qt::WindowFullScreen);
     WindowPlacement placement{window.geometry(), maximized};
-    if (maximized) // the ordinary frame is the one it had before
-        placement.frame = WindowPlacement::fromStrings(defaults.strings(key)).value_or(placement).frame;
+    if (maximized) { // the ordinary frame is the one it had before
+        if (const auto before = WindowPlacement::fromStrings(defaults.strings(key)))
+            placement.frame = before->frame;
+        else
+            placement.frame = {placement.frame.topLeft(), WindowPlacement::firstSize};
+    }
     defaults.setStrings(key, placement.toStrings());
 }
 

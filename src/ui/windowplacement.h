@@ -14,6 +14,9 @@ class UserDefaults;
 /// Where the window was, as it is kept: x, y, width, height, and whether it filled the screen.
 struct WindowPlacement
 {
+    /// The window's, before anybody changed it.
+    static constexpr QSize firstSize{1020, 760};
+
     QRect frame; ///< of the content, in the desktop's coordinates; the ordinary one, also of a maximised window
     bool maximized = false;
 
@@ -27,6 +30,7 @@ struct WindowPlacement
 /// it; on the first one when none holds any. `screens` is not empty.
 [[nodiscard]] QRect fitted(const QRect &frame, const QList<QRect> &screens);
 
+/// Puts `window` where it was. The first time it keeps its size, as far as its screen has room for it.
 void restorePlacement(QWindow &window, const UserDefaults &defaults);
 void storePlacement(const QWindow &window, UserDefaults &defaults);
 

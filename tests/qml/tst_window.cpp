@@ -7,6 +7,7 @@
 #include "ui/pages.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
+#include "ui/windowplacement.h"
 
 #include <QAccessible>
 #include <QDir>
@@ -14,6 +15,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -287,6 +289,17 @@ private Q_SLOTS:
     {
         QVERIFY(open());
         QCOMPARE(m_stage->defaults().strings(QLatin1String("mainWindowFrame")), QStringList());
+        const QSize room = m_window->window()->screen()->availableSize();
+        QCOMPARE(m_window->window()->width(), std::min(room.width(), 1020));
+        QVERIFY(m_window->window()->height() < std::min(room.height(), 761)); // the title bar needs some
+        m_window->window()->setWindowStates(Qt::WindowMaximized);
+        m_window->close();
+        const auto first = WindowPlacement::fromStrings(m_stage->defaults().strings(QLatin1String("mainWindowFrame")));
+        QVERIFY(first && first->maximized);
+        QCOMPARE(first->frame.size(), QSize(1020, 760)); // for when it is made smaller again
+        QVERIFY(open());
+        QVERIFY(m_window->window()->windowStates() & Qt::WindowMaximized);
+        m_window->window()->setWindowStates(Qt::WindowNoState);
         m_window->window()->setGeometry(5, 20, 793, 601);
         QTRY_COMPARE(m_window->window()->width(), 793);
         m_window->close();
