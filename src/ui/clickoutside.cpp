@@ -4,6 +4,9 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+#include <algorithm>
+#include <ranges>
+
 namespace zemrak {
 
 namespace {
@@ -13,15 +16,30 @@ bool isText(const QQuickItem *item)
     return item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit");
 }
 
+// The layer of the popups lies over the whole window, and is nothing itself where there is no popup.
+bool isBareOverlay(const QQuickItem *item, QPointF point)
+{
+    return item->inherits("QQuickOverlay") && !item->childAt(point.x(), point.y());
+}
+
+const QQuickItem *topmostChild(const QQuickItem *item, QPointF scenePoint)
+{
+    QList<QQuickItem *> children = item->childItems();
+    std::ranges::stable_sort(children, {}, &QQuickItem::z);
+    for (const QQuickItem *child : children | std::views::reverse) {
+        const QPointF point = child->mapFromScene(scenePoint);
+        if (child->isVisible() && child->contains(point) && !isBareOverlay(child, point))
+            return child;
+    }
+    return nullptr;
+}
+
 // The items under the point from the outermost to the innermost, as far as the topmost child at each level goes.
 bool hitsText(const QQuickItem *root, QPointF scenePoint)
 {
-    const QQuickItem *item = root;
-    while (item) {
+    for (const QQuickItem *item = root; item; item = topmostChild(item, scenePoint)) {
         if (isText(item))
             return true;
-        const QPointF point = item->mapFromScene(scenePoint);
-        item = item->childAt(point.x(), point.y());
     }
     return false;
 }

@@ -1,6 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 
 Item {
+    property alias popup: popup
+
     height: 200
     width: 300
 
@@ -22,5 +25,12 @@ Item {
         objectName: "button"
         width: 100
         y: 100
+    }
+    T.Popup {
+        id: popup
+        closePolicy: T.Popup.NoAutoClose
+        height: 30
+        width: 100
+        y: 50
     }
 }

@@ -20,6 +20,7 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace zemrak;
@@ -215,6 +216,16 @@ private Q_SLOTS:
         QVERIFY(field->hasActiveFocus());
         QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 60}); // in another field
         QVERIFY(other->hasActiveFocus());
+        auto *popup = view.rootObject()->property("popup").value<QObject *>();
+        QMetaObject::invokeMethod(popup, "open");
+        QTRY_VERIFY(popup->property("opened").toBool());
+        field->forceActiveFocus();
+        QSignalSpy left(field, &QQuickItem::activeFocusChanged); // a press that goes on to the field gives it back
+        QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 10});
+        QCOMPARE(left.count(), 0);
+        QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 60}); // on the popup, which covers the other field
+        QVERIFY(!field->hasActiveFocus() && !other->hasActiveFocus());
+        QMetaObject::invokeMethod(popup, "close");
         auto *button = view.rootObject()->findChild<QQuickItem *>(QStringLiteral("button"));
         button->forceActiveFocus();
         QTest::mouseClick(&view, Qt::LeftButton, {}, {200, 150});
