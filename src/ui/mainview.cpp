@@ -19,10 +19,6 @@ constexpr QLatin1String onboardingKey("onboardingDone");
 constexpr double plainSidebar = 232;
 constexpr double margins = 72;
 
-// The alternative layouts for narrow and short windows exist in the pages, and stay switched off.
-constexpr bool sideBySide = false;
-constexpr double heroScale = 1;
-
 } // namespace
 
 MainView::MainView(Agent &agent, UserDefaults &defaults, Appearance &appearance, QObject *parent)
@@ -130,7 +126,7 @@ double MainView::contentWidth() const
 
 double MainView::ringScale() const
 {
-    return sideBySide ? std::min(heroScale, 0.8) : heroScale;
+    return sideBySide ? std::min(hs, 0.8) : hs;
 }
 
 bool MainView::serviceAnswers() const

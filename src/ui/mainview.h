@@ -39,6 +39,12 @@ class MainView : public QObject
     Q_PROPERTY(bool serviceAnswers READ serviceAnswers NOTIFY serviceAnswersChanged)
 
 public:
+    // Switches between layouts, which stay as they are: a page fits itself to the room it has.
+    static constexpr bool compactW = false; ///< for a narrow window
+    static constexpr bool compactH = false; ///< for a short one
+    static constexpr bool sideBySide = false; ///< hero and counters of the overview
+    static constexpr double hs = 1; ///< vertical scale of the hero
+
     MainView(Agent &agent, UserDefaults &defaults, Appearance &appearance, QObject *parent = nullptr);
 
     static MainView *create(QQmlEngine *engine, QJSEngine *);

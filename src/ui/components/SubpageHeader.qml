@@ -40,12 +40,11 @@ RowLayout {
             value: root.title
             weight: Font.Bold
         }
-        AppText {
+        LineText {
             Layout.fillWidth: true
             color: Theme.gMuted
-            elide: Text.ElideRight
             font.pixelSize: Theme.textSmall
-            text: root.subtitle
+            value: root.subtitle
             visible: root.subtitle !== ""
         }
     }
