@@ -10,7 +10,7 @@
 #include "support/recordingnotifier.h"
 #include "ui/presenters/alertlistmodel.h"
 #include "ui/presenters/joblistmodel.h"
-#include "ui/presenters/pairedsitemodel.h"
+#include "ui/presenters/originlistmodel.h"
 #include "ui/presenters/printerlistmodel.h"
 #include "ui/presenters/relativetime.h"
 
@@ -120,8 +120,8 @@ void showState(const AgentState &state)
     show(jobs, state.recentJobs);
     PrinterListModel printers;
     show(printers, state.printers);
-    PairedSiteModel sites(now);
-    show(sites, state.pairedSites);
+    OriginListModel sites(now);
+    show(sites, originRows(state.allowedOrigins, state.defaultOrigins, state.pairedSites));
 }
 
 void showAlerts(const QList<AlertItem> &alerts)

@@ -119,14 +119,6 @@ struct OverviewForQml
     QML_UNCREATABLE("made by the presenters")
 };
 
-struct PairedSiteModelForQml
-{
-    Q_GADGET
-    QML_FOREIGN(zemrak::PairedSiteModel)
-    QML_NAMED_ELEMENT(PairedSiteModel)
-    QML_UNCREATABLE("made by the presenters")
-};
-
 struct PrinterFinderForQml
 {
     Q_GADGET

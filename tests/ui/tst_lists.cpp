@@ -1,7 +1,6 @@
 #include "ui/presenters/alertlistmodel.h"
 #include "ui/presenters/joblistmodel.h"
 #include "ui/presenters/originlistmodel.h"
-#include "ui/presenters/pairedsitemodel.h"
 #include "ui/presenters/printerlistmodel.h"
 #include "ui/presenters/searchmodel.h"
 #include "ui/presenters/searchtext.h"
@@ -169,11 +168,9 @@ private Q_SLOTS:
             (QStringList{added, QStringLiteral("أُضيف يدويًا"), yes, yes, QStringLiteral("s3"),
                 QStringLiteral("بانتظار أول طباعة"), QStringLiteral("gAmber")}));
 
-        PairedSiteModel sites(now);
-        sites.setRows({pairing});
-        sites.setNow(now + day);
-        QCOMPARE(firstRow(sites, {"siteId", "name", "origin", "statusText"}),
-            (QStringList{QStringLiteral("s1"), QStringLiteral("POS"), own, QStringLiteral("مقترن منذ ٣ أيام")}));
+        model.setRows(originRows({own}, {own}, {pairing}));
+        model.setNow(now + day);
+        QCOMPARE(column(model, "statusText"), QStringLiteral("مقترن منذ ٣ أيام"));
     }
 
     void alerts_data()
@@ -226,6 +223,21 @@ private Q_SLOTS:
         QCOMPARE(column(model, "section"), QStringLiteral("active history history"));
         QCOMPARE(moved.size(), 1);
         QCOMPARE(model.activeCount(), 1);
+    }
+
+    // What the application says of itself is true now, until it is true no more.
+    void localAlertsDoNotAge()
+    {
+        AlertListModel model(now);
+        AlertItem local = alert(QStringLiteral("local-down"), QStringLiteral("critical"));
+        local.key = QStringLiteral("local:service_down");
+        local.createdAt = local.lastAt = double(now);
+        model.setAlerts({local, alert(QStringLiteral("a"), QStringLiteral("critical"))});
+        const QString before = firstRow(model, {"time"}).first();
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+        model.setNow(now + 5 * minute);
+        QCOMPARE(column(model, "time"), before + QStringLiteral(" قبل ٨ دقائق"));
+        QCOMPARE(changed.size(), 1); // the service's alone
     }
 
     void searching_data()
@@ -297,8 +309,10 @@ private Q_SLOTS:
         QCOMPARE(found.index(0, 0).data(JobListModel::IdRole).toString(), jobs.first().id);
         QVERIFY(reset.isEmpty() && laidOut.isEmpty()); // either would send a view back to its first row
 
+        QVERIFY(found.isSearching());
         model.setRows({});
         QVERIFY(found.isSearchOffered()); // one must be able to end the search
+        QVERIFY(!found.isSearching()); // in nothing
     }
 };
 

@@ -27,7 +27,7 @@ ListPage {
         anchors.right: parent.right
         expected: "تظهر الوظائف هنا"
         icon: "tray"
-        searching: Presenters.jobs.search !== ""
+        searching: Presenters.jobs.searching
         text: "ستظهر هنا كل وظيفة طباعة وحالتها."
         title: "لا توجد وظائف بعد"
     }

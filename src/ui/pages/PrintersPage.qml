@@ -63,7 +63,7 @@ ListPage {
         anchors.right: parent.right
         expected: "تظهر طابعاتك هنا"
         icon: "printer.fill"
-        searching: Presenters.printers.search !== ""
+        searching: Presenters.printers.searching
         text: "وصّل الطابعة أو أضفها من زر «إضافة طابعة»."
         title: "لم يتم العثور على طابعات"
     }

@@ -32,7 +32,7 @@ SiteList {
         ListEmpty {
             expected: "تظهر المواقع هنا"
             icon: "globe"
-            searching: Presenters.sites.origins.search !== ""
+            searching: Presenters.sites.origins.searching
             title: "لا توجد مواقع مسموحة."
             width: parent.width
         }

@@ -8,6 +8,16 @@
 
 namespace zemrak {
 
+namespace {
+
+// The application's own alerts tell what holds at this moment: they are always of now.
+bool isOfNow(const AlertItem &alert)
+{
+    return alert.key.startsWith(QLatin1String("local:"));
+}
+
+} // namespace
+
 QString alertIcon(const AlertItem &alert)
 {
     if (alert.resolvedAt)
@@ -76,8 +86,9 @@ void AlertListModel::setNow(qint64 now)
 {
     const qint64 before = std::exchange(m_now, now);
     touch({TimeRole}, [before, now](const AlertItem &alert) {
-        return relativeStep(alert.lastAt, before) != relativeStep(alert.lastAt, now)
-            || (alert.count > 1 && relativeStep(alert.createdAt, before) != relativeStep(alert.createdAt, now));
+        return !isOfNow(alert)
+            && (relativeStep(alert.lastAt, before) != relativeStep(alert.lastAt, now)
+                || (alert.count > 1 && relativeStep(alert.createdAt, before) != relativeStep(alert.createdAt, now)));
     });
 }
 
@@ -109,7 +120,7 @@ QVariant AlertListModel::value(const AlertItem &alert, int role) const
     case CountBadgeRole:
         return alert.count > 1 ? QStringLiteral("تكرر %1 مرة").arg(alert.count) : QString();
     case TimeRole:
-        return alertTimeLine(alert, m_now);
+        return isOfNow(alert) ? relativeTime(double(m_now), m_now) : alertTimeLine(alert, m_now);
     case ActionRole:
         return alertActionTitle(alert.action).isEmpty() ? QString() : *alert.action;
     case ActionTitleRole:

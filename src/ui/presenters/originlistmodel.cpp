@@ -1,6 +1,5 @@
 #include "ui/presenters/originlistmodel.h"
 
-#include "ui/presenters/pairedsitemodel.h"
 #include "ui/presenters/palettename.h"
 #include "ui/presenters/relativetime.h"
 
@@ -9,6 +8,21 @@
 #include <utility>
 
 namespace zemrak {
+
+namespace {
+
+bool hasPairingTime(const PairedSite &site)
+{
+    return site.createdAt > 0;
+}
+
+QString pairingText(const std::optional<PairedSite> &pairing, qint64 now)
+{
+    return pairing && hasPairingTime(*pairing) ? QStringLiteral("مقترن منذ ") + relativeAge(pairing->createdAt, now)
+                                               : QStringLiteral("بانتظار أول طباعة");
+}
+
+} // namespace
 
 QList<OriginRow> originRows(
     const QList<QString> &allowed, const QList<QString> &defaults, const QList<PairedSite> &pairings)

@@ -27,7 +27,7 @@ void SearchModel::setSearch(const QString &search)
         invalidateFilter();
     }
     Q_EMIT searchChanged();
-    Q_EMIT totalChanged(); // searchOffered hangs on the search, too
+    Q_EMIT totalChanged(); // what hangs on it hangs on the search, too
 }
 
 bool SearchModel::filterAcceptsRow(int row, const QModelIndex &parent) const

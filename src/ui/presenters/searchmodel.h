@@ -17,6 +17,7 @@ class SearchModel : public QSortFilterProxyModel
     Q_PROPERTY(int count READ count NOTIFY countChanged)
     Q_PROPERTY(int total READ total NOTIFY totalChanged)
     Q_PROPERTY(bool searchOffered READ isSearchOffered NOTIFY totalChanged)
+    Q_PROPERTY(bool searching READ isSearching NOTIFY totalChanged)
 
 public:
     /// Lists of up to this many rows can be looked over without a search field.
@@ -33,6 +34,8 @@ public:
     [[nodiscard]] int total() const { return sourceModel()->rowCount(); }
     /// The list is long enough for a search field, or is being searched.
     [[nodiscard]] bool isSearchOffered() const { return total() > overlooked || !m_search.isEmpty(); }
+    /// There is something to search for, and something to search in.
+    [[nodiscard]] bool isSearching() const { return !m_search.isEmpty() && total() > 0; }
 
 Q_SIGNALS:
     void searchChanged();

@@ -11,7 +11,6 @@ SitesPresenter::SitesPresenter(Commands &commands, qint64 now, QObject *parent)
     , m_commands(commands)
     , m_origins(now)
     , m_found(m_origins, {OriginListModel::OriginRole, OriginListModel::SiteNameRole})
-    , m_pairings(now)
 {
 }
 
@@ -19,13 +18,11 @@ void SitesPresenter::show(const AgentState *state)
 {
     m_origins.setRows(state == nullptr ? QList<OriginRow>()
                                        : originRows(state->allowedOrigins, state->defaultOrigins, state->pairedSites));
-    m_pairings.setRows(state == nullptr ? QList<PairedSite>() : state->pairedSites);
 }
 
 void SitesPresenter::setNow(qint64 now)
 {
     m_origins.setNow(now);
-    m_pairings.setNow(now);
 }
 
 void SitesPresenter::add(const QString &typed)

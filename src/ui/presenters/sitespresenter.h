@@ -3,7 +3,6 @@
 #include "app/commands.h"
 #include "model/agentstate.h"
 #include "ui/presenters/originlistmodel.h"
-#include "ui/presenters/pairedsitemodel.h"
 #include "ui/presenters/searchmodel.h"
 
 #include <QObject>
@@ -15,7 +14,6 @@ class SitesPresenter : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(zemrak::SearchModel *origins READ origins CONSTANT)
-    Q_PROPERTY(zemrak::PairedSiteModel *pairings READ pairings CONSTANT)
     Q_PROPERTY(bool adding READ isAdding NOTIFY addingChanged)
 
 public:
@@ -27,7 +25,6 @@ public:
     void setNow(qint64 now);
 
     [[nodiscard]] SearchModel *origins() { return &m_found; }
-    [[nodiscard]] PairedSiteModel *pairings() { return &m_pairings; }
     /// The service has not answered the last add() yet.
     [[nodiscard]] bool isAdding() const { return m_adding; }
 
@@ -49,7 +46,6 @@ private:
     Commands &m_commands;
     OriginListModel m_origins;
     SearchModel m_found;
-    PairedSiteModel m_pairings;
     bool m_adding = false;
 };
 
