@@ -18,7 +18,8 @@ class Agent;
 class Appearance;
 class UserDefaults;
 
-/// What the main window shows just now: page, open sheet, sizes. Lives as long as one window. Main thread only.
+/// What the main window shows just now: page, open sheet, sizes; from begin() to end() the same window. Main thread
+/// only.
 class MainView : public QObject
 {
     Q_OBJECT
@@ -48,6 +49,11 @@ public:
     MainView(Agent &agent, UserDefaults &defaults, Appearance &appearance, QObject *parent = nullptr);
 
     static MainView *create(QQmlEngine *engine, QJSEngine *);
+
+    /// A window is about to be built: on the page that was asked for, or else on the first.
+    void begin();
+    /// The window has gone, and all that was open in it. What is asked for from here on is for the next one.
+    void end();
 
     /// The page's identifier; one that is no page's is refused with a line in the log.
     [[nodiscard]] QString page() const { return m_page; }
@@ -105,7 +111,7 @@ private:
     QString m_newSite;
     QSizeF m_winSize{1000, 720};
     std::optional<PrinterInfo> m_editing;
-    bool m_showOnboarding;
+    bool m_showOnboarding = false;
     bool m_adding = false;
     bool m_showLog = false;
     bool m_hoverRing = false;

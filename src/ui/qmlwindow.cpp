@@ -71,16 +71,25 @@ void QmlWindow::show(const QString &activationToken)
     m_window->requestActivate();
 }
 
-bool QmlWindow::build()
+void QmlWindow::makeReady()
 {
     preferSoftwareRenderer();
     wearLogo();
     m_engine = makeEngine(m_services, m_appearance, m_designer);
+    connect(m_engine.get(), &QQmlEngine::quit, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+bool QmlWindow::build()
+{
+    if (!m_engine)
+        makeReady();
+    UiContext &context = UiContext::of(m_engine.get());
+    context.begin();
     QQmlComponent component(m_engine.get(), QUrl(QStringLiteral("qrc:/qt/qml/Zemrak/MainWindow.qml")));
     m_window.reset(qobject_cast<QQuickWindow *>(component.create()));
     if (!m_window) {
         qCCritical(lcWindow).noquote() << "The window cannot be built:" << component.errorString();
-        m_engine.reset();
+        context.end();
         return false;
     }
     QQmlEngine::setObjectOwnership(m_window.get(), QQmlEngine::CppOwnership);
@@ -90,8 +99,6 @@ bool QmlWindow::build()
     m_appearance.settle();
     // Not from within the event that closes it: the scene is still in use there.
     connect(m_window.get(), &QWindow::visibleChanged, this, &QmlWindow::closeIfHidden, Qt::QueuedConnection);
-    connect(m_engine.get(), &QQmlEngine::quit, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
-    UiContext &context = UiContext::of(m_engine.get());
     context.mainView().appear();
     RelativeClock *clock = context.presenters().clock();
     connect(m_window.get(), &QWindow::visibilityChanged, clock, [clock](QWindow::Visibility visibility) {
@@ -113,11 +120,11 @@ void QmlWindow::close()
     storePlacement(*m_window, m_services.defaults);
     m_window->disconnect(this); // it hides as it goes, which must not close one that is opened right after
     m_window->hide();
-    UiContext &context = UiContext::of(m_engine.get());
-    m_services.agent.disconnect(&context.mainView()); // a page that is asked for now is for the next window
-    context.presenters().finishSaving(savePatience); // lets events through while it waits
     m_window.reset();
-    m_engine.reset();
+    UiContext &context = UiContext::of(m_engine.get());
+    context.end();
+    m_engine->collectGarbage();
+    context.presenters().finishSaving(savePatience); // lets events through while it waits
     QQuickWindow().releaseResources(); // pictures that nobody shows any more, kept for half a minute otherwise
     m_closing = false;
     if (m_closed)

@@ -13,7 +13,8 @@ class QQuickWindow;
 
 namespace zemrak {
 
-/// The main window as a Qt Quick scene: built by show(), and gone with its engine after close().
+/// The main window as a Qt Quick scene: built by show(), and gone after close() with all that stood behind it. Its
+/// engine stays, as Qt never forgets the names that every new one gives to the same types.
 class QmlWindow final : public QObject, public MainWindow
 {
     Q_OBJECT
@@ -29,11 +30,13 @@ public:
 
     /// Null while the window is closed.
     [[nodiscard]] QQuickWindow *window() const { return m_window.get(); }
+    /// Null until it was open for the first time.
     [[nodiscard]] QQmlEngine *engine() const { return m_engine.get(); }
     [[nodiscard]] Appearance &appearance() { return m_appearance; }
     [[nodiscard]] DesignerView &designer() { return m_designer; }
 
 private:
+    void makeReady();
     [[nodiscard]] bool build();
     void closeIfHidden();
 

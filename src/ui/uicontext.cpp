@@ -68,8 +68,19 @@ UiContext::UiContext(
         [this] { m_presenters.setAdding(m_mainView.isAdding()); });
     connect(&m_mainView, &MainView::showOnboardingChanged, &m_presenters,
         [this] { m_presenters.setWizardShown(m_mainView.showsOnboarding()); });
-    m_presenters.setWizardShown(m_mainView.showsOnboarding());
+}
+
+void UiContext::begin()
+{
+    m_presenters.begin();
     connect(m_presenters.clock(), &RelativeClock::moved, &m_designer, &DesignerView::setNow);
+    m_mainView.begin();
+}
+
+void UiContext::end()
+{
+    m_mainView.end();
+    m_presenters.end();
 }
 
 UiContext &UiContext::of(const QQmlEngine *engine)

@@ -15,7 +15,8 @@ class QQmlEngine;
 
 namespace zemrak {
 
-/// What the QML of one engine, and the presenters it creates, reach the application by. A child of its engine.
+/// What the QML of an engine reaches the application by. A child of it, as lasting as QML's singletons are; what one
+/// window is about comes with begin() and goes with end().
 class UiContext : public QObject
 {
     Q_OBJECT
@@ -23,7 +24,12 @@ class UiContext : public QObject
 public:
     UiContext(const MainWindowServices &services, Appearance &appearance, DesignerView &designer, QQmlEngine &engine);
 
-    /// The context of an engine made by makeEngine(); presenters find theirs by qmlEngine(this).
+    /// A window is about to be built.
+    void begin();
+    /// The window has gone.
+    void end();
+
+    /// The context of an engine made by makeEngine().
     [[nodiscard]] static UiContext &of(const QQmlEngine *engine);
     /// For the `create` function of a QML singleton that somebody else owns.
     template <class T> [[nodiscard]] static T *lend(T *object)

@@ -120,9 +120,9 @@ private Q_SLOTS:
         shot.open(view());
         QVERIFY(!m_window->window()->grabWindow().isNull());
         QCOMPARE(unspeakable(m_window->window()->contentItem()).join(u'\n'), QString());
-        const QPointer<QQmlEngine> engine(m_window->engine());
+        const QPointer<QQuickWindow> window(m_window->window());
         m_window->close(); // also with a sheet open
-        QVERIFY(!engine);
+        QVERIFY(!window);
     }
 
     void sidebarStandsAtTheRight()
@@ -254,14 +254,20 @@ private Q_SLOTS:
         int closed = 0;
         m_window->onClosed([&closed] { ++closed; });
         QVERIFY(open());
-        const QPointer<QQmlEngine> engine(m_window->engine());
+        const QPointer<QQuickWindow> window(m_window->window());
+        const QPointer<RelativeClock> presenter(presenters().clock());
         showPage(QLatin1String("jobs"));
+        presenters().jobs()->setSearch(QStringLiteral("x"));
+        view().setProperty("newSite", QStringLiteral("https://half.typed"));
+        view().setAdding(true);
         m_window->window()->close(); // by its frame
         QTRY_VERIFY(!m_window->isOpen());
-        QVERIFY(!engine);
+        QVERIFY(!window && !presenter && !presenters().clock());
         QCOMPARE(closed, 1);
         QVERIFY(open());
         QCOMPARE(view().page(), QStringLiteral("overview"));
+        QVERIFY(!view().isAdding() && !presenters().finder());
+        QVERIFY(presenters().jobs()->search().isEmpty() && view().property("newSite").toString().isEmpty());
         m_window->close();
         m_window->close();
         QCOMPARE(closed, 2);
@@ -335,6 +341,7 @@ private:
         QVERIFY(!m_window->window()->grabWindow().isNull());
     }
     MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
+    Presenters &presenters() { return UiContext::of(m_window->engine()).presenters(); }
     QQuickItem *root() { return m_window->window()->contentItem(); }
 
     std::unique_ptr<Warnings> m_warnings;

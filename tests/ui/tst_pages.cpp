@@ -217,6 +217,7 @@ private Q_SLOTS:
     {
         Application app;
         Presenters window(app.agent, app.clock, app.calls());
+        window.begin();
         QVERIFY(window.printers()->count() == 0 && window.overview()->heroColor() == QLatin1String("gRed"));
         app.poll();
         QCOMPARE(window.printers()->count(), int(app.state[QLatin1String("printers")].toArray().size()));
@@ -254,6 +255,7 @@ private Q_SLOTS:
         job.insert(QStringLiteral("updatedAt"), double(app.clock.wallTime() - 1000));
         app.state.insert(QStringLiteral("recentJobs"), QJsonArray{job});
         Presenters window(app.agent, app.clock, app.calls());
+        window.begin();
         app.poll();
         const qsizetype others = app.clock.pending();
         const auto time = [&window] { return window.jobs()->index(0, 0).data(JobListModel::TimeRole).toString(); };
@@ -269,6 +271,7 @@ private Q_SLOTS:
     {
         Application app;
         auto window = std::make_unique<Presenters>(app.agent, app.clock, app.calls());
+        window->begin();
         window->setEdited(std::nullopt);
         QVERIFY(!window->editor());
         window->setEdited(printer("p", "ready"));
@@ -293,6 +296,7 @@ private Q_SLOTS:
         Application app;
         app.holdSaves = true;
         Presenters window(app.agent, app.clock, app.calls());
+        window.begin();
         window.setEdited(printer("p", "ready"));
         app.clock.advance(0ms);
         window.editor()->setAlias(QStringLiteral("last"));
@@ -318,6 +322,7 @@ private Q_SLOTS:
     {
         Application app;
         Presenters window(app.agent, app.clock, app.calls());
+        window.begin();
         window.setWizardShown(true);
         Wizard &wizard = *window.wizard();
         wizard.allow(); // the host does nothing: it is not enabled

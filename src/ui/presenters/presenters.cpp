@@ -6,28 +6,47 @@ namespace zemrak {
 
 using namespace std::chrono_literals;
 
+Presenters::Pages::Pages(Agent &agent, Clock &clock, AlertsActions alertsActions)
+    : hands(clock)
+    , foundPrinters(printers,
+          {PrinterListModel::NameRole, PrinterListModel::DeviceNameRole, PrinterListModel::TypeTextRole,
+              PrinterListModel::DetailRole, PrinterListModel::StateTextRole})
+    , jobs(clock.wallTime())
+    , foundJobs(jobs,
+          {JobListModel::PrinterNameRole, JobListModel::KindTextRole, JobListModel::StatusTextRole,
+              JobListModel::ErrorTextRole, JobListModel::ErrorCodeRole, JobListModel::IdRole})
+    , sites(agent.commands(), clock.wallTime())
+    , alerts(std::move(alertsActions), clock)
+    , docs(agent.desktop(), [&agent](const QString &text) { agent.flash(text); })
+    , settings(QStringLiteral(ZEMRAK_VERSION))
+{
+}
+
 Presenters::Presenters(Agent &agent, Clock &clock, HostCalls host, QObject *parent)
     : QObject(parent)
     , m_agent(agent)
     , m_clock(clock)
     , m_host(std::move(host))
-    , m_hands(clock)
-    , m_foundPrinters(m_printers,
-          {PrinterListModel::NameRole, PrinterListModel::DeviceNameRole, PrinterListModel::TypeTextRole,
-              PrinterListModel::DetailRole, PrinterListModel::StateTextRole})
-    , m_jobs(clock.wallTime())
-    , m_foundJobs(m_jobs,
-          {JobListModel::PrinterNameRole, JobListModel::KindTextRole, JobListModel::StatusTextRole,
-              JobListModel::ErrorTextRole, JobListModel::ErrorCodeRole, JobListModel::IdRole})
-    , m_sites(agent.commands(), clock.wallTime())
-    , m_alerts(alertsActions(), clock)
-    , m_docs(agent.desktop(), [&agent](const QString &text) { agent.flash(text); })
-    , m_settings(QStringLiteral(ZEMRAK_VERSION))
     , m_saver(agent.commands())
 {
+    connect(&m_saver, &ProfileSaver::lost, this, [this] { m_agent.flash(ProfileEditor::notSaved()); });
+}
+
+void Presenters::begin()
+{
+    m_pages = std::make_unique<Pages>(m_agent, m_clock, alertsActions());
     listen();
     takeState();
     takeAlerts();
+}
+
+void Presenters::end()
+{
+    m_agent.disconnect(this);
+    setEdited({});
+    setAdding(false);
+    setWizardShown(false);
+    m_pages.reset();
 }
 
 Presenters::~Presenters()
@@ -40,8 +59,7 @@ Presenters::~Presenters()
 
 void Presenters::listen()
 {
-    connect(&m_saver, &ProfileSaver::lost, this, [this] { m_agent.flash(ProfileEditor::notSaved()); });
-    connect(&m_hands, &RelativeClock::moved, this, &Presenters::moveOn);
+    connect(&m_pages->hands, &RelativeClock::moved, this, &Presenters::moveOn);
     connect(&m_agent, &Agent::stateChanged, this, &Presenters::takeState);
     connect(&m_agent, &Agent::alertsChanged, this, &Presenters::takeAlerts);
     for (const auto changed : {&Agent::scanningChanged, &Agent::scanStepChanged, &Agent::scanResultChanged})
@@ -54,33 +72,33 @@ void Presenters::listen()
 
 void Presenters::takeState()
 {
-    m_hands.catchUp();
+    m_pages->hands.catchUp();
     const AgentState *state = m_agent.state();
-    m_printers.setRows(state == nullptr ? QList<PrinterInfo>() : state->printers);
-    m_jobs.setRows(state == nullptr ? QList<JobInfo>() : state->recentJobs);
-    m_sites.show(state);
+    m_pages->printers.setRows(state == nullptr ? QList<PrinterInfo>() : state->printers);
+    m_pages->jobs.setRows(state == nullptr ? QList<JobInfo>() : state->recentJobs);
+    m_pages->sites.show(state);
     showOverview();
     showSettings();
 }
 
 void Presenters::takeAlerts()
 {
-    m_hands.catchUp();
-    m_alerts.show(m_agent.allAlerts(), m_agent.alerts());
+    m_pages->hands.catchUp();
+    m_pages->alerts.show(m_agent.allAlerts(), m_agent.alerts());
 }
 
 void Presenters::showOverview()
 {
-    m_overview.show({.state = m_agent.state(),
+    m_pages->overview.show({.state = m_agent.state(),
         .scanning = m_agent.isScanning(),
         .scanStep = m_agent.scanStep(),
         .scanResult = m_agent.scanResult(),
-        .now = m_hands.now()});
+        .now = m_pages->hands.now()});
 }
 
 void Presenters::showSettings()
 {
-    m_settings.show({.loginNeedsApproval = m_agent.loginNeedsApproval(),
+    m_pages->settings.show({.loginNeedsApproval = m_agent.loginNeedsApproval(),
         .launchAtLogin = m_agent.launchAtLogin(),
         .lastSystemStart = m_agent.lastSystemStart(),
         .notifications = m_agent.notifStatus(),
@@ -89,14 +107,14 @@ void Presenters::showSettings()
         .caTrusted = m_agent.caTrusted(),
         .availableUpdate = m_agent.availableUpdate(),
         .updating = m_agent.isUpdating(),
-        .now = m_hands.now()});
+        .now = m_pages->hands.now()});
 }
 
 void Presenters::moveOn(qint64 now)
 {
-    m_jobs.setNow(now);
-    m_sites.setNow(now);
-    m_alerts.alerts()->setNow(now);
+    m_pages->jobs.setNow(now);
+    m_pages->sites.setNow(now);
+    m_pages->alerts.alerts()->setNow(now);
     showOverview();
     showSettings();
 }

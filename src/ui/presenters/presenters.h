@@ -21,8 +21,8 @@
 
 namespace zemrak {
 
-/// What stands behind the pages and sheets of one window: made with it, fed by the agent, gone with it. Its destruction
-/// sends what an open sheet has not sent yet. Main thread only.
+/// What stands behind the pages and sheets of the window: made by begin(), fed by the agent, gone with end(). An open
+/// sheet that goes has sent what it held. Main thread only.
 class Presenters : public QObject
 {
     Q_OBJECT
@@ -43,14 +43,19 @@ public:
     Presenters(Agent &agent, Clock &clock, HostCalls host, QObject *parent = nullptr);
     ~Presenters() override;
 
-    [[nodiscard]] RelativeClock *clock() { return &m_hands; }
-    [[nodiscard]] Overview *overview() { return &m_overview; }
-    [[nodiscard]] SearchModel *printers() { return &m_foundPrinters; }
-    [[nodiscard]] SitesPresenter *sites() { return &m_sites; }
-    [[nodiscard]] SearchModel *jobs() { return &m_foundJobs; }
-    [[nodiscard]] AlertsPresenter *alerts() { return &m_alerts; }
-    [[nodiscard]] DocsPresenter *docs() { return &m_docs; }
-    [[nodiscard]] SettingsPresenter *settings() { return &m_settings; }
+    /// A window is about to be built; the last one's end() has been.
+    void begin();
+    void end();
+
+    // Null outside of a window's life.
+    [[nodiscard]] RelativeClock *clock() { return part(&Pages::hands); }
+    [[nodiscard]] Overview *overview() { return part(&Pages::overview); }
+    [[nodiscard]] SearchModel *printers() { return part(&Pages::foundPrinters); }
+    [[nodiscard]] SitesPresenter *sites() { return part(&Pages::sites); }
+    [[nodiscard]] SearchModel *jobs() { return part(&Pages::foundJobs); }
+    [[nodiscard]] AlertsPresenter *alerts() { return part(&Pages::alerts); }
+    [[nodiscard]] DocsPresenter *docs() { return part(&Pages::docs); }
+    [[nodiscard]] SettingsPresenter *settings() { return part(&Pages::settings); }
 
     /// The open sheet's, else null.
     [[nodiscard]] ProfileEditor *editor() const { return m_editor.get(); }
@@ -90,6 +95,24 @@ Q_SIGNALS:
     void wizardChanged();
 
 private:
+    struct Pages
+    {
+        Pages(Agent &agent, Clock &clock, AlertsActions alertsActions);
+
+        RelativeClock hands;
+        PrinterListModel printers;
+        SearchModel foundPrinters;
+        JobListModel jobs;
+        SearchModel foundJobs;
+        SitesPresenter sites;
+        AlertsPresenter alerts;
+        Overview overview;
+        DocsPresenter docs;
+        SettingsPresenter settings;
+    };
+
+    template <class T> [[nodiscard]] T *part(T Pages::*member) { return m_pages ? &(m_pages.get()->*member) : nullptr; }
+
     void listen();
     void takeState();
     void takeAlerts();
@@ -109,17 +132,8 @@ private:
     Agent &m_agent;
     Clock &m_clock;
     HostCalls m_host;
-    RelativeClock m_hands;
-    PrinterListModel m_printers;
-    SearchModel m_foundPrinters;
-    JobListModel m_jobs;
-    SearchModel m_foundJobs;
-    SitesPresenter m_sites;
-    AlertsPresenter m_alerts;
-    Overview m_overview;
-    DocsPresenter m_docs;
-    SettingsPresenter m_settings;
     ProfileSaver m_saver;
+    std::unique_ptr<Pages> m_pages;
     std::unique_ptr<ProfileEditor, Later> m_editor;
     std::unique_ptr<PrinterFinder, Later> m_finder;
     std::unique_ptr<Wizard, Later> m_wizard;
