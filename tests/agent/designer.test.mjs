@@ -86,6 +86,11 @@ test('the printed receipt', async (t) => {
     assert.equal(sizeOf({ qrData: 'ش'.repeat(600), qrSize: 10 }, 32), 2, '133 modules on 384 dots');
   });
 
+  await t.test('has a barcode no wider than the paper', () => {
+    const widthOf = (length, columns) => /(?:\x1dw[\s\S])+/.exec(print({ barcodeEnabled: true, barcodeData: 'x'.repeat(length) }, { columns }).bytes.toString('latin1'))[0];
+    assert.deepEqual([widthOf(14, 32), widthOf(15, 32), widthOf(15, 48)], ['\x1dw\x02', '\x1dw\x02\x1dw\x01', '\x1dw\x02']);
+  });
+
   await t.test('lets no text through as a command', () => {
     const hostile = '\x1bp\x00\x19\xfa\x1d(A\x10\x14\r\x1b@';
     const plain = print({});

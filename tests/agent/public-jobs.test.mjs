@@ -71,6 +71,25 @@ test('a QR code is no wider than the paper: printers leave such a one out', asyn
   }
 });
 
+test('a barcode is no wider than the paper: printers leave such a one out', async () => {
+  // Symbology, content, dots of the paper, width asked for, GS w sent, Star's mode sent.
+  const rows = [
+    ['code128', 'x'.repeat(14), 384, 3, 2, 1], ['code128', 'x'.repeat(14), 576, 6, 3, 2], ['code128', 'x'.repeat(15), 384, undefined, 1, 1], ['code128', 'AB', 384, 6, 6, 3],
+    ['ean13', '400638133393', 384, 6, 4, 3], ['ean13', '400638133393', 384, undefined, 2, 2], ['ean8', '9638507', 384, 6, 5, 3], ['upca', '03600029145', 576, 6, 6, 3],
+    ['code39', 'A'.repeat(11), 384, undefined, 2, 1], ['code39', 'A'.repeat(12), 384, undefined, 1, 1], ['code39', 'A'.repeat(4), 384, 4, 4, 3],
+    ['itf', '1'.repeat(22), 384, undefined, 2, 1], ['itf', '1'.repeat(24), 384, undefined, 1, 1], ['itf', '12', 384, 6, 6, 3],
+    ['codabar', `A${'1'.repeat(15)}B`, 384, undefined, 2, 1], ['codabar', `A${'1'.repeat(16)}B`, 384, undefined, 1, 1], ['codabar', `A${':'.repeat(14)}B`, 384, undefined, 1, 1],
+    ['code128', 'x'.repeat(80), 384, 6, 1, 1], ['ean13', '400638133393', 384, 1, 1, 1],
+  ];
+  for (const [format, data, dots, width, given, mode] of rows) {
+    const sent = async (protocol) => (await commandBytes([{ type: 'barcode', format, data, ...(width ? { width } : {}) }], { protocol, profile: {}, dots })).bytes.toString('latin1');
+    // A printer that knows no width of 1 keeps the 2 before it.
+    const widths = given === 1 ? '\x1dw\x02\x1dw\x01' : `\x1dw${String.fromCharCode(given)}`;
+    assert.ok((await sent('escpos')).includes(`\x1dhP${widths}\x1dH`), `${format} of ${data.length} on ${dots} dots, asked ${width}`);
+    assert.equal((await sent('starline')).at(-7 - data.length), String.fromCharCode(mode), `${format} of ${data.length} on ${dots} dots, asked ${width}, Star`);
+  }
+});
+
 test('drawn texts stand in place of letters', async () => {
   const picture = { width: 16, height: 2, rows: Buffer.from('abcd') };
   const { bytes, text: read } = await commandBytes([{ type: 'text', text: 'سلام' }, { type: 'feed' }], {

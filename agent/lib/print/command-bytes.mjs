@@ -2,15 +2,14 @@ import { align, columnsOf, wrap } from './layout.mjs';
 import { escpos } from './escpos.mjs';
 import { starline } from './starline.mjs';
 import { codepageOf, encodeText } from './text-encoder.mjs';
-import { starSymbol, symbolPayload } from './command-symbols.mjs';
+import { starDots, starSymbol, symbolBars } from './command-symbols.mjs';
 import { pinsOf } from './finish.mjs';
 import { rasterBytes } from './raster.mjs';
-import { fittingModule } from './symbols.mjs';
+import { fittingModule, fittingWidth } from './symbols.mjs';
 
 const ESC = 0x1b;
 const GS = 0x1d;
 const ALIGN = { left: 0, center: 1, right: 2 };
-const HRI = { none: 0, above: 1, below: 2, both: 3, true: 2, false: 0 };
 const DOTS_PER_COLUMN = 12;
 
 /**
@@ -60,6 +59,11 @@ function fitted({ size = 6, ...command }, dots) {
   return { ...command, size: fittingModule({ ...command, size }, dots) };
 }
 
+/** The width of a barcode no wider than the paper. */
+function barcodeWidth({ format, data, width = 2 }, dots, most, dotsAt) {
+  return fittingWidth(symbolBars(format, data), Math.min(most, width), dots, dotsAt);
+}
+
 function escposBytes(command, { profile, codepage, columns, dots }) {
   switch (command.type) {
     case 'text': {
@@ -72,14 +76,7 @@ function escposBytes(command, { profile, codepage, columns, dots }) {
         Buffer.of(ESC, 0x45, 0, ESC, 0x2d, 0, GS, 0x42, 0, GS, 0x21, 0, ESC, 0x61, 0),
       ]);
     }
-    case 'barcode': {
-      const { height = 80, width = 2, hri = 'below', format, data } = command;
-      const payload = symbolPayload(format, data);
-      return Buffer.concat([
-        Buffer.of(ESC, 0x61, 1, GS, 0x68, height, GS, 0x77, width, GS, 0x48, HRI[hri], GS, 0x6b, payload.code, payload.data.length),
-        payload.data, Buffer.of(0x0a, ESC, 0x61, 0),
-      ]);
-    }
+    case 'barcode': return Buffer.concat([escpos.barcode({ ...command, width: barcodeWidth(command, dots, 6, escpos.barcodeDots) }), Buffer.of(ESC, 0x61, 0)]);
     case 'qr': return Buffer.concat([escpos.qr(fitted(command, dots)), Buffer.of(ESC, 0x61, 0)]);
     case 'feed': return escpos.feed(command.lines ?? 1);
     case 'cut': return escpos.cut(command.mode ?? profile.cut ?? 'partial');
@@ -100,9 +97,10 @@ function starBytes(command, { profile, codepage, columns, dots }) {
       ]);
     }
     case 'barcode': {
-      const { height = 80, width = 2, hri = 'below', format, data } = command;
+      const { height = 80, hri = 'below', format, data } = command;
+      const mode = barcodeWidth(command, dots, 3, (each) => starDots(format, each));
       return Buffer.concat([
-        Buffer.of(ESC, GS, 0x61, 1, ESC, 0x62, starSymbol(format), HRI[hri] === 0 ? 1 : 2, Math.min(3, width), height),
+        Buffer.of(ESC, GS, 0x61, 1, ESC, 0x62, starSymbol(format), hri === 'none' || hri === false ? 1 : 2, mode, height),
         Buffer.from(data, 'latin1'), Buffer.of(0x1e, ESC, GS, 0x61, 0),
       ]);
     }

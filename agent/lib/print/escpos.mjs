@@ -1,10 +1,11 @@
-import { barcodePayload } from './symbols.mjs';
+import { symbolPayload } from './command-symbols.mjs';
 import { encodeText } from './text-encoder.mjs';
 
 const ESC = 0x1b;
 const FS = 0x1c;
 const GS = 0x1d;
 const ALIGN = { left: 0, center: 1, right: 2 };
+const HRI = { none: 0, above: 1, below: 2, both: 3, true: 2, false: 0 };
 const ERROR_CORRECTION = { L: 48, M: 49, Q: 50, H: 51 };
 
 // Rows of a picture in one command: every printer takes a height of one byte.
@@ -65,15 +66,20 @@ export const escpos = {
     ]);
   },
 
-  /** Height 80 dots, modules 2 dots wide, text below. */
-  barcode: ({ format, data }) => {
-    const payload = barcodePayload(format, data);
+  /** @param {{ format: string, data: string, height?: number, width?: number, hri?: string | boolean }} barcode height in dots, width 1 to 6 */
+  barcode: ({ format, data, height = 80, width = 2, hri = 'below' }) => {
+    const payload = symbolPayload(format, data);
+    // Most printers know no width below 2, and keep what they had when they are asked for one: 3, unless told otherwise.
+    const widths = width === 1 ? [GS, 0x77, 2, GS, 0x77, 1] : [GS, 0x77, width];
     return Buffer.concat([
-      Buffer.of(ESC, 0x61, 1, GS, 0x68, 80, GS, 0x77, 2, GS, 0x48, 2, GS, 0x6b, payload.code, payload.data.length),
+      Buffer.of(ESC, 0x61, 1, GS, 0x68, height, ...widths, GS, 0x48, HRI[hri], GS, 0x6b, payload.code, payload.data.length),
       payload.data,
       Buffer.of(0x0a),
     ]);
   },
+
+  /** Dots of a module and of a wide element in a barcode of this width. @returns {[number, number]} */
+  barcodeDots: (width) => [width, Math.floor((8 * width) / 3)],
 
   cut: (mode) => Buffer.from(CUT[mode]),
 

@@ -1,9 +1,11 @@
 import { align, columnsOf, DOTS_OF_COLUMN, row, wrap } from './layout.mjs';
 import { escpos } from './escpos.mjs';
 import { starline } from './starline.mjs';
-import { fittingModule } from './symbols.mjs';
+import { barsOf, fittingModule, fittingWidth } from './symbols.mjs';
 import { codepageOf } from './text-encoder.mjs';
 
+// Where the paper has room; Star Line prints none of these barcodes.
+const BARCODE_WIDTH = 2;
 const COLUMNS = { 384: 32, 512: 42, 576: 48, 640: 53 };
 
 /** Characters in a line of font A: from the profile's dots, 48 (80 mm paper) else. */
@@ -42,7 +44,7 @@ function encode(operation, language, codepage, columns) {
     case 'feed': return [language.feed(operation.lines)];
     case 'raster': return [language.raster(operation.picture)];
     case 'qr': return [language.qr({ ...operation, size: fittingModule(operation, columns * DOTS_OF_COLUMN) })];
-    case 'barcode': return [language.barcode(operation)];
+    case 'barcode': return [language.barcode({ ...operation, width: barcodeWidth(operation, columns * DOTS_OF_COLUMN) })];
     case 'page': return [language.selectPage(operation.page)];
     case 'cut': return [language.cut(operation.mode)];
     case 'drawer': return [language.drawer(operation.pin)];
@@ -50,6 +52,8 @@ function encode(operation, language, codepage, columns) {
     default: throw new TypeError(`unknown operation ${operation.op}`);
   }
 }
+
+const barcodeWidth = ({ format, data }, dots) => fittingWidth(barsOf(format, data), BARCODE_WIDTH, dots, escpos.barcodeDots);
 
 /** The lines of an operation that is text; null for the others. */
 function linesOf(operation, columns) {

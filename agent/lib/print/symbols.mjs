@@ -1,13 +1,16 @@
 const digits = (...lengths) => (data) => /^\d+$/.test(data) && lengths.includes(data.length);
 
-// The number is the symbology in function B of GS k.
+// The number is the symbology in function B of GS k. `bars` are the widths of all bars and gaps together, from the first bar
+// to the last: modules, and wide elements where a symbology has such besides.
 const FORMATS = {
-  upca: { code: 65, accepts: digits(11, 12), checked: 12 },
-  ean13: { code: 67, accepts: digits(12, 13), checked: 13 },
-  ean8: { code: 68, accepts: digits(7, 8), checked: 8 },
-  code39: { code: 69, accepts: (data) => /^[0-9A-Z $%*+./-]{1,60}$/.test(data) },
-  itf: { code: 70, accepts: (data) => /^(\d\d){1,40}$/.test(data) },
-  code128: { code: 73, accepts: (data) => /^[\x20-\x7e]{1,80}$/.test(data) },
+  upca: { code: 65, accepts: digits(11, 12), checked: 12, bars: () => [95, 0] },
+  ean13: { code: 67, accepts: digits(12, 13), checked: 13, bars: () => [95, 0] },
+  ean8: { code: 68, accepts: digits(7, 8), checked: 8, bars: () => [67, 0] },
+  // The printer adds a start and a stop character, and a gap between any two.
+  code39: { code: 69, accepts: (data) => /^[0-9A-Z $%*+./-]{1,60}$/.test(data), bars: ({ length }) => [7 * (length + 2) - 1, 3 * (length + 2)] },
+  itf: { code: 70, accepts: (data) => /^(\d\d){1,40}$/.test(data), bars: ({ length }) => [3 * length + 6, 2 * length + 1] },
+  // Start, check and stop characters; the last has two modules more than others.
+  code128: { code: 73, accepts: (data) => /^[\x20-\x7e]{1,80}$/.test(data), bars: ({ length }) => [11 * (length + 3) + 2, 0] },
 };
 
 /** Names of the barcode symbologies. */
@@ -34,6 +37,27 @@ export function barcodePayload(format, data) {
   // Code 128 names its code set; a brace begins such a name and is doubled in the data.
   const text = format === 'code128' ? `{B${data.replaceAll('{', '{{')}` : data;
   return { code: FORMATS[format].code, data: Buffer.from(text, 'latin1') };
+}
+
+/** The modules and wide elements of a barcode that isBarcode accepts. @returns {[number, number]} */
+export function barsOf(format, data) {
+  return FORMATS[format].bars(data);
+}
+
+/**
+ * The width of a barcode, smaller than asked where it would be wider than the paper: printers drop such a one.
+ * @param {[number, number]} bars its modules and wide elements
+ * @param {number} asked
+ * @param {number} dots
+ * @param {(width: number) => [number, number]} dotsAt dots of a module and of a wide element
+ * @returns {number} 1 also where nothing fits
+ */
+export function fittingWidth([modules, wide], asked, dots, dotsAt) {
+  for (let width = asked; width > 1; width -= 1) {
+    const [thin, thick] = dotsAt(width);
+    if (modules * thin + wide * thick <= dots) return width;
+  }
+  return 1;
 }
 
 // Bytes that QR codes of version 1, 2, ... hold at error correction M.

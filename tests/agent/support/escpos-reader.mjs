@@ -42,7 +42,7 @@ export function readPaper(bytes, dots) {
       if (what === 81) paper.qr(code.content.toString('utf8'), code.size);
     },
     '1d68': () => { paper.barcodeHeight = take(1)[0]; },
-    '1d77': () => { take(1); },
+    '1d77': () => { [paper.moduleWidth] = take(1); },
     '1d48': () => { take(1); },
     '1d6b': () => { const [symbology, length] = take(2); paper.barcode(symbology, take(length).toString('latin1')); },
     '1d56': () => { const [mode] = take(1); if (mode >= 65) take(1); paper.event({ kind: 'cut', mode }); },
@@ -67,6 +67,7 @@ class Paper {
   letters = [];
   events = [];
   barcodeHeight = 162;
+  moduleWidth = 3;
   #marks = [];
   #y = 0;
   #dots;
@@ -108,7 +109,11 @@ class Paper {
     this.#framed({ kind: 'qr', data, size }, edge, edge);
   }
 
-  barcode(symbology, data) { this.#framed({ kind: 'barcode', symbology, data }, 190, this.barcodeHeight); }
+  /** Of the symbologies whose bars are whole modules: EAN and UPC, Code 128 in one code set. */
+  barcode(symbology, data) {
+    const modules = { 65: 95, 67: 95, 68: 67, 73: 11 * data.length + 13 }[symbology];
+    this.#framed({ kind: 'barcode', symbology, data }, modules * this.moduleWidth, this.barcodeHeight);
+  }
 
   #framed(event, width, height) {
     const left = this.#place(width, event.kind);
