@@ -2,7 +2,7 @@ import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import https from 'node:https';
 import { readFileSync, writeFileSync } from 'node:fs';
-import { command, exchange, fakeProgram, privateHome, readConfig, startService } from './support/service.mjs';
+import { command, exchange, fakeProgram, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { ORIGIN, raw, siteOf } from './support/site.mjs';
 import { RateLimit } from '../../agent/lib/public/rate-limit.mjs';
 import { Pairing } from '../../agent/lib/public/pairing.mjs';
@@ -166,6 +166,26 @@ test('nobody to ask, a question in the air, a page that was closed', async (t) =
   settings.values = { ...settings.values, origins: [] };
   questions.slice(-3).forEach((question) => question.answer('allow'));
   for (const each of open) await assert.rejects(each, { code: 'origin_not_allowed' }, 'struck off while the question stood');
+});
+
+test('a clock that is set keeps no site waiting, and lets none through', async (t) => {
+  const { now: clock } = Date;
+  t.after(() => { Date.now = clock; });
+  let days = 0;
+  Date.now = () => clock() + days * 86_400_000;
+  const settings = { values: { autoApprovePairing: false, origins: [ORIGIN] } };
+  const pairing = new Pairing({ settings, ask: async () => 'deny', log: { info() {} }, pairings: {}, times: { ask: 1000, cooldown: 200 } });
+  const pair = () => pairing.pair(ORIGIN, { name: 'x', isRenewal: false, signal: new AbortController().signal }).catch(({ code }) => code);
+  assert.equal(await pair(), 'pairing_denied');
+  days = 1;
+  assert.equal(await pair(), 'pairing_cooldown');
+  days = -1;
+  await until(async () => await pair() === 'pairing_denied', 'the person to be asked again');
+  const limit = new RateLimit();
+  for (let n = 0; n < 120; n += 1) limit.take(ORIGIN);
+  for (days of [-2, 2]) {
+    assert.throws(() => limit.take(ORIGIN), { code: 'rate_limited' });
+  }
 });
 
 test('120 print requests a minute and site', async (t) => {

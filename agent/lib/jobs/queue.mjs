@@ -94,7 +94,11 @@ export class JobQueue {
   #sum(of) { return [...this.#lanes.values()].reduce((sum, lane) => sum + of(lane), 0); }
 
   #lane(printerId) {
-    if (!this.#lanes.has(printerId)) this.#lanes.set(printerId, new Lane(this.#parts));
+    if (!this.#lanes.has(printerId)) {
+      // Printers come and go.
+      for (const [id, lane] of this.#lanes) if (lane.depth === 0) this.#lanes.delete(id);
+      this.#lanes.set(printerId, new Lane(this.#parts));
+    }
     return this.#lanes.get(printerId);
   }
 }

@@ -37,6 +37,7 @@ export class AddressKeeper {
    * @param {{ settings: object, monitor: object, alerts: object, log: object, nameOf: (id: string) => string,
    *   jobs: { isSending: boolean, isBusy: (id: string) => boolean } }} parts
    * @param {{ neighbours?: typeof readNeighbours, interfaces?: typeof os.networkInterfaces, ask?: typeof probe, now?: () => number }} system
+   *   now = milliseconds of a clock that nobody sets
    */
   constructor({ settings, monitor, alerts, log, nameOf, jobs }, system = {}) {
     this.#settings = settings;
@@ -45,7 +46,7 @@ export class AddressKeeper {
     this.#log = log;
     this.#nameOf = nameOf;
     this.#jobs = jobs;
-    this.#system = { neighbours: readNeighbours, interfaces: os.networkInterfaces, ask: probe, now: Date.now, ...system };
+    this.#system = { neighbours: readNeighbours, interfaces: os.networkInterfaces, ask: probe, now: () => performance.now(), ...system };
   }
 
   /** Does a round every 5 s until stop(). */
@@ -67,6 +68,7 @@ export class AddressKeeper {
   /** Notes the cards of printers that answer, and looks for those that have not answered for a while. */
   async round() {
     const interfaces = this.#system.interfaces();
+    for (const id of this.#offlineSince.keys()) if (!this.#settings.values.printers.some((printer) => printer.id === id)) this.#offlineSince.delete(id);
     const local = this.#settings.values.printers.map((printer) => ({ ...printer, network: ownNetworkOf(printer.host, interfaces) })).filter(({ network }) => network);
     const table = this.#system.neighbours();
     await this.#learn(local, table);

@@ -20,9 +20,9 @@ export class Pairing {
 
   /**
    * @param {{ settings: object, pairings: import('../sites/pairings.mjs').Pairings, ask: Function, log: object, times?: typeof TIMES, now?: () => number }} parts
-   *   ask as personAsker() makes it
+   *   ask as personAsker() makes it; now = milliseconds of a clock that nobody sets
    */
-  constructor({ settings, pairings, ask, log, times = TIMES, now = Date.now }) {
+  constructor({ settings, pairings, ask, log, times = TIMES, now = () => performance.now() }) {
     this.#settings = settings;
     this.#pairings = pairings;
     this.#ask = ask;
@@ -76,13 +76,19 @@ export class Pairing {
     const answer = this.#ask({ origin, name, timeoutMs: this.#times.ask, signal: calledOff.signal }).then((said) => {
       if (this.#questions.get(origin) === question) this.#questions.delete(origin);
       // A page that was closed has not been refused.
-      if (said === 'deny' && !calledOff.signal.aborted) this.#refusedAt.set(origin, this.#now());
+      if (said === 'deny' && !calledOff.signal.aborted) this.#refuse(origin);
       if (said !== 'allow') this.#log.info(`site not paired: ${origin} (${said})`);
       return said;
     });
     const question = { answer, calledOff, askers: 0 };
     this.#questions.set(origin, question);
     return question;
+  }
+
+  #refuse(origin) {
+    const now = this.#now();
+    for (const [other, at] of this.#refusedAt) if (now - at >= this.#times.cooldown) this.#refusedAt.delete(other);
+    this.#refusedAt.set(origin, now);
   }
 }
 
