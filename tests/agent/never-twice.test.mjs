@@ -151,10 +151,8 @@ test('a printer that closes its own side only has printed', async (t) => {
 
 test('a key stands while its job waits and ten minutes after its end, however many jobs there are', async (t) => {
   let now = 1e12;
-  const { now: clock } = Date;
-  Date.now = () => now; // mock.method() would keep every one of its many calls
-  t.after(() => { Date.now = clock; });
-  const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+  const file = path.join(privateHome(t), 'jobs.json');
+  const history = new JobHistory(file, new Log(null), () => now);
   const add = (key, status) => history.add({ printerId: 'p', printerName: 'P', kind: 'raw', status, ...(key ? { key } : {}) });
   const [waiting, ended] = await Promise.all([add('waiting', 'waiting'), add('ended', 'completed')]);
   await Promise.all(Array.from({ length: 4000 }, (_, n) => add(`key-${n}`, 'completed')));
@@ -169,6 +167,19 @@ test('a key stands while its job waits and ten minutes after its end, however ma
   assert.deepEqual([history.findByKey('waiting'), history.findByKey('ended')], [undefined, undefined]);
   await add(undefined, 'queued');
   assert.deepEqual([history.count, history.find(ended.id)], [MAX_JOBS, undefined], 'what stands no longer goes');
+
+  // The computer's clock is set while the service runs, and while it does not.
+  const { now: clock } = Date;
+  t.after(() => { Date.now = clock; });
+  const shift = (ms) => { Date.now = () => clock() + ms; };
+  const { id } = await add('set', 'completed');
+  shift(365 * 86_400_000);
+  assert.equal(history.findByKey('set')?.id, id, 'set forward');
+  shift(-365 * 86_400_000);
+  const again = new JobHistory(file, new Log(null), () => now);
+  assert.equal(again.findByKey('set')?.id, id, 'set back before a start');
+  now += KEY_MS;
+  assert.equal(again.findByKey('set'), undefined, 'and not for a year');
 });
 
 /** Takes a receipt slowly enough to be killed over it, and tells of every step. */

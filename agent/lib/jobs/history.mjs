@@ -14,9 +14,6 @@ const ENDED = new Set(['completed', 'failed', 'cancelled']);
 /** Whether a job with this status will change no more. */
 export const hasEnded = (status) => ENDED.has(status);
 
-/** Whether a record may not be forgotten: its job, or its request's repetition, is still to come. */
-const stands = ({ status, key, updatedAt }) => !hasEnded(status) || (key !== undefined && updatedAt > Date.now() - KEY_MS);
-
 const isJob = (job) => job !== null && typeof job === 'object'
   && ['id', 'printerId', 'kind', 'status'].every((key) => typeof job[key] === 'string')
   && ['createdAt', 'updatedAt'].every((key) => Number.isFinite(job[key]))
@@ -29,18 +26,24 @@ export class JobHistory {
   #mirror;
   #log;
   #changes = new EventEmitter().setMaxListeners(0);
+  #now;
+  // When a record last changed, by a clock that nobody sets: one set forward must not end the keys' time.
+  #touched = new WeakMap();
 
   /**
    * Jobs that an earlier run left unfinished become failed: what was being sent may be on the paper.
    * @param {string} file
    * @param {import('../log.mjs').Log} log
+   * @param {() => number} now milliseconds of a clock that nobody sets
    */
-  constructor(file, log) {
+  constructor(file, log, now = () => performance.now()) {
     this.#log = log;
+    this.#now = now;
     this.#mirror = new MirroredFile(file, () => ({ jobs: this.#jobs }));
     const read = readJsonObject(file);
     if (read.kind === 'ok' && Array.isArray(read.value.jobs)) {
       this.#jobs = read.value.jobs.filter(isJob);
+      for (const job of this.#jobs) this.#touched.set(job, now() - Math.max(0, Date.now() - job.updatedAt));
       this.#trim();
     } else if (read.kind !== 'missing') {
       log.warn('jobs.json cannot be used, starting an empty list');
@@ -49,7 +52,7 @@ export class JobHistory {
     const left = this.#jobs.filter((job) => !hasEnded(job.status));
     for (const job of left) {
       const sent = job.status === 'sending' || job.status === 'printing';
-      Object.assign(job, { status: 'failed', errorCode: sent ? 'uncertain_after_restart' : 'expired_after_restart', updatedAt: Date.now(), revision: (job.revision ?? 0) + 1 });
+      this.#change(job, { status: 'failed', errorCode: sent ? 'uncertain_after_restart' : 'expired_after_restart' });
     }
     if (left.length > 0) {
       log.warn(`${left.length} unfinished jobs of the last run marked as failed`);
@@ -70,7 +73,7 @@ export class JobHistory {
 
   /** The youngest job that was accepted under a key, while the key stands: a job may wait longer than KEY_MS for its printer. */
   findByKey(key) {
-    const job = this.#jobs.find((each) => each.key === key && stands(each));
+    const job = this.#jobs.find((each) => each.key === key && this.#stands(each));
     return job && { ...job };
   }
 
@@ -105,6 +108,7 @@ export class JobHistory {
   async add(fields) {
     const now = Date.now();
     const job = { id: randomUUID(), ...fields, createdAt: now, updatedAt: now, revision: 0 };
+    this.#touched.set(job, this.#now());
     this.#jobs.unshift(job);
     this.#trim();
     await this.#save();
@@ -118,8 +122,7 @@ export class JobHistory {
   async mark(id, status, errorCode) {
     const job = this.#jobs.find((each) => each.id === id);
     if (!job || hasEnded(job.status)) return;
-    Object.assign(job, { status, updatedAt: Date.now(), revision: (job.revision ?? 0) + 1 });
-    if (errorCode) job.errorCode = errorCode;
+    this.#change(job, { status, ...(errorCode ? { errorCode } : {}) });
     this.#changes.emit(id);
     await this.#save();
   }
@@ -127,8 +130,18 @@ export class JobHistory {
   flush() { return this.#save(); }
   flushSync() { this.#mirror.flushSync(); }
 
+  #change(job, fields) {
+    Object.assign(job, fields, { updatedAt: Date.now(), revision: (job.revision ?? 0) + 1 });
+    this.#touched.set(job, this.#now());
+  }
+
+  /** Whether a record may not be forgotten: its job, or its request's repetition, is still to come. */
+  #stands(job) {
+    return !hasEnded(job.status) || (job.key !== undefined && this.#now() - this.#touched.get(job) < KEY_MS);
+  }
+
   #trim() {
-    this.#jobs = this.#jobs.filter((job, index) => index < MAX_JOBS || stands(job));
+    this.#jobs = this.#jobs.filter((job, index) => index < MAX_JOBS || this.#stands(job));
   }
 
   #save() {
