@@ -263,9 +263,9 @@ test('a receipt that the print server does not accept in the end is not called p
 const PLAIN = { stall: 400, most: 60_000, poll: 50 };
 
 /** How a job for the stand-in's queue ends: "completed" or the error's code. */
-function outcomeOf(system, { times = PLAIN, printing = () => {} } = {}) {
+function outcomeOf(system, { times = PLAIN, printing = () => {}, raw = false, bytes = 1 } = {}) {
   const cups = new CupsQueues(() => {}, system.env, times);
-  return cups.send('Office', Buffer.from('x'), { raw: false, title: 'T', printing }).then(() => 'completed', ({ code, untouched }) => `${code}${untouched ? ', again' : ''}`);
+  return cups.send('Office', Buffer.alloc(bytes), { raw, title: 'T', printing }).then(() => 'completed', ({ code, untouched }) => `${code}${untouched ? ', again' : ''}`);
 }
 
 test('a job that has left a queue of the system is printed only when the system says so', async (t) => {
@@ -274,12 +274,13 @@ test('a job that has left a queue of the system is printed only when the system 
   const rows = [
     ['printed', (system) => system.job('completed', over), {}, 'completed'],
     ['given up', (system) => system.job('aborted', over), {}, 'interrupted'],
-    ['cancelled by somebody', (system) => system.job('canceled', over), {}, 'queue_stalled'],
+    ['cancelled by somebody', (system) => system.job('canceled', over), {}, 'interrupted'],
+    ['cancelled by somebody before it was begun', (system) => { system.isBegun = false; system.job('canceled', over); }, {}, 'queue_stalled'],
     ['kept no record of', (system) => system.job(null), {}, 'completed'],
     ['about to be printed anew by the system', (system) => system.job('held', 'resources-are-not-ready'), {}, 'interrupted'],
     ['not yet out after all', (system) => { system.job(null, '', { told: 'processing' }); setTimeout(() => system.job('aborted', over), 150); }, {}, 'interrupted'],
     ['printed, by the list alone', (system) => system.job('completed', over), { answers: false }, 'completed'],
-    ['cancelled, by the list alone', (system) => system.job('canceled', 'job-canceled-by-user'), { answers: false }, 'queue_stalled'],
+    ['cancelled, by the list alone', (system) => system.job('canceled', 'job-canceled-by-user'), { answers: false }, 'interrupted'],
     ['given up, by the list alone', (system) => system.job('aborted', 'aborted-by-system'), { answers: false }, 'interrupted'],
     ['told of by nobody', (system) => { system.job(null); system.program('lpstat', 'case "$*" in *" completed"*) exit 1;; esac'); system.program('cancel', 'exit 1'); }, { answers: false }, 'timeout'],
     ['not to be cancelled', (system) => system.program('cancel', 'exit 1'), {}, 'timeout'],
@@ -288,7 +289,7 @@ test('a job that has left a queue of the system is printed only when the system 
       system.state = 'completed';
     }, {}, 'completed'],
     ['of a system that answers now and then', (system, home) => system.program('lpstat',
-      `n=$(cat "${home}/n" 2>/dev/null || echo 0); echo $((n + 1)) > "${home}/n"; [ $((n % 3)) -gt 0 ] || exit 1; case "$*" in "-p "*) cat "${home}/printer";; *) cat "${home}/not-completed";; esac`), {}, 'queue_stalled'],
+      `n=$(cat "${home}/n" 2>/dev/null || echo 0); echo $((n + 1)) > "${home}/n"; [ $((n % 3)) -gt 0 ] || exit 1; case "$*" in "-p "*) cat "${home}/printer";; *) cat "${home}/not-completed";; esac`), {}, 'interrupted'],
     ['refused by lp', (system) => system.program('lp', 'cat > /dev/null; echo "lp: Error - unknown" >&2; exit 1'), {}, 'offline'],
     ['in the hands of an lp that is killed', (system) => system.program('lp', 'cat > /dev/null; kill -9 $$'), {}, 'timeout'],
     ['in the hands of an lp that does not name it', (system) => system.program('lp', 'cat > /dev/null'), {}, 'timeout'],
@@ -301,25 +302,36 @@ test('a job that has left a queue of the system is printed only when the system 
   }));
 });
 
-test('a queue of the system: a job without headway is stalled and cancelled, one that gets on is not', async (t) => {
+test('a queue of the system: a job without headway is stalled and cancelled, one that gets on or is in line is not', async (t) => {
   const page = (n) => `printer Office now printing Office-7.  enabled since Mon Nov 23 09:50:00 2026\n\tPage ${n}\n`;
+  const idle = 'printer Office is idle.  enabled since Mon Nov 23 09:50:00 2026\n';
+  const other = page(1).replace('Office-7', 'Office-6');
+  const inLine = (system) => { system.isBegun = false; system.job('pending', 'none', { before: ['Office-6'] }); return system; };
   // What the printer tells with every look, and how long a job may go without a word that is new.
   const rows = [
     ['pages come out', (n) => page(n), 60_000, 'completed'],
     ['pages come out for longer than a job may tell nothing new', (n) => page(n), 700, 'completed'],
-    ['nothing moves', () => page(1), 60_000, 'queue_stalled'],
-    ['it swings between two states', (n) => page(n % 2), 700, 'queue_stalled'],
+    ['sheets come out without a word', (n, system) => { system.sheets = n; return page(1); }, 60_000, 'completed'],
+    ['another job is being printed', (n, system) => { if (n === 1) inLine(system); return other; }, 60_000, 'completed'],
+    ['another job is being printed for ever', (n, system) => { if (n === 1) inLine(system); return other; }, 700, 'queue_stalled'],
+    ['nothing moves', () => page(1), 60_000, 'interrupted'],
+    ['a receipt of some length comes out without a word', () => page(1), 60_000, 'completed', { raw: true, bytes: 20_000 }],
+    ['nothing moves for longer than that takes', () => page(1), 60_000, 'interrupted', { raw: true, bytes: 250 }],
+    ['a document comes without a word', () => page(1), 60_000, 'interrupted', { bytes: 20_000 }],
+    ['nothing is begun', (n, system) => { if (n === 1) inLine(system); return idle; }, 60_000, 'queue_stalled'],
+    ['it is begun while it is cancelled', (n, system) => { if (n === 1) Object.defineProperty(inLine(system), 'isBegun', { get: system.isCancelled }); return idle; }, 60_000, 'interrupted'],
+    ['it swings between two states', (n) => page(n % 2), 700, 'interrupted'],
   ];
-  await Promise.all(rows.map(async ([name, tell, most, wanted]) => {
+  await Promise.all(rows.map(async ([name, tell, most, wanted, job]) => {
     const system = await printSystem(t, privateHome(t));
     let n = 0;
     const moving = setInterval(() => {
       n += 1;
-      system.printer(tell(n));
+      system.printer(tell(n, system));
       if (n === 25) system.job('completed');
     }, 100);
     t.after(() => clearInterval(moving));
-    const outcome = await outcomeOf(system, { times: { stall: wanted === 'completed' ? 1500 : 500, most, poll: 50 } });
+    const outcome = await outcomeOf(system, { times: { stall: wanted === 'completed' ? 1500 : 500, most, poll: 50 }, ...job });
     clearInterval(moving);
     assert.equal(outcome, wanted, name);
     if (wanted !== 'completed') assert.equal(system.cancelled(), 'Office-7\n', name);

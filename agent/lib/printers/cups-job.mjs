@@ -1,10 +1,10 @@
 import { SendError } from './send-error.mjs';
-import { jobState } from './ipp-job.mjs';
+import { jobReport } from './ipp-job.mjs';
 import { runProgram } from '../system/program.mjs';
 
 /**
- * Milliseconds: a job is stalled that has made no headway for `stall`, or has told nothing new for `most`:
- * a printer that swings between two states gets nowhere.
+ * Milliseconds: a job is stalled that has made no headway for `stall`, unless the printer is at work on another one meanwhile,
+ * or has told nothing new for `most`: a printer that swings between two states gets nowhere.
  */
 export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: 1000 });
 
@@ -30,28 +30,31 @@ export class CupsJob {
   }
 
   /**
-   * Waits until the job is out. Headway = jobs before it leave, or the printer tells something else, such as the page it prints.
-   * @throws {SendError} "queue_stalled" when it makes no headway, or somebody else has cancelled it; "interrupted" when the device
-   *   failed; "timeout" when the print system does not say what has become of it, or does not cancel it
+   * Waits until the job is out. Headway = jobs before it leave, more of it is out, or the printer tells something else, such as the
+   * page it prints.
+   * @throws {SendError} "queue_stalled" when it makes no headway, or somebody else has cancelled it, before any of it was printed;
+   *   "interrupted" when some of it may have been, or the device failed; "timeout" when the print system does not say what has
+   *   become of it, or does not cancel it
    */
   async finished(times = TIMES) {
     const { lpstat } = this.#programs;
     const began = performance.now();
-    const last = { told: null, at: began, newAt: began };
+    const last = { told: null, at: began, newAt: began, headway: '', isInLine: false };
     const told = new Set();
     for (;;) {
-      const [line, printer] = await Promise.all([this.#listed('not-completed'), runProgram(lpstat, ['-p', this.#queue])]);
+      const [line, printer, report] = await Promise.all([this.#listed('not-completed'), runProgram(lpstat, ['-p', this.#queue]), this.#report()]);
       const now = performance.now();
       if (line && !line.own && await this.#isPrinted()) return;
       if (WILL_RETRY.test(line?.own)) await this.#preventRetry();
       // A system that does not answer tells nothing.
       if (line && printer.status === 0) {
-        const telling = JSON.stringify([line.before, line.own, printer.stdout]);
+        Object.assign(last, { headway: report?.headway ?? last.headway, isInLine: this.#isAtAnother(printer.stdout) });
+        const telling = JSON.stringify([line.before, line.own, printer.stdout, last.headway]);
         if (telling !== last.told) Object.assign(last, { told: telling, at: now });
         if (!told.has(telling)) last.newAt = now;
         told.add(telling);
       }
-      if (now - last.at > times.stall || now - last.newAt > times.most) return this.#giveUp();
+      if ((now - last.at > times.stall && !last.isInLine) || now - last.newAt > times.most) return this.#giveUp();
       await new Promise((resolve) => { setTimeout(resolve, times.poll); });
     }
   }
@@ -70,10 +73,18 @@ export class CupsJob {
     return { before: entries.slice(0, Math.max(0, place)).map(([request]) => request), own: entries[place]?.[1] };
   }
 
+  #report() { return jobReport(Number(/\d+$/.exec(this.#request)?.[0]), this.#env); }
+
+  /** Whether the printer is at work on a job before this one. */
+  #isAtAnother(told) {
+    const [, request] = /^printer \S+ now printing (\S+)\./m.exec(told) ?? [];
+    return request !== undefined && request !== this.#request;
+  }
+
   /** Whether the job, out of the line, was printed; false while that is not known. @throws {SendError} when it was not, or not all of it */
   async #isPrinted() {
-    const state = await jobState(Number(/\d+$/.exec(this.#request)?.[0]), this.#env) ?? await this.#listedState();
-    if (state === 'cancelled') throw new SendError('queue_stalled', 'cancelled in the print queue');
+    const { state, isUntouched } = await this.#report() ?? { state: await this.#listedState(), isUntouched: false };
+    if (state === 'cancelled') throw new SendError(isUntouched ? 'queue_stalled' : 'interrupted', 'cancelled in the print queue');
     if (state === 'aborted') throw new SendError('interrupted', 'given up by the print system');
     return state === 'completed' || state === 'forgotten';
   }
@@ -94,7 +105,12 @@ export class CupsJob {
   }
 
   async #giveUp() {
-    if (await this.#cancel()) throw new SendError('queue_stalled');
+    if (await this.#cancel()) {
+      // Asked only now: it may have been begun, and have come out, at the last moment.
+      const report = await this.#report();
+      if (report?.state === 'completed') return;
+      throw new SendError(report?.isUntouched ? 'queue_stalled' : 'interrupted', 'no headway in the print queue');
+    }
     // It may have come out just now; else it is still there, and comes out when it likes.
     const line = await this.#listed('not-completed');
     if (line && !line.own && await this.#isPrinted()) return;
