@@ -102,6 +102,8 @@ function compose({ env, log, paths, read, listeners }) {
   } else {
     alerts.resolve(SETTINGS_BROKEN_KEY);
   }
+  const foreign = Object.entries(read.foreign).flatMap(([id, values]) => Object.keys(values).map((key) => `${key} of ${id}`));
+  if (foreign.length > 0) log.warn(`settings.json has values of another version, kept there and not used: ${foreign.join(', ')}`);
   const history = new JobHistory(paths.jobs, log);
   const nameOf = (id) => settings.values.profiles[id]?.alias ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
   const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);

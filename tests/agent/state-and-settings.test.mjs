@@ -141,8 +141,36 @@ test('settings and pairings survive a restart, and keys of a newer version are k
   assert.deepEqual([stored.later, stored.profiles], [{ kept: true }, { preview: { dots: 384, later: 3 } }]);
 });
 
+test('values of a newer version in a printer\'s profile cost nothing else, and stay until the person chooses others', async (t) => {
+  const home = privateHome(t);
+  const printers = [1, 2].map((n) => ({ id: `net-${n}`, name: `P${n}`, host: '127.0.0.1', port: n, transport: 'raw' }));
+  const newer = { dots: 832, codepage: 99, cut: 'laser', alias: 5, role: 'bar' };
+  plant(home, 'settings.json', { printers, profiles: { 'net-1': { ...newer, drawerPin: '5', later: 3 }, 'net-2': { dots: 832, cut: 'full' } }, origins: ['https://shop.example'] });
+  const first = await startService(t, { home });
+  const profilesOf = async (service) => (await service.state()).printers.slice(0, 2).map(({ profile }) => profile);
+  assert.deepEqual(await profilesOf(first), [{ drawerPin: '5', later: 3 }, { cut: 'full' }]);
+  assert.ok((await first.state()).allowedOrigins.includes('https://shop.example'));
+  assert.ok(!(await first.alerts()).some(({ key }) => key === 'settings:broken'));
+  const { log } = (await first.get('/admin/diagnostics')).body;
+  const [line, ...more] = log.filter((each) => each.includes('another version'));
+  assert.match(line, /warn .*: dots of net-1, codepage of net-1, cut of net-1, alias of net-1, role of net-1, dots of net-2$/);
+  assert.deepEqual(more, []);
+
+  // The sheet sends all keys whenever one is changed.
+  const sheet = { protocol: null, dots: null, cut: 'partial', dither: 'floyd', alias: 'Bar', role: 'receipt', drawerPin: '5', codepage: null };
+  assert.equal((await first.post('/admin/profile', { id: 'net-1', profile: sheet })).status, 200);
+  await first.post('/admin/printers/remove', { id: 'net-2' });
+  const stored = () => JSON.parse(readConfig(home, 'settings.json')).profiles;
+  assert.deepEqual(stored(), { 'net-1': { ...newer, alias: 'Bar', dither: 'floyd', drawerPin: '5', later: 3 } });
+  await first.stop();
+  const second = await startService(t, { home });
+  assert.equal((await second.post('/admin/profile', { id: 'net-1', profile: { ...sheet, cut: 'full', codepage: { encoding: 'windows-1256' } } })).status, 200);
+  await second.post('/admin/profile', { id: 'net-1', profile: { cut: 'partial', codepage: null } });
+  assert.deepEqual(stored(), { 'net-1': { dots: 832, cut: 'partial', alias: 'Bar', role: 'bar', dither: 'floyd', drawerPin: '5', later: 3 } });
+});
+
 test('an unusable settings file is kept aside and the person is told', async (t) => {
-  const broken = ['{"printers": [', '[]', '', JSON.stringify({ printers: [{ id: 1 }] }), JSON.stringify({ httpPort: 'x' }), JSON.stringify({ profiles: { preview: { dots: 500, later: 3 } } })];
+  const broken = ['{"printers": [', '[]', '', JSON.stringify({ printers: [{ id: 1 }] }), JSON.stringify({ httpPort: 'x' }), JSON.stringify({ profiles: { preview: 5 } })];
   const home = privateHome(t);
   for (const [index, content] of broken.entries()) {
     plant(home, 'settings.json', content);

@@ -45,11 +45,24 @@ export function checkProfile(given) {
   return checked;
 }
 
-/** Whether a stored profile can be used: what this version does not know in it is a later version's. */
-export function isStoredProfile(profile) {
-  if (!isObject(profile)) return false;
-  const known = Object.fromEntries(Object.entries(profile).filter(([key]) => Object.hasOwn(KEYS, key)));
-  return checkProfile(known) !== null;
+/**
+ * Takes a stored profile apart. A value that this version cannot use is a later version's: the key counts as not set.
+ * @param {object} stored
+ * @returns {{ profile: object, foreign: object }} foreign = such values by their keys; keys that are not known stay in the profile
+ */
+export function partProfile(stored) {
+  const isForeign = ([key, value]) => Object.hasOwn(KEYS, key) && checkProfile({ [key]: value }) === null;
+  const part = (test) => Object.fromEntries(Object.entries(stored).filter(test));
+  return { profile: part((entry) => !isForeign(entry)), foreign: part(isForeign) };
+}
+
+// What the settings sheet sends for a key that nobody has touched.
+const UNTOUCHED = { cut: 'partial', dither: 'threshold', drawerPin: '2', role: 'receipt' };
+
+/** The foreign values of a profile that nobody has chosen another value for; none of a profile that is gone. */
+export function stillForeign(foreign, profile) {
+  if (!profile) return {};
+  return Object.fromEntries(Object.entries(foreign).filter(([key]) => profile[key] === undefined || profile[key] === UNTOUCHED[key]));
 }
 
 /** The stored profile with the checked keys laid over it; cleared keys are left out. */

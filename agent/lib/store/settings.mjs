@@ -1,6 +1,6 @@
 import { moveAside, readJsonObject, writeFileAtomic } from './json-file.mjs';
 import { isHost, isPort, isTransport, isPlainText } from '../validate.mjs';
-import { isStoredProfile } from '../printers/profile.mjs';
+import { partProfile, stillForeign } from '../printers/profile.mjs';
 import { isMac } from '../printers/neighbours.mjs';
 import { normaliseOrigin } from '../sites/origins.mjs';
 
@@ -33,7 +33,7 @@ const CHECKS = {
     && isHost(printer.host) && isPort(printer.port) && isTransport(printer.transport)
     && (printer.mac === undefined || isMac(printer.mac))),
   queues: (value) => isList(value, (name) => isPlainText(name)),
-  profiles: (value) => isRecord(value) && Object.values(value).every(isStoredProfile),
+  profiles: (value) => isRecord(value) && Object.values(value).every(isRecord),
   origins: (value) => isList(value, (origin) => normaliseOrigin(origin) === origin),
   sites: (value) => isList(value, (site) => isRecord(site) && isPlainText(site.id) && typeof site.origin === 'string'
     && isPlainText(site.name) && Number.isFinite(site.createdAt)),
@@ -43,33 +43,42 @@ const CHECKS = {
 
 /**
  * Reads settings.json without changing anything on disk.
- * Keys this version does not know are kept, so that a newer version finds them again.
+ * Keys this version does not know are kept, so that a newer version finds them again; so are values in a printer's profile.
  * @param {string} file
- * @returns {{ settings: object, broken: string | null }} broken = why the file could not be used; settings are then the defaults
+ * @returns {{ settings: object, broken: string | null, foreign: Record<string, object> }} broken = why the file could not be used;
+ *   settings are then the defaults; foreign = by printer, what is left out of its profile as this version cannot use it
  */
 export function readSettings(file) {
   const read = readJsonObject(file);
-  if (read.kind === 'missing') return { settings: defaultSettings(), broken: null };
-  if (read.kind === 'broken') return { settings: defaultSettings(), broken: read.why };
+  const defaults = { settings: defaultSettings(), broken: null, foreign: {} };
+  if (read.kind === 'missing') return defaults;
+  if (read.kind === 'broken') return { ...defaults, broken: read.why };
   const bad = Object.keys(CHECKS).find((key) => key in read.value && !CHECKS[key](read.value[key]));
-  if (bad) return { settings: defaultSettings(), broken: `bad value of ${bad}` };
-  return { settings: { ...defaultSettings(), ...read.value }, broken: null };
+  if (bad) return { ...defaults, broken: `bad value of ${bad}` };
+  const parts = eachOf(read.value.profiles ?? {}, partProfile);
+  const profiles = eachOf(parts, ({ profile }) => profile);
+  return { settings: { ...defaults.settings, ...read.value, profiles }, broken: null, foreign: withoutEmpty(eachOf(parts, ({ foreign }) => foreign)) };
 }
+
+const eachOf = (records, change) => Object.fromEntries(Object.entries(records).map(([id, record]) => [id, change(record, id)]));
+const withoutEmpty = (records) => Object.fromEntries(Object.entries(records).filter(([, record]) => Object.keys(record).length > 0));
 
 /** The service's settings: read from memory, changed only through update(). */
 export class Settings {
   #file;
   #current;
+  #foreign;
   #mustMoveAside;
   #tail = Promise.resolve();
 
   /**
    * @param {string} file
-   * @param {{ settings: object, broken: string | null }} read what readSettings gave
+   * @param {{ settings: object, broken: string | null, foreign: Record<string, object> }} read what readSettings gave
    */
   constructor(file, read) {
     this.#file = file;
     this.#current = read.settings;
+    this.#foreign = read.foreign;
     this.#mustMoveAside = read.broken !== null;
   }
 
@@ -100,8 +109,11 @@ export class Settings {
       this.quarantine();
       const draft = structuredClone(this.#current);
       const result = change(draft);
-      await writeFileAtomic(this.#file, JSON.stringify(draft, null, 1));
+      const foreign = withoutEmpty(eachOf(this.#foreign, (values, id) => stillForeign(values, draft.profiles[id])));
+      const profiles = { ...draft.profiles, ...eachOf(foreign, (values, id) => ({ ...draft.profiles[id], ...values })) };
+      await writeFileAtomic(this.#file, JSON.stringify({ ...draft, profiles }, null, 1));
       this.#current = draft;
+      this.#foreign = foreign;
       return result;
     });
     this.#tail = turn.catch(() => {});
