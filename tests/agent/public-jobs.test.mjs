@@ -2,10 +2,11 @@ import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
-import { raw, siteOf, text } from './support/site.mjs';
+import { ORIGIN, raw, siteOf, text } from './support/site.mjs';
 import { translateToStar } from '../../agent/lib/print/star-translate.mjs';
 import { commandBytes } from '../../agent/lib/print/command-bytes.mjs';
 import { readAnswer } from '../../agent/lib/printers/paper-status.mjs';
+import { SiteJobs } from '../../agent/lib/jobs/site-jobs.mjs';
 import { KEY_MS } from '../../agent/lib/jobs/history.mjs';
 
 const LATIN = { codepage: { encoding: 'windows-1252', escT: 16 } };
@@ -292,6 +293,22 @@ test('thirty jobs wait for a printer, the next is refused', async (t) => {
   assert.equal(answers.filter(({ status }) => status === 202).length, 30);
   assert.deepEqual([...new Set(answers.filter(({ status }) => status !== 202).map(({ status, body }) => `${status} ${body.error.code}`))], ['409 queue_busy']);
   assert.equal(typeof await site.print('preview', text('x')), 'string', 'other printers are not concerned');
+});
+
+test('forty jobs are made at one time, the next has to come again', async () => {
+  const drawn = [];
+  const siteJobs = new SiteJobs({
+    printers: { resolve: () => ({ id: 'p', protocol: 'escpos', profile: {} }) }, queue: { checkRoom() {}, accept: async () => ({ id: 'j' }) }, history: {},
+    drawTexts: () => new Promise((resolve) => { drawn.push(() => resolve([])); }),
+  });
+  const submit = () => siteJobs.submit(ORIGIN, { printer: 'p', ...text('x') });
+  const taken = Array.from({ length: 40 }, submit);
+  await assert.rejects(submit, { status: 503, code: 'busy', headers: { 'Retry-After': '2' } });
+  drawn.splice(0).forEach((done) => done());
+  await Promise.all(taken);
+  const next = submit();
+  drawn[0]();
+  assert.equal((await next).id, 'j');
 });
 
 test('an ordinary printer gets documents as they are, with copies and paper', async (t) => {

@@ -7,6 +7,9 @@ import { hasEnded } from './history.mjs';
 
 const FIELDS = ['printer', 'kind', 'commands', 'data', 'encoding', 'options', 'jobName', 'idempotencyKey'];
 
+// Jobs whose bytes are being made at one time: texts are drawn one after the other, and long ones take a while.
+const MAX_MAKING = 40;
+
 /** Jobs of sites: each sees its own only. */
 export class SiteJobs {
   #printers;
@@ -14,6 +17,7 @@ export class SiteJobs {
   #history;
   #tools;
   #idempotency;
+  #making = 0;
 
   /** @param {{ printers: object, queue: import('./queue.mjs').JobQueue, history: object, pictures: object, drawTexts?: Function }} parts */
   constructor({ printers, queue, history, pictures, drawTexts }) {
@@ -42,10 +46,20 @@ export class SiteJobs {
     return this.once(origin, headerKey ?? idempotencyKey, job, async (record) => {
       const printer = this.#printers.resolve(job.printer);
       this.#queue.checkRoom(printer.id);
-      const payload = await payloadOf(job, options, printer, this.#tools);
+      const payload = await this.#payloadOf(job, options, printer);
       const maxWaitMs = (options.maxWaitSeconds ?? DEFAULT_WAIT_SECONDS) * 1000;
       return this.#queue.accept(printer, job.kind, payload, { maxWaitMs, record: { ...record, ...(job.jobName ? { jobName: job.jobName } : {}) } });
     });
+  }
+
+  async #payloadOf(job, options, printer) {
+    if (this.#making >= MAX_MAKING) throw new ApiError(503, 'busy', 'طلبات طباعة كثيرة قيد التجهيز. حاول بعد قليل.', { 'Retry-After': '2' });
+    this.#making += 1;
+    try {
+      return await payloadOf(job, options, printer, this.#tools);
+    } finally {
+      this.#making -= 1;
+    }
   }
 
   /** Carries a print request out once for its key; `make` gets what the job's record says of the site. */
