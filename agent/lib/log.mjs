@@ -6,6 +6,9 @@ export const PROBLEM_LINES = 50;
 
 const LINE_CHARS = 500;
 
+// Bytes that wait for a reader that has stopped reading; further lines are only remembered.
+const UNREAD_BYTES = 1024 * 1024;
+
 /**
  * Logger that writes English lines to a stream and remembers the last ones.
  * Callers never pass tokens, receipt texts or request bodies.
@@ -34,7 +37,7 @@ export class Log {
 
   /** Writes a line as it is, without time or level, and does not remember it. */
   plain(text) {
-    if (this.#stream?.writable) this.#stream.write(`${text}\n`);
+    if (this.#stream?.writable && this.#stream.writableLength < UNREAD_BYTES) this.#stream.write(`${text}\n`);
   }
 
   #add(level, text) {

@@ -1,6 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { mkdirSync } from 'node:fs';
+import { Writable } from 'node:stream';
 import path from 'node:path';
 import { configFolder, designerDoc, exchange, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService } from './support/service.mjs';
 import { mapTexts, redactor } from '../../agent/lib/admin/redact.mjs';
@@ -147,4 +148,9 @@ test('the log remembers the last lines, each on one line, and problems longer', 
   assert.deepEqual(log.problems().map((line) => line.split(' ')[1]), ['error', 'warn']);
   for (let n = 0; n < PROBLEM_LINES; n += 1) log.warn(`problem ${n}`);
   assert.match(log.problems()[0], /problem 0$/);
+
+  const unread = new Writable({ write() {} });
+  const heard = new Log(unread);
+  for (let n = 0; n < 5000; n += 1) heard.info('x'.repeat(450));
+  assert.ok(unread.writableLength < 1024 * 1024 + 500, 'what nobody reads does not pile up');
 });
