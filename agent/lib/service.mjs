@@ -1,5 +1,6 @@
 import { configPaths, ensurePrivateFolder } from './paths.mjs';
 import { Log } from './log.mjs';
+import { removeLeftovers } from './store/json-file.mjs';
 import { Settings, readSettings } from './store/settings.mjs';
 import { Alerts } from './alerts/alerts.mjs';
 import { desktopAnnouncer } from './alerts/desktop.mjs';
@@ -58,6 +59,7 @@ export async function startService(env = process.env) {
   const { listeners, close } = await openPorts({ env, paths, settings: read.settings, answer, log });
 
   ensurePrivateFolder(paths.root);
+  await removeLeftovers(paths.root);
   const token = await renewToken(paths.token);
   const service = compose({ env, log, paths, read, listeners });
   router = new Router();
@@ -124,7 +126,7 @@ function compose({ env, log, paths, read, listeners }) {
   return {
     ...sites, log, settings, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates, listeners,
     portConflict: () => lastPortConflict(paths.portConflict),
-    startedAt: Date.now(),
+    startedAt: performance.now(),
   };
 }
 

@@ -207,6 +207,14 @@ test('files are replaced whole, and many writers end with the newest value', asy
   assert.deepEqual(readdirSync(path.dirname(file)).filter((name) => name.endsWith('.tmp')), []);
 });
 
+test('what killed writers have left goes at the next start', async (t) => {
+  const home = privateHome(t);
+  const kept = [`settings.json.${process.pid}-4.tmp`, 'notes.tmp'];
+  for (const name of ['jobs.json.4194305-3.tmp', 'admin.token.4194305-1.tmp', ...kept]) plant(home, name, 'half');
+  await startService(t, { home });
+  assert.deepEqual(readdirSync(configFolder(home)).filter((name) => name.endsWith('.tmp')).sort(), kept.sort());
+});
+
 test('what may be a printer\'s host', () => {
   for (const host of ['192.168.1.50', 'printer', 'Printer-1.local', 'fd00::1', 'a_b.lan']) assert.ok(isHost(host), host);
   for (const host of ['', ' ', '-x', 'x-', 'a b', '192.168.1', '300.1.1.1', '1.2.3.4.5', 'a..b', 'fe80::1%eth0', 'a/b', 'x'.repeat(64), null, 5]) assert.ok(!isHost(host), String(host));

@@ -15,7 +15,7 @@ export function diagnostics({ settings, printers, history, alerts, queue, listen
   const report = {
     createdAt: Date.now(),
     versions: { service: VERSION, node: process.version, os: `${os.type()} ${os.release()}`, arch: os.arch() },
-    uptimeSeconds: Math.round((Date.now() - startedAt) / 1000),
+    uptimeSeconds: Math.round((performance.now() - startedAt) / 1000),
     memoryBytes: process.memoryUsage().rss,
     listeners: { ...listeners },
     portConflict: portConflict(),

@@ -1,4 +1,5 @@
-import { open, rename, unlink } from 'node:fs/promises';
+import path from 'node:path';
+import { open, readdir, rename, unlink } from 'node:fs/promises';
 import { closeSync, fsyncSync, openSync, readFileSync, renameSync, writeFileSync } from 'node:fs';
 
 let sequence = 0;
@@ -6,6 +7,26 @@ let sequence = 0;
 function temporaryName(file) {
   sequence += 1;
   return `${file}.${process.pid}-${sequence}.tmp`;
+}
+
+/**
+ * Removes what processes that were killed, or lost their power, have left half written. To be called before this one writes.
+ * @param {string} folder
+ * @throws the file system's error when the folder cannot be read
+ */
+export async function removeLeftovers(folder) {
+  for (const name of await readdir(folder)) {
+    const writer = /\.(\d+)-\d+\.tmp$/.exec(name)?.[1];
+    if (writer && (Number(writer) === process.pid || !isRunning(Number(writer)))) await unlink(path.join(folder, name)).catch(() => {});
+  }
+}
+
+function isRunning(processId) {
+  try {
+    return process.kill(processId, 0);
+  } catch (error) {
+    return error.code === 'EPERM';
+  }
 }
 
 /**
