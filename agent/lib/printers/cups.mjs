@@ -6,7 +6,7 @@ import { ApiError } from '../api-error.mjs';
 const REFRESH_MS = 10_000;
 
 // Bytes of a receipt that any printer prints in a millisecond: a plain text has few of them for a lot of paper.
-const SLOWEST = 0.5;
+const SLOWEST = 2;
 
 // After a failure the print system would print a receipt again from its beginning, by itself.
 const RAW_QUEUE = ['-o', 'printer-error-policy=abort-job'];
