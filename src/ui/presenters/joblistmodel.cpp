@@ -32,11 +32,11 @@ QString jobErrorText(const std::optional<QString> &errorCode)
     static const QHash<QString, QString> texts{
         {QStringLiteral("offline"), QStringLiteral("الطابعة غير متصلة، ولم يُطبع شيء.")},
         {QStringLiteral("timeout"), QStringLiteral("لم يؤكد نظام الطباعة طباعتها؛ راجع الورق قبل أن تعيدها.")},
-        {QStringLiteral("interrupted"), QStringLiteral("انقطع الاتصال أثناء الطباعة؛ راجع الورق قبل أن تعيدها.")},
+        {QStringLiteral("interrupted"), QStringLiteral("انقطعت الطباعة قبل أن تكتمل؛ راجع الورق قبل أن تعيدها.")},
         {QStringLiteral("uncertain_after_restart"),
             QStringLiteral("أُعيد تشغيل الخدمة أثناء الطباعة؛ راجع الورق قبل أن تعيدها.")},
         {QStringLiteral("expired_after_restart"), QStringLiteral("أُعيد تشغيل الخدمة قبل أن تُطبع؛ أعد إرسالها.")},
-        {QStringLiteral("queue_stalled"), QStringLiteral("توقفت في طابور النظام فأُلغيت؛ راجع الورق قبل أن تعيدها.")},
+        {QStringLiteral("queue_stalled"), QStringLiteral("توقفت في طابور النظام فأُلغيت، ولم يُطبع شيء.")},
         {QStringLiteral("queue_busy"), QStringLiteral("في طابور الطابعة وظائف كثيرة تنتظر.")},
         {QStringLiteral("printer_not_found"), QStringLiteral("الطابعة المطلوبة غير موجودة على هذا الجهاز.")},
         {QStringLiteral("unsupported_image"), QStringLiteral("صيغة الصورة غير مدعومة.")},
