@@ -79,8 +79,8 @@ void UiContext::begin()
 
 void UiContext::end()
 {
-    m_mainView.end();
     m_presenters.end();
+    m_mainView.end();
 }
 
 UiContext &UiContext::of(const QQmlEngine *engine)

@@ -43,15 +43,17 @@ void Presenters::begin()
 void Presenters::end()
 {
     m_agent.disconnect(this);
-    setEdited({});
-    setAdding(false);
-    setWizardShown(false);
+    dropSheets();
     m_pages.reset();
 }
 
 Presenters::~Presenters()
 {
-    // In this order: the editor hands the saver what is left.
+    dropSheets(); // while there is a saver: the editor hands it what is left
+}
+
+void Presenters::dropSheets()
+{
     delete m_editor.release();
     delete m_finder.release();
     delete m_wizard.release();

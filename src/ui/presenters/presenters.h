@@ -114,6 +114,7 @@ private:
     template <class T> [[nodiscard]] T *part(T Pages::*member) { return m_pages ? &(m_pages.get()->*member) : nullptr; }
 
     void listen();
+    void dropSheets();
     void takeState();
     void takeAlerts();
     void showOverview();
@@ -123,7 +124,7 @@ private:
     [[nodiscard]] AlertsActions alertsActions();
     [[nodiscard]] WizardActions wizardActions();
 
-    // A sheet's object goes in a later turn, when nothing of the sheet looks at it any more.
+    // While there is a scene, a sheet's object goes in a later turn, when nothing of the sheet looks at it any more.
     struct Later
     {
         void operator()(QObject *object) const { object->deleteLater(); }
