@@ -2,8 +2,8 @@
 
 #include "soak/adminlink.h"
 #include "soak/figures.h"
-#include "soak/shopwindow.h"
 #include "soak/till.h"
+#include "support/displaywindow.h"
 #include "support/notificationserver.h"
 #include "support/privatebus.h"
 #include "support/privatedisplay.h"
@@ -49,7 +49,7 @@ public:
     /// before.
     [[nodiscard]] Figures settled(qint64 processId, const Figures &wanted) const;
 
-    [[nodiscard]] const ShopWindow &window() const { return m_window; }
+    [[nodiscard]] const test::DisplayWindow &window() const { return m_window; }
     [[nodiscard]] test::TrayPanel &panel() { return m_panel; }
     void loseNotifications(); ///< their server goes
     void findNotifications(); ///< another comes
@@ -61,7 +61,7 @@ private:
     QTemporaryDir m_home;
     test::PrivateBus m_bus;
     test::PrivateDisplay m_display;
-    ShopWindow m_window;
+    test::DisplayWindow m_window;
     test::TrayPanel m_panel;
     std::unique_ptr<test::NotificationServer> m_notifications;
     QDBusConnection m_observer;

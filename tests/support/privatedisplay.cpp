@@ -12,12 +12,12 @@ template <typename Thing> using Owned = std::unique_ptr<Thing, decltype([](Thing
 
 } // namespace
 
-PrivateDisplay::PrivateDisplay()
+PrivateDisplay::PrivateDisplay(const QString &size)
 {
     // The server chooses a free number and writes it to its standard output.
     m_server.start(QStringLiteral("Xvfb"),
         {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
-            QStringLiteral("320x240x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+            size + QStringLiteral("x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
     while (!m_server.canReadLine()) {
         if (!m_server.waitForReadyRead(10'000))
             qFatal("No private display: %s", qUtf8Printable(m_server.errorString()));

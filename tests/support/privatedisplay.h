@@ -12,7 +12,8 @@ namespace zemrak::test {
 class PrivateDisplay
 {
 public:
-    PrivateDisplay();
+    /// `size` in pixels, width by height.
+    explicit PrivateDisplay(const QString &size = QStringLiteral("320x240"));
     ~PrivateDisplay();
     PrivateDisplay(const PrivateDisplay &) = delete;
     PrivateDisplay &operator=(const PrivateDisplay &) = delete;

@@ -1,116 +1,17 @@
 #include "guide/docsmarkdown.h"
-#include "support/privatebus.h"
+#include "support/program.h"
+#include "support/traypanel.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
 
 using namespace zemrak::test;
-
-namespace {
-
-const QString &builtBundle()
-{
-    static const QString path = QStringLiteral(ZEMRAK_BUNDLE);
-    return path;
-}
-
-/// The real program in a home of its own.
-class Program
-{
-public:
-    Program(const QTemporaryDir &home, const PrivateBus &bus, const QStringList &arguments = {},
-        const QString &bundle = builtBundle())
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), home.path());
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
-        environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("zemrak.*=true;qt.network.*=true"));
-        m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(bundle + QStringLiteral("/bin/zemrak-printer"), arguments);
-    }
-    ~Program()
-    {
-        if (isAlive())
-            signal(SIGTERM);
-        if (!m_process.waitForFinished(6000))
-            m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    [[nodiscard]] bool isAlive() const { return m_process.state() != QProcess::NotRunning; }
-    [[nodiscard]] bool endedWith(int status) const
-    {
-        return !isAlive() && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == status;
-    }
-    void signal(int number) const { ::kill(static_cast<pid_t>(m_process.processId()), number); }
-    [[nodiscard]] qint64 processId() const { return m_process.processId(); }
-    [[nodiscard]] bool maps(const char *library) const
-    {
-        QFile maps(QStringLiteral("/proc/%1/maps").arg(processId()));
-        return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(library);
-    }
-    [[nodiscard]] QByteArray output()
-    {
-        m_output += m_process.readAll();
-        return m_output;
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
-};
-
-bool servicePortTaken()
-{
-    QTcpSocket probe;
-    probe.connectToHost(QStringLiteral("127.0.0.1"), 17731);
-    return probe.waitForConnected(500);
-}
-
-// The state and the parent of a process; a dead one that nobody has cleared away yet is in state 'Z'.
-struct ProcessStat
-{
-    char state = 'Z';
-    qint64 parent = 0;
-};
-
-ProcessStat statOf(qint64 processId)
-{
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(processId));
-    if (!stat.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray line = stat.readAll();
-    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
-    return {fields.value(0).isEmpty() ? 'Z' : fields.value(0).at(0), fields.value(1).toLongLong()};
-}
-
-bool exists(qint64 processId)
-{
-    return statOf(processId).state != 'Z';
-}
-
-// The service processes whose parent is, or was, the program.
-QList<qint64> childrenOf(qint64 parent)
-{
-    QList<qint64> found;
-    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[0-9]*")}, QDir::Dirs)) {
-        if (const ProcessStat stat = statOf(entry.toLongLong()); stat.state != 'Z' && stat.parent == parent)
-            found.append(entry.toLongLong());
-    }
-    return found;
-}
-
-} // namespace
 
 class LifecycleTest : public QObject
 {
@@ -158,15 +59,15 @@ private Q_SLOTS:
     {
         const QTemporaryDir home;
         const PrivateBus bus;
-        QVERIFY(QDir(home.path()).mkpath(QStringLiteral(".config/zemrak-printer")));
-        QFile settings(home.filePath(QStringLiteral(".config/zemrak-printer/settings.ini")));
-        QVERIFY(settings.open(QIODevice::WriteOnly));
-        settings.write("[General]\nonboardingDone=true\n");
-        settings.close();
+        TrayPanel panel(bus.address()); // without one the window would come by itself after a while
+        panel.appear();
+        writeSettings(home);
         Program program(home, bus, {QStringLiteral("--automatic-start")});
         QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        QTRY_VERIFY(program.output().contains("There is a tray"));
         for (const char *library : {"libQt6Qml", "libQt6Quick", "libQt6Svg", "libzemrak-window"})
             QVERIFY2(!program.maps(library), library);
+        QVERIFY(!program.output().contains("Asked to show"));
         const Program second(home, bus);
         QTRY_VERIFY(program.maps("libQt6Quick"));
         QTRY_VERIFY(!second.isAlive());
@@ -300,12 +201,12 @@ private Q_SLOTS:
         const PrivateBus bus;
         const QString moved = home.filePath(QStringLiteral("bundle"));
         QCOMPARE(QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), builtBundle(), moved}), 0);
-        QVERIFY(QDir(home.path()).mkpath(QStringLiteral(".config/zemrak-printer")));
-        QFile settings(home.filePath(QStringLiteral(".config/zemrak-printer/settings.ini")));
-        QVERIFY(settings.open(QIODevice::WriteOnly) && settings.write("[General]\nonboardingDone=true\n") > 0);
-        settings.close();
+        TrayPanel panel(bus.address());
+        panel.appear();
+        writeSettings(home);
         Program program(home, bus, {QStringLiteral("--automatic-start")}, moved);
         QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        QTRY_VERIFY(program.output().contains("There is a tray"));
         const QString maps = QStringLiteral("/proc/%1/maps").arg(program.processId());
         const auto windowIsLoaded = [&maps] {
             QFile file(maps);
@@ -314,7 +215,7 @@ private Q_SLOTS:
         QFile plugin(moved + QStringLiteral("/lib/libzemrak-window.so"));
         QVERIFY(plugin.remove() && plugin.open(QIODevice::WriteOnly) && plugin.write("of another version") > 0);
         plugin.close();
-        QVERIFY(!windowIsLoaded());
+        QVERIFY(!windowIsLoaded() && !program.output().contains("Asked to show"));
         Program second(home, bus, {}, moved);
         QTRY_VERIFY(second.endedWith(0));
         QTRY_VERIFY_WITH_TIMEOUT(windowIsLoaded(), 15'000);

@@ -1,4 +1,4 @@
-#include "soak/shopwindow.h"
+#include "support/displaywindow.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,7 +6,7 @@
 #include <span>
 #include <xcb/xcb.h>
 
-namespace zemrak::soak {
+namespace zemrak::test {
 
 namespace {
 
@@ -21,7 +21,7 @@ quint32 atom(xcb_connection_t *display, const QByteArray &name)
 
 } // namespace
 
-ShopWindow::ShopWindow(const QString &display)
+DisplayWindow::DisplayWindow(const QString &display)
     : m_display(xcb_connect(display.toLatin1().constData(), nullptr))
 {
     if (xcb_connection_has_error(m_display) != 0)
@@ -30,12 +30,12 @@ ShopWindow::ShopWindow(const QString &display)
     m_delete = atom(m_display, "WM_DELETE_WINDOW");
 }
 
-ShopWindow::~ShopWindow()
+DisplayWindow::~DisplayWindow()
 {
     xcb_disconnect(m_display);
 }
 
-void ShopWindow::close() const
+void DisplayWindow::close() const
 {
     xcb_client_message_event_t request{};
     request.response_type = XCB_CLIENT_MESSAGE;
@@ -47,7 +47,35 @@ void ShopWindow::close() const
     xcb_flush(m_display);
 }
 
-quint32 ShopWindow::find() const
+void DisplayWindow::type(const QByteArray &letters) const
+{
+    const quint32 window = find();
+    for (const char letter : letters)
+        press(window, letter);
+    xcb_flush(m_display);
+}
+
+void DisplayWindow::press(quint32 window, char letter) const
+{
+    const xcb_setup_t *setup = xcb_get_setup(m_display);
+    const auto count = static_cast<quint8>(setup->max_keycode - setup->min_keycode + 1);
+    const Owned<xcb_get_keyboard_mapping_reply_t> keys(xcb_get_keyboard_mapping_reply(
+        m_display, xcb_get_keyboard_mapping(m_display, setup->min_keycode, count), nullptr));
+    const std::span symbols(xcb_get_keyboard_mapping_keysyms(keys.get()),
+        static_cast<size_t>(xcb_get_keyboard_mapping_keysyms_length(keys.get())));
+    const auto at = std::find(symbols.begin(), symbols.end(), static_cast<xcb_keysym_t>(letter)) - symbols.begin();
+    xcb_key_press_event_t key{};
+    key.detail = static_cast<xcb_keycode_t>(setup->min_keycode + at / keys->keysyms_per_keycode);
+    key.event = window;
+    key.root = xcb_setup_roots_iterator(setup).data->root;
+    key.same_screen = 1;
+    for (const quint8 type : {quint8{XCB_KEY_PRESS}, quint8{XCB_KEY_RELEASE}}) {
+        key.response_type = type;
+        xcb_send_event(m_display, false, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char *>(&key));
+    }
+}
+
+quint32 DisplayWindow::find() const
 {
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_display)).data->root;
     const Owned<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_display, xcb_query_tree(m_display, root), nullptr));
@@ -63,7 +91,7 @@ quint32 ShopWindow::find() const
     return 0;
 }
 
-bool ShopWindow::takesRequests(quint32 window) const
+bool DisplayWindow::takesRequests(quint32 window) const
 {
     const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         m_display, xcb_get_property(m_display, false, window, m_protocols, XCB_ATOM_ATOM, 0, 32), nullptr));
@@ -74,4 +102,4 @@ bool ShopWindow::takesRequests(quint32 window) const
     return std::find(atoms.begin(), atoms.end(), m_delete) != atoms.end();
 }
 
-} // namespace zemrak::soak
+} // namespace zemrak::test
