@@ -16,7 +16,9 @@ const QString rootPath = QStringLiteral("/org/a11y/atspi/accessible/root");
 constexpr int deepest = 60;
 
 // As they travel.
+constexpr uint checkBoxRole = 7;
 constexpr uint headingRole = 83;
+constexpr int checkedState = 4;
 constexpr int focusedState = 12;
 constexpr int showingState = 25;
 
@@ -79,9 +81,20 @@ bool ScreenReader::finds(const QString &name) const
 
 bool ScreenReader::findsHeading(const QString &name) const
 {
+    return findsAs(headingRole, name, [](const QString &) { return true; });
+}
+
+bool ScreenReader::findsBox(const QString &name, bool ticked) const
+{
+    return findsAs(checkBoxRole, name, [&](const QString &path) { return hasState(path, checkedState) == ticked; });
+}
+
+bool ScreenReader::findsAs(uint role, const QString &name, const std::function<bool(const QString &path)> &fits) const
+{
     const QStringList all = allNamed(name);
-    return std::any_of(all.cbegin(), all.cend(), [this](const QString &path) {
-        return ask(path, accessible, QStringLiteral("GetRole")).toUInt() == headingRole && hasState(path, showingState);
+    return std::any_of(all.cbegin(), all.cend(), [&](const QString &path) {
+        return ask(path, accessible, QStringLiteral("GetRole")).toUInt() == role && hasState(path, showingState)
+            && fits(path);
     });
 }
 

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace zemrak::test {
 
 /// One who cannot see a program's windows: is told what is in them, and presses it, over a test's own bus. Must be
@@ -24,6 +26,7 @@ public:
     /// It is shown just now. False while no program can be asked.
     [[nodiscard]] bool finds(const QString &name) const;
     [[nodiscard]] bool findsHeading(const QString &name) const;
+    [[nodiscard]] bool findsBox(const QString &name, bool ticked) const;
     // These also reach what would have to be scrolled to. False when there is none that takes it.
     [[nodiscard]] bool press(const QString &name) const;
     [[nodiscard]] bool focus(const QString &name) const; ///< gives it the keyboard
@@ -38,6 +41,8 @@ private:
     /// Paths of all that bear this name, in the order of the tree.
     [[nodiscard]] QStringList allNamed(const QString &name) const;
     void collect(const QString &path, const QString &name, int depth, QStringList &found) const;
+    [[nodiscard]] bool findsAs(
+        uint role, const QString &name, const std::function<bool(const QString &path)> &fits) const;
     [[nodiscard]] QString findShown(const QString &name) const;
     [[nodiscard]] bool act(const QString &name, const QString &action) const;
     [[nodiscard]] bool doAction(const QString &path, const QString &action) const;

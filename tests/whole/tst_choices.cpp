@@ -200,6 +200,10 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(session.says(healthy), 15'000);
         QVERIFY(session.press(QStringLiteral("الإعدادات")));
         QTRY_VERIFY(session.reader.findsHeading(QStringLiteral("الإعدادات")));
+        const QString keepAwake = QStringLiteral("إبقاء الجهاز مستيقظًا");
+        QTRY_VERIFY(session.reader.findsBox(keepAwake, false));
+        QVERIFY(session.press(keepAwake));
+        QTRY_VERIFY(session.reader.findsBox(keepAwake, true));
         QVERIFY(session.press(QStringLiteral("التحقق من التحديثات")));
         QTRY_VERIFY(session.reader.finds(QStringLiteral("التحديث التلقائي غير مفعّل بعد")));
         QVERIFY(session.press(QStringLiteral("إرسال إشعار تجريبي")));

@@ -3,17 +3,18 @@ import QtQuick.Templates as T
 import Zemrak
 
 // A switch. It shows `on` and nothing else: pressing it only asks, by toggleRequested, for the other value.
-T.AbstractButton {
+T.CheckBox {
     id: root
 
     property bool on: false
 
     signal toggleRequested(bool value)
 
-    Accessible.checkable: true
-    Accessible.checked: on
+    // Role and state for assistive technology are those of the template: it writes over what is said here of them.
+    checked: on
+    nextCheckState: () => checkState // a press does not tick it
+
     Accessible.name: text
-    Accessible.role: Accessible.CheckBox
     Accessible.onPressAction: if (root.enabled) root.clicked()
     Accessible.onToggleAction: if (root.enabled) root.clicked()
 

@@ -4,7 +4,7 @@ import QtQuick.Templates as T
 import Zemrak
 
 // One page in the sidebar.
-T.AbstractButton {
+T.TabButton {
     id: root
 
     required property string pageId
@@ -17,9 +17,12 @@ T.AbstractButton {
 
     Accessible.description: count > 0 ? String(count) : ""
     Accessible.name: text
-    Accessible.role: Accessible.PageTab
     Accessible.selected: current
     Accessible.onPressAction: root.clicked()
+
+    // What is current is told by the page alone.
+    autoExclusive: false
+    checkable: false
 
     // One stop for Tab on the way to the page; the arrow keys reach the other entries. Qt does not take the stop from
     // an item that has the keyboard.
