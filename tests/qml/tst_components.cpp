@@ -231,18 +231,24 @@ private Q_SLOTS:
     void everyControlHasANameAndARole()
     {
         openGallery();
-        int controls = 0;
+        QList<QAccessible::Role> roles;
         for (QQuickItem *candidate : descendants(m_gallery->contentItem())) {
             if (!candidate->activeFocusOnTab() || !candidate->isVisible())
                 continue;
-            ++controls;
             QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(candidate);
             const QString what = QString::fromLatin1(candidate->metaObject()->className());
             QVERIFY2(interface, qPrintable(what));
             QVERIFY2(!interface->text(QAccessible::Name).isEmpty(), qPrintable(what));
             QVERIFY2(interface->role() != QAccessible::NoRole, qPrintable(what));
+            roles.append(interface->role());
         }
-        QVERIFY(controls > 20);
+        QVERIFY(roles.size() > 20);
+        // Those that Qt's templates would make plain buttons of.
+        QCOMPARE(roles.count(QAccessible::PageTab), 1);
+        QCOMPARE(roles.count(QAccessible::CheckBox), 7);
+        QVERIFY(roles.contains(QAccessible::ComboBox) && roles.contains(QAccessible::EditableText));
+        const QAccessible::State toggle = QAccessible::queryAccessibleInterface(item("toggle"))->state();
+        QCOMPARE(bool(toggle.checked), item("toggle")->property("on").toBool());
     }
 
     void textsAreRead()

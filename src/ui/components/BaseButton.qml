@@ -32,20 +32,10 @@ T.AbstractButton {
     Keys.onEnterPressed: root.clicked()
     Keys.onReturnPressed: root.clicked()
 
-    background: Rectangle {
-        border.color: root.edge
-        border.width: root.edge.a > 0 ? Theme.stroke : 0
+    background: ButtonGround {
         color: root.ground
-        radius: Theme.radiusControl
-
-        Behavior on color {
-            ColorAnimation {
-                duration: Theme.quick
-            }
-        }
-        FocusRing {
-            shown: root.visualFocus
-        }
+        edge: root.edge
+        ringed: root.visualFocus
     }
     contentItem: ButtonContent {
         busy: root.busy

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import Zemrak
 
 // One of a few choices, side by side: { value: ..., label: "...", icon: "..." }. Shows `value`; a choice asks for another.
@@ -35,18 +34,11 @@ FocusScope {
         Repeater {
             model: root.options
 
-            BaseButton {
+            TabChoice {
                 required property var modelData
-                readonly property bool current: modelData.value === root.value
 
-                Accessible.role: Accessible.PageTab
-                Accessible.selected: current
-                edge: current ? "transparent" : Theme.gBorder
+                current: modelData.value === root.value
                 focus: current
-                focusPolicy: current ? Qt.StrongFocus : Qt.ClickFocus
-                ground: current ? Theme.selected : down ? Theme.pressed : hovered ? Theme.hover : Theme.gCard
-                implicitHeight: Theme.px(36)
-                ink: current ? Theme.readable(Theme.gPrimary) : Theme.gText
                 symbol: modelData.icon ?? ""
                 text: modelData.label
 
