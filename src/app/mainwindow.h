@@ -21,9 +21,9 @@ public:
     /// Builds the window if there is none, and brings it to the front. `activationToken` is what the desktop handed to
     /// whoever asked for the window; empty when it handed nothing. Asked for while close() waits, it comes right after.
     virtual void show(const QString &activationToken) = 0;
-    /// Destroys the whole scene and its engine before it returns, so that their memory is given back; the next show()
-    /// builds a new one, which starts on the first page. Changes that wait to be saved are sent first, with two seconds
-    /// for their answers, in which events are dealt with.
+    /// Destroys the whole scene and what stands behind it before it returns, so that their memory is given back; the
+    /// next show() builds a new one, which starts on the first page. Changes that wait to be saved are sent first, with
+    /// two seconds for their answers, in which events are dealt with.
     virtual void close() = 0;
     [[nodiscard]] virtual bool isOpen() const = 0;
     /// `closed` is called after the window is gone, whoever closed it.
