@@ -39,7 +39,7 @@ export class CupsJob {
   async finished(times = TIMES) {
     const { lpstat } = this.#programs;
     const began = performance.now();
-    const last = { told: null, at: began, newAt: began, headway: '', isInLine: false };
+    const last = { told: null, at: began, newAt: began, headway: '' };
     const told = new Set();
     for (;;) {
       const [line, printer, report] = await Promise.all([this.#listed('not-completed'), runProgram(lpstat, ['-p', this.#queue]), this.#report()]);
@@ -48,13 +48,13 @@ export class CupsJob {
       if (WILL_RETRY.test(line?.own)) await this.#preventRetry();
       // A system that does not answer tells nothing.
       if (line && printer.status === 0) {
-        Object.assign(last, { headway: report?.headway ?? last.headway, isInLine: this.#isAtAnother(printer.stdout) });
+        last.headway = report?.headway ?? last.headway;
         const telling = JSON.stringify([line.before, line.own, printer.stdout, last.headway]);
-        if (telling !== last.told) Object.assign(last, { told: telling, at: now });
+        if (telling !== last.told || this.#isAtAnother(printer.stdout)) Object.assign(last, { told: telling, at: now });
         if (!told.has(telling)) last.newAt = now;
         told.add(telling);
       }
-      if ((now - last.at > times.stall && !last.isInLine) || now - last.newAt > times.most) return this.#giveUp();
+      if (now - last.at > times.stall || now - last.newAt > times.most) return this.#giveUp();
       await new Promise((resolve) => { setTimeout(resolve, times.poll); });
     }
   }
