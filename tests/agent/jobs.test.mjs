@@ -9,6 +9,8 @@ import { streamAll } from '../../agent/lib/printers/transport-raw.mjs';
 import { printSystem } from './support/print-system.mjs';
 import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
 import { SendError } from '../../agent/lib/printers/send-error.mjs';
+import { sender } from '../../agent/lib/printers/send.mjs';
+import { payloadOf } from '../../agent/lib/jobs/payload.mjs';
 import { JobHistory } from '../../agent/lib/jobs/history.mjs';
 import { JobQueue, MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
 import { Log } from '../../agent/lib/log.mjs';
@@ -263,9 +265,13 @@ test('a receipt that the print server does not accept in the end is not called p
 const PLAIN = { stall: 400, most: 60_000, poll: 50 };
 
 /** How a job for the stand-in's queue ends: "completed" or the error's code. */
-function outcomeOf(system, { times = PLAIN, printing = () => {}, raw = false, bytes = 1 } = {}) {
-  const cups = new CupsQueues(() => {}, system.env, times);
-  return cups.send('Office', Buffer.alloc(bytes), { raw, title: 'T', printing }).then(() => 'completed', ({ code, untouched }) => `${code}${untouched ? ', again' : ''}`);
+async function outcomeOf(system, { times = PLAIN, raw = false, bytes = 1, copies = 1 } = {}) {
+  const send = sender({ cups: new CupsQueues(() => {}, system.env, times) });
+  const printer = { type: 'cups', queue: 'Office', protocol: raw ? 'escpos' : 'none', profile: {} };
+  const job = raw ? { kind: 'raw', data: Buffer.alloc(bytes).toString('base64') } : { kind: 'commands', commands: [{ type: 'text', text: 'x'.repeat(bytes) }] };
+  const payload = await payloadOf(job, { copies }, printer, {});
+  return send(printer, { ...payload, jobId: 'T' }, { sending: async () => {}, printing: () => {} })
+    .then(() => 'completed', ({ code, untouched }) => `${code}${untouched ? ', again' : ''}`);
 }
 
 test('a job that has left a queue of the system is printed only when the system says so', async (t) => {
@@ -328,7 +334,8 @@ test('a queue of the system: a job without headway is stalled and cancelled, one
     ['nothing moves', () => page(1), 60_000, 'interrupted'],
     ['a receipt of some length comes out without a word', () => page(1), 60_000, 'completed', { raw: true, bytes: 20_000 }],
     ['nothing moves for longer than that takes', () => page(1), 60_000, 'interrupted', { raw: true, bytes: 250 }],
-    ['a document comes without a word', () => page(1), 60_000, 'interrupted', { bytes: 20_000 }],
+    ['copies of a short receipt come out without a word', () => page(1), 60_000, 'completed', { raw: true, copies: 2 }],
+    ['a document comes without a word', () => page(1), 60_000, 'interrupted', { bytes: 10_000 }],
     ['nothing is begun', (n, system) => { if (n === 1) inLine(system); return idle; }, 60_000, 'queue_stalled'],
     ['it is begun while it is cancelled', (n, system) => { if (n === 1) Object.defineProperty(inLine(system), 'isBegun', { get: system.isCancelled }); return idle; }, 60_000, 'interrupted'],
     ['it swings between two states', (n) => page(n % 2), 700, 'interrupted'],

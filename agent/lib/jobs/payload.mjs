@@ -35,7 +35,8 @@ export function decodeData({ kind, data, encoding = 'base64' }) {
  * @param {object} options checked
  * @param {object} printer
  * @param {{ pictures: import('../print/picture-files.mjs').Pictures, drawTexts?: Function }} tools
- * @returns {Promise<{ bytes: Buffer, text: string, raw: boolean, copies?: number, media?: string }>}
+ * @returns {Promise<{ bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number, media?: string }>}
+ *   repeats = how often the bytes hold the same receipt; copies = how often the print system is to print it
  * @throws {ApiError}
  */
 export async function payloadOf(job, options, printer, tools) {
@@ -43,7 +44,7 @@ export async function payloadOf(job, options, printer, tools) {
   const { copies = 1, media } = options;
   if (!made.raw) return { ...made, copies, media };
   if (made.bytes.length * copies > MAX_PAYLOAD) throw invalidOptions('copies');
-  return { ...made, bytes: copies === 1 ? made.bytes : Buffer.concat(Array(copies).fill(made.bytes)) };
+  return { ...made, bytes: copies === 1 ? made.bytes : Buffer.concat(Array(copies).fill(made.bytes)), repeats: copies };
 }
 
 async function thermal(job, options, printer, { pictures, drawTexts }) {

@@ -47,7 +47,7 @@ export class JobQueue {
    * Accepts a job.
    * @param {object} printer with id and displayName
    * @param {string} kind "test", "cut", "drawer", "designer", "codepage-test", or a kind of the sites' jobs
-   * @param {{ bytes: Buffer, text: string, raw: boolean, copies?: number, media?: string }} payload
+   * @param {{ bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number, media?: string }} payload
    * @param {{ maxWaitMs?: number, record?: object }} how maxWaitMs = time to wait for a printer that is off; record = more fields of its record
    * @returns {Promise<object>} its record, on disk as queued
    * @throws {ApiError} 409 queue_busy, 503 while the service stops

@@ -5,8 +5,11 @@ import { ApiError } from '../api-error.mjs';
 
 const REFRESH_MS = 10_000;
 
-// Bytes of a receipt that any printer prints in a millisecond: a plain text has few of them for a lot of paper.
+// Bytes of a receipt that any printer prints in a millisecond.
 const SLOWEST = 2;
+
+// Milliseconds for half a metre of paper and the knife: a plain text has few bytes for a lot of paper, and its copies add up.
+const REPEAT_MS = 5000;
 
 // After a failure the print system would print a receipt again from its beginning, by itself.
 const RAW_QUEUE = ['-o', 'printer-error-policy=abort-job'];
@@ -92,11 +95,11 @@ export class CupsQueues {
 
   /**
    * Hands a job to a print queue and waits until it is out.
-   * @param {{ raw: boolean, title: string, copies?: number, media?: string, printing: () => void }} how raw = bytes go to the device as they are;
-   *   copies and media (a paper size's name) are for the print system to see to
+   * @param {{ raw: boolean, title: string, repeats?: number, copies?: number, media?: string, printing: () => void }} how raw = bytes go to the
+   *   device as they are; repeats = how often they hold the same receipt; copies and media (a paper size's name) are for the print system to see to
    * @throws {SendError} "offline" when the queue refused it, "timeout" when nobody says whether it was taken, and as of CupsJob.finished()
    */
-  async send(queue, bytes, { raw, title, copies = 1, media, printing }) {
+  async send(queue, bytes, { raw, title, repeats = 1, copies = 1, media, printing }) {
     const { lp } = this.#programs;
     if (!lp) throw new SendError('offline', 'no lp program');
     const options = [...(raw ? ['-o', 'raw'] : []), ...(copies > 1 ? ['-n', String(copies)] : []), ...(media ? ['-o', `media=${media}`] : [])];
@@ -108,7 +111,7 @@ export class CupsQueues {
     printing();
     // Nobody tells how much of such bytes is out: many copies take their time without a word.
     const { stall, most } = this.#times;
-    const times = { ...this.#times, stall: raw ? Math.min(most, stall + bytes.length / SLOWEST) : stall };
+    const times = { ...this.#times, stall: raw ? Math.min(most, stall + bytes.length / SLOWEST + (repeats - 1) * REPEAT_MS) : stall };
     await new CupsJob(this.#programs, { queue, request, env: this.#env }).finished(times);
   }
 

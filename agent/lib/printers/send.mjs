@@ -6,7 +6,8 @@ import { SendError } from './send-error.mjs';
 /**
  * Makes the function that carries a job to its printer.
  * @param {{ monitor: object, cups: object, previews: string }} parts previews = folder
- * @returns {(printer: object, payload: { jobId: string, bytes: Buffer, text: string, raw: boolean, copies?: number, media?: string },
+ * @returns {(printer: object, payload: { jobId: string, bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number,
+ *   media?: string },
  *   hooks: { sending: () => Promise<void>, printing: () => void }) => Promise<void>}
  *   rejects with a SendError; `sending` is awaited before the first byte leaves, and what it throws keeps everything back.
  */
@@ -26,13 +27,13 @@ export function sender({ monitor, cups, previews }) {
   };
 
   return async (printer, payload, { sending, printing }) => {
-    const { bytes, raw, copies, media, jobId } = payload;
+    const { bytes, raw, repeats, copies, media, jobId } = payload;
     switch (printer.type) {
       case 'net': return overNetwork(printer, bytes, sending);
       case 'cups':
         if (cups.isOffline(printer.queue)) throw new SendError('offline', 'the print queue is offline');
         await sending();
-        return cups.send(printer.queue, bytes, { raw, copies, media, title: `Zemrak ${jobId}`, printing });
+        return cups.send(printer.queue, bytes, { raw, repeats, copies, media, title: `Zemrak ${jobId}`, printing });
       default:
         await sending();
         return keepPreview(previews, payload);
