@@ -304,6 +304,7 @@ test('forty jobs are made at one time, the next has to come again', async () => 
   const submit = () => siteJobs.submit(ORIGIN, { printer: 'p', ...text('x') });
   const taken = Array.from({ length: 40 }, submit);
   await assert.rejects(submit, { status: 503, code: 'busy', headers: { 'Retry-After': '2' } });
+  assert.equal((await siteJobs.submit(ORIGIN, { printer: 'p', ...raw('x') })).id, 'j', 'ready bytes have nothing to wait for');
   drawn.splice(0).forEach((done) => done());
   await Promise.all(taken);
   const next = submit();

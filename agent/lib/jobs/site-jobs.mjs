@@ -9,6 +9,8 @@ const FIELDS = ['printer', 'kind', 'commands', 'data', 'encoding', 'options', 'j
 
 // Jobs whose bytes are being made at one time: texts are drawn one after the other, and long ones take a while.
 const MAX_MAKING = 40;
+// Their bytes are there already: these stand in nobody's line.
+const READY = ['raw', 'raster'];
 
 /** Jobs of sites: each sees its own only. */
 export class SiteJobs {
@@ -53,7 +55,7 @@ export class SiteJobs {
   }
 
   async #payloadOf(job, options, printer) {
-    if (this.#making >= MAX_MAKING) throw new ApiError(503, 'busy', 'طلبات طباعة كثيرة قيد التجهيز. حاول بعد قليل.', { 'Retry-After': '2' });
+    if (this.#making >= MAX_MAKING && !READY.includes(job.kind)) throw new ApiError(503, 'busy', 'طلبات طباعة كثيرة قيد التجهيز. حاول بعد قليل.', { 'Retry-After': '2' });
     this.#making += 1;
     try {
       return await payloadOf(job, options, printer, this.#tools);
