@@ -61,8 +61,8 @@ export class CupsJob {
 
   /**
    * Reads one of the print system's two lists of jobs.
-   * @returns {Promise<{ before: string[], own?: string } | null>} the requests in line before the job and what is said of the job;
-   *   null when nobody says
+   * @returns {Promise<{ before: string[], own?: string, hasOthers: boolean } | null>} the requests in line before the job, what is
+   *   said of the job, and whether there are any others; null when nobody says
    */
   async #listed(which) {
     const { status, stdout } = await runProgram(this.#programs.lpstat, ['-l', '-W', which, '-o', this.#queue]);
@@ -70,7 +70,8 @@ export class CupsJob {
     // A job's line begins at the edge; what is said of it stands indented below.
     const entries = stdout.split(/\n(?=\S)/).map((entry) => [entry.split(/\s/)[0], entry]);
     const place = entries.findIndex(([request]) => request === this.#request);
-    return { before: entries.slice(0, Math.max(0, place)).map(([request]) => request), own: entries[place]?.[1] };
+    const hasOthers = entries.some(([request], index) => request !== '' && index !== place);
+    return { before: entries.slice(0, Math.max(0, place)).map(([request]) => request), own: entries[place]?.[1], hasOthers };
   }
 
   #report() { return jobReport(Number(/\d+$/.exec(this.#request)?.[0]), this.#env); }
@@ -86,7 +87,11 @@ export class CupsJob {
     const { state, isUntouched } = await this.#report() ?? { state: await this.#listedState(), isUntouched: false };
     if (state === 'cancelled') throw new SendError(isUntouched ? 'queue_stalled' : 'interrupted', 'cancelled in the print queue');
     if (state === 'aborted') throw new SendError('interrupted', 'given up by the print system');
-    return state === 'completed' || state === 'forgotten';
+    if (state !== 'forgotten') return state === 'completed';
+    const records = await this.#listed('completed');
+    // Older ones go first, if they go at all: the print system has crashed, and lost the job with what it had not stored yet.
+    if (records?.hasOthers) throw new SendError('timeout', 'the print system has lost the job');
+    return records !== null;
   }
 
   /** What the list of the jobs that are over says, where the print system itself cannot be asked; not all of its versions tell there. */

@@ -14,13 +14,13 @@ export async function printSystem(t, home, { answers = true } = {}) {
   const file = (name) => path.join(home, name);
   const system = { env: { PATH: file('bin'), CUPS_SERVER: file('cups.sock') }, state: null, isBegun: true, sheets: 0 };
   const write = (name, text) => writeFileSync(file(name), text);
-  /** What lpstat lists; `before` = other programs' requests. A job of no state is not known any more. */
-  system.job = (state, alerts = 'none', { before = [], told = state } = {}) => {
+  /** What lpstat lists; `before` = other programs' requests, `records` = earlier jobs are listed. A job of no state is not known any more. */
+  system.job = (state, alerts = 'none', { before = [], told = state, records = true } = {}) => {
     system.state = told;
     const entry = (request, say) => `${request.padEnd(23)} cashier           1024   Mon Nov 23 09:50:00 2026\n\tStatus: \n\tAlerts: ${say}\n\tqueued for Office\n`;
     const isOver = STATES[state] >= STATES.canceled;
     write('not-completed', before.map((request) => entry(request, 'none')).join('') + (state && !isOver ? entry('Office-7', alerts) : ''));
-    write('completed', entry('Office-6', 'job-canceled-by-user') + (isOver ? entry('Office-7', alerts) : ''));
+    write('completed', (records ? entry('Office-6', 'job-canceled-by-user') : '') + (isOver ? entry('Office-7', alerts) : ''));
   };
   /** What lpstat tells of the printer. */
   system.printer = (text) => write('printer', text);
