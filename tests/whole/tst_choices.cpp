@@ -123,6 +123,18 @@ class ChoicesTest : public QObject
 private Q_SLOTS:
     void init() { QVERIFY2(!servicePortTaken(), "Port 17731 is in use on this machine"); }
 
+    // Where nothing else would tell that it runs.
+    void showsItselfWithoutATray()
+    {
+        Session session;
+        session.panel.goAway();
+        session.start({automatic});
+        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        QVERIFY(!session.window.isOpen());
+        QTRY_VERIFY_WITH_TIMEOUT(session.window.isOpen(), 20'000);
+        QVERIFY(session.program->output().contains("Asked to show the main window"));
+    }
+
     void trayShowsTheWindow()
     {
         Session session;
