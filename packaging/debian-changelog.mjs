@@ -1,6 +1,6 @@
 // debian-changelog.mjs CHANGELOG.md PACKAGE MAINTAINER FILE.gz: the project's changelog in the form Debian reads.
+import { execFileSync } from 'node:child_process';
 import { readFileSync, writeFileSync } from 'node:fs';
-import { gzipSync } from 'node:zlib';
 
 const [source, name, maintainer, target] = process.argv.slice(2);
 const WIDTH = 76;
@@ -26,4 +26,5 @@ const entries = readFileSync(source, 'utf8').split(/^## /m).slice(1).map((sectio
   if (changes.length === 0) throw new Error(`${source}: version ${version} tells no change`);
   return `${name} (${version}) bookworm; urgency=medium\n\n${changes.join('\n')}\n\n -- ${maintainer}  ${when.toUTCString().replace('GMT', '+0000')}\n`;
 });
-writeFileSync(target, gzipSync(entries.join('\n'), { level: 9 }));
+// Not by Node's own compressor, of which every version packs a little differently.
+writeFileSync(target, execFileSync('gzip', ['-9n'], { input: entries.join('\n') }));
