@@ -1,5 +1,6 @@
 #include "host/applicationbundle.h"
 #include "platform/linux/browsertrust.h"
+#include "support/program.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -134,7 +135,7 @@ public:
 
 private:
     const Home &m_home;
-    ApplicationBundle m_bundle{QStringLiteral(ZEMRAK_BUNDLE)};
+    ApplicationBundle m_bundle{zemrak::test::builtBundle()};
     QProcess m_process;
 };
 

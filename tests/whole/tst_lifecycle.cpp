@@ -207,11 +207,7 @@ private Q_SLOTS:
         Program program(home, bus, {QStringLiteral("--automatic-start")}, moved);
         QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
         QTRY_VERIFY(program.output().contains("There is a tray"));
-        const QString maps = QStringLiteral("/proc/%1/maps").arg(program.processId());
-        const auto windowIsLoaded = [&maps] {
-            QFile file(maps);
-            return file.open(QIODevice::ReadOnly) && file.readAll().contains("libzemrak-window.so (deleted)");
-        };
+        const auto windowIsLoaded = [&program] { return program.maps("libzemrak-window.so (deleted)"); };
         QFile plugin(moved + QStringLiteral("/lib/libzemrak-window.so"));
         QVERIFY(plugin.remove() && plugin.open(QIODevice::WriteOnly) && plugin.write("of another version") > 0);
         plugin.close();

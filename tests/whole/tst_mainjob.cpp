@@ -1,6 +1,7 @@
 #include "app/agent.h"
 #include "app/servicecommand.h"
 #include "platform/platform.h"
+#include "support/program.h"
 #include "support/testhost.h"
 #include "support/wiredata.h"
 
@@ -85,8 +86,7 @@ private Q_SLOTS:
         SystemClock clock;
         const std::unique_ptr<ChildGuard> guard = platform::makeChildGuard();
         TestHost host;
-        Agent agent({.bundle = ApplicationBundle(QStringLiteral(ZEMRAK_BUNDLE)), .configDir = serviceConfigDir()},
-            defaults, clock,
+        Agent agent({.bundle = ApplicationBundle(builtBundle()), .configDir = serviceConfigDir()}, defaults, clock,
             {*guard, host.notifier, host.loginItem, host.activities, host.certificateTest, host.desktop,
                 host.portHolders, {}});
         QStringList toasts;
