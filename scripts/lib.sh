@@ -16,7 +16,7 @@ packages_run=(
   qml6-module-qtquick qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-window
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript # what the window imports
   pkg-config libxcb1-dev          # finding trays of the older kind on X11
-  nodejs                          # runs the print service
+  nodejs npm                      # runs the print service; brings what package.json names
   libpoppler-cpp-dev              # documents as receipts
   libnotify-bin                   # asking whether a site may print
   openssl                         # the service's certificate authority
@@ -53,7 +53,7 @@ packages_bench=(
 have_package() {
   case $1 in
     nodejs) command -v node >/dev/null && node -e 'process.exit(parseInt(process.versions.node) < 18 ? 1 : 0)' && return 0 ;;
-    g++ | cmake | openssl | clang-format | shellcheck) command -v "$1" >/dev/null && return 0 ;;
+    g++ | cmake | npm | openssl | clang-format | shellcheck) command -v "$1" >/dev/null && return 0 ;;
   esac
   dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
 }
@@ -77,6 +77,15 @@ install_packages() {
     printf 'These packages are missing. As an administrator, run:\n\n  apt-get update && %s\n\n' "${get[*]}" >&2
     exit 1
   fi
+}
+
+# install_npm: brings node_modules to what package-lock.json says; nothing to do when it already is.
+install_npm() {
+  if cmp -s "$root/package-lock.json" "$root/node_modules/.locked"; then
+    return 0
+  fi
+  say "Installing what package-lock.json names"
+  (cd "$root" && npm ci --ignore-scripts --no-audit --no-fund && cp package-lock.json node_modules/.locked)
 }
 
 configure() {
