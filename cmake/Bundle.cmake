@@ -1,6 +1,20 @@
+# zemrak_bundled(TARGET FOLDER): the built program or library goes into FOLDER of the bundle, without its symbols. Those
+# stay in what the build folder has, which debuggers take for it.
+function(zemrak_bundled target folder)
+  if(ZEMRAK_SANITIZE)
+    set(copy ${CMAKE_COMMAND} -E copy $<TARGET_FILE:${target}>)
+  else()
+    set(copy ${CMAKE_STRIP} $<TARGET_FILE:${target}> -o)
+  endif()
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${ZEMRAK_BUNDLE_DIR}/${folder}
+    COMMAND ${copy} ${ZEMRAK_BUNDLE_DIR}/${folder}/$<TARGET_FILE_NAME:${target}>
+    VERBATIM)
+endfunction()
+
 # zemrak_bundle(): the relocatable folder that is the application, brought up to date by every build.
 function(zemrak_bundle executable)
-  set_target_properties(${executable} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${ZEMRAK_BUNDLE_DIR}/bin")
+  zemrak_bundled(${executable} bin)
   add_custom_target(bundle ALL
     COMMAND ${CMAKE_COMMAND}
       -DSOURCE=${PROJECT_SOURCE_DIR} -DBUNDLE=${ZEMRAK_BUNDLE_DIR} -DNODE=${ZEMRAK_NODE}

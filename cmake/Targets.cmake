@@ -20,10 +20,24 @@ if(ZEMRAK_FUZZ)
   target_link_options(zemrak_options INTERFACE -fsanitize=${fuzz_checks})
 endif()
 
+# The headers that most sources include, read once for all targets. It is compiled with no more definitions than every
+# target of ours has, as the compiler takes it only where all of those are the same.
+add_library(zemrak_pch OBJECT cmake/pch.cpp)
+target_precompile_headers(zemrak_pch PRIVATE cmake/pch.h)
+target_link_libraries(zemrak_pch PRIVATE Qt6::Core zemrak_options)
+set_target_properties(zemrak_pch PROPERTIES AUTOMOC OFF)
+
+# zemrak_ours(TARGET): what every target with sources of ours has.
+function(zemrak_ours target)
+  target_link_libraries(${target} PRIVATE zemrak_options)
+  target_precompile_headers(${target} REUSE_FROM zemrak_pch)
+endfunction()
+
 # zemrak_room(NAME SOURCES... [LINK ...]): one room of src/ as a static library.
 function(zemrak_room name)
   cmake_parse_arguments(ROOM "" "" "LINK" ${ARGN})
   add_library(zemrak_${name} STATIC ${ROOM_UNPARSED_ARGUMENTS})
   target_include_directories(zemrak_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
-  target_link_libraries(zemrak_${name} PUBLIC ${ROOM_LINK} PRIVATE zemrak_options)
+  target_link_libraries(zemrak_${name} PUBLIC ${ROOM_LINK})
+  zemrak_ours(zemrak_${name})
 endfunction()

@@ -3,6 +3,7 @@
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -264,5 +265,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AdminChannelTest)
+ZEMRAK_TEST(adminchannel, AdminChannelTest, QCoreApplication)
 #include "tst_adminchannel.moc"

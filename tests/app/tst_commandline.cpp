@@ -1,4 +1,5 @@
 #include "app/commandline.h"
+#include "support/testmain.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -73,5 +74,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CommandLineTest)
+ZEMRAK_TEST(commandline, CommandLineTest, QCoreApplication)
 #include "tst_commandline.moc"

@@ -2,6 +2,7 @@
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 
 #include <QJsonDocument>
 #include <QTest>
@@ -298,5 +299,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CommandsTest)
+ZEMRAK_TEST(commands, CommandsTest, QCoreApplication)
 #include "tst_commands.moc"

@@ -1,4 +1,5 @@
 #include "app/servicelog.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -76,5 +77,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ServiceLogTest)
+ZEMRAK_TEST(servicelog, ServiceLogTest, QCoreApplication)
 #include "tst_servicelog.moc"

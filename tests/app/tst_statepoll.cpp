@@ -5,6 +5,7 @@
 #include "support/httpserver.h"
 #include "support/manualclock.h"
 #include "support/testhost.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 
 #include <QSignalSpy>
@@ -235,5 +236,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(StatePollTest)
+ZEMRAK_TEST(statepoll, StatePollTest, QCoreApplication)
 #include "tst_statepoll.moc"

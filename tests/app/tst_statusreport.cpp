@@ -3,6 +3,7 @@
 #include "support/httpserver.h"
 #include "support/manualclock.h"
 #include "support/testhost.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 
 #include <QJsonArray>
@@ -110,5 +111,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(StatusReportTest)
+ZEMRAK_TEST(statusreport, StatusReportTest, QCoreApplication)
 #include "tst_statusreport.moc"

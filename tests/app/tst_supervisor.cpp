@@ -2,6 +2,7 @@
 #include "platform/platform.h"
 #include "support/fakebundle.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -318,5 +319,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SupervisorTest)
+ZEMRAK_TEST(supervisor, SupervisorTest, QCoreApplication)
 #include "tst_supervisor.moc"

@@ -1,4 +1,5 @@
 #include "base/rowmodel.h"
+#include "support/testmain.h"
 
 #include <QAbstractItemModelTester>
 #include <QElapsedTimer>
@@ -168,5 +169,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RowModelTest)
+ZEMRAK_TEST(rowmodel, RowModelTest, QCoreApplication)
 #include "tst_rowmodel.moc"

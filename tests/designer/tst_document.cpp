@@ -1,5 +1,6 @@
 #include "designer/amounts.h"
 #include "designer/designerdoc.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 
 #include <QJsonArray>
@@ -158,5 +159,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DocumentTest)
+ZEMRAK_TEST(document, DocumentTest, QCoreApplication)
 #include "tst_document.moc"

@@ -1,4 +1,5 @@
 #include "designer/symbolcheck.h"
+#include "support/testmain.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -99,5 +100,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SymbolCheckTest)
+ZEMRAK_TEST(symbolcheck, SymbolCheckTest, QCoreApplication)
 #include "tst_symbolcheck.moc"

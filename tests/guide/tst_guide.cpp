@@ -1,6 +1,7 @@
 #include "guide/docsmarkdown.h"
 #include "guide/doctabs.h"
 #include "guide/guidefile.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QFile>
@@ -240,6 +241,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestGuide)
+ZEMRAK_TEST(guide, TestGuide, QCoreApplication)
 
 #include "tst_guide.moc"

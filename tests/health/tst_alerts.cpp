@@ -5,6 +5,7 @@
 #include "support/httpserver.h"
 #include "support/manualclock.h"
 #include "support/recordingnotifier.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 
 #include <QSignalSpy>
@@ -186,5 +187,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AlertsTest)
+ZEMRAK_TEST(alerts, AlertsTest, QCoreApplication)
 #include "tst_alerts.moc"

@@ -1,7 +1,9 @@
 #include "health/statusbarcontroller.h"
 #include "health/statusicon.h"
+#include "support/testmain.h"
 
 #include <QTemporaryDir>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -194,5 +196,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(StatusItemTest)
+ZEMRAK_TEST(statusitem, StatusItemTest, QApplication)
 #include "tst_statusitem.moc"

@@ -1,5 +1,6 @@
 #include "health/healthsummary.h"
 #include "health/vocabulary.h"
+#include "support/testmain.h"
 
 #include <QTest>
 
@@ -109,5 +110,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SummaryTest)
+ZEMRAK_TEST(summary, SummaryTest, QCoreApplication)
 #include "tst_summary.moc"

@@ -1,6 +1,7 @@
 #include "host/connectioncheck.h"
 #include "support/manualclock.h"
 #include "support/recordinglink.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -164,5 +165,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ConnectionCheckTest)
+ZEMRAK_TEST(connectioncheck, ConnectionCheckTest, QCoreApplication)
 #include "tst_connectioncheck.moc"

@@ -3,6 +3,7 @@
 #include "support/fakedesktop.h"
 #include "support/manualclock.h"
 #include "support/recordinglink.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QFile>
@@ -281,5 +282,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DiagnosticsReportTest)
+ZEMRAK_TEST(diagnosticsreport, DiagnosticsReportTest, QCoreApplication)
 #include "tst_diagnosticsreport.moc"

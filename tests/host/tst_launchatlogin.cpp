@@ -2,6 +2,7 @@
 #include "host/launchatlogin.h"
 #include "support/manualclock.h"
 #include "support/recordinglink.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -223,5 +224,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LaunchAtLoginTest)
+ZEMRAK_TEST(launchatlogin, LaunchAtLoginTest, QCoreApplication)
 #include "tst_launchatlogin.moc"

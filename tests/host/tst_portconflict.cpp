@@ -1,6 +1,7 @@
 #include "host/portconflictreport.h"
 #include "support/manualclock.h"
 #include "support/recordinglink.h"
+#include "support/testmain.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -123,5 +124,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PortConflictTest)
+ZEMRAK_TEST(portconflict, PortConflictTest, QCoreApplication)
 #include "tst_portconflict.moc"

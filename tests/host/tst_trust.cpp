@@ -1,5 +1,6 @@
 #include "host/httpstrust.h"
 #include "support/recordinglink.h"
+#include "support/testmain.h"
 
 #include <QElapsedTimer>
 #include <QSemaphore>
@@ -212,5 +213,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TrustTest)
+ZEMRAK_TEST(trust, TrustTest, QCoreApplication)
 #include "tst_trust.moc"

@@ -3,6 +3,7 @@
 #include "host/updates.h"
 #include "support/manualclock.h"
 #include "support/recordinglink.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QFile>
@@ -289,5 +290,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdatesTest)
+ZEMRAK_TEST(updates, UpdatesTest, QCoreApplication)
 #include "tst_updates.moc"

@@ -3,6 +3,7 @@
 #include "model/discovery.h"
 #include "model/scanresult.h"
 #include "model/wire.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 
 #include <QJsonArray>
@@ -226,5 +227,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RecordsTest)
+ZEMRAK_TEST(records, RecordsTest, QCoreApplication)
 #include "tst_records.moc"

@@ -1,5 +1,6 @@
 #include "platform/linux/autostartentry.h"
 #include "platform/linux/desktopentry.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QFile>
@@ -174,5 +175,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AutostartTest)
+ZEMRAK_TEST(autostart, AutostartTest, QCoreApplication)
 #include "tst_autostart.moc"

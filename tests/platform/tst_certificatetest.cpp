@@ -1,6 +1,7 @@
 #include "host/applicationbundle.h"
 #include "platform/linux/browsertrust.h"
 #include "support/program.h"
+#include "support/testmain.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -442,5 +443,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CertificateTestTest)
+ZEMRAK_TEST(certificatetest, CertificateTestTest, QCoreApplication)
 #include "tst_certificatetest.moc"

@@ -3,6 +3,7 @@
 #include "support/fakefilemanager.h"
 #include "support/fakeportal.h"
 #include "support/privatebus.h"
+#include "support/testmain.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -338,5 +339,5 @@ private:
     QList<QUrl> m_opened;
 };
 
-QTEST_MAIN(DesktopTest)
+ZEMRAK_TEST(desktop, DesktopTest, QApplication)
 #include "tst_desktop.moc"

@@ -1,6 +1,7 @@
 #include "platform/linux/busrunningcopy.h"
 #include "platform/linux/sessioninstance.h"
 #include "support/privatebus.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -21,8 +22,9 @@ using namespace zemrak::test;
 // long as it is the one. With "ask" it asks the running copy how things stand.
 namespace {
 
-int runCopy(QCoreApplication &application)
+int runCopy(int argc, char *argv[])
 {
+    const QCoreApplication application(argc, argv);
     SessionInstance instance;
     instance.onActivated([] {
         std::puts("shown");
@@ -35,11 +37,12 @@ int runCopy(QCoreApplication &application)
     }
     std::puts("first");
     std::fflush(stdout);
-    return application.exec();
+    return QCoreApplication::exec();
 }
 
-[[noreturn]] void ask()
+int ask(int argc, char *argv[])
 {
+    const QCoreApplication application(argc, argv);
     const RunningCopyAnswer answer = BusRunningCopy().ask(std::chrono::milliseconds(1000));
     std::printf("%d %s%s\n", int(answer.kind), answer.report.constData(), qUtf8Printable(answer.reason));
     std::fflush(stdout);
@@ -205,15 +208,8 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    QCoreApplication application(argc, argv);
-    if (argc > 1 && qstrcmp(argv[1], "copy") == 0)
-        return runCopy(application);
-    if (argc > 1 && qstrcmp(argv[1], "ask") == 0)
-        ask();
-    InstanceTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+ZEMRAK_TEST(instance, InstanceTest, QCoreApplication)
+ZEMRAK_TEST_PROGRAM(copy, runCopy)
+ZEMRAK_TEST_PROGRAM(ask, ask)
 
 #include "tst_instance.moc"

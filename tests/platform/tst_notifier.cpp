@@ -4,6 +4,7 @@
 #include "support/manualclock.h"
 #include "support/notificationserver.h"
 #include "support/privatebus.h"
+#include "support/testmain.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>
@@ -295,5 +296,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(NotifierTest)
+ZEMRAK_TEST(notifier, NotifierTest, QCoreApplication)
 #include "tst_notifier.moc"

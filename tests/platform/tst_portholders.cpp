@@ -1,4 +1,5 @@
 #include "platform/linux/procportholders.h"
+#include "support/testmain.h"
 
 #include <QCoreApplication>
 #include <QTcpServer>
@@ -115,5 +116,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PortHoldersTest)
+ZEMRAK_TEST(portholders, PortHoldersTest, QCoreApplication)
 #include "tst_portholders.moc"

@@ -1,5 +1,6 @@
 #include "platform/linux/sleepinhibitors.h"
 #include "support/privatebus.h"
+#include "support/testmain.h"
 
 #include <QDBusContext>
 #include <QDBusError>
@@ -211,5 +212,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SleepInhibitorsTest)
+ZEMRAK_TEST(sleepinhibitors, SleepInhibitorsTest, QCoreApplication)
 #include "tst_sleepinhibitors.moc"

@@ -2,6 +2,7 @@
 #include "platform/linux/systemtray.h"
 #include "support/privatebus.h"
 #include "support/privatedisplay.h"
+#include "support/testmain.h"
 #include "support/traypanel.h"
 
 #include <QApplication>
@@ -25,7 +26,7 @@ int runApplication(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    SystemTray tray(std::chrono::milliseconds(QByteArray(argv[2]).toInt()));
+    SystemTray tray(std::chrono::milliseconds(QByteArray(argv[1]).toInt()));
     StatusBarController controller(tray, QImage());
     const auto say = [](const QByteArray &line) { std::cout << line.constData() << std::endl; };
     QObject::connect(&controller, &StatusBarController::commandChosen, &controller,
@@ -317,13 +318,7 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    if (argc > 2 && qstrcmp(argv[1], "application") == 0)
-        return runApplication(argc, argv);
-    QGuiApplication application(argc, argv);
-    SystemTrayTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+ZEMRAK_TEST(systemtray, SystemTrayTest, QGuiApplication)
+ZEMRAK_TEST_PROGRAM(application, runApplication)
 
 #include "tst_systemtray.moc"

@@ -3,6 +3,7 @@
 #include "demo/stage.h"
 #include "qml/warnings.h"
 #include "support/heldkey.h"
+#include "support/testmain.h"
 #include "ui/uicontext.h"
 
 #include <QAccessible>
@@ -15,6 +16,7 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QSignalSpy>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -382,5 +384,5 @@ private:
     std::unique_ptr<QQuickWindow> m_gallery;
 };
 
-QTEST_MAIN(ComponentsTest)
+ZEMRAK_TEST(components, ComponentsTest, QApplication)
 #include "tst_components.moc"

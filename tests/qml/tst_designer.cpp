@@ -3,6 +3,7 @@
 #include "demo/stage.h"
 #include "qml/warnings.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
@@ -10,6 +11,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -375,5 +377,5 @@ private:
     std::unique_ptr<QmlWindow> m_window;
 };
 
-QTEST_MAIN(DesignerPageTest)
+ZEMRAK_TEST(designer, DesignerPageTest, QApplication)
 #include "tst_designer.moc"

@@ -3,6 +3,7 @@
 #include "guide/doctabs.h"
 #include "qml/warnings.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
@@ -12,6 +13,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QApplication>
 #include <QTest>
 
 #include <algorithm>
@@ -159,6 +161,6 @@ private:
     std::unique_ptr<QmlWindow> m_window;
 };
 
-QTEST_MAIN(DocsPageTest)
+ZEMRAK_TEST(docs, DocsPageTest, QApplication)
 
 #include "tst_docs.moc"

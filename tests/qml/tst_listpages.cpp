@@ -3,6 +3,7 @@
 #include "demo/stage.h"
 #include "qml/warnings.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
@@ -15,6 +16,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QApplication>
 #include <QTest>
 
 #include <algorithm>
@@ -333,5 +335,5 @@ private:
     std::unique_ptr<QmlWindow> m_window;
 };
 
-QTEST_MAIN(ListPagesTest)
+ZEMRAK_TEST(listpages, ListPagesTest, QApplication)
 #include "tst_listpages.moc"

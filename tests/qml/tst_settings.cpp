@@ -4,6 +4,7 @@
 #include "qml/warnings.h"
 #include "support/heldkey.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
@@ -12,6 +13,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -257,5 +259,5 @@ private:
     std::unique_ptr<QmlWindow> m_window;
 };
 
-QTEST_MAIN(SettingsTest)
+ZEMRAK_TEST(settings, SettingsTest, QApplication)
 #include "tst_settings.moc"

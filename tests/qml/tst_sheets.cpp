@@ -3,6 +3,7 @@
 #include "demo/stage.h"
 #include "qml/warnings.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
@@ -10,6 +11,7 @@
 #include <QJsonObject>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QApplication>
 #include <QTest>
 #include <QTimer>
 
@@ -324,5 +326,5 @@ private:
     std::unique_ptr<QmlWindow> m_window;
 };
 
-QTEST_MAIN(SheetsTest)
+ZEMRAK_TEST(sheets, SheetsTest, QApplication)
 #include "tst_sheets.moc"

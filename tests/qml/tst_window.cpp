@@ -4,6 +4,7 @@
 #include "demo/stage.h"
 #include "qml/warnings.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/pages.h"
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
@@ -17,6 +18,7 @@
 #include <QQuickWindow>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QApplication>
 #include <QTest>
 
 #include <malloc.h>
@@ -350,5 +352,5 @@ private:
     std::unique_ptr<QmlWindow> m_window;
 };
 
-QTEST_MAIN(WindowTest)
+ZEMRAK_TEST(window, WindowTest, QApplication)
 #include "tst_window.moc"

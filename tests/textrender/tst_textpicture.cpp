@@ -1,6 +1,8 @@
+#include "support/testmain.h"
 #include "textrender/textpicture.h"
 
 #include <QElapsedTimer>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -153,5 +155,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TextPictureTest)
+ZEMRAK_TEST(textpicture, TextPictureTest, QApplication)
 #include "tst_textpicture.moc"

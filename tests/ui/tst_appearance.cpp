@@ -1,5 +1,6 @@
 // The settings portal, asked without waiting and followed.
 #include "support/privatebus.h"
+#include "support/testmain.h"
 #include "ui/appearance.h"
 
 #include <QDBusConnection>
@@ -8,6 +9,7 @@
 #include <QDBusVirtualObject>
 #include <QHash>
 #include <QSignalSpy>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -122,5 +124,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(AppearanceTest)
+ZEMRAK_TEST(appearance, AppearanceTest, QApplication)
 #include "tst_appearance.moc"

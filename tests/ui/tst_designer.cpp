@@ -3,6 +3,7 @@
 #include "support/httpserver.h"
 #include "support/manualclock.h"
 #include "support/testhost.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 #include "ui/presenters/designerview.h"
 
@@ -341,5 +342,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DesignerTest)
+ZEMRAK_TEST(designer, DesignerTest, QCoreApplication)
 #include "tst_designer.moc"

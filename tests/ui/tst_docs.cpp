@@ -2,6 +2,7 @@
 #include "guide/docsmarkdown.h"
 #include "guide/doctabs.h"
 #include "support/fakedesktop.h"
+#include "support/testmain.h"
 #include "ui/presenters/docspresenter.h"
 #include "ui/presenters/mixedtext.h"
 
@@ -189,6 +190,6 @@ private:
     std::unique_ptr<DocsPresenter> m_docs;
 };
 
-QTEST_GUILESS_MAIN(DocsTest)
+ZEMRAK_TEST(docs, DocsTest, QCoreApplication)
 
 #include "tst_docs.moc"

@@ -1,3 +1,4 @@
+#include "support/testmain.h"
 #include "ui/presenters/alertlistmodel.h"
 #include "ui/presenters/joblistmodel.h"
 #include "ui/presenters/originlistmodel.h"
@@ -316,5 +317,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ListsTest)
+ZEMRAK_TEST(lists, ListsTest, QCoreApplication)
 #include "tst_lists.moc"

@@ -1,6 +1,7 @@
 #include "support/httpserver.h"
 #include "support/manualclock.h"
 #include "support/testhost.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 #include "ui/presenters/loginstatus.h"
 #include "ui/presenters/presenters.h"
@@ -346,5 +347,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PagesTest)
+ZEMRAK_TEST(pages, PagesTest, QCoreApplication)
 #include "tst_pages.moc"

@@ -1,6 +1,7 @@
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/presenters/profileeditor.h"
 #include "ui/presenters/wholenumber.h"
 
@@ -401,5 +402,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ProfileEditorTest)
+ZEMRAK_TEST(profileeditor, ProfileEditorTest, QCoreApplication)
 #include "tst_profileeditor.moc"

@@ -1,4 +1,5 @@
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/presenters/relativeclock.h"
 #include "ui/presenters/relativetime.h"
 
@@ -108,5 +109,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RelativeTimeTest)
+ZEMRAK_TEST(relativetime, RelativeTimeTest, QCoreApplication)
 #include "tst_relativetime.moc"

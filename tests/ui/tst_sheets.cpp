@@ -1,6 +1,7 @@
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
+#include "support/testmain.h"
 #include "ui/presenters/alertspresenter.h"
 #include "ui/presenters/printerfinder.h"
 #include "ui/presenters/sitespresenter.h"
@@ -353,5 +354,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SheetsTest)
+ZEMRAK_TEST(sheets, SheetsTest, QCoreApplication)
 #include "tst_sheets.moc"

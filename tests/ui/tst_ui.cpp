@@ -2,6 +2,7 @@
 #include "app/windowloader.h"
 #include "base/clock.h"
 #include "demo/stage.h"
+#include "support/testmain.h"
 #include "ui/appearance.h"
 #include "ui/clickoutside.h"
 #include "ui/clipboard.h"
@@ -21,6 +22,7 @@
 #include <QQuickView>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
@@ -253,5 +255,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(UiTest)
+ZEMRAK_TEST(ui, UiTest, QApplication)
 #include "tst_ui.moc"

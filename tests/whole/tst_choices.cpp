@@ -3,6 +3,7 @@
 #include "support/privatedisplay.h"
 #include "support/program.h"
 #include "support/screenreader.h"
+#include "support/testmain.h"
 #include "support/traypanel.h"
 
 #include <QDateTime>
@@ -358,5 +359,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ChoicesTest)
+ZEMRAK_TEST(choices, ChoicesTest, QCoreApplication)
 #include "tst_choices.moc"

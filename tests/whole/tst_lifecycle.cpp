@@ -1,5 +1,6 @@
 #include "guide/docsmarkdown.h"
 #include "support/program.h"
+#include "support/testmain.h"
 #include "support/traypanel.h"
 
 #include <QDir>
@@ -256,5 +257,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LifecycleTest)
+ZEMRAK_TEST(lifecycle, LifecycleTest, QCoreApplication)
 #include "tst_lifecycle.moc"

@@ -3,6 +3,7 @@
 #include "platform/platform.h"
 #include "support/program.h"
 #include "support/testhost.h"
+#include "support/testmain.h"
 #include "support/wiredata.h"
 
 #include <QJsonArray>
@@ -165,5 +166,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(MainJobTest)
+ZEMRAK_TEST(mainjob, MainJobTest, QCoreApplication)
 #include "tst_mainjob.moc"
