@@ -1,4 +1,5 @@
-// What most sources include. A header belongs here when many sources of several rooms want it and none of ours is in it.
+// What most sources include. A header belongs here when many sources of several rooms want it and none of ours is in
+// it.
 #include <QByteArray>
 #include <QDateTime>
 #include <QDir>

@@ -2,8 +2,8 @@
 #include "health/statusicon.h"
 #include "support/testmain.h"
 
-#include <QTemporaryDir>
 #include <QApplication>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace zemrak;

@@ -41,7 +41,7 @@ private Q_SLOTS:
         const PortHolder &holder = holders.first();
         QCOMPARE(holder.port, server.serverPort());
         QCOMPARE(holder.processId, std::optional(QCoreApplication::applicationPid()));
-        QCOMPARE(holder.program, QStringLiteral("tst_platform_portholders"));
+        QCOMPARE(holder.program, QStringLiteral("tst_platform"));
         QCOMPARE(holder.userId, std::optional<quint32>(getuid()));
         server.close();
         QVERIFY(ProcPortHolders().find({holder.port}, false).isEmpty());

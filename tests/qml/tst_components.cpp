@@ -7,6 +7,7 @@
 #include "ui/uicontext.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QClipboard>
 #include <QDirIterator>
 #include <QGuiApplication>
@@ -16,7 +17,6 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QSignalSpy>
-#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;

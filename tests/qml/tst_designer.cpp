@@ -7,11 +7,11 @@
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;

@@ -7,13 +7,13 @@
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
+#include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QApplication>
 #include <QTest>
 
 #include <algorithm>

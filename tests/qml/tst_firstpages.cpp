@@ -8,10 +8,10 @@
 #include "ui/uicontext.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;

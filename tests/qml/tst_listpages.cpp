@@ -8,6 +8,7 @@
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
+#include <QApplication>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QJsonArray>
@@ -16,7 +17,6 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QApplication>
 #include <QTest>
 
 #include <algorithm>

@@ -9,11 +9,11 @@
 #include "ui/uicontext.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;

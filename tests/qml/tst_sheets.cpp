@@ -7,11 +7,11 @@
 #include "ui/qmlwindow.h"
 #include "ui/uicontext.h"
 
+#include <QApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QApplication>
 #include <QTest>
 #include <QTimer>
 

@@ -11,6 +11,7 @@
 #include "ui/windowplacement.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QDir>
 #include <QPointer>
 #include <QQmlEngine>
@@ -18,7 +19,6 @@
 #include <QQuickWindow>
 #include <QScreen>
 #include <QSignalSpy>
-#include <QApplication>
 #include <QTest>
 
 #include <malloc.h>

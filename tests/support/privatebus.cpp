@@ -8,7 +8,8 @@ PrivateBus::PrivateBus()
 {
     m_daemon.setProcessChannelMode(QProcess::SeparateChannels);
     m_daemon.start(QStringLiteral("dbus-daemon"),
-        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+        {QStringLiteral("--config-file=" ZEMRAK_TEST_DATA "/private-bus.conf"), QStringLiteral("--nofork"),
+            QStringLiteral("--print-address")});
     while (m_address.isEmpty()) {
         if (!m_daemon.canReadLine() && !m_daemon.waitForReadyRead(10'000))
             qFatal("No private session bus: %s", qUtf8Printable(m_daemon.errorString()));

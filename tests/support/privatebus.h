@@ -5,7 +5,7 @@
 
 namespace zemrak::test {
 
-/// A session bus of a test's own, gone with this object.
+/// A session bus of a test's own, on which nothing is started on demand. Gone with this object.
 class PrivateBus
 {
 public:

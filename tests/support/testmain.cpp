@@ -28,7 +28,8 @@ int main(int argc, char *argv[])
     const auto &runs = zemrak::test::runs();
     const auto found = argc > 1 ? runs.find(argv[1]) : runs.end();
     if (found == runs.end()) {
-        std::fputs("The first argument is one of these; others, such as the name of a test function, may follow:\n", stderr);
+        std::fputs(
+            "The first argument is one of these; others, such as the name of a test function, may follow:\n", stderr);
         for (const auto &[name, run] : runs)
             std::fprintf(stderr, "  %s\n", name.c_str());
         return 64;

@@ -11,8 +11,7 @@ using Run = int (*)(int argc, char *argv[]);
 /// Makes `run` known as `name`. Called before main(); true for the sake of that.
 bool addRun(const char *name, Run run);
 
-template <typename Test, typename Application>
-int runTest(int argc, char *argv[])
+template <typename Test, typename Application> int runTest(int argc, char *argv[])
 {
     QTest::Internal::callInitMain<Test>();
     Application application(argc, argv);
@@ -25,7 +24,8 @@ int runTest(int argc, char *argv[])
 /// One test class of a program, and the application object that it wants: QCoreApplication, QGuiApplication or
 /// QApplication.
 #define ZEMRAK_TEST(name, Test, Application)                                                                           \
-    [[maybe_unused]] static const bool test##name = zemrak::test::addRun(#name, &zemrak::test::runTest<Test, Application>);
+    [[maybe_unused]] static const bool test##name                                                                      \
+        = zemrak::test::addRun(#name, &zemrak::test::runTest<Test, Application>);
 /// A program that a test of the same executable starts, by this name as its first argument.
 #define ZEMRAK_TEST_PROGRAM(name, function)                                                                            \
     [[maybe_unused]] static const bool program##name = zemrak::test::addRun(#name, &function);

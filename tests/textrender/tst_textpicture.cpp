@@ -1,8 +1,8 @@
 #include "support/testmain.h"
 #include "textrender/textpicture.h"
 
-#include <QElapsedTimer>
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QTest>
 
 using namespace zemrak;

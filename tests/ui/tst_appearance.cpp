@@ -3,13 +3,13 @@
 #include "support/testmain.h"
 #include "ui/appearance.h"
 
+#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QHash>
 #include <QSignalSpy>
-#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;

@@ -13,6 +13,7 @@
 #include "ui/pages.h"
 #include "ui/windowplacement.h"
 
+#include <QApplication>
 #include <QClipboard>
 #include <QFile>
 #include <QFont>
@@ -22,7 +23,6 @@
 #include <QQuickView>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QApplication>
 #include <QTest>
 
 using namespace zemrak;
