@@ -3,7 +3,19 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-say() { printf '\n== %s\n' "$*"; }
+# A script that sets `steps` to the number of its steps has each announced with its place among them, and with the
+# minutes and seconds since the start.
+step=0 steps=0
+say() {
+  step=$((step + 1))
+  if [ "$steps" -gt 0 ]; then
+    printf '\n== %d/%d (%d:%02d) %s\n' "$step" "$steps" $((SECONDS / 60)) $((SECONDS % 60)) "$*"
+  else
+    printf '\n== %s\n' "$*"
+  fi
+}
+# What is done within a step.
+note() { printf '%s\n' "-- $*"; }
 
 # Debian packages, each with the reason it is needed for.
 packages_run=(
@@ -67,7 +79,7 @@ install_packages() {
   if [ ${#missing[@]} -eq 0 ]; then
     return 0
   fi
-  say "Installing: ${missing[*]}"
+  note "Installing: ${missing[*]}"
   local get=(apt-get install -y --no-install-recommends "${missing[@]}")
   if [ "$(id -u)" -eq 0 ]; then
     apt-get update && DEBIAN_FRONTEND=noninteractive "${get[@]}"
@@ -84,23 +96,30 @@ install_npm() {
   if cmp -s "$root/package-lock.json" "$root/node_modules/.locked"; then
     return 0
   fi
-  say "Installing what package-lock.json names"
+  note "Installing what package-lock.json names"
   (cd "$root" && npm ci --ignore-scripts --no-audit --no-fund && cp package-lock.json node_modules/.locked)
 }
 
+# configure PRESET: with what the build takes from npm.
 configure() {
-  say "Configuring ($1)"
+  install_npm
+  note "Configuring ($1)"
   (cd "$root" && cmake --preset "$1" >"$root/build/$1.configure.log" 2>&1) || {
     cat "$root/build/$1.configure.log" >&2
     exit 1
   }
 }
 
-# build PRESET: configures when needed, then builds what changed.
+# build PRESET [TARGET...]: configures when needed, then builds what changed of the targets, or of everything.
 build() {
-  configure "$1"
-  say "Building ($1)"
-  (cd "$root" && cmake --build --preset "$1")
+  local preset=$1 targets=()
+  shift
+  if [ $# -gt 0 ]; then
+    targets=(--target "$@")
+  fi
+  configure "$preset"
+  note "Building ($preset)"
+  (cd "$root" && cmake --build --preset "$preset" "${targets[@]}")
 }
 
 mkdir -p "$root/build"
