@@ -15,8 +15,10 @@ export function configPaths(env = process.env) {
     root,
     token: path.join(root, 'admin.token'),
     settings: path.join(root, 'settings.json'),
-    jobs: path.join(root, 'jobs.json'),
-    alerts: path.join(root, 'alerts.json'),
+    journal: path.join(root, 'journal'),
+    // Where earlier versions kept what is in the journal now.
+    formerJobs: path.join(root, 'jobs.json'),
+    formerAlerts: path.join(root, 'alerts.json'),
     previews: path.join(root, 'previews'),
     updates: path.join(root, 'updates'),
     portConflict: path.join(root, 'port-conflict.json'),

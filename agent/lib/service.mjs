@@ -1,6 +1,9 @@
 import { configPaths, ensurePrivateFolder } from './paths.mjs';
 import { Log } from './log.mjs';
+import { Journal } from './store/journal.mjs';
+import { takeFormerFiles } from './jobs/former-files.mjs';
 import { removeLeftovers } from './store/json-file.mjs';
+import { StorageWatch } from './alerts/storage-watch.mjs';
 import { Settings, readSettings } from './store/settings.mjs';
 import { Alerts } from './alerts/alerts.mjs';
 import { desktopAnnouncer } from './alerts/desktop.mjs';
@@ -66,13 +69,13 @@ export async function startService(env = process.env) {
   router.group('/admin/', adminGuard(() => token), adminRoutes(service));
   router.group('/v1/', originGuard(service.settings), publicRoutes(service));
 
-  const { monitor, cups, addresses, queue, settings, alerts, history, updates } = service;
+  const { monitor, cups, addresses, queue, settings, journal, history, storage, updates } = service;
   void updates.tidy();
   addresses.start();
-  await Promise.race([
-    Promise.all([monitor.start(), cups.start()]),
-    new Promise((resolve) => { setTimeout(resolve, FIRST_PROBE_MS).unref(); }),
-  ]);
+  void storage.start();
+  const probed = Promise.all([monitor.start(), cups.start()]);
+  await Promise.race([probed, new Promise((resolve) => { setTimeout(resolve, FIRST_PROBE_MS).unref(); })]);
+  void goOn(service, probed);
   opened();
   return {
     log,
@@ -83,20 +86,35 @@ export async function startService(env = process.env) {
       cups.stop();
       addresses.stop();
       await queue.stop(GRACE_MS);
-      await Promise.all([settings.settled(), alerts.flush(), history.flush()]);
-      await closed;
+      storage.stop();
+      await Promise.all([settings.settled(), history.finish()]);
+      await Promise.all([closed, journal.close()]);
     },
-    flushSync: () => {
-      alerts.flushSync();
-      history.flushSync();
-    },
+    flushSync: () => journal.flushSync(),
   };
+}
+
+/** Goes on with what the last run left; jobs of printers that nobody knows yet wait for the first look at all of them. */
+async function goOn({ printers, queue, history }, probed) {
+  const resume = (unfinished, isLast) => unfinished.filter(({ job, ...rest }) => {
+    const printer = printers.list().find(({ id }) => id === job.printerId);
+    if (printer) queue.resume(printer, { job, ...rest });
+    else if (isLast) void history.mark(job.id, 'failed', { errorCode: 'printer_not_found' });
+    return !printer;
+  });
+  const rest = resume(history.unfinished(), false);
+  if (rest.length === 0) return;
+  await probed.catch(() => {});
+  resume(rest, true);
 }
 
 /** Makes the parts and ties them together; nothing runs yet. */
 function compose({ env, log, paths, read, listeners }) {
   const settings = new Settings(paths.settings, read);
-  const alerts = new Alerts(paths.alerts, log, desktopAnnouncer(env));
+  const journal = new Journal(paths.journal, log);
+  takeFormerFiles(journal, paths, log);
+  const alerts = new Alerts(journal, log, desktopAnnouncer(env));
+  const storage = new StorageWatch({ journal, alerts, folder: paths.root });
   const moved = settings.quarantine();
   if (moved) {
     log.error(`settings.json cannot be used (${read.broken}); kept aside, starting with defaults`);
@@ -106,7 +124,7 @@ function compose({ env, log, paths, read, listeners }) {
   }
   const foreign = Object.entries(read.foreign).flatMap(([id, values]) => Object.keys(values).map((key) => `${key} of ${id}`));
   if (foreign.length > 0) log.warn(`settings.json has values of another version, kept there and not used: ${foreign.join(', ')}`);
-  const history = new JobHistory(paths.jobs, log);
+  const history = new JobHistory(journal, log);
   const nameOf = (id) => settings.values.profiles[id]?.alias ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
   const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);
   const cups = new CupsQueues(() => printers.noteSystemQueues(), env);
@@ -124,7 +142,7 @@ function compose({ env, log, paths, read, listeners }) {
   const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit() };
   const updates = new Updates({ settings, folder: paths.updates, log });
   return {
-    ...sites, log, settings, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates, listeners,
+    ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates, listeners,
     portConflict: () => lastPortConflict(paths.portConflict),
     startedAt: performance.now(),
   };

@@ -51,7 +51,7 @@ function plantEverywhere(home) {
   plant(home, 'jobs.json', {
     jobs: [
       { ...job, status: 'failed', errorCode: `Failed for ${MARK}` },
-      { ...job, status: 'failed', errorCode: 'offline', payload: `${MARK}-payload`, printerId: `ipp://${MARK}@printer/` },
+      { ...job, id: 'job-2', status: 'failed', errorCode: 'offline', payload: `${MARK}-payload`, printerId: `ipp://${MARK}@printer/` },
     ],
   });
   plant(home, 'alerts.json', {

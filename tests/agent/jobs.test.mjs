@@ -11,7 +11,7 @@ import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
 import { SendError } from '../../agent/lib/printers/send-error.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
 import { payloadOf } from '../../agent/lib/jobs/payload.mjs';
-import { JobHistory } from '../../agent/lib/jobs/history.mjs';
+import { storedJobs, testHistory } from './support/store.mjs';
 import { JobQueue, MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
 import { Log } from '../../agent/lib/log.mjs';
 
@@ -49,7 +49,7 @@ test('every kind of job reaches the listener, in order and whole', async (t) => 
   const jobs = (await service.state()).recentJobs;
   assert.deepEqual(jobs.map((job) => job.id), [...ids].reverse(), 'newest first');
   for (const job of jobs) assert.deepEqual(Object.keys(job).sort(), ['createdAt', 'id', 'kind', 'printerId', 'printerName', 'status', 'updatedAt']);
-  assert.doesNotMatch(readConfig(service.home, 'jobs.json'), /long name/);
+  assert.doesNotMatch(JSON.stringify(storedJobs(service.home)), /long name/);
 });
 
 test('a link cut in the middle: interrupted, told once, never sent again', async (t) => {
@@ -119,7 +119,7 @@ test('a clock that is set while jobs wait shortens and lengthens nobody\'s time'
   const real = Date.now;
   t.after(() => { Date.now = real; });
   const [patient, hasty] = await Promise.all([60_000, 1000].map(async (maxWaitMs) => {
-    const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+    const history = testHistory(t);
     const world = { history, isOn: false, tries: 0 };
     const send = async () => { world.tries += 1; if (!world.isOn) throw new SendError('offline'); };
     const queue = new JobQueue({ history, alerts: { happened() {}, resolve() {} }, log: new Log(null), send, retryMs: 20 });
@@ -194,14 +194,14 @@ test('after a restart nothing is sent again', async (t) => {
   assert.equal(recentJobs.length, 200);
   await service.ended((await service.post('/admin/test', { printer: 'net-1' })).body.job.id);
   assert.equal(printer.jobs.length, 1);
-  assert.equal(JSON.parse(readConfig(home, 'jobs.json')).jobs.length, 500);
+  assert.equal(storedJobs(home).length, 501);
 
   // Killed in the middle of a job: what was on its way is on record as being sent.
   const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
   const id = await service.addPrinter(stuck.port, 'Stuck');
   const sent = (await service.post('/admin/designer/print', { printer: id, doc: longReceipt() })).body.job.id;
   const next = (await service.post('/admin/test', { printer: id })).body.job.id;
-  await until(() => JSON.parse(readConfig(home, 'jobs.json')).jobs.find((each) => each.id === sent).status === 'sending', 'the job to be sent');
+  await until(() => storedJobs(home).find((each) => each.id === sent).status === 'sending', 'the job to be sent');
   await service.stop('SIGKILL');
   const again = await startService(t, { home });
   const codes = Object.fromEntries((await again.state()).recentJobs.map((each) => [each.id, each.errorCode]));

@@ -4,6 +4,7 @@ import { spawn } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync, statSync } from 'node:fs';
 import net from 'node:net';
 import { SCRIPT, command, configFolder, designerDoc, fakePrinter, fakeProgram, launch, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { storedJobs } from './support/store.mjs';
 
 const isAlive = (pid) => { try { process.kill(pid, 0); return true; } catch { return false; } };
 
@@ -79,7 +80,7 @@ test('told to stop: the job being sent ends, what waits stays unsent', async (t)
   await until(() => /stopping/.test(service.stdout), 'the service to stop');
   release();
   assert.equal(await service.exited, 0);
-  const statuses = Object.fromEntries(JSON.parse(readConfig(home, 'jobs.json')).jobs.map((job) => [job.id, job.status]));
+  const statuses = Object.fromEntries(storedJobs(home).map((job) => [job.id, job.status]));
   assert.deepEqual([statuses[sent], statuses[waits]], ['completed', 'queued']);
   assert.equal(printer.jobs.length, 1);
 });

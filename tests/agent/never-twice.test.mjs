@@ -6,10 +6,12 @@ import path from 'node:path';
 import { createHash } from 'node:crypto';
 import { fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
 import { ORIGIN, raw, siteOf } from './support/site.mjs';
+import { testHistory, testJournal } from './support/store.mjs';
 import { JobHistory, KEY_MS, MAX_JOBS } from '../../agent/lib/jobs/history.mjs';
 import { JobQueue } from '../../agent/lib/jobs/queue.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
 import { inParallel } from '../../agent/lib/printers/probe.mjs';
+import { Clock } from '../../agent/lib/store/clock.mjs';
 import { Log } from '../../agent/lib/log.mjs';
 
 const BYTES = 256 * 1024;
@@ -54,7 +56,7 @@ function linkTo(t, printer, place) {
 }
 
 test('the link cut at 200 places: one receipt at most, and no word of success for a part of it', async (t) => {
-  const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+  const history = testHistory(t);
   const queue = new JobQueue({ history, alerts: quiet, log: new Log(null), send: sender({ monitor, cups: {}, previews: '' }), retryMs: 20 });
   // From the first byte to the last one, and the moment after it.
   const places = Array.from({ length: 200 }, (_, n) => 1 + Math.round((n * (BYTES - 1)) / 199));
@@ -95,7 +97,7 @@ test('a printer that is busy with another computer drops connections: no word of
   ];
   await Promise.all(rows.map(async ([how, refuse, bytes, wanted]) => {
     const name = `${how}, ${bytes.length} bytes`;
-    const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+    const history = testHistory(t);
     let accepted = 0;
     let tries = 0;
     const send = sender({ monitor, cups: {}, previews: '' });
@@ -151,35 +153,52 @@ test('a printer that closes its own side only has printed', async (t) => {
 
 test('a key stands while its job waits and ten minutes after its end, however many jobs there are', async (t) => {
   let now = 1e12;
-  const file = path.join(privateHome(t), 'jobs.json');
-  const history = new JobHistory(file, new Log(null), () => now);
-  const add = (key, status) => history.add({ printerId: 'p', printerName: 'P', kind: 'raw', status, ...(key ? { key } : {}) });
+  const computer = { boot: 'first', up: 5000, wall: 1.7e12 };
+  const { now: clock } = Date;
+  Date.now = () => computer.wall;
+  t.after(() => { Date.now = clock; });
+  const base = path.join(privateHome(t), 'journal');
+  const start = () => {
+    const journal = testJournal(t, { base });
+    const times = { now: () => now, clock: new Clock({ boot: computer.boot, uptime: () => computer.up }) };
+    return { journal, history: new JobHistory(journal, new Log(null), times) };
+  };
+  const { history, journal } = start();
+  const add = (key, status) => history.add({ printerId: 'p', kind: 'raw', status, ...(key ? { key } : {}) });
   const [waiting, ended] = await Promise.all([add('waiting', 'waiting'), add('ended', 'completed')]);
   await Promise.all(Array.from({ length: 4000 }, (_, n) => add(`key-${n}`, 'completed')));
-  assert.deepEqual(['waiting', 'ended', 'key-0'].map((key) => history.findByKey(key)?.printerId), ['p', 'p', 'p']);
+  assert.ok(['waiting', 'ended', 'key-0'].every((key) => history.findByKey(key)));
   now += 60 * 60_000;
   assert.equal(history.findByKey('waiting').id, waiting.id, 'its printer has been off for an hour');
   await history.mark(waiting.id, 'completed');
-  assert.equal(history.find(waiting.id).status, 'completed');
   now += KEY_MS - 1;
   assert.equal(history.findByKey('waiting').id, waiting.id);
   now += 1;
   assert.deepEqual([history.findByKey('waiting'), history.findByKey('ended')], [undefined, undefined]);
-  await add(undefined, 'queued');
-  assert.deepEqual([history.count, history.find(ended.id)], [MAX_JOBS, undefined], 'what stands no longer goes');
+  for (let n = 0; n < 500; n += 1) void add(undefined, 'completed');
+  await journal.commit();
+  assert.ok(history.count <= MAX_JOBS * 1.1, 'what stands no longer goes');
+  assert.equal(history.find(ended.id), undefined);
 
-  // The computer's clock is set while the service runs, and while it does not.
-  const { now: clock } = Date;
-  t.after(() => { Date.now = clock; });
-  const shift = (ms) => { Date.now = () => clock() + ms; };
+  // The computer's clock is set while the service runs, while it does not, and while the computer is off.
   const { id } = await add('set', 'completed');
-  shift(365 * 86_400_000);
-  assert.equal(history.findByKey('set')?.id, id, 'set forward');
-  shift(-365 * 86_400_000);
-  const again = new JobHistory(file, new Log(null), () => now);
-  assert.equal(again.findByKey('set')?.id, id, 'set back before a start');
-  now += KEY_MS;
-  assert.equal(again.findByKey('set'), undefined, 'and not for a year');
+  const MINUTE = 60_000;
+  await journal.close();
+  for (const [how, changes, stands] of [
+    ['set forward', { wall: computer.wall + 1e11 }, true],
+    ['a minute later, set back', { up: 5000 + MINUTE, wall: computer.wall - 1e11 }, true],
+    ['its time later, set back', { up: 5000 + KEY_MS }, false],
+    ['another start of the computer, a minute later', { boot: 'second', up: MINUTE, wall: 1.7e12 + MINUTE }, true],
+    ['its time later', { wall: 1.7e12 + KEY_MS }, false],
+    ['set back', { wall: 1e12 }, true],
+    ['set back, its time after the start', { up: KEY_MS }, false],
+  ]) {
+    Object.assign(computer, changes);
+    if (computer.boot === 'first' && stands) assert.equal(history.findByKey('set')?.id, id, how);
+    const again = start();
+    assert.equal(again.history.findByKey('set')?.id, stands ? id : undefined, how);
+    await again.journal.close();
+  }
 });
 
 /** Takes a receipt slowly enough to be killed over it, and tells of every step. */

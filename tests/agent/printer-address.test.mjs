@@ -1,11 +1,10 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import path from 'node:path';
-import { fakePrinter, privateHome, until } from './support/service.mjs';
+import { fakePrinter, until } from './support/service.mjs';
 import { AddressKeeper, LOST_MS } from '../../agent/lib/printers/address-keeper.mjs';
 import { parseNeighbours } from '../../agent/lib/printers/neighbours.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
-import { JobHistory } from '../../agent/lib/jobs/history.mjs';
+import { testHistory } from './support/store.mjs';
 import { JobQueue } from '../../agent/lib/jobs/queue.mjs';
 import { Log } from '../../agent/lib/log.mjs';
 
@@ -141,7 +140,7 @@ test('printers that have swapped their addresses are told apart', async () => {
 test('a job that waits follows its printer', async (t) => {
   const [old, moved] = [await fakePrinter(t), await fakePrinter(t)];
   await old.close();
-  const history = new JobHistory(path.join(privateHome(t), 'jobs.json'), new Log(null));
+  const history = testHistory(t);
   const monitor = { hold: async () => {}, release: () => {} };
   let { port } = old;
   const queue = new JobQueue({

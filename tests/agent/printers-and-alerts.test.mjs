@@ -1,10 +1,10 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { fakePrinter, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
+import { stored, testJournal } from './support/store.mjs';
 import { NetworkMonitor } from '../../agent/lib/printers/monitor.mjs';
 import { Alerts, MAX_ALERTS } from '../../agent/lib/alerts/alerts.mjs';
 import { Log } from '../../agent/lib/log.mjs';
-import path from 'node:path';
 
 const offlineOf = (id) => `printer:${id}:offline`;
 
@@ -43,7 +43,7 @@ test('a printer that goes and comes back: one alert for each time', async (t) =>
   assert.notEqual(second.id, down.id);
   assert.equal(second.key, down.key);
 
-  await until(() => readConfig(home, 'alerts.json').includes(second.id), 'the alert to be on disk');
+  await until(() => stored(home, 'alerts').some(({ id: each }) => each === second.id), 'the alert to be on disk');
   await service.stop('SIGKILL');
   const again = await startService(t, { home });
   await until(async () => (await again.printer(id)).state === 'offline', 'the printer to be known as offline');
@@ -100,7 +100,7 @@ test('silence counts from the second time on, an answer at once', async (t) => {
   const quiet = new Log(null);
   const printers = [{ id: 'p', host: '127.0.0.1', port: 9 }];
   const results = [];
-  const alerts = new Alerts(path.join(privateHome(t), 'alerts.json'), quiet);
+  const alerts = new Alerts(testJournal(t), quiet);
   const monitor = new NetworkMonitor(() => printers, alerts, () => 'P', async () => results.shift());
   const step = async (result) => {
     results.push(result);
@@ -136,7 +136,6 @@ test('silence counts from the second time on, an answer at once', async (t) => {
   assert.equal(await monitor.ask(printers[0], () => assert.fail('not asked while it is printed to')), null);
   await monitor.probeAll();
   assert.equal(monitor.status('p').state, 'offline', 'not probed while it is printed to');
-  await alerts.flush();
 });
 
 test('the list of alerts has an end, and problems that last outlive resolved ones', async (t) => {

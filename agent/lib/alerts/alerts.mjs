@@ -1,10 +1,10 @@
 import { randomUUID } from 'node:crypto';
-import { MirroredFile, moveAside, readJsonObject } from '../store/json-file.mjs';
 
 /** Alerts kept, resolved ones included. */
 export const MAX_ALERTS = 300;
 
-const isAlert = (item) => item !== null && typeof item === 'object'
+/** Whether a stored item, of whichever version, has what everyone relies on. */
+export const isAlert = (item) => item !== null && typeof item === 'object'
   && ['id', 'key', 'severity', 'title', 'message'].every((key) => typeof item[key] === 'string')
   && ['createdAt', 'lastAt', 'count'].every((key) => Number.isFinite(item[key]))
   && typeof item.read === 'boolean'
@@ -16,27 +16,23 @@ const isAlert = (item) => item !== null && typeof item === 'object'
  * until it is resolved; the next one gets a new id.
  */
 export class Alerts {
-  #items = [];
-  #mirror;
+  // Newest first.
+  #items;
+  #journal;
   #log;
   #announce;
 
   /**
-   * @param {string} file
+   * @param {import('../store/journal.mjs').Journal} journal
    * @param {import('../log.mjs').Log} log
    * @param {(alert: object) => void} announce called once per new occurrence
    */
-  constructor(file, log, announce = () => {}) {
+  constructor(journal, log, announce = () => {}) {
+    this.#journal = journal;
     this.#log = log;
     this.#announce = announce;
-    this.#mirror = new MirroredFile(file, () => ({ alerts: this.#items }));
-    const read = readJsonObject(file);
-    if (read.kind === 'ok' && Array.isArray(read.value.alerts)) {
-      this.#items = read.value.alerts.filter(isAlert).slice(0, MAX_ALERTS);
-    } else if (read.kind !== 'missing') {
-      log.warn('alerts.json cannot be used, starting an empty list');
-      moveAside(file);
-    }
+    this.#items = journal.entries('alerts').map(([, { value }]) => value).filter(isAlert).reverse();
+    this.#drop();
   }
 
   /** Newest first; times in milliseconds since 1970. */
@@ -56,9 +52,9 @@ export class Alerts {
     const now = Date.now();
     const item = { id: randomUUID(), ...alert, createdAt: now, lastAt: now, count: 1, read: false };
     this.#items.unshift(item);
+    this.#journal.put('alerts', item.id, item);
     this.#drop();
     this.#log.info(`alert raised ${alert.key}`);
-    this.#save();
     this.#announce({ ...item });
   }
 
@@ -66,17 +62,15 @@ export class Alerts {
   happened(alert) {
     const item = this.#active(alert.key);
     if (!item) return this.ensure(alert);
-    Object.assign(item, alert, { lastAt: Date.now(), count: item.count + 1, read: false });
-    this.#save();
+    this.#change(item, { ...alert, lastAt: Date.now(), count: item.count + 1, read: false });
   }
 
   /** The problem has ended. */
   resolve(key) {
     const item = this.#active(key);
     if (!item) return;
-    item.resolvedAt = Date.now();
+    this.#change(item, { resolvedAt: Date.now() });
     this.#log.info(`alert resolved ${key}`);
-    this.#save();
   }
 
   /** Ends every lasting problem whose key the test picks. */
@@ -84,20 +78,25 @@ export class Alerts {
     for (const item of this.#items) if (item.resolvedAt === undefined && test(item.key)) this.resolve(item.key);
   }
 
+  /** Settles when that is on disk, or could not be written. */
   markAllRead() {
-    for (const item of this.#items) item.read = true;
-    this.#save();
+    for (const item of this.#items) if (!item.read) this.#change(item, { read: true });
+    return this.#journal.commit();
   }
 
-  /** Removes what has been resolved. */
+  /** Removes what has been resolved; settles as markAllRead(). */
   clearResolved() {
+    for (const item of this.#items) if (item.resolvedAt !== undefined) this.#journal.drop('alerts', item.id);
     this.#items = this.#items.filter((item) => item.resolvedAt === undefined);
-    this.#save();
+    return this.#journal.commit();
   }
 
-  /** Settles when the list is on disk, or could not be written. */
-  flush() { return this.#save(); }
-  flushSync() { this.#mirror.flushSync(); }
+  /** What stands in the journal is not changed, but replaced. */
+  #change(item, fields) {
+    const changed = { ...item, ...fields };
+    this.#items[this.#items.indexOf(item)] = changed;
+    this.#journal.put('alerts', item.id, changed);
+  }
 
   #active(key) { return this.#items.find((item) => item.key === key && item.resolvedAt === undefined); }
 
@@ -105,11 +104,8 @@ export class Alerts {
   #drop() {
     while (this.#items.length > MAX_ALERTS) {
       const oldest = this.#items.findLastIndex((item) => item.resolvedAt !== undefined);
-      this.#items.splice(oldest === -1 ? this.#items.length - 1 : oldest, 1);
+      const [gone] = this.#items.splice(oldest === -1 ? this.#items.length - 1 : oldest, 1);
+      this.#journal.drop('alerts', gone.id);
     }
-  }
-
-  #save() {
-    return this.#mirror.save().catch((error) => this.#log.error(`alerts.json not written: ${error.code ?? 'error'}`));
   }
 }

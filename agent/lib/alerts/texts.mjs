@@ -56,3 +56,37 @@ export function settingsBroken() {
     action: 'settings',
   };
 }
+
+export const DISK_FULL_KEY = 'storage:full';
+
+/** Nothing more can be stored. */
+export function diskFull() {
+  return {
+    key: DISK_FULL_KEY,
+    severity: 'critical',
+    title: 'القرص ممتلئ',
+    message: 'لا توجد مساحة على القرص لحفظ سجل الطباعة والإعدادات، فاحذف ملفات لا تحتاج إليها.',
+  };
+}
+
+export const STORAGE_KEY = 'storage:journal';
+
+/** The record of jobs may not be read, or was written by a later version: it is left as it is. */
+export function storageUnreadable(file) {
+  return {
+    key: STORAGE_KEY,
+    severity: 'critical',
+    title: 'تعذرت قراءة سجل الطباعة',
+    message: `لا تستطيع الخدمة قراءة الملف ${isolated(file)} فتركته كما هو ولا تحفظ سجل الطباعة، فأصلح صلاحياته ثم أعد تشغيل الخدمة.`,
+  };
+}
+
+/** The disk refuses what is to be stored, for another reason than its space. */
+export function storageFailed() {
+  return {
+    key: STORAGE_KEY,
+    severity: 'critical',
+    title: 'تعذر حفظ سجل الطباعة',
+    message: 'لا يقبل القرص الحفظ فيه، فافحص القرص أو صلاحيات مجلد البرنامج.',
+  };
+}

@@ -1,8 +1,9 @@
 import { randomUUID } from 'node:crypto';
 import { EventEmitter } from 'node:events';
-import { MirroredFile, moveAside, readJsonObject } from '../store/json-file.mjs';
+import { Clock } from '../store/clock.mjs';
+import { KeptPayloads } from './kept-payloads.mjs';
 
-/** Jobs kept on disk; the state shows the newest RECENT_JOBS of them. */
+/** Jobs kept; a few more until the next clearing. The state shows the newest RECENT_JOBS of them. */
 export const MAX_JOBS = 500;
 export const RECENT_JOBS = 200;
 
@@ -10,71 +11,73 @@ export const RECENT_JOBS = 200;
 export const KEY_MS = 10 * 60_000;
 
 const ENDED = new Set(['completed', 'failed', 'cancelled']);
+const SENT = new Set(['sending', 'printing']);
 
 /** Whether a job with this status will change no more. */
 export const hasEnded = (status) => ENDED.has(status);
 
-const isJob = (job) => job !== null && typeof job === 'object'
+const TEXTS = ['printerName', 'errorCode', 'origin', 'jobName', 'key', 'digest'];
+
+/** Whether a record, of whichever version, has what everyone relies on. */
+export const isJob = (job) => job !== null && typeof job === 'object'
   && ['id', 'printerId', 'kind', 'status'].every((key) => typeof job[key] === 'string')
   && ['createdAt', 'updatedAt'].every((key) => Number.isFinite(job[key]))
-  && ['printerName', 'errorCode', 'origin', 'jobName', 'key', 'digest'].every((name) => job[name] === undefined || typeof job[name] === 'string')
+  && TEXTS.every((name) => job[name] === undefined || typeof job[name] === 'string')
   && (job.revision === undefined || Number.isInteger(job.revision));
 
-/** Records of jobs, without anything that was printed. */
+/**
+ * The records of jobs. Whatever fields a record is given are stored and given back as they are. Each is on disk in the
+ * journal, with what is to be printed beside it until the job has ended.
+ *
+ * The promise to those who send: a job is on disk before add() settles, and its status "sending" before mark() settles.
+ * After a restart a job of which a byte may have left is failed with "uncertain_after_restart"; one that waits is in
+ * unfinished(), once, for the queue to go on with; one that has waited long enough, or whose content could not be kept,
+ * is failed with "expired_after_restart".
+ */
 export class JobHistory {
-  #jobs = [];
-  #mirror;
-  #log;
+  // By id, oldest first: { job, touched, at, open? }. `touched` = now() of the last change, `at` = the same as a Moment;
+  // `open` while the job is not over: { since, waitMs, mayBegin }, see add().
+  #entries = new Map();
+  #byKey = new Map();
+  #openOf = new Map();
+  #unfinished = [];
+  #journal;
+  #payloads;
+  #clock;
   #changes = new EventEmitter().setMaxListeners(0);
   #now;
-  // When a record last changed, by a clock that nobody sets: one set forward must not end the keys' time.
-  #touched = new WeakMap();
+  #sweepAt = MAX_JOBS;
 
   /**
-   * Jobs that an earlier run left unfinished become failed: what was being sent may be on the paper.
-   * @param {string} file
+   * @param {import('../store/journal.mjs').Journal} journal
    * @param {import('../log.mjs').Log} log
-   * @param {() => number} now milliseconds of a clock that nobody sets
+   * @param {{ clock?: Clock, now?: () => number }} [times] now = milliseconds of a clock that nobody sets
    */
-  constructor(file, log, now = () => performance.now()) {
-    this.#log = log;
+  constructor(journal, log, { clock = new Clock(), now = () => performance.now() } = {}) {
+    this.#journal = journal;
+    this.#clock = clock;
     this.#now = now;
-    this.#mirror = new MirroredFile(file, () => ({ jobs: this.#jobs }));
-    const read = readJsonObject(file);
-    if (read.kind === 'ok' && Array.isArray(read.value.jobs)) {
-      this.#jobs = read.value.jobs.filter(isJob);
-      for (const job of this.#jobs) this.#touched.set(job, now() - Math.max(0, Date.now() - job.updatedAt));
-      this.#trim();
-    } else if (read.kind !== 'missing') {
-      log.warn('jobs.json cannot be used, starting an empty list');
-      moveAside(file);
-    }
-    const left = this.#jobs.filter((job) => !hasEnded(job.status));
-    for (const job of left) {
-      const sent = job.status === 'sending' || job.status === 'printing';
-      this.#change(job, { status: 'failed', errorCode: sent ? 'uncertain_after_restart' : 'expired_after_restart' });
-    }
-    if (left.length > 0) {
-      log.warn(`${left.length} unfinished jobs of the last run marked as failed`);
-      void this.#save();
-    }
+    this.#payloads = new KeptPayloads(journal);
+    this.#load(log);
+    this.#payloads.keepOnly((id) => this.#entries.get(id)?.open !== undefined);
+    journal.put('session', 'last', { boot: clock.boot, clean: false });
   }
 
-  /** Newest first, at most RECENT_JOBS. */
-  recent() { return this.#jobs.slice(0, RECENT_JOBS).map((job) => ({ ...job })); }
+  /** Newest first, at most RECENT_JOBS. @returns {object[]} */
+  recent() { return [...this.#entries.values()].slice(-RECENT_JOBS).reverse().map(({ job }) => ({ ...job })); }
 
-  get count() { return this.#jobs.length; }
+  get count() { return this.#entries.size; }
 
   /** The record of a job, or undefined. */
   find(id) {
-    const job = this.#jobs.find((each) => each.id === id);
-    return job && { ...job };
+    const entry = this.#entries.get(id);
+    return entry && { ...entry.job };
   }
 
   /** The youngest job that was accepted under a key, while the key stands: a job may wait longer than KEY_MS for its printer. */
   findByKey(key) {
-    const job = this.#jobs.find((each) => each.key === key && this.#stands(each));
-    return job && { ...job };
+    const entry = this.#entries.get(this.#byKey.get(key));
+    return entry && this.#stands(entry) ? { ...entry.job } : undefined;
   }
 
   /**
@@ -102,49 +105,141 @@ export class JobHistory {
 
   /**
    * Adds a job.
-   * @param {{ printerId: string, printerName: string, kind: string, status: string, errorCode?: string, origin?: string, jobName?: string, key?: string, digest?: string }} fields
-   * @returns {Promise<object>} its record, once it is on disk (or could not be written)
+   * @param {{ printerId: string, kind: string, status: string, [field: string]: unknown }} fields
+   * @param {{ payload?: { bytes: Uint8Array, [field: string]: unknown }, waitMs?: number }} [how] payload = what a restart needs
+   *   to print the job, its fields go to the disk as JSON; kept as far as there is room. waitMs = how long from now the
+   *   job may be printed after a restart
+   * @returns {Promise<object>} its record, once it is on disk (or could not be written: `journal.trouble` tells)
    */
-  async add(fields) {
+  async add(fields, { payload, waitMs = 0 } = {}) {
     const now = Date.now();
     const job = { id: randomUUID(), ...fields, createdAt: now, updatedAt: now, revision: 0 };
-    this.#touched.set(job, this.#now());
-    this.#jobs.unshift(job);
-    this.#trim();
-    await this.#save();
+    const entry = this.#enter({ job, at: this.#clock.moment() });
+    if (!hasEnded(job.status)) {
+      // With no other job before it, this one may be sent at once: its status "sending" need not be waited for then, as a
+      // start after a loss of power takes it for sent anyhow.
+      this.#open(entry, { since: entry.at, waitMs, mayBegin: (this.#openOf.get(job.printerId) ?? 0) === 0 });
+      if (payload) this.#payloads.keep(job.id, payload);
+    }
+    this.#write(entry);
+    this.#sweep();
+    await this.#journal.commit();
     return { ...job };
   }
 
   /**
-   * Records a job's new status.
-   * @returns {Promise<void>} settles when it is on disk, or could not be written: a full disk stops no receipt
+   * Records a job's new status. A job that is over changes no more.
+   * @param {string} id
+   * @param {string} status
+   * @param {object} [fields] laid over the record; undefined takes a field out of it
+   * @returns {Promise<void>} settles when it survives the end of the process, and with "sending" also the loss of power; or could
+   *   not be written: a full disk stops no receipt
    */
-  async mark(id, status, errorCode) {
-    const job = this.#jobs.find((each) => each.id === id);
-    if (!job || hasEnded(job.status)) return;
-    this.#change(job, { status, ...(errorCode ? { errorCode } : {}) });
+  async mark(id, status, fields = {}) {
+    const entry = this.#entries.get(id);
+    if (!entry || hasEnded(entry.job.status)) return;
+    const mayBegin = entry.open.mayBegin;
+    this.#change(entry, status, fields);
     this.#changes.emit(id);
-    await this.#save();
+    await this.#journal.commit({ sync: status === 'sending' && !mayBegin });
   }
 
-  flush() { return this.#save(); }
-  flushSync() { this.#mirror.flushSync(); }
+  /**
+   * Jobs of an earlier run that are still to be printed, oldest first: each is to be queued again, or marked as failed.
+   * Given once.
+   * @returns {{ job: object, payload: { bytes: Uint8Array }, waitMs: number }[]} waitMs = what is left of their time
+   */
+  unfinished() { return this.#unfinished.splice(0); }
 
-  #change(job, fields) {
-    Object.assign(job, fields, { updatedAt: Date.now(), revision: (job.revision ?? 0) + 1 });
-    this.#touched.set(job, this.#now());
+  /** To be called when nothing is being sent any more: the next start then knows that the records are complete. */
+  async finish() {
+    this.#journal.put('session', 'last', { boot: this.#clock.boot, clean: true });
+    await this.#journal.commit();
   }
+
+  #load(log) {
+    const [, session] = this.#journal.entries('session').find(([id]) => id === 'last') ?? [];
+    // Whether every record that was written is there; a loss of power may have taken the last ones.
+    const isComplete = session?.value.clean === true || session?.value.boot === this.#clock.boot;
+    let failed = 0;
+    for (const [id, { value }] of this.#journal.entries('jobs')) {
+      const { job, at, open } = value;
+      if (!isJob(job) || !at) {
+        this.#journal.drop('jobs', id);
+        continue;
+      }
+      const entry = this.#enter({ job, at });
+      entry.touched = this.#now() - this.#clock.since(at);
+      if (hasEnded(job.status)) continue;
+      this.#open(entry, open ?? { since: at, waitMs: 0, mayBegin: false });
+      if (this.#canGoOn(entry, isComplete)) continue;
+      const isSent = SENT.has(job.status) || (entry.open.mayBegin && !isComplete);
+      this.#change(entry, 'failed', { errorCode: isSent ? 'uncertain_after_restart' : 'expired_after_restart' });
+      failed += 1;
+    }
+    if (failed > 0) log.warn(`${failed} unfinished jobs of the last run marked as failed`);
+    if (this.#unfinished.length > 0) log.info(`${this.#unfinished.length} jobs of the last run go on`);
+    this.#sweep();
+  }
+
+  #canGoOn(entry, isComplete) {
+    const { job, open: { since, waitMs, mayBegin } } = entry;
+    const left = waitMs - this.#clock.since(since);
+    const payload = this.#payloads.of(job.id);
+    if (SENT.has(job.status) || (mayBegin && !isComplete) || !payload || left <= 0 || this.#clock.isDoubtful(since)) return false;
+    this.#unfinished.push({ job: { ...job }, payload, waitMs: left });
+    return true;
+  }
+
+  #enter({ job, at }) {
+    const entry = { job, at, touched: this.#now() };
+    this.#entries.set(job.id, entry);
+    if (job.key !== undefined) this.#byKey.set(job.key, job.id);
+    return entry;
+  }
+
+  #open(entry, open) {
+    entry.open = open;
+    this.#openOf.set(entry.job.printerId, (this.#openOf.get(entry.job.printerId) ?? 0) + 1);
+  }
+
+  #change(entry, status, fields) {
+    const job = { ...entry.job, ...fields, status, updatedAt: Date.now(), revision: (entry.job.revision ?? 0) + 1 };
+    for (const name of Object.keys(job)) if (job[name] === undefined) delete job[name];
+    Object.assign(entry, { job, at: this.#clock.moment(), touched: this.#now() });
+    if (hasEnded(status)) this.#close(entry);
+    else if (status === 'waiting') entry.open = { ...entry.open, mayBegin: false };
+    this.#write(entry);
+  }
+
+  #close(entry) {
+    const { id, printerId } = entry.job;
+    delete entry.open;
+    const others = this.#openOf.get(printerId) - 1;
+    if (others > 0) this.#openOf.set(printerId, others);
+    else this.#openOf.delete(printerId);
+    this.#payloads.release(id);
+  }
+
+  #write({ job, at, open }) { this.#journal.put('jobs', job.id, { job, at, open }); }
 
   /** Whether a record may not be forgotten: its job, or its request's repetition, is still to come. */
-  #stands(job) {
-    return !hasEnded(job.status) || (job.key !== undefined && this.#now() - this.#touched.get(job) < KEY_MS);
+  #stands({ job, touched }) {
+    return !hasEnded(job.status) || (job.key !== undefined && this.#now() - touched < KEY_MS);
   }
 
-  #trim() {
-    this.#jobs = this.#jobs.filter((job, index) => index < MAX_JOBS || this.#stands(job));
-  }
-
-  #save() {
-    return this.#mirror.save().catch((error) => this.#log.error(`jobs.json not written: ${error.code ?? 'error'}`));
+  /** Forgets the oldest. Not with every job: there may be many that must stay. */
+  #sweep() {
+    if (this.#entries.size <= this.#sweepAt) return;
+    let surplus = this.#entries.size - MAX_JOBS;
+    for (const [id, entry] of this.#entries) {
+      if (surplus <= 0) break;
+      if (this.#stands(entry)) continue;
+      this.#entries.delete(id);
+      if (this.#byKey.get(entry.job.key) === id) this.#byKey.delete(entry.job.key);
+      this.#journal.drop('jobs', id);
+      surplus -= 1;
+    }
+    this.#sweepAt = Math.max(MAX_JOBS, Math.ceil(this.#entries.size * 1.1));
   }
 }

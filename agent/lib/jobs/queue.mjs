@@ -57,11 +57,23 @@ export class JobQueue {
     const lane = this.#lane(printer.id);
     const entry = { id: null, printer, payload, deadline: performance.now() + maxWaitMs };
     lane.waiting.push(entry);
-    const job = await this.#parts.history.add({ printerId: printer.id, printerName: printer.displayName, kind, status: 'queued', ...record });
+    const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'queued', ...record };
+    const job = await this.#parts.history.add(fields, { payload, waitMs: maxWaitMs });
     entry.id = job.id;
     this.#parts.log.info(`job ${job.id} ${kind} accepted for ${printer.id}`);
     lane.pump();
     return job;
+  }
+
+  /**
+   * Goes on with a job of an earlier run.
+   * @param {object} printer as of accept()
+   * @param {{ job: object, payload: object, waitMs: number }} unfinished one of JobHistory.unfinished()
+   */
+  resume(printer, { job, payload, waitMs }) {
+    const lane = this.#lane(printer.id);
+    lane.waiting.push({ id: job.id, printer, payload, deadline: performance.now() + waitMs });
+    lane.pump();
   }
 
   /** Records a job that cannot even be queued. A request that was refused has not used up its key. */

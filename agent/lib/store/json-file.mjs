@@ -1,6 +1,6 @@
 import path from 'node:path';
 import { open, readdir, rename, unlink } from 'node:fs/promises';
-import { closeSync, fsyncSync, openSync, readFileSync, renameSync, writeFileSync } from 'node:fs';
+import { closeSync, openSync, readFileSync, renameSync } from 'node:fs';
 
 let sequence = 0;
 
@@ -10,14 +10,16 @@ function temporaryName(file) {
 }
 
 /**
- * Removes what processes that were killed, or lost their power, have left half written. To be called before this one writes.
+ * Removes what processes that were killed, or lost their power, have left half written. To be called before this one
+ * writes.
  * @param {string} folder
  * @throws the file system's error when the folder cannot be read
  */
 export async function removeLeftovers(folder) {
   for (const name of await readdir(folder)) {
     const writer = /\.(\d+)-\d+\.tmp$/.exec(name)?.[1];
-    if (writer && (Number(writer) === process.pid || !isRunning(Number(writer)))) await unlink(path.join(folder, name)).catch(() => {});
+    if (!writer || (Number(writer) !== process.pid && isRunning(Number(writer)))) continue;
+    await unlink(path.join(folder, name)).catch(() => {});
   }
 }
 
@@ -52,35 +54,23 @@ export async function writeFileAtomic(file, text) {
   }
 }
 
-/** Same as writeFileAtomic, for the last moments of the process. */
-export function writeFileAtomicSync(file, text) {
-  const temporary = temporaryName(file);
-  const descriptor = openSync(temporary, 'wx', 0o600);
-  try {
-    writeFileSync(descriptor, text, 'utf8');
-    fsyncSync(descriptor);
-  } finally {
-    closeSync(descriptor);
-  }
-  renameSync(temporary, file);
-}
-
 /**
- * Reads a JSON object.
+ * Reads a JSON object; a byte order mark before it is no fault.
  * @param {string} file
- * @returns {{ kind: 'missing' } | { kind: 'broken', why: string } | { kind: 'ok', value: object }}
+ * @returns {{ kind: 'missing' } | { kind: 'unreadable' | 'broken', why: string } | { kind: 'ok', value: object }}
+ *   unreadable = it is there, and nobody knows what is in it: it must not be replaced
  */
 export function readJsonObject(file) {
   let text;
   try {
     text = readFileSync(file, 'utf8');
   } catch (error) {
-    return error.code === 'ENOENT' ? { kind: 'missing' } : { kind: 'broken', why: error.code ?? 'unreadable' };
+    return error.code === 'ENOENT' ? { kind: 'missing' } : { kind: 'unreadable', why: error.code ?? 'error' };
   }
   try {
-    const value = JSON.parse(text);
-    if (value === null || typeof value !== 'object' || Array.isArray(value)) return { kind: 'broken', why: 'not an object' };
-    return { kind: 'ok', value };
+    const value = JSON.parse(text.replace(/^\uFEFF/, ''));
+    const isObject = value !== null && typeof value === 'object' && !Array.isArray(value);
+    return isObject ? { kind: 'ok', value } : { kind: 'broken', why: 'not an object' };
   } catch {
     return { kind: 'broken', why: 'not JSON' };
   }
@@ -102,52 +92,5 @@ export function moveAside(file) {
     }
     renameSync(file, target);
     return target;
-  }
-}
-
-/**
- * A value in memory with its copy on disk. Writes that overlap are folded into one:
- * every save() settles after a write that began later than the call.
- */
-export class MirroredFile {
-  #file;
-  #snapshot;
-  #writing = null;
-  #next = null;
-  #dirty = false;
-
-  /**
-   * @param {string} file
-   * @param {() => object} snapshot the value to store, taken when the write begins
-   */
-  constructor(file, snapshot) {
-    this.#file = file;
-    this.#snapshot = snapshot;
-  }
-
-  /** @returns {Promise<void>} rejects with the file system's error */
-  save() {
-    this.#dirty = true;
-    if (!this.#writing && !this.#next) return this.#begin();
-    this.#next ??= this.#writing.catch(() => {}).then(() => {
-      this.#next = null;
-      return this.#begin();
-    });
-    return this.#next;
-  }
-
-  #begin() {
-    this.#dirty = false;
-    this.#writing = writeFileAtomic(this.#file, JSON.stringify(this.#snapshot(), null, 1))
-      .catch((error) => { this.#dirty = true; throw error; })
-      .finally(() => { this.#writing = null; });
-    return this.#writing;
-  }
-
-  /** Stores what is not on disk yet, before the process ends. */
-  flushSync() {
-    if (!this.#dirty && !this.#writing) return;
-    writeFileAtomicSync(this.#file, JSON.stringify(this.#snapshot(), null, 1));
-    this.#dirty = false;
   }
 }

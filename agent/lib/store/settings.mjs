@@ -52,7 +52,7 @@ export function readSettings(file) {
   const read = readJsonObject(file);
   const defaults = { settings: defaultSettings(), broken: null, foreign: {} };
   if (read.kind === 'missing') return defaults;
-  if (read.kind === 'broken') return { ...defaults, broken: read.why };
+  if (read.kind !== 'ok') return { ...defaults, broken: read.why };
   const bad = Object.keys(CHECKS).find((key) => key in read.value && !CHECKS[key](read.value[key]));
   if (bad) return { ...defaults, broken: `bad value of ${bad}` };
   const parts = eachOf(read.value.profiles ?? {}, partProfile);

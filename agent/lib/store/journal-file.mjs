@@ -1,0 +1,128 @@
+import { closeSync, fdatasyncSync, fstatSync, openSync, readFileSync, writeSync } from 'node:fs';
+import { open } from 'node:fs/promises';
+import { HEADER_BYTES, decodeHeader, decodeRecords, encodeHeader, encodeRecords } from './journal-format.mjs';
+
+const ZEROS = Buffer.alloc(256 * 1024);
+
+/**
+ * One of the two files of a journal. Changes are appended; space ahead of them is filled with zeros, so that the next
+ * ones find room on a full disk too and need no new blocks. Calls must not overlap, but for sync().
+ */
+export class JournalFile {
+  /** Where the next record belongs. */
+  end = HEADER_BYTES;
+  /** Bytes of the file: what lies behind `end` is reserved. */
+  size = 0;
+  /** 0 = nothing that counts stands in it. */
+  generation = 0;
+  #path;
+  #handle = null;
+  #last = null;
+
+  /** @param {string} path */
+  constructor(path) { this.#path = path; }
+
+  get path() { return this.#path; }
+
+  /**
+   * Reads the file. Nothing is changed.
+   * @param {(change: import('./journal-format.mjs').Change) => void} [onChange] undefined = the header only
+   * @returns {'missing' | 'empty' | 'broken' | 'later' | 'ok'}
+   * @throws the file system's error when it cannot be read
+   */
+  read(onChange) {
+    let content;
+    try {
+      content = readFileSync(this.#path);
+    } catch (error) {
+      if (error.code === 'ENOENT') return 'missing';
+      throw error;
+    }
+    this.size = content.length;
+    const header = decodeHeader(content);
+    if (header.kind !== 'ok') return header.kind;
+    this.generation = header.generation;
+    if (onChange) ({ end: this.end, last: this.#last } = decodeRecords(content, header.last, onChange));
+    return 'ok';
+  }
+
+  /** Begins anew, with a header that does not count before it is written by seal(). @throws the file system's error */
+  async begin(generation) {
+    await this.#open();
+    await this.#write(Buffer.alloc(HEADER_BYTES), 0);
+    const header = encodeHeader(generation);
+    Object.assign(this, { end: HEADER_BYTES, generation: 0, sealed: { generation, bytes: header.bytes } });
+    this.#last = header.last;
+  }
+
+  /** Puts what begin() and the appends since have written on the disk, and has it count. @throws the file system's error */
+  async seal() {
+    await this.#handle.datasync();
+    await this.#write(this.sealed.bytes, 0);
+    await this.#handle.datasync();
+    this.generation = this.sealed.generation;
+  }
+
+  /** Appends changes; they survive the end of the process. @throws the file system's error; they are not in the file then */
+  async append(changes) {
+    await this.#open();
+    const { bytes, last } = encodeRecords(changes, this.#last);
+    await this.#write(bytes, this.end);
+    this.end += bytes.length;
+    this.#last = last;
+  }
+
+  /** As append(), and sync(), for the last moments of the process. An append under way may be repeated by it. */
+  appendSync(changes) {
+    const descriptor = openSync(this.#path, 'r+');
+    try {
+      const { bytes, last } = encodeRecords(changes, this.#last);
+      for (let done = 0; done < bytes.length;) done += writeSync(descriptor, bytes, done, bytes.length - done, this.end + done);
+      fdatasyncSync(descriptor);
+      this.end += bytes.length;
+      this.#last = last;
+    } finally {
+      closeSync(descriptor);
+    }
+  }
+
+  /** Settles when everything appended before the call is on the disk. @throws the file system's error */
+  async sync() { await this.#handle?.datasync(); }
+
+  /** Reserves a little more space behind the end. @throws the file system's error, such as ENOSPC */
+  async grow() {
+    await this.#open();
+    await this.#write(ZEROS, this.size);
+  }
+
+  /** Gives back what lies behind `size` bytes. */
+  async shrink(size) {
+    await this.#open();
+    await this.#handle.truncate(size);
+    this.size = size;
+  }
+
+  async close() {
+    await this.#handle?.close();
+    this.#handle = null;
+  }
+
+  async #open() {
+    if (this.#handle) return;
+    try {
+      this.#handle = await open(this.#path, 'r+');
+    } catch (error) {
+      if (error.code !== 'ENOENT') throw error;
+      this.#handle = await open(this.#path, 'wx+', 0o600);
+    }
+    this.size = fstatSync(this.#handle.fd).size;
+  }
+
+  async #write(bytes, at) {
+    for (let done = 0; done < bytes.length;) {
+      const { bytesWritten } = await this.#handle.write(bytes, done, bytes.length - done, at + done);
+      done += bytesWritten;
+      this.size = Math.max(this.size, at + done);
+    }
+  }
+}
