@@ -99,7 +99,7 @@ async function goOn({ printers, queue, history }, probed) {
   const resume = (unfinished, isLast) => unfinished.filter(({ job, ...rest }) => {
     const printer = printers.list().find(({ id }) => id === job.printerId);
     if (printer) queue.resume(printer, { job, ...rest });
-    else if (isLast) void history.mark(job.id, 'failed', { errorCode: 'printer_not_found' });
+    else if (isLast) void history.mark(job.id, 'failed', 'printer_not_found');
     return !printer;
   });
   const rest = resume(history.unfinished(), false);

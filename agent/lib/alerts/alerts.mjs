@@ -45,10 +45,15 @@ export class Alerts {
 
   /**
    * A problem exists: nothing happens when it is already listed.
-   * @param {{ key: string, severity: 'critical'|'warning'|'info', title: string, message: string, action?: string }} alert texts in Arabic
+   * @param {{ key: string, severity: 'critical'|'warning'|'info', title: string, message: string, action?: string,
+   *   untilRead?: boolean }} alert texts in Arabic; untilRead = it ends when the person has read it, and not by itself
    */
   ensure(alert) {
-    if (this.#active(alert.key)) return;
+    if (!this.#active(alert.key)) this.add(alert);
+  }
+
+  /** Something happened that is a line of its own, however many there are of its kind. @param {object} alert as of ensure() */
+  add(alert) {
     const now = Date.now();
     const item = { id: randomUUID(), ...alert, createdAt: now, lastAt: now, count: 1, read: false };
     this.#items.unshift(item);
@@ -75,12 +80,16 @@ export class Alerts {
 
   /** Ends every lasting problem whose key the test picks. */
   resolveWhere(test) {
-    for (const item of this.#items) if (item.resolvedAt === undefined && test(item.key)) this.resolve(item.key);
+    for (const { key, resolvedAt } of [...this.#items]) if (resolvedAt === undefined && test(key)) this.resolve(key);
   }
 
   /** Settles when that is on disk, or could not be written. */
   markAllRead() {
-    for (const item of this.#items) if (!item.read) this.#change(item, { read: true });
+    const now = Date.now();
+    for (const item of [...this.#items]) {
+      const end = item.untilRead && item.resolvedAt === undefined ? { resolvedAt: now } : {};
+      if (!item.read) this.#change(item, { read: true, ...end });
+    }
     return this.#journal.commit();
   }
 

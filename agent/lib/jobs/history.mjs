@@ -131,15 +131,16 @@ export class JobHistory {
    * Records a job's new status. A job that is over changes no more.
    * @param {string} id
    * @param {string} status
-   * @param {object} [fields] laid over the record; undefined takes a field out of it
-   * @returns {Promise<void>} settles when it survives the end of the process, and with "sending" also the loss of power; or could
-   *   not be written: a full disk stops no receipt
+   * @param {string} [errorCode]
+   * @param {object} [more] further fields, laid over the record; undefined takes one out of it
+   * @returns {Promise<void>} settles when it survives the end of the process, and with "sending" also the loss of power; or
+   *   could not be written: a full disk stops no receipt
    */
-  async mark(id, status, fields = {}) {
+  async mark(id, status, errorCode, more = {}) {
     const entry = this.#entries.get(id);
     if (!entry || hasEnded(entry.job.status)) return;
     const mayBegin = entry.open.mayBegin;
-    this.#change(entry, status, fields);
+    this.#change(entry, status, { ...(errorCode ? { errorCode } : {}), ...more });
     this.#changes.emit(id);
     await this.#journal.commit({ sync: status === 'sending' && !mayBegin });
   }

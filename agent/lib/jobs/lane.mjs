@@ -109,7 +109,7 @@ export class Lane {
     const { history, alerts, log } = this.#parts;
     log.warn(`job ${id} failed: ${code} (${detail})`);
     alerts.happened(printFailed(printer.id, printer.displayName, code));
-    await history.mark(id, 'failed', { errorCode: code });
+    await history.mark(id, 'failed', code);
   }
 
   /** Waits a little, or until the job is cancelled or the service stops. */

@@ -72,7 +72,7 @@ export class JobQueue {
    */
   resume(printer, { job, payload, waitMs }) {
     const lane = this.#lane(printer.id);
-    lane.waiting.push({ id: job.id, printer, payload, deadline: performance.now() + waitMs });
+    lane.waiting.push({ id: job.id, kind: job.kind, printer, payload, deadline: performance.now() + waitMs });
     lane.pump();
   }
 
