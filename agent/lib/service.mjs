@@ -7,7 +7,9 @@ import { StorageWatch } from './alerts/storage-watch.mjs';
 import { Settings, readSettings } from './store/settings.mjs';
 import { Alerts } from './alerts/alerts.mjs';
 import { desktopAnnouncer } from './alerts/desktop.mjs';
-import { SETTINGS_BROKEN_KEY, settingsBroken } from './alerts/texts.mjs';
+import {
+  SETTINGS_BROKEN_KEY, SETTINGS_UNREADABLE_KEY, SETTINGS_WRONG_KEY, settingsBroken, settingsUnreadable, settingsWrong,
+} from './alerts/texts.mjs';
 import { JobHistory } from './jobs/history.mjs';
 import { JobQueue } from './jobs/queue.mjs';
 import { AdminJobs } from './jobs/submit.mjs';
@@ -63,7 +65,7 @@ export async function startService(env = process.env) {
 
   ensurePrivateFolder(paths.root);
   await removeLeftovers(paths.root);
-  const token = await renewToken(paths.token);
+  const token = await renewToken(paths.token, log);
   const service = compose({ env, log, paths, read, listeners });
   router = new Router();
   router.group('/admin/', adminGuard(() => token), adminRoutes(service));
@@ -73,6 +75,7 @@ export async function startService(env = process.env) {
   void updates.tidy();
   addresses.start();
   void storage.start();
+  void settings.keepCopy();
   const probed = Promise.all([monitor.start(), cups.start()]);
   await Promise.race([probed, new Promise((resolve) => { setTimeout(resolve, FIRST_PROBE_MS).unref(); })]);
   void goOn(service, probed);
@@ -115,15 +118,7 @@ function compose({ env, log, paths, read, listeners }) {
   takeFormerFiles(journal, paths, log);
   const alerts = new Alerts(journal, log, desktopAnnouncer(env));
   const storage = new StorageWatch({ journal, alerts, folder: paths.root });
-  const moved = settings.quarantine();
-  if (moved) {
-    log.error(`settings.json cannot be used (${read.broken}); kept aside, starting with defaults`);
-    alerts.happened(settingsBroken());
-  } else {
-    alerts.resolve(SETTINGS_BROKEN_KEY);
-  }
-  const foreign = Object.entries(read.foreign).flatMap(([id, values]) => Object.keys(values).map((key) => `${key} of ${id}`));
-  if (foreign.length > 0) log.warn(`settings.json has values of another version, kept there and not used: ${foreign.join(', ')}`);
+  tellOfSettings({ settings, read, alerts, log, file: paths.settings });
   const history = new JobHistory(journal, log);
   const nameOf = (id) => settings.values.profiles[id]?.alias ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
   const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);
@@ -146,6 +141,27 @@ function compose({ env, log, paths, read, listeners }) {
     portConflict: () => lastPortConflict(paths.portConflict),
     startedAt: performance.now(),
   };
+}
+
+/** Says in the log and to the person what is wrong with the settings file. */
+function tellOfSettings({ settings, read, alerts, log, file }) {
+  const { broken, isUnreadable, isFromCopy, wrong, kept } = read;
+  const foreign = Object.entries(kept.ofProfiles).flatMap(([id, values]) => Object.keys(values).map((key) => `${key} of ${id}`));
+  if (foreign.length > 0) log.warn(`settings.json has values of another version, kept there and not used: ${foreign.join(', ')}`);
+  if (wrong.length > 0) log.warn(`settings.json has values that cannot be used, kept there: ${wrong.join(', ')}`);
+  const problems = { [SETTINGS_UNREADABLE_KEY]: isUnreadable && settingsUnreadable(file), [SETTINGS_WRONG_KEY]: wrong.length > 0 && settingsWrong() };
+  for (const [key, alert] of Object.entries(problems)) if (alert) alerts.ensure(alert); else alerts.resolve(key);
+  if (broken === null || isUnreadable) {
+    if (broken) log.error(`settings.json cannot be read (${broken}); it stays as it is, and no change is stored`);
+    return void alerts.resolve(SETTINGS_BROKEN_KEY);
+  }
+  alerts.happened(settingsBroken(isFromCopy));
+  log.error(`settings.json cannot be used (${broken}); ${isFromCopy ? 'the last good copy is' : 'defaults are'} in use`);
+  try {
+    settings.quarantine();
+  } catch (error) {
+    log.error(`settings.json cannot be kept aside: ${error.code}`);
+  }
 }
 
 async function openPorts({ env, paths, settings, answer, log }) {

@@ -1,11 +1,11 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { readdirSync, statSync, readFileSync } from 'node:fs';
+import { existsSync, mkdirSync, readdirSync, rmSync, statSync } from 'node:fs';
 import path from 'node:path';
 import { command, configFolder, plant, privateHome, readConfig, startService } from './support/service.mjs';
 import { normaliseOrigin } from '../../agent/lib/sites/origins.mjs';
 import { isHost } from '../../agent/lib/validate.mjs';
-import { MirroredFile } from '../../agent/lib/store/json-file.mjs';
+import { understand, withKept } from '../../agent/lib/store/settings-values.mjs';
 
 const types = (record) => Object.fromEntries(Object.entries(record).map(([key, value]) => [key, Array.isArray(value) ? 'list' : typeof value]));
 
@@ -169,42 +169,84 @@ test('values of a newer version in a printer\'s profile cost nothing else, and s
   assert.deepEqual(stored(), { 'net-1': { dots: 832, cut: 'partial', alias: 'Bar', role: 'bar', dither: 'floyd', drawerPin: '5', later: 3 } });
 });
 
-test('an unusable settings file is kept aside and the person is told', async (t) => {
-  const broken = ['{"printers": [', '[]', '', JSON.stringify({ printers: [{ id: 1 }] }), JSON.stringify({ httpPort: 'x' }), JSON.stringify({ profiles: { preview: 5 } })];
-  const home = privateHome(t);
-  for (const [index, content] of broken.entries()) {
-    plant(home, 'settings.json', content);
-    plant(home, 'alerts.json', '{"alerts": 5}');
-    plant(home, 'jobs.json', 'not json');
-    const service = await startService(t, { home });
-    assert.equal(readConfig(home, `settings.json.broken-${index + 1}`), content);
-    assert.deepEqual((await service.alerts()).map(({ key, severity, read }) => ({ key, severity, read })), [{ key: 'settings:broken', severity: 'warning', read: false }]);
-    await service.post('/admin/origins/add', { origin: 'https://after.example' });
-    await service.stop();
-    const again = await startService(t, { home });
-    assert.ok((await again.state()).allowedOrigins.includes('https://after.example'));
-    assert.ok((await again.alerts())[0].resolvedAt, 'the file is fine again');
-    await again.stop();
+test('one bad value costs that value, and is written back until something else is chosen', () => {
+  const printer = { id: 'net-1', name: 'K', host: '10.0.0.9', port: 9100, transport: 'raw', later: { kept: 1 } };
+  const site = { id: 's1', origin: 'https://a.example', name: 'A', createdAt: 5, tokens: [] };
+  const rows = [
+    [{ httpPort: 70_000 }, { httpPort: 17731 }], [{ httpPort: '17731' }, { httpPort: 17731 }], [{ httpsPort: 17731 }, { httpsPort: 17732 }],
+    [{ httpPort: 17732 }, { httpPort: 17731, httpsPort: 17732 }], [{ autoApprovePairing: 'yes' }, { autoApprovePairing: false }],
+    [{ releaseFolder: 5 }, { releaseFolder: null }], [{ printers: {} }, { printers: [] }], [{ profiles: [] }, { profiles: {} }],
+    [{ origins: 'https://a.example' }, { origins: [] }], [{ origins: ['https://a.example', 'a.example', 5] }, { origins: ['https://a.example'] }],
+    [{ queues: ['q', '', null, 'q'] }, { queues: ['q'] }],
+    [{ printers: [{ ...printer, transport: 'pigeon' }, printer] }, { printers: [printer] }],
+    [{ printers: [printer, { ...printer, host: '1.1.1.1' }] }, { printers: [printer] }],
+    ...[{ port: 0 }, { host: 'a b' }, { id: 7 }].map((bad) => [{ printers: [printer, { ...printer, id: 'x', ...bad }, null] }, { printers: [printer] }]),
+    [{ printers: [{ ...printer, mac: 5 }] }, { printers: [{ ...printer, mac: undefined }] }],
+    [{ printers: [{ ...printer, name: '' }] }, { printers: [{ ...printer, name: '10.0.0.9' }] }],
+    [{ sites: [{ ...site, name: undefined, createdAt: 'x' }, 5] }, { sites: [{ ...site, name: 'https://a.example', createdAt: 0 }] }],
+    [{ profiles: { preview: 5, 'net-1': { dots: 1, cut: 'full' } } }, { profiles: { 'net-1': { cut: 'full' } } }],
+  ];
+  const good = { httpPort: 17731, printers: [printer], sites: [site], origins: ['https://b.example'], later: [1] };
+  for (const [changes, wanted] of rows) {
+    const stored = { ...good, ...changes };
+    const { values, kept, wrong } = understand(stored);
+    assert.deepEqual(values, { ...understand(good).values, ...wanted }, JSON.stringify(changes));
+    assert.ok(wrong.length > 0, JSON.stringify(changes));
+    const again = JSON.parse(JSON.stringify(withKept(values, kept)));
+    for (const key of Object.keys(changes)) {
+      const sorted = (value) => (Array.isArray(value) ? value.map((each) => JSON.stringify(each)).sort() : value);
+      const before = key === 'sites' ? [{ ...stored.sites[0], name: 'https://a.example' }, 5] : stored[key];
+      assert.deepEqual(sorted(again[key]), sorted(before), `${JSON.stringify(changes)} is kept`);
+    }
   }
+  assert.deepEqual(understand(good).wrong, []);
+  const { values, kept } = understand({ httpPort: 70_000, printers: [{ ...printer, mac: 5, name: '' }], queues: 'q' });
+  const chosen = withKept({ ...values, httpPort: 18_000, queues: ['new'], printers: [{ ...values.printers[0], mac: '00:11:22:33:44:55' }] }, kept);
+  assert.deepEqual([chosen.httpPort, chosen.queues, chosen.printers[0].mac, chosen.printers[0].name], [18_000, ['new'], '00:11:22:33:44:55', '']);
+  assert.deepEqual(withKept({ ...values, printers: [] }, kept).printers, []);
 });
 
-test('files are replaced whole, and many writers end with the newest value', async (t) => {
-  const file = path.join(privateHome(t), 'value.json');
-  let value = 0;
-  const mirror = new MirroredFile(file, () => ({ value, filler: 'x'.repeat(200_000) }));
-  let reads = 0;
-  const saves = [];
-  for (value = 1; value <= 60; value += 1) {
-    const expected = value;
-    saves.push(mirror.save().then(() => {
-      reads += 1;
-      assert.ok(JSON.parse(readFileSync(file, 'utf8')).value >= expected, 'save() settles after its own value is stored');
-    }));
-    if (value % 10 === 0) await saves.at(-1);
+test('a settings file that is none gives way to the last good copy, one that cannot be read stays as it is', async (t) => {
+  const home = privateHome(t);
+  const keysOf = async (service) => (await service.alerts()).filter(({ resolvedAt }) => !resolvedAt).map(({ key }) => key).filter((key) => key.startsWith('settings'));
+  const printer = { id: 'net-1', name: 'K', host: '127.0.0.1', port: 9, transport: 'raw' };
+  plant(home, 'settings.json', `\uFEFF${JSON.stringify({ printers: [{ ...printer, id: 'x', transport: 'pigeon' }, printer], httpPort: 'x' })}`);
+  const first = await startService(t, { home });
+  assert.deepEqual([await keysOf(first), (await first.state()).printers.length], [['settings:wrong'], 2]);
+  await first.post('/admin/origins/add', { origin: 'https://after.example' });
+  const good = readConfig(home, 'settings.json');
+  assert.deepEqual([JSON.parse(good).printers.map(({ id }) => id), JSON.parse(good).httpPort], [['net-1', 'x'], 'x']);
+  await first.stop();
+  for (const [index, content] of ['{"printers": [', '[]', ''].entries()) {
+    plant(home, 'settings.json', content);
+    if (index === 2) rmSync(path.join(configFolder(home), 'settings.json.last-good'));
+    // Twice: what is in use is on disk before anybody changes anything.
+    for (const keys of [['settings:broken'], []]) {
+      const service = await startService(t, { home });
+      const isCopy = index < 2;
+      assert.equal((await service.state()).allowedOrigins.includes('https://after.example'), isCopy, `${content}: ${keys}`);
+      assert.deepEqual(await keysOf(service), [...keys, ...isCopy ? ['settings:wrong'] : []]);
+      assert.equal(readConfig(home, `settings.json.broken-${index + 1}`), content);
+      await service.stop('SIGKILL');
+    }
   }
-  await Promise.all(saves);
-  assert.equal(reads, 60);
-  assert.deepEqual(readdirSync(path.dirname(file)).filter((name) => name.endsWith('.tmp')), []);
+
+  // A folder in its place can be read by nobody, not even by an administrator.
+  const file = path.join(configFolder(home), 'settings.json');
+  for (const lastGood of [true, false]) {
+    rmSync(file, { recursive: true });
+    mkdirSync(file);
+    if (lastGood) plant(home, 'settings.json.last-good', good);
+    else rmSync(`${file}.last-good`);
+    const service = await startService(t, { home });
+    assert.deepEqual((await keysOf(service)).at(-1), 'settings:unreadable');
+    assert.equal((await service.state()).printers.some(({ id }) => id === 'net-1'), lastGood);
+    const refused = await service.post('/admin/origins/add', { origin: 'https://more.example' });
+    assert.deepEqual([refused.status, refused.body.error.code], [507, 'settings_unreadable']);
+    assert.equal((await service.ended((await service.post('/admin/test', { printer: 'preview' })).body.job.id)).status, 'completed');
+    await service.stop();
+    assert.ok(statSync(file).isDirectory() && !existsSync(`${file}.broken-4`));
+  }
 });
 
 test('what killed writers have left goes at the next start', async (t) => {

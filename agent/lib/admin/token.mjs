@@ -1,16 +1,31 @@
 import { randomBytes, timingSafeEqual } from 'node:crypto';
+import { readFileSync } from 'node:fs';
 import { writeFileAtomic } from '../store/json-file.mjs';
 import { ApiError } from '../api-error.mjs';
 
 /**
- * Makes a new token and stores it for the companion.
+ * Makes a new token and stores it for the companion. Where it cannot be stored, as on a full disk, the former one goes on.
  * @param {string} file
+ * @param {import('../log.mjs').Log} log
  * @returns {Promise<string>} 64 hex digits
  */
-export async function renewToken(file) {
+export async function renewToken(file, log) {
   const token = randomBytes(32).toString('hex');
-  await writeFileAtomic(file, token);
-  return token;
+  try {
+    await writeFileAtomic(file, token);
+    return token;
+  } catch (error) {
+    log.error(`a new token for the companion cannot be stored: ${error.code ?? 'error'}`);
+    return formerToken(file) ?? token;
+  }
+}
+
+function formerToken(file) {
+  try {
+    return /^[\da-f]{64}$/.exec(readFileSync(file, 'latin1').trim())?.[0] ?? null;
+  } catch {
+    return null;
+  }
 }
 
 /**

@@ -45,14 +45,41 @@ export function printerMoved(id, name, host) {
 
 export const SETTINGS_BROKEN_KEY = 'settings:broken';
 
-/** The settings file was unusable and has been kept aside. */
-export function settingsBroken() {
+/** The settings file was unusable and has been kept aside. @param {boolean} isFromCopy whether the last good copy is in use */
+export function settingsBroken(isFromCopy) {
   return {
     key: SETTINGS_BROKEN_KEY,
     severity: 'warning',
     title: 'تعذرت قراءة إعدادات الطباعة',
-    message: 'كان ملف الإعدادات تالفًا فحُفظت نسخة منه وبدأت الخدمة بالإعدادات الافتراضية. '
-      + 'أعد إضافة طابعات الشبكة والمواقع.',
+    message: isFromCopy ? 'كان ملف الإعدادات تالفًا فعادت الخدمة إلى آخر نسخة سليمة منه، وحُفظ الملف التالف بجانبه.'
+      : 'كان ملف الإعدادات تالفًا فحُفظت نسخة منه وبدأت الخدمة بالإعدادات الافتراضية. '
+        + 'أعد إضافة طابعات الشبكة والمواقع.',
+    action: 'settings',
+  };
+}
+
+export const SETTINGS_WRONG_KEY = 'settings:wrong';
+
+/** Some values in the settings file are of no use. */
+export function settingsWrong() {
+  return {
+    key: SETTINGS_WRONG_KEY,
+    severity: 'warning',
+    title: 'بعض الإعدادات غير مفهومة',
+    message: 'في ملف الإعدادات قيم لا تفهمها الخدمة فتركتها فيه دون أن تستخدمها، فراجع الطابعات والمواقع.',
+    action: 'settings',
+  };
+}
+
+export const SETTINGS_UNREADABLE_KEY = 'settings:unreadable';
+
+/** The settings file may not be read: it is left as it is. */
+export function settingsUnreadable(file) {
+  return {
+    key: SETTINGS_UNREADABLE_KEY,
+    severity: 'critical',
+    title: 'لا صلاحية لقراءة الإعدادات',
+    message: `لا تستطيع الخدمة قراءة الملف ${isolated(file)} فتركته كما هو ولن تحفظ أي تغيير، فأصلح صلاحياته ثم أعد تشغيل الخدمة.`,
     action: 'settings',
   };
 }

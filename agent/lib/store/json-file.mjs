@@ -1,6 +1,8 @@
 import path from 'node:path';
 import { open, readdir, rename, unlink } from 'node:fs/promises';
-import { closeSync, openSync, readFileSync, renameSync } from 'node:fs';
+import {
+  closeSync, constants, copyFileSync, fsyncSync, linkSync, openSync, readFileSync, renameSync, unlinkSync, writeFileSync,
+} from 'node:fs';
 
 let sequence = 0;
 
@@ -54,6 +56,24 @@ export async function writeFileAtomic(file, text) {
   }
 }
 
+/** Same as writeFileAtomic, where nothing else may happen in between. */
+export function writeFileAtomicSync(file, text) {
+  const temporary = temporaryName(file);
+  try {
+    const descriptor = openSync(temporary, 'wx', 0o600);
+    try {
+      writeFileSync(descriptor, text, 'utf8');
+      fsyncSync(descriptor);
+    } finally {
+      closeSync(descriptor);
+    }
+    renameSync(temporary, file);
+  } catch (error) {
+    try { unlinkSync(temporary); } catch { /* it was not made, or is in its place */ }
+    throw error;
+  }
+}
+
 /**
  * Reads a JSON object; a byte order mark before it is no fault.
  * @param {string} file
@@ -77,20 +97,31 @@ export function readJsonObject(file) {
 }
 
 /**
- * Moves an unusable file aside under the first free `<file>.broken-<n>`, n from 1.
+ * Gives an unusable file a second name, the first free `<file>.broken-<n>`, n from 1: replacing the file does not lose it.
  * @returns {string} the new path
+ * @throws the file system's error
  */
-export function moveAside(file) {
+export function keepAside(file) {
   for (let n = 1; ; n += 1) {
     const target = `${file}.broken-${n}`;
     try {
-      // Claims the name first, so that an older broken file is never replaced.
-      closeSync(openSync(target, 'wx', 0o600));
+      try {
+        linkSync(file, target);
+      } catch (error) {
+        if (error.code === 'EEXIST') throw error;
+        // A file system without second names, or a file of somebody else's.
+        copyFileSync(file, target, constants.COPYFILE_EXCL);
+      }
+      return target;
     } catch (error) {
-      if (error.code === 'EEXIST') continue;
-      throw error;
+      if (error.code !== 'EEXIST') throw error;
     }
-    renameSync(file, target);
-    return target;
   }
+}
+
+/** Moves an unusable file out of the way. Returns and throws as keepAside(). */
+export function moveAside(file) {
+  const target = keepAside(file);
+  unlinkSync(file);
+  return target;
 }

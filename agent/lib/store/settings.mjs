@@ -1,98 +1,72 @@
-import { moveAside, readJsonObject, writeFileAtomic } from './json-file.mjs';
-import { isHost, isPort, isTransport, isPlainText } from '../validate.mjs';
-import { partProfile, stillForeign } from '../printers/profile.mjs';
-import { isMac } from '../printers/neighbours.mjs';
-import { normaliseOrigin } from '../sites/origins.mjs';
+import { renameSync } from 'node:fs';
+import { ApiError } from '../api-error.mjs';
+import { isFull } from './journal.mjs';
+import { keepAside, readJsonObject, writeFileAtomic, writeFileAtomicSync } from './json-file.mjs';
+import { defaultSettings, understand, withKept } from './settings-values.mjs';
 
-export const DEFAULT_HTTP_PORT = 17731;
-export const DEFAULT_HTTPS_PORT = 17732;
+export { DEFAULT_HTTPS_PORT, DEFAULT_HTTP_PORT, defaultSettings } from './settings-values.mjs';
 
-/** Fresh defaults: no printers, no sites, pairing asks, updates are not looked for anywhere. */
-export function defaultSettings() {
-  return {
-    httpPort: DEFAULT_HTTP_PORT,
-    httpsPort: DEFAULT_HTTPS_PORT,
-    autoApprovePairing: false,
-    printers: [],
-    queues: [],
-    profiles: {},
-    origins: [],
-    sites: [],
-    releaseFolder: null,
-  };
-}
-
-const isList = (value, each) => Array.isArray(value) && value.every(each);
-const isRecord = (value) => value !== null && typeof value === 'object' && !Array.isArray(value);
-
-const CHECKS = {
-  httpPort: isPort,
-  httpsPort: isPort,
-  autoApprovePairing: (value) => typeof value === 'boolean',
-  printers: (value) => isList(value, (printer) => isRecord(printer) && isPlainText(printer.id) && isPlainText(printer.name)
-    && isHost(printer.host) && isPort(printer.port) && isTransport(printer.transport)
-    && (printer.mac === undefined || isMac(printer.mac))),
-  queues: (value) => isList(value, (name) => isPlainText(name)),
-  profiles: (value) => isRecord(value) && Object.values(value).every(isRecord),
-  origins: (value) => isList(value, (origin) => normaliseOrigin(origin) === origin),
-  sites: (value) => isList(value, (site) => isRecord(site) && isPlainText(site.id) && typeof site.origin === 'string'
-    && isPlainText(site.name) && Number.isFinite(site.createdAt)),
-  // Where it leads is found out when updates are looked for: a wrong path must not cost the other settings.
-  releaseFolder: (value) => value === null || typeof value === 'string',
-};
+const copyOf = (file) => `${file}.last-good`;
+const asText = (stored) => JSON.stringify(stored, null, 1);
 
 /**
- * Reads settings.json without changing anything on disk.
- * Keys this version does not know are kept, so that a newer version finds them again; so are values in a printer's profile.
+ * Reads settings.json without changing anything on disk; where it is no settings at all, the last good copy.
  * @param {string} file
- * @returns {{ settings: object, broken: string | null, foreign: Record<string, object> }} broken = why the file could not be used;
- *   settings are then the defaults; foreign = by printer, what is left out of its profile as this version cannot use it
+ * @returns {{ settings: object, broken: string | null, isUnreadable: boolean, isFromCopy: boolean, wrong: string[],
+ *   kept: import('./settings-values.mjs').Kept }} broken = why the file could not be used; settings are then those of the copy or
+ *   the defaults. isUnreadable = nobody knows what is in it. wrong and kept as of understand()
  */
 export function readSettings(file) {
   const read = readJsonObject(file);
-  const defaults = { settings: defaultSettings(), broken: null, foreign: {} };
-  if (read.kind === 'missing') return defaults;
-  if (read.kind !== 'ok') return { ...defaults, broken: read.why };
-  const bad = Object.keys(CHECKS).find((key) => key in read.value && !CHECKS[key](read.value[key]));
-  if (bad) return { ...defaults, broken: `bad value of ${bad}` };
-  const parts = eachOf(read.value.profiles ?? {}, partProfile);
-  const profiles = eachOf(parts, ({ profile }) => profile);
-  return { settings: { ...defaults.settings, ...read.value, profiles }, broken: null, foreign: withoutEmpty(eachOf(parts, ({ foreign }) => foreign)) };
+  const isMissing = read.kind === 'missing';
+  const copy = read.kind === 'ok' || isMissing ? null : readJsonObject(copyOf(file));
+  const stored = read.value ?? copy?.value;
+  const { values, kept, wrong } = understand(stored ?? {});
+  return {
+    settings: values, kept, wrong, broken: read.why ?? null, isUnreadable: read.kind === 'unreadable', isFromCopy: copy?.kind === 'ok',
+  };
 }
-
-const eachOf = (records, change) => Object.fromEntries(Object.entries(records).map(([id, record]) => [id, change(record, id)]));
-const withoutEmpty = (records) => Object.fromEntries(Object.entries(records).filter(([, record]) => Object.keys(record).length > 0));
 
 /** The service's settings: read from memory, changed only through update(). */
 export class Settings {
   #file;
   #current;
-  #foreign;
+  #kept;
+  #isUnreadable;
   #mustMoveAside;
   #tail = Promise.resolve();
 
   /**
    * @param {string} file
-   * @param {{ settings: object, broken: string | null, foreign: Record<string, object> }} read what readSettings gave
+   * @param {ReturnType<typeof readSettings>} read
    */
   constructor(file, read) {
     this.#file = file;
     this.#current = read.settings;
-    this.#foreign = read.foreign;
-    this.#mustMoveAside = read.broken !== null;
+    this.#kept = read.kept;
+    this.#isUnreadable = read.isUnreadable;
+    this.#mustMoveAside = read.broken !== null && !read.isUnreadable;
   }
 
   /** The current values; callers must not change them. */
   get values() { return this.#current; }
 
   /**
-   * Moves a broken file out of the way, once; nothing is written before that has worked.
+   * Keeps a broken file aside, and puts what is used now in its place; once. Nothing is written before that has worked.
    * @returns {string | null} where it went; null when the file was fine
    * @throws the file system's error
    */
   quarantine() {
     if (!this.#mustMoveAside) return null;
-    const target = moveAside(this.#file);
+    const target = keepAside(this.#file);
+    const text = asText(withKept(this.#current, this.#kept));
+    try {
+      writeFileAtomicSync(this.#file, text);
+    } catch (error) {
+      // On a full disk the copy itself takes the place.
+      if (!isFull(error)) throw error;
+      renameSync(copyOf(this.#file), this.#file);
+    }
     this.#mustMoveAside = false;
     return target;
   }
@@ -102,24 +76,45 @@ export class Settings {
    * @template T
    * @param {(draft: object) => T} change edits the draft; what it throws leaves everything as it was
    * @returns {Promise<T>} what `change` returned
-   * @throws the file system's error; nothing has changed then
+   * @throws {ApiError} 507 when it cannot be stored; nothing has changed then
    */
   update(change) {
     const turn = this.#tail.then(async () => {
-      this.quarantine();
       const draft = structuredClone(this.#current);
       const result = change(draft);
-      const foreign = withoutEmpty(eachOf(this.#foreign, (values, id) => stillForeign(values, draft.profiles[id])));
-      const profiles = { ...draft.profiles, ...eachOf(foreign, (values, id) => ({ ...draft.profiles[id], ...values })) };
-      await writeFileAtomic(this.#file, JSON.stringify({ ...draft, profiles }, null, 1));
-      this.#current = draft;
-      this.#foreign = foreign;
+      const stored = withKept(draft, this.#kept);
+      await this.#store(asText(stored));
+      const { values, kept } = understand(structuredClone(stored));
+      this.#current = values;
+      this.#kept = kept;
       return result;
     });
     this.#tail = turn.catch(() => {});
     return turn;
   }
 
+  /** Makes the last good copy what the settings are now, if it is something else. */
+  async keepCopy() {
+    const text = asText(withKept(this.#current, this.#kept));
+    const copy = readJsonObject(copyOf(this.#file));
+    if (this.#isUnreadable || (copy.kind === 'ok' && asText(copy.value) === text)) return;
+    await writeFileAtomic(copyOf(this.#file), text).catch(() => {});
+  }
+
   /** Settles when every update begun so far is on disk or has failed. */
   settled() { return this.#tail; }
+
+  async #store(text) {
+    if (this.#isUnreadable) {
+      throw new ApiError(507, 'settings_unreadable', 'لم يُحفظ التغيير لأن ملف الإعدادات غير مقروء. أصلح صلاحياته ثم أعد تشغيل الخدمة.');
+    }
+    try {
+      this.quarantine();
+      await writeFileAtomic(this.#file, text);
+    } catch (error) {
+      if (isFull(error)) throw new ApiError(507, 'disk_full', 'لم يُحفظ التغيير لأن القرص ممتلئ.');
+      throw new ApiError(507, 'storage_failed', `تعذر حفظ التغيير على القرص (${error.code ?? 'error'}).`);
+    }
+    await writeFileAtomic(copyOf(this.#file), text).catch(() => {});
+  }
 }
