@@ -8,6 +8,7 @@ import { fakePrinter, plant, privateHome, startService, until } from './support/
 import { ORIGIN, raw, siteOf } from './support/site.mjs';
 import { testHistory, testJournal } from './support/store.mjs';
 import { JobHistory, KEY_MS, MAX_JOBS } from '../../agent/lib/jobs/history.mjs';
+import { MAX_KEPT_BYTES } from '../../agent/lib/jobs/kept-payloads.mjs';
 import { JobQueue } from '../../agent/lib/jobs/queue.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
 import { inParallel } from '../../agent/lib/printers/probe.mjs';
@@ -199,6 +200,97 @@ test('a key stands while its job waits and ten minutes after its end, however ma
     assert.equal(again.history.findByKey('set')?.id, stands ? id : undefined, how);
     await again.journal.close();
   }
+});
+
+test('what a restart makes of a job: printed if none of it had left and its time is not over', async (t) => {
+  const MINUTE = 60_000;
+  const computer = { boot: 'first', up: 5 * MINUTE };
+  const { now: clock } = Date;
+  let wall = 1.7e12;
+  Date.now = () => wall;
+  t.after(() => { Date.now = clock; });
+  const base = path.join(privateHome(t), 'journal');
+  const start = () => {
+    const journal = testJournal(t, { base });
+    return { journal, history: new JobHistory(journal, new Log(null), { clock: new Clock({ boot: computer.boot, uptime: () => computer.up }) }) };
+  };
+  const payload = { bytes: Buffer.from('receipt'), text: 'words', raw: true, copies: 2 };
+  // Every job has a printer of its own, but for the last, which stands behind another one.
+  const jobs = {
+    queued: [], waiting: ['waiting'], 'sent before': ['sending', 'waiting'], sending: ['sending'], printing: ['sending', 'printing'],
+    completed: ['sending', 'completed'], short: [], large: [], behind: [],
+  };
+  const outcome = (isPowerLost, isLate) => ({
+    queued: isPowerLost ? 'uncertain_after_restart' : isLate ? 'expired_after_restart' : 'queued', waiting: isLate ? 'expired_after_restart' : 'waiting',
+    'sent before': isLate ? 'expired_after_restart' : 'waiting', sending: 'uncertain_after_restart', printing: 'uncertain_after_restart', completed: 'completed',
+    short: isPowerLost ? 'uncertain_after_restart' : 'expired_after_restart', large: isPowerLost ? 'uncertain_after_restart' : 'expired_after_restart',
+    behind: isLate ? 'expired_after_restart' : 'queued',
+  });
+  for (const [how, changes, isPowerLost, isLate] of [
+    ['killed', { up: MINUTE }], ['killed, and started late', { up: 11 * MINUTE }, false, true], ['killed, the clock set forward', { wall: 1e10 }],
+    ['told to stop, the computer too', { boot: 'second', finish: true }],
+    ['the power gone', { boot: 'third' }, true], ['the power gone for long', { boot: 'fourth', wall: 11 * MINUTE }, true, true],
+    ['the power gone, the clock set back', { boot: 'fifth', wall: -1e9 }, true, true],
+  ]) {
+    const { history, journal } = start();
+    const ids = {};
+    for (const [name, statuses] of Object.entries(jobs)) {
+      const printerId = name === 'behind' ? 'waiting' : name;
+      const bytes = name === 'large' ? Buffer.alloc(MAX_KEPT_BYTES + 1) : payload.bytes;
+      const { id } = await history.add({ printerId, kind: 'raw', status: 'queued', own: 5 }, { payload: { ...payload, bytes }, waitMs: name === 'short' ? 0 : 10 * MINUTE });
+      ids[name] = id;
+      for (const status of statuses) await history.mark(id, status, undefined, { reason: status === 'waiting' ? 'offline' : undefined });
+    }
+    if (changes.finish) await history.finish();
+    await journal.close();
+    computer.boot = changes.boot ?? computer.boot;
+    computer.up = changes.boot ? MINUTE : computer.up + (changes.up ?? 0);
+    wall += changes.wall ?? MINUTE;
+    const again = start();
+    const unfinished = again.history.unfinished();
+    const codes = Object.fromEntries(Object.entries(ids).map(([name, id]) => [name, again.history.find(id)]));
+    assert.deepEqual(Object.fromEntries(Object.entries(codes).map(([name, job]) => [name, job.errorCode ?? job.status])), outcome(isPowerLost, isLate), how);
+    assert.deepEqual(unfinished.map(({ job }) => job), Object.values(codes).filter(({ status }) => ['queued', 'waiting'].includes(status)), how);
+    for (const each of unfinished) {
+      assert.deepEqual({ ...each.payload, bytes: each.payload.bytes.toString() }, { ...payload, bytes: 'receipt' });
+      assert.ok(each.waitMs <= 10 * MINUTE && each.waitMs >= 8 * MINUTE, `${how}: ${each.waitMs}`);
+      assert.deepEqual([each.job.own, each.job.reason], [5, each.job.status === 'waiting' ? 'offline' : undefined]);
+      await again.history.mark(each.job.id, 'completed');
+    }
+    assert.deepEqual([again.journal.entries('payloads'), again.history.unfinished()], [[], []], how);
+    await again.journal.close();
+  }
+});
+
+test('jobs that wait for a printer go on after a restart, once each and in their order', async (t) => {
+  const home = privateHome(t);
+  const gone = await fakePrinter(t);
+  await gone.close();
+  plant(home, 'settings.json', { printers: [{ id: 'net-1', name: 'K', host: '127.0.0.1', port: gone.port, transport: 'raw' }] });
+  let service = await startService(t, { home });
+  const site = await siteOf(service).pair();
+  const send = (n, options, key = `key-${n}`) => site.print('net-1', raw(`receipt ${n}`, options), { 'Idempotency-Key': key });
+  const ids = [];
+  for (let n = 0; n < 3; n += 1) ids.push(await send(n, { maxWaitSeconds: 600 }));
+  ids.push(await send(3, { maxWaitSeconds: 1 }), await send(4, { maxWaitSeconds: 600 }));
+  await site.reaches(ids[0], 'waiting');
+  await site.call('DELETE', `/v1/jobs/${ids[4]}`);
+  await site.reaches(ids[3], 'failed');
+  for (const signal of ['SIGKILL', 'SIGTERM', 'SIGKILL']) {
+    await service.stop(signal);
+    service = await startService(t, { home });
+  }
+  const later = Object.assign(siteOf(service), { token: site.token });
+  assert.equal(await later.print('net-1', raw('receipt 1', { maxWaitSeconds: 600 }), { 'Idempotency-Key': 'key-1' }), ids[1]);
+  const printer = await fakePrinter(t, { port: gone.port });
+  for (const id of ids.slice(0, 3)) assert.equal((await later.ended(id)).status, 'completed');
+  await until(() => printer.jobs.length === 3, 'the receipts');
+  assert.deepEqual(printer.jobs.map(String), ['receipt 0', 'receipt 1', 'receipt 2']);
+  assert.deepEqual([(await later.job(ids[3])).errorCode, (await later.job(ids[4])).status], ['offline', 'cancelled']);
+  await service.stop('SIGKILL');
+  service = await startService(t, { home });
+  assert.equal(await Object.assign(siteOf(service), { token: site.token }).print('net-1', raw('receipt 0', { maxWaitSeconds: 600 }), { 'Idempotency-Key': 'key-0' }), ids[0]);
+  assert.equal(printer.jobs.length, 3);
 });
 
 /** Takes a receipt slowly enough to be killed over it, and tells of every step. */

@@ -2,7 +2,7 @@ import { closeSync, fdatasyncSync, fstatSync, openSync, readFileSync, writeSync 
 import { open } from 'node:fs/promises';
 import { HEADER_BYTES, decodeHeader, decodeRecords, encodeHeader, encodeRecords } from './journal-format.mjs';
 
-const ZEROS = Buffer.alloc(256 * 1024);
+const ZEROS = Buffer.alloc(128 * 1024);
 
 /**
  * One of the two files of a journal. Changes are appended; space ahead of them is filled with zeros, so that the next
@@ -36,7 +36,7 @@ export class JournalFile {
       content = readFileSync(this.#path);
     } catch (error) {
       if (error.code === 'ENOENT') return 'missing';
-      throw error;
+      throw Object.assign(error, { path: this.#path });
     }
     this.size = content.length;
     const header = decodeHeader(content);

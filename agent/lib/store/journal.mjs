@@ -3,7 +3,6 @@ import { moveAside } from './json-file.mjs';
 
 /** Space kept ready ahead of what is written, in bytes: what is recorded while the disk is full goes there. */
 export const RESERVE_BYTES = 1024 * 1024;
-// A file that has grown by so much since it was begun, and to twice its size, is written anew.
 const COMPACT_BYTES = 1024 * 1024;
 const STEP_BYTES = 128 * 1024;
 const RETRY_MS = 5000;
@@ -29,6 +28,7 @@ export class Journal {
   #log;
   #onTrouble = () => {};
   #now;
+  #sizes;
   #trouble = null;
   #isShut = false;
 
@@ -53,18 +53,20 @@ export class Journal {
    * Reads what is there; writes nothing yet.
    * @param {string} base path of its files without their ending
    * @param {import('../log.mjs').Log} log
-   * @param {() => number} now milliseconds of a clock that nobody sets
+   * @param {{ now?: () => number, reserveBytes?: number, compactBytes?: number }} [how] now = milliseconds of a clock that nobody
+   *   sets; reserveBytes = space kept ready; a file is written anew when it has grown by compactBytes, and to twice its size
    */
-  constructor(base, log, now = () => performance.now()) {
+  constructor(base, log, { now = () => performance.now(), reserveBytes = RESERVE_BYTES, compactBytes = COMPACT_BYTES } = {}) {
     this.#log = log;
     this.#now = now;
+    this.#sizes = { reserveBytes, compactBytes };
     this.#files = ['1', '2'].map((n) => new JournalFile(`${base}.${n}`));
     try {
       this.#read();
     } catch (error) {
       this.#live.clear();
       this.#isShut = true;
-      this.#say('unreadable', error.path ?? base, error.code);
+      this.#say('unreadable', error.path, error.code);
     }
   }
 
@@ -182,8 +184,8 @@ export class Journal {
     [this.#queue, this.#waiters, this.#inFlight] = [[], [], changes];
     if (changes.length > 0 && this.#active) await this.#store(changes);
     this.#inFlight = [];
-    // With no file yet, they wait for the first one, which has all of it.
-    if (!this.#active && this.#now() >= this.#retryAt) await this.#stepCopy();
+    // Those who wait have to wait for a file that has all of it.
+    if (this.#mustRewrite && this.#isCopyDue) do await this.#stepCopy(); while (this.#copy);
     for (const waiter of waiters) waiter.sync ? this.#unsynced.push(waiter) : waiter.resolve();
     if (this.#unsynced.length > 0) void this.#sync();
     else if (changes.length > 0) this.#syncLater();
@@ -233,12 +235,17 @@ export class Journal {
   get #isCopyDue() {
     if (this.#copy) return true;
     if (this.#now() < this.#retryAt) return false;
-    return this.#mustRewrite || this.#active.end > COMPACT_BYTES + 2 * this.#begunAt;
+    if (this.#mustRewrite) return true;
+    const { end, size } = this.#active;
+    const { reserveBytes, compactBytes } = this.#sizes;
+    // What cannot grow is written anew before its reserve is used up.
+    if (this.#trouble && size - end < reserveBytes / 2 && end - this.#begunAt > reserveBytes / 4) return true;
+    return end > compactBytes + 2 * this.#begunAt;
   }
 
   get #toGrow() {
     if (!this.#active || this.#copy || this.#now() < this.#growAt) return undefined;
-    const wanted = (file) => (file === this.#active ? file.end : this.#begunAt) + RESERVE_BYTES;
+    const wanted = (file) => (file === this.#active ? file.end : this.#begunAt) + this.#sizes.reserveBytes;
     return [this.#active, this.#spare].find((file) => file.size < wanted(file));
   }
 
@@ -266,12 +273,9 @@ export class Journal {
         await spare.begin(Math.max(...this.#files.map(({ generation }) => generation)) + 1);
         this.#copy = { rest: this.#standing(), missed: [] };
       }
-      let step = [];
-      do {
-        step = takeSome(this.#copy.rest);
-        await spare.append(step);
-      } while (!this.#active && step.length > 0);
-      if (step.length === 0) await this.#takeOver(spare);
+      const step = takeSome(this.#copy.rest);
+      if (step.length > 0) await spare.append(step);
+      else await this.#takeOver(spare);
     } catch (error) {
       this.#copy = null;
       if (isFull(error) && this.#mustRewrite) this.#leaveBytesOut([...this.#standing()]);
@@ -285,8 +289,9 @@ export class Journal {
     await spare.seal();
     const former = this.#active;
     [this.#active, this.#begunAt, this.#sealing, this.#copy, this.#mustRewrite] = [spare, spare.end, null, null, false];
-    this.#say(null);
-    if (former && former.size > 8 * RESERVE_BYTES) await former.shrink(RESERVE_BYTES).catch(() => {});
+    this.#growAt = -Infinity;
+    if (this.#trouble?.kind !== 'full' || this.#toGrow === undefined) this.#say(null);
+    if (former && former.size > 8 * this.#sizes.reserveBytes) await former.shrink(this.#sizes.reserveBytes).catch(() => {});
   }
 
   * #standing() {
@@ -295,8 +300,8 @@ export class Journal {
 
   #failed(error, file = this.#active) {
     this.#sealing = null;
-    this.#retryAt = this.#now() + RETRY_MS;
-    if (file === this.#active || !this.#active) this.#mustRewrite = true;
+    if (file === this.#active) this.#mustRewrite = true;
+    else this.#retryAt = this.#now() + RETRY_MS;
     this.#say(isFull(error) ? 'full' : 'failed', file?.path, error.code);
   }
 

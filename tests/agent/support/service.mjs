@@ -43,7 +43,7 @@ export const configFolder = (home) => path.join(home, 'Library', 'Application Su
 
 /** Writes a file of the service's config folder before a start. */
 export function plant(home, name, content) {
-  mkdirSync(configFolder(home), { recursive: true });
+  mkdirSync(path.dirname(path.join(configFolder(home), name)), { recursive: true });
   writeFileSync(path.join(configFolder(home), name), typeof content === 'string' ? content : JSON.stringify(content));
 }
 

@@ -5,8 +5,8 @@ import { Journal } from '../../../agent/lib/store/journal.mjs';
 import { Log } from '../../../agent/lib/log.mjs';
 
 /** A journal in a folder of its own; its files are closed when the test ends. */
-export function testJournal(t, { base = path.join(privateHome(t), 'journal'), log = new Log(null), now } = {}) {
-  const journal = new Journal(base, log, now);
+export function testJournal(t, { base = path.join(privateHome(t), 'journal'), log = new Log(null), ...how } = {}) {
+  const journal = new Journal(base, log, how);
   t.after(() => journal.close());
   return journal;
 }
