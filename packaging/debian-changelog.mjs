@@ -24,7 +24,8 @@ const entries = readFileSync(source, 'utf8').split(/^## /m).slice(1).map((sectio
   if (Number.isNaN(when.getTime())) throw new Error(`${source}: no version and date in: ${section.split('\n')[0]}`);
   const changes = section.split(/^- /m).slice(1).map((item) => wrapped(item.replaceAll('`', '').trim()));
   if (changes.length === 0) throw new Error(`${source}: version ${version} tells no change`);
-  return `${name} (${version}) bookworm; urgency=medium\n\n${changes.join('\n')}\n\n -- ${maintainer}  ${when.toUTCString().replace('GMT', '+0000')}\n`;
+  const signed = ` -- ${maintainer}  ${when.toUTCString().replace('GMT', '+0000')}`;
+  return `${name} (${version}) bookworm; urgency=medium\n\n${changes.join('\n')}\n\n${signed}\n`;
 });
 // Not by Node's own compressor, of which every version packs a little differently.
 writeFileSync(target, execFileSync('gzip', ['-9n'], { input: entries.join('\n') }));

@@ -13,7 +13,10 @@ export async function main(args) {
     run: { arity: 0, does: run },
     'init-tls': { arity: 0, does: async () => (await import('./tls/commands.mjs')).initTlsCommand() },
     'trust-ca': { arity: 0, does: async () => (await import('./tls/commands.mjs')).trustCaCommand() },
-    'allow-origin': { arity: 1, does: async (origin) => (await import('./sites/allow-origin.mjs')).allowOriginCommand(origin) },
+    'allow-origin': {
+      arity: 1,
+      does: async (origin) => (await import('./sites/allow-origin.mjs')).allowOriginCommand(origin),
+    },
   };
   const chosen = Object.hasOwn(commands, command ?? '') ? commands[command] : null;
   if (!chosen || rest.length !== chosen.arity) {

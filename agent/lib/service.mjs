@@ -111,6 +111,8 @@ async function goOn({ printers, queue, history }, probed) {
   resume(rest, true);
 }
 
+/** @typedef {ReturnType<typeof compose>} Service the parts of the service, as the routes get them */
+
 /** Makes the parts and ties them together; nothing runs yet. */
 function compose({ env, log, paths, read, listeners }) {
   const settings = new Settings(paths.settings, read);

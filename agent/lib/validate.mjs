@@ -2,7 +2,12 @@ import net from 'node:net';
 
 /** A shown or stored text: 1 to `max` characters, not blank, no control characters, no broken surrogates. */
 export function isPlainText(value, max = 128) {
-  return typeof value === 'string' && value.trim() !== '' && [...value].length <= max && !/[\p{Cc}\p{Cs}\u2028\u2029]/u.test(value);
+  return (
+    typeof value === 'string' &&
+    value.trim() !== '' &&
+    [...value].length <= max &&
+    !/[\p{Cc}\p{Cs}\u2028\u2029]/u.test(value)
+  );
 }
 
 /** TCP port 1 to 65535, a whole JSON number. */

@@ -16,7 +16,8 @@ function state(last) {
   }));
   const job = (i, status) => ({
     id: `${String(i).padStart(8, '0')}-5c1e-4f0a-9d27-3b8e6a1f4c20`, printerId: printers[i % 20].id,
-    printerName: printers[i % 20].name, kind: 'test', status, createdAt: 1760000000000 - i, updatedAt: 1760000000000 - i,
+    printerName: printers[i % 20].name, kind: 'test', status, createdAt: 1760000000000 - i,
+    updatedAt: 1760000000000 - i,
   });
   const one = Buffer.byteLength(JSON.stringify(job(0, 'completed')));
   const count = Math.max(1, Math.ceil((wanted - Buffer.byteLength(JSON.stringify(printers))) / one));
@@ -38,7 +39,8 @@ let asked = 0;
 mkdirSync(folder, { recursive: true });
 writeFileSync(join(folder, 'admin.token'), 'stand-in');
 createServer((request, response) => {
-  const body = request.url === '/admin/state' ? states[changes ? asked++ % 2 : 0] : Buffer.from('{"alerts":[],"unread":0}');
+  const body =
+    request.url === '/admin/state' ? states[changes ? asked++ % 2 : 0] : Buffer.from('{"alerts":[],"unread":0}');
   response.writeHead(200, { 'Content-Type': 'application/json', 'Content-Length': body.length });
   response.end(body);
 }).listen(17731, '127.0.0.1');

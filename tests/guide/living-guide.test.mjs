@@ -11,7 +11,9 @@ import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { bitmap, toPng } from '../agent/support/bitmap.mjs';
 import { pdf } from '../agent/support/pdf.mjs';
-import { command, fakePrinter, fakeProgram, privateHome, readConfig, startService, until } from '../agent/support/service.mjs';
+import {
+  command, fakePrinter, fakeProgram, privateHome, readConfig, startService, until,
+} from '../agent/support/service.mjs';
 import { Chromium } from './chromium.mjs';
 import { run, runBash, samplesOf } from './samples.mjs';
 
@@ -20,7 +22,8 @@ const RESOURCES = path.join(BUNDLE, 'resources');
 const SCRIPT = path.join(RESOURCES, 'agent/bin/zemrak-local-print.mjs');
 const SITE = 'https://pos.zemrak.example';
 const ADDED = 'https://shop.example.com';
-const SAFARI = 'Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_7) AppleWebKit/605.1.15 (KHTML, like Gecko) Version/17.4 Safari/605.1.15';
+const SAFARI = 'Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_7) AppleWebKit/605.1.15 (KHTML, like Gecko) '
+  + 'Version/17.4 Safari/605.1.15';
 const NODE_TAB = 'Node.js';
 const RUNNERS = ['bash', 'js', 'python', 'php'];
 
@@ -39,7 +42,9 @@ before(async () => {
   suite.after(() => rmSync(folder, { recursive: true, force: true }));
   const home = privateHome(suite);
   const guide = path.join(folder, 'guide.md');
-  const exported = await run(path.join(BUNDLE, 'bin/zemrak-printer'), ['--export-docs', guide], { cwd: folder, env: { ...process.env, HOME: home, QT_QPA_PLATFORM: 'offscreen' } });
+  const exported = await run(path.join(BUNDLE, 'bin/zemrak-printer'), ['--export-docs', guide], {
+    cwd: folder, env: { ...process.env, HOME: home, QT_QPA_PLATFORM: 'offscreen' },
+  });
   assert.equal(exported.status, 0, `${BUNDLE}: ${shown(exported)}`);
   samples = samplesOf(readFileSync(guide, 'utf8'));
 
@@ -56,17 +61,29 @@ before(async () => {
   assert.equal((await command(suite, home, ['init-tls'], { PATH: process.env.PATH })).status, 0);
   service = await startService(suite, {
     home, script: SCRIPT,
-    env: { ZEMRAK_LP_HTTP_PORT: '17731', ZEMRAK_LP_HTTPS_PORT: '17732', ZEMRAK_LP_PDFRENDER: path.join(RESOURCES, 'pdfrender'), ZEMRAK_LP_TEXTRENDER: path.join(RESOURCES, 'textrender') },
+    env: {
+      ZEMRAK_LP_HTTP_PORT: '17731', ZEMRAK_LP_HTTPS_PORT: '17732',
+      ZEMRAK_LP_PDFRENDER: path.join(RESOURCES, 'pdfrender'), ZEMRAK_LP_TEXTRENDER: path.join(RESOURCES, 'textrender'),
+    },
   });
   printer = await fakePrinter(suite);
   await service.addPrinter(printer.port, 'Kitchen');
 });
 after(async () => { for (const task of cleanUps) await task(); });
 
-/** Waits until every job is over; each must have been printed, or called off by the sample itself. @returns {Promise<number>} how many were printed */
+/**
+ * Waits until every job is over; each must have been printed, or called off by the sample itself.
+ * @returns {Promise<number>} how many were printed
+ */
 async function allPrinted(maySkip = false) {
   const isOver = ({ status }) => ['completed', 'failed', 'cancelled'].includes(status);
-  const jobs = await until(async () => { const { recentJobs } = await service.state(); return recentJobs.every(isOver) && recentJobs; }, 'all jobs to end', 30_000);
+  const jobs = await until(
+    async () => {
+      const { recentJobs } = await service.state();
+      return recentJobs.every(isOver) && recentJobs;
+    },
+    'all jobs to end', 30_000,
+  );
   const wanted = maySkip ? ['completed', 'cancelled'] : ['completed'];
   assert.deepEqual(jobs.filter(({ status }) => !wanted.includes(status)), []);
   // What asks a printer for its paper is not printed.
@@ -78,9 +95,13 @@ async function allPrinted(maySkip = false) {
 const shown = ({ status, stdout, stderr }) => `status ${status}\n${stdout}\n${stderr}`;
 
 test('the harness finds every block, and a block that fails', async () => {
-  const fixture = '# G\n\n## One\n\n```bash\necho a\n\n# ## not a tab\n```\n\n### x\n\n```bash\nfalse | cat\necho "not reached"\n```\n\n## Two\n\n```bash\necho c\n```\n';
+  const fixture = '# G\n\n## One\n\n```bash\necho a\n\n# ## not a tab\n```\n\n'
+    + '### x\n\n```bash\nfalse | cat\necho "not reached"\n```\n\n## Two\n\n```bash\necho c\n```\n';
   const blocks = samplesOf(fixture);
-  assert.deepEqual(blocks.map(({ tab, lang, line }) => [tab, lang, line]), [['One', 'bash', 5], ['One', 'bash', 13], ['Two', 'bash', 20]]);
+  assert.deepEqual(
+    blocks.map(({ tab, lang, line }) => [tab, lang, line]),
+    [['One', 'bash', 5], ['One', 'bash', 13], ['Two', 'bash', 20]],
+  );
   assert.throws(() => samplesOf('```js\nx'), /line 1/);
   const options = { cwd: folder, env };
   const results = await runBash(blocks.map(({ code }) => code), options);
@@ -107,7 +128,7 @@ test('bash', async (t) => {
       await t.test(`line ${line}, ${tab}: pip install`, () => assert.ok(python, 'a Python with Requests'));
     }
     const running = blocks.filter((each) => !installs.includes(each));
-    const before = printer.jobs.length;
+    const earlier = printer.jobs.length;
     const results = running.length > 0 ? await runBash(running.map(({ code }) => code), { cwd: folder, env }) : [];
     for (const [index, { line, code }] of running.entries()) {
       await t.test(`line ${line}, ${tab}`, () => {
@@ -117,7 +138,7 @@ test('bash', async (t) => {
       });
     }
     await allPrinted(true);
-    if (running.some(({ code }) => code.includes('Kitchen'))) assert.ok(printer.jobs.length > before, `${tab} prints`);
+    if (running.some(({ code }) => code.includes('Kitchen'))) assert.ok(printer.jobs.length > earlier, `${tab} prints`);
   }
   assert.ok((await service.state()).allowedOrigins.includes(ADDED), 'the command of the guide has added a site');
 });
@@ -125,19 +146,21 @@ test('bash', async (t) => {
 test('scripts', async (t) => {
   const python = await pythonWithRequests();
   const interpreters = { js: ['print.mjs', process.execPath], python: ['print.py', python], php: ['print.php', 'php'] };
-  for (const { tab, lang, code, line } of samples.filter((each) => each.lang in interpreters && (each.lang !== 'js' || each.tab === NODE_TAB))) {
+  for (const { tab, lang, code, line } of samples.filter(
+    (each) => each.lang in interpreters && (each.lang !== 'js' || each.tab === NODE_TAB),
+  )) {
     await t.test(`line ${line}, ${tab}`, async () => {
       const [name, interpreter] = interpreters[lang];
       assert.ok(interpreter, `there is no interpreter for ${lang}`);
       const file = path.join(folder, name);
       writeFileSync(file, code);
-      const before = await allPrinted(true);
+      const earlier = await allPrinted(true);
       const questions = asked().length;
       const first = await run(interpreter, [file, 'invoice.pdf'], { cwd: folder, env });
       assert.equal(first.status, 0, shown(first));
       assert.match(first.stdout, /completed/);
       assert.equal(asked().length, questions + 1, 'the person was asked');
-      assert.ok(await allPrinted(true) > before, 'it prints');
+      assert.ok((await allPrinted(true)) > earlier, 'it prints');
       // As the sample says: the token it shows, kept in the environment, stands for the pairing from then on.
       const [, token] = /ZEMRAK_PRINTER_TOKEN=(\S+)/.exec(first.stdout) ?? [];
       assert.ok(token, first.stdout);
@@ -154,15 +177,18 @@ test('pages in Chromium, on another origin', async (t) => {
   const local = `http://localhost:${plain}`;
   await service.post('/admin/origins/add', { origin: local });
   const keys = [spki, spkiOf(readConfig(service.home, 'tls/server.crt'))];
-  // The certificates of the site, made here, and of the service are trusted by the digests of their keys. Both pages count as pages of the
-  // internet: Chromium asks for leave to reach this computer for those only, and not for pages that come from it.
+  // The certificates of the site, made here, and of the service are trusted by the digests of their keys. Both pages
+  // count as pages of the internet: Chromium asks for leave to reach this computer for those only, and not for pages
+  // that come from it.
   const browser = new Chromium([
-    `--host-resolver-rules=MAP pos.zemrak.example:443 127.0.0.1:${secure}`, `--ignore-certificate-errors-spki-list=${keys}`,
+    `--host-resolver-rules=MAP pos.zemrak.example:443 127.0.0.1:${secure}`,
+    `--ignore-certificate-errors-spki-list=${keys}`,
     `--ip-address-space-overrides=127.0.0.1:${secure}=public,127.0.0.1:${plain}=public,[::1]:${plain}=public`,
   ]);
   t.after(() => browser.close());
 
-  const findsNothing = "import('./zemrak-local-print-client.mjs').then(({ isLocalPrintAvailable }) => isLocalPrintAvailable())";
+  const findsNothing =
+    "import('./zemrak-local-print-client.mjs').then(({ isLocalPrintAvailable }) => isLocalPrintAvailable())";
   for (const origin of [SITE, local]) {
     const page = await browser.open(`${origin}/`);
     // Without a window the question is answered with no.
@@ -171,39 +197,51 @@ test('pages in Chromium, on another origin', async (t) => {
     await allow(browser, origin);
   }
   // Safari itself is not to be had here: what it would do is tried under its name.
-  for (const [origin, base, name] of [[SITE, 'http://127.0.0.1:17731/'], [local, 'http://127.0.0.1:17731/'], [SITE, 'https://127.0.0.1:17732/', SAFARI]]) {
+  for (const [origin, base, name] of [
+    [SITE, 'http://127.0.0.1:17731/'], [local, 'http://127.0.0.1:17731/'], [SITE, 'https://127.0.0.1:17732/', SAFARI],
+  ]) {
     const questions = () => asked().filter((question) => question.includes(origin)).length;
     const askedBefore = questions();
     for (const [index, { tab, line }] of pages.entries()) {
       await t.test(`line ${line}, ${tab}, ${origin}, ${base}`, async () => {
-        const before = await allPrinted(true);
+        const earlier = await allPrinted(true);
         const page = await browser.open(`${origin}/`, name);
         assert.equal(await page.evaluate(`import('./sample-${index}.js').then(() => location.origin)`), origin);
         assert.ok(page.lines.length > 0, 'it says what came of it');
         assert.deepEqual(page.lines.filter((text) => text.startsWith('[error]')), []);
-        const reached = await page.evaluate("performance.getEntriesByType('resource').map((entry) => entry.name).filter((url) => url.includes('//127.0.0.1:'))");
+        const reached = await page.evaluate("performance.getEntriesByType('resource').map((entry) => entry.name)"
+          + ".filter((url) => url.includes('//127.0.0.1:'))");
         assert.ok(reached.length > 0 && reached.every((url) => url.startsWith(base)), `${reached}`);
-        assert.ok(await allPrinted(true) > before, 'it prints');
+        assert.ok((await allPrinted(true)) > earlier, 'it prints');
         await page.close();
       });
     }
-    assert.equal(questions(), askedBefore + (name ? 0 : 1), 'the person was asked once: the pages of a site share its token');
+    assert.equal(
+      questions(), askedBefore + (name ? 0 : 1), 'the person was asked once: the pages of a site share its token',
+    );
   }
 
   // The other path is taken when the service is not there, and only then.
-  const before = printer.jobs.length;
+  const earlier = printer.jobs.length;
   await service.stop();
   const fallback = pages.findIndex(({ code }) => code.includes('qz-tray-client.mjs'));
   assert.notEqual(fallback, -1);
   const page = await browser.open(`${SITE}/`);
   assert.equal(await page.evaluate(`import('./sample-${fallback}.js').then(() => globalThis.otherPath)`), 'Kitchen');
-  assert.equal(printer.jobs.length, before);
+  assert.equal(printer.jobs.length, earlier);
 });
 
 /** Grants what the person would be asked for, under the names of newer and older versions. */
 async function allow(browser, origin) {
-  const grants = await Promise.allSettled(['loopback-network', 'local-network-access'].map((name) => browser.send('Browser.setPermission', { permission: { name }, setting: 'granted', origin })));
-  assert.ok(grants.some(({ status }) => status === 'fulfilled'), grants.map(({ reason }) => reason?.message).join('; '));
+  const grants = await Promise.allSettled(
+    ['loopback-network', 'local-network-access'].map((name) =>
+      browser.send('Browser.setPermission', { permission: { name }, setting: 'granted', origin }),
+    ),
+  );
+  assert.ok(
+    grants.some(({ status }) => status === 'fulfilled'),
+    grants.map(({ reason }) => reason?.message).join('; '),
+  );
 }
 
 /** The first Python that has Requests; null when none has. */
@@ -214,12 +252,21 @@ async function pythonWithRequests() {
   return null;
 }
 
-/** Serves the samples as modules of a site, beside what the guide says they find there. @returns {Promise<{ secure: number, plain: number, spki: string }>} */
+/**
+ * Serves the samples as modules of a site, beside what the guide says they find there.
+ * @returns {Promise<{ secure: number, plain: number, spki: string }>}
+ */
 async function serveSite(t, pages) {
   const files = {
     '/': ['text/html', '<!doctype html><meta charset="utf-8"><link rel="icon" href="data:,"><title>Shop</title>'],
-    '/zemrak-local-print-client.mjs': ['text/javascript', readFileSync(path.join(RESOURCES, 'sdk/zemrak-local-print-client.mjs'))],
-    '/qz-tray-client.mjs': ['text/javascript', 'export async function printThermalRasterPayload(raster, { printerName }) { globalThis.otherPath = printerName; return {}; }'],
+    '/zemrak-local-print-client.mjs': [
+      'text/javascript', readFileSync(path.join(RESOURCES, 'sdk/zemrak-local-print-client.mjs')),
+    ],
+    '/qz-tray-client.mjs': [
+      'text/javascript',
+      'export async function printThermalRasterPayload(raster, { printerName }) '
+        + '{ globalThis.otherPath = printerName; return {}; }',
+    ],
     '/invoice.pdf': ['application/pdf', readFileSync(path.join(folder, 'invoice.pdf'))],
     ...Object.fromEntries(pages.map(({ code }, index) => [`/sample-${index}.js`, ['text/javascript', code]])),
   };
@@ -229,16 +276,33 @@ async function serveSite(t, pages) {
   };
   const keys = path.join(folder, 'site');
   mkdirSync(keys);
-  const made = await run('openssl', ['req', '-x509', '-newkey', 'ec', '-pkeyopt', 'ec_paramgen_curve:P-256', '-nodes', '-days', '2', '-subj', '/CN=pos.zemrak.example',
-    '-addext', 'subjectAltName=DNS:pos.zemrak.example', '-keyout', 'key.pem', '-out', 'cert.pem'], { cwd: keys, env });
+  const made = await run(
+    'openssl',
+    [
+      'req', '-x509', '-newkey', 'ec', '-pkeyopt', 'ec_paramgen_curve:P-256', '-nodes', '-days', '2', '-subj',
+      '/CN=pos.zemrak.example', '-addext', 'subjectAltName=DNS:pos.zemrak.example', '-keyout', 'key.pem', '-out',
+      'cert.pem',
+    ],
+    { cwd: keys, env },
+  );
   assert.equal(made.status, 0, made.stderr);
   const [key, cert] = ['key.pem', 'cert.pem'].map((name) => readFileSync(path.join(keys, name)));
-  const [secure, plain] = await Promise.all([https.createServer({ key, cert }, answer), http.createServer(answer)].map(async (server) => {
-    await new Promise((resolve) => { server.listen(0, '127.0.0.1', resolve); });
-    t.after(() => { server.close(); server.closeAllConnections(); });
-    return server.address().port;
-  }));
+  const [secure, plain] = await Promise.all(
+    [https.createServer({ key, cert }, answer), http.createServer(answer)].map(async (server) => {
+      await new Promise((resolve) => {
+        server.listen(0, '127.0.0.1', resolve);
+      });
+      t.after(() => {
+        server.close();
+        server.closeAllConnections();
+      });
+      return server.address().port;
+    }),
+  );
   return { secure, plain, spki: spkiOf(cert) };
 }
 
-const spkiOf = (certificate) => createHash('sha256').update(new X509Certificate(certificate).publicKey.export({ type: 'spki', format: 'der' })).digest('base64');
+const spkiOf = (certificate) =>
+  createHash('sha256')
+    .update(new X509Certificate(certificate).publicKey.export({ type: 'spki', format: 'der' }))
+    .digest('base64');

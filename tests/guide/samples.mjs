@@ -28,7 +28,8 @@ export function samplesOf(markdown) {
 
 /**
  * Runs a program to its end.
- * @returns {Promise<{ status: number | string, stdout: string, stderr: string }>} status "missing" when there is no such program that may be run, "late" when it was ended
+ * @returns {Promise<{ status: number | string, stdout: string, stderr: string }>}
+ *   status "missing" when there is no such program that may be run, "late" when it was ended
  */
 export function run(file, args, { cwd, env, timeoutMs = 60_000 }) {
   return new Promise((resolve) => {
@@ -52,12 +53,16 @@ const MARK = '@@@ sample';
  * @returns {Promise<{ outcome: 'passed' | 'failed' | 'not run', output: string }[]>} one for each
  */
 export async function runBash(blocks, options) {
-  const script = ['set -euo pipefail', ...blocks.flatMap((code, index) => [`echo '${MARK} ${index}'`, code])].join('\n');
+  const script = ['set -euo pipefail', ...blocks.flatMap((code, index) => [`echo '${MARK} ${index}'`, code])].join(
+    '\n',
+  );
   const { status, stdout, stderr } = await run('bash', ['-c', script], options);
   const outputs = stdout.split(new RegExp(`^${MARK} \\d+\\n`, 'm')).slice(1);
   return blocks.map((_, index) => {
     const isLast = index === outputs.length - 1;
     if (index >= outputs.length) return { outcome: 'not run', output: `${status} ${stderr}` };
-    return isLast && status !== 0 ? { outcome: 'failed', output: `${outputs[index]}\n${stderr}\nstatus ${status}` } : { outcome: 'passed', output: outputs[index] };
+    return isLast && status !== 0
+      ? { outcome: 'failed', output: `${outputs[index]}\n${stderr}\nstatus ${status}` }
+      : { outcome: 'passed', output: outputs[index] };
   });
 }

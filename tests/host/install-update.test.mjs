@@ -2,8 +2,8 @@ import { after, describe, test } from 'node:test';
 import assert from 'node:assert/strict';
 import { execFileSync, spawn, spawnSync } from 'node:child_process';
 import {
-  chmodSync, chownSync, copyFileSync, existsSync, lstatSync, mkdirSync, mkdtempSync, readFileSync, readdirSync, rmSync, statSync, symlinkSync,
-  truncateSync, writeFileSync,
+  chmodSync, chownSync, copyFileSync, existsSync, lstatSync, mkdirSync, mkdtempSync, readFileSync, readdirSync, rmSync,
+  statSync, symlinkSync, truncateSync, writeFileSync,
 } from 'node:fs';
 import os from 'node:os';
 import path from 'node:path';
@@ -28,7 +28,10 @@ after(() => {
 });
 
 /** What was started, in order: "VERSION PID". */
-const journal = (root) => (existsSync(path.join(root, 'journal')) ? readFileSync(path.join(root, 'journal'), 'utf8').split('\n').filter(Boolean) : []);
+const journal = (root) =>
+  existsSync(path.join(root, 'journal'))
+    ? readFileSync(path.join(root, 'journal'), 'utf8').split('\n').filter(Boolean)
+    : [];
 const started = (root) => journal(root).map((line) => line.split(' ')[0]);
 const log = (root) => readFileSync(path.join(root, 'home/.local/state/zemrak-printer/install-update.log'), 'utf8');
 
@@ -51,7 +54,9 @@ function contents(folder) {
   for (const name of readdirSync(folder).sort()) {
     const file = path.join(folder, name);
     const info = lstatSync(file);
-    if (info.isDirectory()) for (const [inner, what] of Object.entries(contents(file))) files[`${name}/${inner}`] = what;
+    if (info.isDirectory()) {
+      for (const [inner, what] of Object.entries(contents(file))) files[`${name}/${inner}`] = what;
+    }
     else files[name] = `${info.mode.toString(8)} ${info.isFile() ? readFileSync(file).toString('latin1') : ''}`;
   }
   return files;
@@ -70,7 +75,10 @@ function place({ behaviour = STAY, mode } = {}) {
   mkdirSync(path.join(root, 'home'));
   makeBundle(root, installed, '1.0', STAY);
   makeBundle(root, fresh, '2.0', behaviour, mode);
-  return { root, apps, installed, fresh, former: contents(installed), newer: contents(fresh), kept: `${installed}.before-update` };
+  return {
+    root, apps, installed, fresh, former: contents(installed), newer: contents(fresh),
+    kept: `${installed}.before-update`,
+  };
 }
 
 // A version that does not stay up ends its watch by itself, so that one may be long.
@@ -96,7 +104,9 @@ function quittingProcess(t, seconds = 0.3) {
 }
 
 function install(t, { root, installed, fresh }, { pid = quittingProcess(t), env, ...options } = {}) {
-  return run('/bin/bash', [path.join(installed, 'resources/install-update.sh'), fresh, installed, String(pid), '2.0'], { env: environment(root, env), ...options });
+  return run('/bin/bash', [path.join(installed, 'resources/install-update.sh'), fresh, installed, String(pid), '2.0'], {
+    env: environment(root, env), ...options,
+  });
 }
 
 async function until(read, what, ms = 20_000) {
@@ -135,22 +145,37 @@ describe('install-update.sh', { concurrency: 8 }, () => {
     writeFileSync(path.join(where.kept, 'older'), '');
     const application = spawn('/bin/sleep', ['60'], { stdio: 'ignore' });
     t.after(() => application.kill('SIGKILL'));
-    const line = `nohup /bin/bash '${where.installed}/resources/install-update.sh' '${where.fresh}' '${where.installed}' ${application.pid} 2.0 >/dev/null 2>&1 &`;
+    const { installed, fresh } = where;
+    const line = `nohup /bin/bash '${installed}/resources/install-update.sh' '${fresh}' '${installed}' \
+      ${application.pid} 2.0 >/dev/null 2>&1 &`;
     assert.equal(await run('/bin/bash', ['-c', line], { env: environment(where.root) }), 0);
     await until(() => existsSync(path.join(where.root, 'home/.local/state')), 'the log');
     await new Promise((resolve) => { setTimeout(resolve, 600); });
-    assert.deepEqual([contents(where.installed), started(where.root)], [where.former, []], 'nothing happens while it lives');
+    assert.deepEqual(
+      [contents(where.installed), started(where.root)], [where.former, []], 'nothing happens while it lives',
+    );
     application.kill();
-    await until(() => /is up/.test(log(where.root)) && existsSync(where.kept) && !existsSync(path.join(where.kept, 'older')), 'the new version to be up');
+    await until(
+      () => /is up/.test(log(where.root)) && existsSync(where.kept) && !existsSync(path.join(where.kept, 'older')),
+      'the new version to be up',
+    );
     await assertNew(where);
     assert.ok(isRunning(journal(where.root)[0]));
-    assert.equal(Number.parseInt(readFileSync(path.join(where.root, 'home/signals'), 'utf8').split('\t')[1], 16) & 7, 0, 'no ignored signals are passed on');
+    assert.equal(
+      Number.parseInt(readFileSync(path.join(where.root, 'home/signals'), 'utf8').split('\t')[1], 16) & 7, 0,
+      'no ignored signals are passed on',
+    );
     assert.equal(readFileSync(path.join(where.root, 'home/folder'), 'utf8'), '/\n');
-    assert.equal(statSync(path.join(where.root, 'home/.local/state/zemrak-printer/install-update.log')).mode & 0o777, 0o600);
+    assert.equal(
+      statSync(path.join(where.root, 'home/.local/state/zemrak-printer/install-update.log')).mode & 0o777, 0o600,
+    );
   });
 
   const PERL = `use POSIX;
-if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::setsid(); open my $f, ">>", "$ENV{NOTE}"; print $f "2.0 $$\\n"; close $f; sleep 60; exit }
+if (readlink("/proc/self/exe") =~ /zemrak-printer$/) {
+  exit 0 if fork;
+  POSIX::setsid(); open my $f, ">>", "$ENV{NOTE}"; print $f "2.0 $$\\n"; close $f; sleep 60; exit
+}
 1;`;
 
   for (const [name, behaviour, env = {}] of [
@@ -198,7 +223,9 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
 
   test('a new bundle that is missing, or overlaps with the installed one', async (t) => {
     const where = place();
-    for (const fresh of [path.join(where.root, 'nowhere'), where.installed, path.join(where.installed, 'resources'), where.apps]) {
+    for (const fresh of [
+      path.join(where.root, 'nowhere'), where.installed, path.join(where.installed, 'resources'), where.apps,
+    ]) {
       rmSync(path.join(where.root, 'journal'), { force: true });
       assert.equal(await install(t, { ...where, fresh }), 1, fresh);
       await assertFormer(where);
@@ -209,13 +236,18 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
   test('an application that does not end keeps everything as it is', async (t) => {
     const where = place();
     assert.equal(await install(t, where, { pid: process.pid, env: { ZEMRAK_UPDATE_QUIT_SECONDS: '1' } }), 1);
-    assert.deepEqual([contents(where.installed), started(where.root), readdirSync(where.apps)], [where.former, [], [path.basename(where.installed)]]);
+    assert.deepEqual(
+      [contents(where.installed), started(where.root), readdirSync(where.apps)],
+      [where.former, [], [path.basename(where.installed)]],
+    );
     assert.match(log(where.root), /does not end/);
   });
 
   test('an application that has ended but was not reaped counts as ended', async (t) => {
     const where = place();
-    const parent = spawn('/bin/bash', ['-c', 'sleep 0.2 & echo $!; exec sleep 60'], { stdio: ['ignore', 'pipe', 'ignore'] });
+    const parent = spawn('/bin/bash', ['-c', 'sleep 0.2 & echo $!; exec sleep 60'], {
+      stdio: ['ignore', 'pipe', 'ignore'],
+    });
     t.after(() => parent.kill('SIGKILL'));
     const pid = await new Promise((resolve) => { parent.stdout.once('data', (data) => resolve(String(data).trim())); });
     assert.equal(await install(t, where, { pid }), 0, log(where.root));
@@ -225,14 +257,18 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
   test('wrong arguments, and an installed bundle that is not there, change nothing', async (t) => {
     const where = place();
     const env = environment(where.root);
-    for (const args of [[], [where.fresh, where.installed, '1'], ['staged', where.installed, '99999999', '2.0'], [where.fresh, where.installed, '-1', '2.0'],
-      [where.fresh, where.installed, '1 || true', '2.0'], [where.fresh, where.installed, '1', '2.0', 'x']]) {
+    for (const args of [
+      [], [where.fresh, where.installed, '1'], ['staged', where.installed, '99999999', '2.0'],
+      [where.fresh, where.installed, '-1', '2.0'], [where.fresh, where.installed, '1 || true', '2.0'],
+      [where.fresh, where.installed, '1', '2.0', 'x'],
+    ]) {
       assert.equal(await run('/bin/bash', [SCRIPT, ...args], { env, cwd: where.root }), 64, args.join(' '));
     }
     const gone = path.join(where.apps, 'gone');
     assert.equal(await run('/bin/bash', [SCRIPT, where.fresh, gone, String(quittingProcess(t)), '2.0'], { env }), 1);
     assert.equal(await run('/bin/bash', [SCRIPT, where.fresh, '/', String(quittingProcess(t)), '2.0'], { env }), 1);
-    assert.deepEqual([contents(where.installed), started(where.root), readdirSync(where.apps)], [where.former, [], [path.basename(where.installed)]]);
+    assert.deepEqual([contents(where.installed), started(where.root)], [where.former, []]);
+    assert.deepEqual(readdirSync(where.apps), [path.basename(where.installed)]);
   });
 
   test('of two updates at once one goes on', async (t) => {
@@ -274,12 +310,19 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     if (probe.status !== 0) return t.skip('no small file system can be mounted here');
     // The small file system exists for the script alone; what it holds at the end is copied out.
     const inside = `mount -t tmpfs -o size=2m tmpfs "$1" && cp -aT "$2" "$3" || exit 99
-    /bin/bash "$3/resources/install-update.sh" "$4" "$3" "$5" 2.0; status=$?; mkdir "$6" && cp -aT "$1" "$6"; exit $status`;
+    /bin/bash "$3/resources/install-update.sh" "$4" "$3" "$5" 2.0
+    status=$?; mkdir "$6" && cp -aT "$1" "$6"; exit $status`;
     const original = path.join(where.root, 'original');
     const seen = path.join(where.root, 'seen');
     execFileSync('/bin/cp', ['-aT', where.installed, original]);
-    const status = await run('/usr/bin/unshare', ['-rm', '/bin/bash', '-c', inside, 'x', where.apps, original, where.installed, where.fresh,
-      String(quittingProcess(t)), seen], { env: environment(where.root) });
+    const status = await run(
+      '/usr/bin/unshare',
+      [
+        '-rm', '/bin/bash', '-c', inside, 'x', where.apps, original, where.installed, where.fresh,
+        String(quittingProcess(t)), seen,
+      ],
+      { env: environment(where.root) },
+    );
     assert.equal(status, 1);
     assert.match(log(where.root), /cannot be copied: .*No space left/);
     await assertFormer({ ...where, apps: seen, installed: path.join(seen, path.basename(where.installed)) });
@@ -304,7 +347,9 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     const folder = path.join(root, 'shims');
     mkdirSync(folder);
     for (const name of names) {
-      writeFileSync(path.join(folder, name), `#!/bin/bash\nNAME=${name} REAL=/usr/bin/${name}\n${script}\nexec "$REAL" "$@"\n`);
+      writeFileSync(
+        path.join(folder, name), `#!/bin/bash\nNAME=${name} REAL=/usr/bin/${name}\n${script}\nexec "$REAL" "$@"\n`,
+      );
       chmodSync(path.join(folder, name), 0o755);
     }
     return `${folder}:/usr/bin:/bin`;
@@ -312,7 +357,8 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
 
   test('a file system that cannot exchange names', async (t) => {
     // A number that no kernel knows stands for a call that it refuses.
-    const refuse = 'code=${2//=> [0-9][0-9][0-9]/=> 9999}; [ "$code" != "$2" ] || exit 9; shift 2; set -- -e "$code" "$@"';
+    const refuse =
+      'code=${2//=> [0-9][0-9][0-9]/=> 9999}; [ "$code" != "$2" ] || exit 9; shift 2; set -- -e "$code" "$@"';
     for (const behaviour of [STAY, 'exit 1']) {
       const where = place({ behaviour });
       const env = { PATH: shims(where.root, ['perl'], refuse), ...(behaviour !== STAY && PATIENT) };
@@ -325,7 +371,9 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
   });
 
   test('killed before any of its steps, it leaves one whole bundle in place, and the next update works', async (t) => {
-    const steps = ['mkdir', 'stat', 'realpath', 'dirname', 'basename', 'flock', 'rm', 'cp', 'sync', 'perl', 'setsid', 'mv'];
+    const steps = [
+      'mkdir', 'stat', 'realpath', 'dirname', 'basename', 'flock', 'rm', 'cp', 'sync', 'perl', 'setsid', 'mv',
+    ];
     // Only the cut copy leaves something half done; every other step is a single call.
     const cut = `count=$(($(cat 'ROOT/count') + 1)); echo $count >'ROOT/count'
     if [ $count = "$CUT" ]; then
@@ -335,10 +383,20 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
     const outcomes = new Set();
     const cutAt = async (step, behaviour) => {
       const where = place({ behaviour });
-      const env = environment(where.root, { CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)), ...(behaviour !== STAY && PATIENT) });
+      const env = environment(where.root, {
+        CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)),
+        ...(behaviour !== STAY && PATIENT),
+      });
       writeFileSync(path.join(where.root, 'count'), '0');
-      const status = await run('/bin/bash', ['-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
-        path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed, String(quittingProcess(t, 0.05)), '2.0'], { env });
+      const status = await run(
+        '/bin/bash',
+        [
+          '-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
+          path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed,
+          String(quittingProcess(t, 0.05)), '2.0',
+        ],
+        { env },
+      );
       const now = contents(where.installed);
       const version = now['resources/version'].split(' ')[1];
       assert.deepEqual(now, version === '2.0' ? where.newer : where.former, `cut before step ${step}`);
@@ -349,7 +407,9 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) { exit 0 if fork; POSIX::se
       makeBundle(where.root, where.fresh, '3.0', STAY);
       assert.equal(await install(t, where), 0, `after a cut before step ${step}: ${log(where.root)}`);
       assert.deepEqual(contents(where.installed), contents(where.fresh));
-      assert.deepEqual(readdirSync(where.apps).sort(), [path.basename(where.installed), path.basename(where.kept)].sort());
+      assert.deepEqual(
+        readdirSync(where.apps).sort(), [path.basename(where.installed), path.basename(where.kept)].sort(),
+      );
       endPrograms(where.root);
       return null;
     };

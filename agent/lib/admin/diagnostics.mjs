@@ -7,7 +7,7 @@ import { pick } from './pick.mjs';
  * What support needs to see, and nothing that belongs to the shop's customers: no token, no receipt,
  * no site, no device address (it holds the serial number). Only what is named here gets in; what comes from a file
  * or a message is looked through for secrets besides.
- * @param {object} service see service.mjs
+ * @param {import('../service.mjs').Service} service
  */
 export function diagnostics({ settings, printers, history, alerts, queue, listeners, log, portConflict, startedAt }) {
   const { origins, sites, autoApprovePairing } = settings.values;
@@ -20,20 +20,30 @@ export function diagnostics({ settings, printers, history, alerts, queue, listen
     listeners: { ...listeners },
     portConflict: portConflict(),
     settings: { autoApprovePairing },
-    counts: { printers: known.length, origins: origins.length, pairedSites: sites.length, jobs: history.count, jobsPending: queue.depth, alertsUnread: alerts.unread },
-    printers: known.map((printer) => pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'host', 'port', 'transport', 'profile'])),
-    jobs: history.recent().map((job) => ({
-      ...pick(job, ['id', 'printerId', 'createdAt', 'updatedAt']), ...codes(pick(job, ['kind', 'status', 'errorCode'])),
-    })),
-    alerts: alerts.list().map((alert) => ({
-      ...pick(alert, ['key', 'count', 'createdAt', 'lastAt', 'resolvedAt']), ...codes(pick(alert, ['severity'])),
-    })),
+    counts: {
+      printers: known.length, origins: origins.length, pairedSites: sites.length, jobs: history.count,
+      jobsPending: queue.depth, alertsUnread: alerts.unread,
+    },
+    printers: known.map((printer) =>
+      pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'host', 'port', 'transport', 'profile']),
+    ),
+    jobs: history
+      .recent()
+      .map((job) => ({
+        ...pick(job, ['id', 'printerId', 'createdAt', 'updatedAt']),
+        ...codes(pick(job, ['kind', 'status', 'errorCode'])),
+      })),
+    alerts: alerts
+      .list()
+      .map((alert) => ({
+        ...pick(alert, ['key', 'count', 'createdAt', 'lastAt', 'resolvedAt']), ...codes(pick(alert, ['severity'])),
+      })),
     errors: log.problems(),
     log: log.lines(),
   };
   const sitesTexts = [...textsIn(sites), ...origins];
   const hosts = sitesTexts.flatMap((text) => /^https?:\/\/([^/]+)/.exec(text)?.[1] ?? []);
-  const names = known.flatMap(({ id, queue }) => [id, queue ?? []].flat());
+  const names = known.flatMap((printer) => [printer.id, printer.queue ?? []].flat());
   return mapTexts(report, redactor({ literals: [...sitesTexts, ...hosts], names }));
 }
 

@@ -3,10 +3,12 @@ import { pick } from './pick.mjs';
 
 const MOST_HOLDERS = 8;
 
+/** @typedef {{ port?: number, processId?: number, program?: string, userId?: number, user?: string }} Holder */
+
 /**
  * The last time another program held the ports, as the companion recorded it.
  * @param {string} file
- * @returns {{ at: number, holders: { port: number, processId?: number, program?: string, userId?: number, user?: string }[] } | null}
+ * @returns {{ at: number, holders: Holder[] } | null}
  *   null when there was none, or when the file is not such a record
  */
 export function lastPortConflict(file) {
@@ -18,6 +20,9 @@ export function lastPortConflict(file) {
 function holder(record) {
   const number = (key) => (Number.isSafeInteger(record?.[key]) ? record[key] : undefined);
   const text = (key) => (typeof record?.[key] === 'string' ? record[key].slice(0, 200) : undefined);
-  const known = { port: number('port'), processId: number('processId'), program: text('program'), userId: number('userId'), user: text('user') };
+  const known = {
+    port: number('port'), processId: number('processId'), program: text('program'), userId: number('userId'),
+    user: text('user'),
+  };
   return pick(known, Object.keys(known));
 }

@@ -9,7 +9,7 @@ import { pick } from './pick.mjs';
  * The companion judges some of these answers by their bare text: a success may nowhere hold the word
  * error in quotation marks, and only a success of add-usb may hold the word queue. So answers repeat
  * nothing that a person typed, printers' names included.
- * @param {object} service see service.mjs
+ * @param {import('../service.mjs').Service} service
  */
 export function printerRoutes({ printers, jobs, cups }) {
   const actions = {
@@ -21,7 +21,8 @@ export function printerRoutes({ printers, jobs, cups }) {
   return {
     '/admin/test': async ({ printer }, signal) => accepted(await jobs.test(printer, { signal })),
 
-    '/admin/designer/print': async ({ printer, doc }, signal) => accepted(await jobs.designer(printer, doc, { signal })),
+    '/admin/designer/print': async ({ printer, doc }, signal) =>
+      accepted(await jobs.designer(printer, doc, { signal })),
 
     '/admin/profile': async ({ id, profile }) => {
       printers.get(id);

@@ -22,7 +22,9 @@ const RANDOM = /[\w+=~-]{32,}/g;
 export function redactor({ literals = [], names = [], home = os.homedir() }) {
   const harmless = new Set(names);
   const looksRandom = (word) => /\d/.test(word) && /[a-z]/i.test(word) && !UUID.test(word) && !harmless.has(word);
-  const known = [...new Set(literals)].filter((each) => each.length >= SHORTEST_LITERAL).sort((a, b) => b.length - a.length);
+  const known = [...new Set(literals)]
+    .filter((each) => each.length >= SHORTEST_LITERAL)
+    .sort((a, b) => b.length - a.length);
   const homes = home.length > 1 ? [pathToFileURL(home).pathname, home] : [];
   return (text) => {
     let rest = text;

@@ -13,7 +13,7 @@ const DONE = Object.freeze({ ok: true });
 
 /**
  * The private commands, by method and path.
- * @param {object} service see service.mjs
+ * @param {import('../service.mjs').Service} service
  * @returns {Record<string, (call: { request: object, signal: AbortSignal }) => Promise<object> | object>}
  */
 export function adminRoutes(service) {

@@ -5,21 +5,27 @@ import { addOrigin } from '../sites/add-origin.mjs';
 /**
  * Commands on the sites that may print, by path. The companion takes the key of the added
  * origin in an answer for success: no refusal holds it.
- * @param {object} service see service.mjs
+ * @param {import('../service.mjs').Service} service
  */
 export function siteRoutes({ settings }) {
   return {
     '/admin/origins/add': async (body) => {
       const origin = normaliseOrigin(body.origin);
-      if (!origin) throw new ApiError(400, 'invalid_address', 'عنوان الموقع غير صالح. المسموح مواقع https وlocalhost للتطوير.');
+      if (!origin) {
+        throw new ApiError(400, 'invalid_address', 'عنوان الموقع غير صالح. المسموح مواقع https وlocalhost للتطوير.');
+      }
       await settings.update((draft) => addOrigin(draft, origin));
       return { body: { origin } };
     },
 
     '/admin/origins/remove': async (body) => {
       const origin = normaliseOrigin(body.origin);
-      if (DEFAULT_ORIGINS.includes(origin)) throw new ApiError(409, 'not_removable', 'هذا الموقع مسموح دائمًا ولا يُحذف.');
-      if (!settings.values.origins.includes(origin)) throw new ApiError(404, 'site_not_found', 'هذا الموقع ليس في القائمة.');
+      if (DEFAULT_ORIGINS.includes(origin)) {
+        throw new ApiError(409, 'not_removable', 'هذا الموقع مسموح دائمًا ولا يُحذف.');
+      }
+      if (!settings.values.origins.includes(origin)) {
+        throw new ApiError(404, 'site_not_found', 'هذا الموقع ليس في القائمة.');
+      }
       await settings.update((draft) => {
         draft.origins = draft.origins.filter((each) => each !== origin);
         // A site that may no longer print keeps no right to come back without being asked.

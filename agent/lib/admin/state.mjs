@@ -4,7 +4,7 @@ import { pick } from './pick.mjs';
 
 /**
  * The snapshot the companion reads every two seconds; every key is always there.
- * @param {object} service see service.mjs
+ * @param {import('../service.mjs').Service} service
  */
 export function agentState({ settings, printers, history, alerts, listeners }) {
   const { autoApprovePairing, origins, sites } = settings.values;
@@ -13,9 +13,15 @@ export function agentState({ settings, printers, history, alerts, listeners }) {
     httpPort: listeners.httpPort,
     httpsPort: listeners.httpsPort,
     tls: listeners.tls,
-    printers: printers.list().map((printer) => pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'profile'])),
+    printers: printers
+      .list()
+      .map((printer) => pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'profile'])),
     pairedSites: sites.map((site) => pick(site, ['id', 'origin', 'name', 'createdAt'])),
-    recentJobs: history.recent().map((job) => pick(job, ['id', 'printerId', 'printerName', 'kind', 'status', 'errorCode', 'createdAt', 'updatedAt'])),
+    recentJobs: history
+      .recent()
+      .map((job) =>
+        pick(job, ['id', 'printerId', 'printerName', 'kind', 'status', 'errorCode', 'createdAt', 'updatedAt']),
+      ),
     allowedOrigins: [...DEFAULT_ORIGINS, ...origins],
     defaultOrigins: [...DEFAULT_ORIGINS],
     autoApprovePairing,
@@ -27,7 +33,9 @@ export function agentState({ settings, printers, history, alerts, listeners }) {
 export function scanResult(printers) {
   const found = printers.list();
   return {
-    printers: found.map(({ id, displayName, state, reason }) => pick({ id, name: displayName, state, reason }, ['id', 'name', 'state', 'reason'])),
+    printers: found.map(({ id, displayName, state, reason }) =>
+      pick({ id, name: displayName, state, reason }, ['id', 'name', 'state', 'reason']),
+    ),
     connected: found.filter(({ state }) => ['ready', 'busy', 'error'].includes(state)).length,
   };
 }

@@ -25,9 +25,12 @@ export function parseBrowse(output, transport) {
   const found = new Map();
   for (const line of output.split('\n')) {
     const [mark, , , name, , , , address, port] = line.split(';');
-    const service = { name: unescapeName(name ?? '').replace(/\p{Cc}/gu, ''), host: address, port: Number(port), transport };
+    const service = {
+      name: unescapeName(name ?? '').replace(/\p{Cc}/gu, ''), host: address, port: Number(port), transport,
+    };
     // A link-local IPv6 address means nothing without the interface it belongs to.
-    if (mark !== '=' || !isHost(address) || /^fe[89ab]/i.test(address) || !isPort(service.port) || service.name === '') continue;
+    if (mark !== '=' || service.name === '' || !isPort(service.port)) continue;
+    if (!isHost(address) || /^fe[89ab]/i.test(address)) continue;
     const known = found.get(service.name);
     if (!known || (net.isIPv6(known.host) && net.isIPv4(address))) found.set(service.name, service);
   }

@@ -38,8 +38,8 @@ export function localAddresses(interfaces = os.networkInterfaces()) {
  * This computer's own network that an address belongs to, if it is one that only shops and homes have inside.
  * @param {string} host
  * @param {ReturnType<typeof os.networkInterfaces>} interfaces
- * @returns {{ holds: (address: string) => boolean, around: string[] } | null} around = the addresses near it, 254 at most,
- *   without this computer's; null for a name, a public address, or one that is reached through a router
+ * @returns {{ holds: (address: string) => boolean, around: string[] } | null} around = the addresses near it,
+ *   254 at most, without this computer's; null for a name, a public address, or one that is reached through a router
  */
 export function ownNetworkOf(host, interfaces = os.networkInterfaces()) {
   if (!isPrivate(host)) return null;
@@ -59,7 +59,10 @@ export function isPrivate(host) {
   return net.isIPv4(host) && /^(10\.|192\.168\.|169\.254\.|172\.(1[6-9]|2\d|3[01])\.)/.test(host);
 }
 
-const ipv4Of = (interfaces) => Object.values(interfaces).flat().filter((each) => each && !each.internal && (each.family === 'IPv4' || each.family === 4));
+const ipv4Of = (interfaces) =>
+  Object.values(interfaces)
+    .flat()
+    .filter((each) => each && !each.internal && (each.family === 'IPv4' || each.family === 4));
 
 /** Hosts named by hand: "10.0.0.5,10.0.0.6:9101,[::1]:9100"; what is not a host is skipped. */
 export function parseTargets(list) {
@@ -77,7 +80,8 @@ export function parseTargets(list) {
  */
 export async function discoverNetwork({ signal, env = process.env } = {}) {
   const named = env.ZEMRAK_LP_SCAN_HOSTS;
-  const targets = named !== undefined ? parseTargets(named) : localAddresses().map((host) => ({ host, port: PRINTER_PORT }));
+  const targets =
+    named !== undefined ? parseTargets(named) : localAddresses().map((host) => ({ host, port: PRINTER_PORT }));
   const until = performance.now() + TOTAL_MS;
   const found = await inParallel(targets, WIDTH, async (target) => {
     if (signal?.aborted || performance.now() > until) return false;

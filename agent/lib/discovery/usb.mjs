@@ -6,7 +6,11 @@ const PRINTER_CLASS = '07';
 
 /** Whether a text may be given to the print system as the address of a USB device. */
 export function isDeviceUri(uri) {
-  return typeof uri === 'string' && uri.length <= 512 && /^usb:\/\/[A-Za-z0-9._~%+@:()-]+\/[A-Za-z0-9._~%+@:()/ -]*(\?[A-Za-z0-9._~%+@:&=()-]*)?$/.test(uri);
+  return (
+    typeof uri === 'string' &&
+    uri.length <= 512 &&
+    /^usb:\/\/[A-Za-z0-9._~%+@:()-]+\/[A-Za-z0-9._~%+@:()/ -]*(\?[A-Za-z0-9._~%+@:&=()-]*)?$/.test(uri)
+  );
 }
 
 const readText = async (...parts) => (await readFile(path.join(...parts), 'utf8').catch(() => '')).trim();
@@ -35,7 +39,9 @@ export async function discoverUsb({ root = '/sys/bus/usb/devices', env = process
 }
 
 async function describe(folder, listed) {
-  const [vendor, product, serial] = await Promise.all(['manufacturer', 'product', 'serial'].map((name) => readText(folder, name)));
+  const [vendor, product, serial] = await Promise.all(
+    ['manufacturer', 'product', 'serial'].map((name) => readText(folder, name)),
+  );
   const made = makeUri(vendor, product, serial);
   const known = listed.find((uri) => uri === made)
     ?? listed.find((uri) => serial !== '' && uri.includes(`serial=${encodeURIComponent(serial)}`))

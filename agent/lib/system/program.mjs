@@ -21,9 +21,13 @@ export function findProgram(name, env = process.env) {
 }
 
 /**
- * Starts a program whose output is read; spawn() throws where the system has no memory left, and gives a child without pipes
- * where no files may be opened any more.
- * @returns {import('node:child_process').ChildProcess | null} null when it cannot be started; one that does not exist gives an error event
+ * Starts a program whose output is read; spawn() throws where the system has no memory left, and gives a child without
+ * pipes where no files may be opened any more.
+ * @param {string} file absolute path
+ * @param {string[]} args
+ * @param {import('node:child_process').SpawnOptions} options
+ * @returns {import('node:child_process').ChildProcess | null} null when it cannot be started; one that does not exist
+ *   gives an error event
  */
 export function startProgram(file, args, options) {
   try {
@@ -50,7 +54,8 @@ export function closeSoonAfterExit(child) {
  * @param {string} file absolute path
  * @param {string[]} args
  * @param {{ timeoutMs?: number, input?: Uint8Array, signal?: AbortSignal, cwd?: string }} options
- * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>} status -1 when it was killed or could not start
+ * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>}
+ *   status -1 when it was killed or could not start
  */
 export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } = {}) {
   return new Promise((resolve) => {
@@ -70,12 +75,14 @@ export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } 
     const settle = (status) => {
       clearTimeout(timer);
       signal?.removeEventListener('abort', kill);
-      resolve({ status, stdout: Buffer.concat(out).toString('utf8'), stderr: Buffer.concat(err).toString('utf8'), timedOut });
+      resolve({
+        status, stdout: Buffer.concat(out).toString('utf8'), stderr: Buffer.concat(err).toString('utf8'), timedOut,
+      });
     };
     child.on('error', () => settle(-1));
     closeSoonAfterExit(child);
     child.on('close', (status) => settle(status ?? -1));
-    if (input) {
+    if (input && child.stdin) {
       child.stdin.on('error', () => {});
       child.stdin.end(input);
     }

@@ -31,7 +31,9 @@ export function signedMessage({ name, version, size, sha512 }) {
   };
   const length = Buffer.alloc(8);
   length.writeBigUInt64BE(BigInt(size));
-  return Buffer.concat([Buffer.from('zemrak-printer release 1\0'), ...text(name), ...text(version), length, Buffer.from(sha512, 'hex')]);
+  return Buffer.concat([
+    Buffer.from('zemrak-printer release 1\0'), ...text(name), ...text(version), length, Buffer.from(sha512, 'hex'),
+  ]);
 }
 
 /**
@@ -49,18 +51,26 @@ export function readManifest(json, publicKey) {
     throw new UpdateError('bad_release', 'the description is not JSON');
   }
   const { format, name, version, size, sha512, signature } = value;
-  const bad = (format !== FORMAT && 'format') || (name !== RELEASE_NAME && 'name') || (!parseVersion(version) && 'version')
-    || (!(Number.isSafeInteger(size) && size > 0) && 'size') || (!isHex(sha512, 64) && 'sha512') || (!isBase64(signature, 64) && 'signature');
+  const bad =
+    (format !== FORMAT && 'format') ||
+    (name !== RELEASE_NAME && 'name') ||
+    (!parseVersion(version) && 'version') ||
+    (!(Number.isSafeInteger(size) && size > 0) && 'size') ||
+    (!isHex(sha512, 64) && 'sha512') ||
+    (!isBase64(signature, 64) && 'signature');
   if (bad) throw new UpdateError('bad_release', `the description has a bad ${bad}`);
   const key = createPublicKey({ key: Buffer.from(publicKey, 'base64'), format: 'der', type: 'spki' });
   const release = { name, version, size, sha512 };
-  if (!verify(null, signedMessage(release), key, Buffer.from(signature, 'base64'))) throw new UpdateError('bad_signature');
+  if (!verify(null, signedMessage(release), key, Buffer.from(signature, 'base64'))) {
+    throw new UpdateError('bad_signature');
+  }
   return release;
 }
 
 /** The text of a release's description, from its bytes' digest and a signature. */
 export function writeManifest({ name, version, size, sha512 }, signature) {
-  return `${JSON.stringify({ format: FORMAT, name, version, size, sha512, signature: signature.toString('base64') }, null, 1)}\n`;
+  const manifest = { format: FORMAT, name, version, size, sha512, signature: signature.toString('base64') };
+  return `${JSON.stringify(manifest, null, 1)}\n`;
 }
 
 const isHex = (value, bytes) => typeof value === 'string' && value.length === bytes * 2 && /^[0-9a-f]+$/.test(value);
@@ -71,7 +81,9 @@ const isBase64 = (value, bytes) => typeof value === 'string' && Buffer.from(valu
  * @throws {UpdateError} folder_unreadable, no_release, no_archive, bad_release, bad_signature
  */
 export async function findRelease(folder, publicKey) {
-  if (!path.isAbsolute(folder)) throw new UpdateError('folder_unreadable', 'the release folder is not an absolute path');
+  if (!path.isAbsolute(folder)) {
+    throw new UpdateError('folder_unreadable', 'the release folder is not an absolute path');
+  }
   await openPlain(folder, 'folder_unreadable', 'isDirectory').then((handle) => handle.close());
   const handle = await openPlain(path.join(folder, manifestFile(RELEASE_NAME)), 'no_release');
   const release = readManifest(await readText(handle), publicKey);
@@ -81,7 +93,8 @@ export async function findRelease(folder, publicKey) {
 }
 
 /** What a failed read in the release folder means. */
-export const readError = (error) => new UpdateError('folder_unreadable', `${error.code ?? error.name}: ${error.message}`);
+export const readError = (error) =>
+  new UpdateError('folder_unreadable', `${error.code ?? error.name}: ${error.message}`);
 
 async function readText(handle) {
   try {

@@ -77,7 +77,9 @@ async function checkFolder(root, inner) {
     const info = await lstat(file);
     if (info.isDirectory()) await checkFolder(root, relative);
     else if (info.isFile()) await chmod(file, info.mode & 0o111 ? 0o755 : 0o644);
-    else if (!info.isSymbolicLink() || !await staysInside(root, file)) throw bad(`leads out of the bundle: ${relative}`);
+    else if (!info.isSymbolicLink() || !(await staysInside(root, file))) {
+      throw bad(`leads out of the bundle: ${relative}`);
+    }
   }
 }
 

@@ -1,6 +1,7 @@
 import { ApiError } from '../api-error.mjs';
 
-const MEANINGS = {
+// What each code is answered as: the HTTP status and the sentence for people.
+const MEANINGS = /** @type {const} */ ({
   not_enabled: [409, 'التحديث التلقائي غير مفعّل بعد.'],
   busy: [409, 'يجري تجهيز تحديث آخر الآن.'],
   not_newer: [409, 'لا يوجد إصدار أحدث.'],
@@ -14,12 +15,14 @@ const MEANINGS = {
   disk_full: [507, 'لا توجد مساحة كافية على القرص.'],
   storage_failed: [507, 'تعذر الحفظ على القرص.'],
   cancelled: [503, 'أُلغي تجهيز التحديث.'],
-};
+});
+
+/** @typedef {keyof typeof MEANINGS} UpdateErrorCode */
 
 /** Why there is no update: `code` is one of the keys above, `message` says more to the log, in English. */
 export class UpdateError extends Error {
   /**
-   * @param {keyof MEANINGS} code
+   * @param {UpdateErrorCode} code
    * @param {string} message
    */
   constructor(code, message = code) {

@@ -52,7 +52,9 @@ export class Updates {
     if (!this.#enabled) return { available: false, enabled: false };
     try {
       const { version } = await findRelease(this.#settings.values.releaseFolder, this.#publicKey);
-      return isNewer(version, this.#bundle.version) ? { available: true, version, enabled: true } : { available: false, enabled: true };
+      return isNewer(version, this.#bundle.version)
+        ? { available: true, version, enabled: true }
+        : { available: false, enabled: true };
     } catch (error) {
       return { available: false, enabled: true, error: this.#note('check', error).code };
     }
@@ -113,8 +115,13 @@ export class Updates {
   }
 
   async #clear(isNeeded) {
-    const names = await readdir(this.#folder).catch((error) => { if (error.code === 'ENOENT') return []; throw error; });
-    for (const name of names.filter((each) => !isNeeded(each))) await rm(path.join(this.#folder, name), { recursive: true, force: true });
+    const names = await readdir(this.#folder).catch((error) => {
+      if (error.code === 'ENOENT') return [];
+      throw error;
+    });
+    for (const name of names.filter((each) => !isNeeded(each))) {
+      await rm(path.join(this.#folder, name), { recursive: true, force: true });
+    }
   }
 
   #note(what, error) {
@@ -137,9 +144,13 @@ async function copyVerified(source, target, { size, sha512 }, signal) {
     }
   };
   try {
-    await pipeline(source.createReadStream(), verified, createWriteStream(target, { flags: 'wx', mode: 0o600 }), { signal });
+    await pipeline(source.createReadStream(), verified, createWriteStream(target, { flags: 'wx', mode: 0o600 }), {
+      signal,
+    });
   } catch (error) {
     throw error.syscall === 'read' ? readError(error) : error;
   }
-  if (copied !== size || hash.digest('hex') !== sha512) throw new UpdateError('bad_archive', 'the archive is not the one that was signed');
+  if (copied !== size || hash.digest('hex') !== sha512) {
+    throw new UpdateError('bad_archive', 'the archive is not the one that was signed');
+  }
 }

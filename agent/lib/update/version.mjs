@@ -13,14 +13,17 @@ export function parseVersion(text) {
   const [, numbers, marks] = match;
   return {
     numbers: numbers.split('.').map(BigInt),
-    marks: marks === undefined ? null : (marks.match(/\d+|[A-Za-z]+/g) ?? []).map((mark) => (/^\d/.test(mark) ? BigInt(mark) : mark)),
+    marks:
+      marks === undefined
+        ? null
+        : (marks.match(/\d+|[A-Za-z]+/g) ?? []).map((mark) => (/^\d/.test(mark) ? BigInt(mark) : mark)),
   };
 }
 
 /**
  * True when `candidate` comes after `present`: 1.10 after 1.9, 1.0 after 1.0-rc.10, and that after 1.0-rc.2.
  * A number that is missing counts as 0.
- * @param {string} candidate
+ * @param {string | undefined} candidate
  * @param {string} present
  * @returns {boolean} false also when either is not a version
  */
