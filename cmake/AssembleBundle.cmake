@@ -1,4 +1,4 @@
-# Copies what changed into the bundle's resources and removes what the source tree no longer has.
+# Copies what changed into the bundle's resources; the print service is bundled by bundle-service.mjs.
 set(resources "${BUNDLE}/resources")
 file(MAKE_DIRECTORY "${resources}")
 
@@ -16,10 +16,3 @@ file(CONFIGURE OUTPUT "${resources}/version" CONTENT "${VERSION}\n" @ONLY)
 file(COPY "${SOURCE}/resources/logo-circle.png" "${SOURCE}/resources/install-update.sh" DESTINATION "${resources}")
 file(COPY "${SOURCE}/resources/fonts" DESTINATION "${resources}")
 file(COPY "${SOURCE}/sdk" DESTINATION "${resources}")
-file(COPY "${SOURCE}/agent" DESTINATION "${resources}")
-file(GLOB_RECURSE installed RELATIVE "${resources}/agent" "${resources}/agent/*")
-foreach(path IN LISTS installed)
-  if(NOT EXISTS "${SOURCE}/agent/${path}")
-    file(REMOVE "${resources}/agent/${path}")
-  endif()
-endforeach()

@@ -5,7 +5,9 @@ import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 
-export const SCRIPT = fileURLToPath(new URL('../../../agent/bin/zemrak-local-print.mjs', import.meta.url));
+// What is tested: the modules of the source tree, or a bundle made of them.
+export const SCRIPT = process.env.ZEMRAK_TEST_SERVICE
+  ?? fileURLToPath(new URL('../../../agent/bin/zemrak-local-print.mjs', import.meta.url));
 
 /** Running children, each with its home folder and the promise of its end. */
 const children = new Map();
