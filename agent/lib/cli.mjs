@@ -1,6 +1,6 @@
 import { run } from './run.mjs';
 
-const USAGE = 'usage: zemrak-local-print.mjs run | init-tls | trust-ca | allow-origin ORIGIN';
+const USAGE = 'usage: zemrak-local-print.mjs run | init-tls | trust-ca | trust-status | allow-origin ORIGIN';
 const EX_USAGE = 64;
 
 /**
@@ -13,6 +13,7 @@ export async function main(args) {
     run: { arity: 0, does: run },
     'init-tls': { arity: 0, does: async () => (await import('./tls/commands.mjs')).initTlsCommand() },
     'trust-ca': { arity: 0, does: async () => (await import('./tls/commands.mjs')).trustCaCommand() },
+    'trust-status': { arity: 0, does: async () => (await import('./tls/commands.mjs')).trustStatusCommand() },
     'allow-origin': {
       arity: 1,
       does: async (origin) => (await import('./sites/allow-origin.mjs')).allowOriginCommand(origin),

@@ -207,9 +207,9 @@ async function openOrTaken(options) {
 
 async function readTls(paths, log) {
   try {
-    if (await renewIfDue(paths) === 'made') log.info('the certificates were made anew before they expired');
+    if (await renewIfDue(paths) === 'made') log.info('the certificate was made anew before it expired');
   } catch (error) {
-    log.error(`the certificates cannot be renewed: ${error.message}`);
+    log.error(`the certificate cannot be renewed: ${error.message}`);
   }
   try {
     return readCertificate(paths);

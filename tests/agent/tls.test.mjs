@@ -6,14 +6,24 @@ import { existsSync, mkdirSync, readFileSync, readdirSync, rmSync, statSync, wri
 import https from 'node:https';
 import path from 'node:path';
 import tls from 'node:tls';
-import { command, configFolder, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { command, configFolder, fakeProgram, launch, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { findProgram } from '../../agent/lib/system/program.mjs';
+import { trustStatus } from '../../agent/lib/tls/trust.mjs';
 
 const system = { PATH: process.env.PATH };
 const without = (name) => !findProgram(name) && `${name} is not installed`;
 const NAME = 'Zemrak Local Print CA';
 const FILES = ['ca.crt', 'ca.key', 'server.crt', 'server.key'];
 const contents = (home) => Object.fromEntries(FILES.map((name) => [name, readConfig(home, `tls/${name}`)]));
+
+const DAY_MS = 86_400_000;
+
+/** Puts a server certificate in place that lasts twenty days more. */
+function shortLived(folder) {
+  const openssl = (...args) => execFileSync(findProgram('openssl'), args, { cwd: folder, stdio: 'pipe' });
+  openssl('req', '-new', '-key', 'server.key', '-subj', '/CN=localhost', '-out', '../short.csr');
+  openssl('x509', '-req', '-in', '../short.csr', '-CA', 'ca.crt', '-CAkey', 'ca.key', '-set_serial', '9', '-days', '20', '-out', 'server.crt');
+}
 
 function ask(port, ca, host, servername) {
   return new Promise((resolve, reject) => {
@@ -50,10 +60,7 @@ test('certificates: made once, private, and good for the loopback names', { skip
   });
 
   await t.test('a server certificate about to expire is renewed when the service starts, its authority kept', async (t2) => {
-    const folder = path.join(configFolder(home), 'tls');
-    const openssl = (...args) => execFileSync(findProgram('openssl'), args, { cwd: folder, stdio: 'pipe' });
-    openssl('req', '-new', '-key', 'server.key', '-subj', '/CN=localhost', '-out', '../short.csr');
-    openssl('x509', '-req', '-in', '../short.csr', '-CA', 'ca.crt', '-CAkey', 'ca.key', '-set_serial', '9', '-days', '20', '-out', 'server.crt');
+    shortLived(path.join(configFolder(home), 'tls'));
     const service = await startService(t2, { home, env: system });
     assert.equal(await ask((await service.state()).httpsPort, first['ca.crt'], '127.0.0.1'), 404);
     await service.stop();
@@ -88,7 +95,7 @@ test('certificates: made once, private, and good for the loopback names', { skip
 
 test('a running service takes certificates that are made meanwhile', { skip: without('openssl') }, async (t) => {
   const home = privateHome(t);
-  const service = await startService(t, { home });
+  const service = await startService(t, { home, env: system });
   assert.equal((await service.state()).tls, false);
   const folder = path.join(configFolder(home), 'tls');
   const made = async () => {
@@ -103,6 +110,18 @@ test('a running service takes certificates that are made meanwhile', { skip: wit
   const second = await made();
   await until(async () => await answer(second) === 404, 'the second certificate');
   assert.notEqual(await answer(first), 404);
+  // One that is about to expire, as the one in use will be some day: the service itself makes another one.
+  shortLived(folder);
+  const lasts = () => { try { return Date.parse(new X509Certificate(readConfig(home, 'tls/server.crt')).validTo) > Date.now() + 800 * DAY_MS; } catch { return false; } };
+  await until(lasts, 'the renewal', 15_000);
+  const isServed = () => new Promise((resolve) => {
+    const socket = tls.connect({ port: httpsPort, host: '127.0.0.1', ca: second }, () => {
+      resolve(socket.getPeerX509Certificate().fingerprint === new X509Certificate(readConfig(home, 'tls/server.crt')).fingerprint);
+      socket.destroy();
+    }).on('error', () => resolve(false));
+  });
+  await until(isServed, 'the renewed certificate to be used', 15_000);
+  assert.equal(readConfig(home, 'tls/ca.crt'), second, 'the authority that people have trusted stays');
   writeFileSync(path.join(folder, 'server.crt'), 'not a certificate');
   await until(() => /the new certificate is not used/.test(service.stderr + service.stdout), 'the refusal');
   assert.equal(await answer(second), 404, 'the last good one stays');
@@ -227,4 +246,85 @@ test('trust-ca knows every place where a browser keeps its store', { skip: witho
     assert.equal((await run()).status, 0);
     assert.ok(Date.parse(new X509Certificate(readConfig(home, 'tls/ca.crt')).validTo) > Date.now());
   });
+});
+
+test('trust-status says what the stores of the browsers say', { skip: without('openssl') || without('certutil') }, async (t) => {
+  const work = privateHome(t);
+  const file = (name) => path.join(work, `${name}.crt`);
+  const openssl = (...args) => execFileSync(findProgram('openssl'), args, { cwd: work, stdio: 'pipe' });
+  const policy = '[req]\ndistinguished_name=n\nprompt=no\n[n]\nCN=Local authority\n[ca]\ndefault_ca=a\n[a]\ndatabase=index\nnew_certs_dir=.\nrand_serial=yes\n'
+    + 'default_md=sha256\npolicy=p\nunique_subject=no\n[p]\ncommonName=supplied\n';
+  writeFileSync(path.join(work, 'index'), '');
+  for (const [name, isAuthority, lastDay] of [['good', 'TRUE', '2099'], ['other', 'TRUE', '2099'], ['expired', 'TRUE', '2021'], ['server', 'FALSE', '2099']]) {
+    writeFileSync(path.join(work, 'cnf'), `${policy}[e]\nbasicConstraints=critical,CA:${isAuthority}\n`);
+    openssl('req', '-new', '-newkey', 'ec', '-pkeyopt', 'ec_paramgen_curve:P-256', '-nodes', '-config', 'cnf', '-keyout', `${name}.key`, '-out', 'csr');
+    openssl('ca', '-batch', '-notext', '-config', 'cnf', '-selfsign', '-keyfile', `${name}.key`, '-in', 'csr', '-extensions', 'e',
+      '-startdate', '20200101000000Z', '-enddate', `${lastDay}0101000000Z`, '-out', `${name}.crt`);
+  }
+  let count = 0;
+  /** Stores by folder: "name of a certificate, its trust; ...", or null for a folder without a database. */
+  const makeHome = (stores) => {
+    const home = path.join(work, `متجر 'الزاوية' ${count += 1}`);
+    mkdirSync(home);
+    for (const [store, content] of Object.entries(stores)) {
+      mkdirSync(path.join(home, store), { recursive: true });
+      const certutil = (...args) => execFileSync(findProgram('certutil'), [...args, '-d', `sql:${path.join(home, store)}`], { stdio: 'pipe' });
+      if (content !== null) certutil('-N', '--empty-password');
+      for (const entry of (content ?? '').split(';').filter(Boolean)) certutil('-A', '-n', 'authority', '-t', entry.split(' ')[1], '-i', file(entry.split(' ')[0]));
+    }
+    return home;
+  };
+  const [old, fresh, oldFox, newFox] = ['.pki/nssdb', '.local/share/pki/nssdb', '.mozilla/firefox/a.default', '.config/mozilla/firefox/b.default'];
+  const good = 'good C,,';
+  const rows = [
+    ['no store', {}, ''], ['old place', { [old]: good }, 'yes'], ['new place', { [fresh]: good }, 'yes'], ['old place comes first', { [old]: good, [fresh]: '' }, 'yes'],
+    ['new does not stand in for old', { [old]: '', [fresh]: good }, 'not_accepted'], ['nor for one without a database', { [old]: null, [fresh]: good }, 'no_database'],
+    ['Firefox, old place', { [oldFox]: good }, 'yes'], ['Firefox, new place', { [newFox]: good }, 'yes'], ['not all of them', { [old]: good, [newFox]: '' }, 'yes not_accepted'],
+    ['a profile never used', { [old]: good, [newFox]: null }, 'yes'], ['another of its name', { [old]: 'other C,,' }, 'not_accepted'],
+    ['another beside it', { [old]: 'other C,,;good C,,' }, 'yes'], ['the other one is the trusted', { [old]: 'other C,,;good ,,' }, 'not_accepted'],
+    ['known', { [old]: 'good ,,' }, 'not_accepted'], ['for mail', { [old]: 'good ,C,' }, 'not_accepted'], ['distrusted', { [old]: 'good p,,' }, 'not_accepted'],
+    ['expired', { [old]: 'expired C,,' }, 'not_accepted', 'expired'], ['no authority', { [old]: 'server C,,' }, 'not_accepted', 'server'], ['missing', { [old]: good }, 'no_authority', 'missing'],
+  ];
+  const everything = (folder) => readdirSync(folder, { recursive: true }).sort();
+  for (const [name, stores, wanted, asked = 'good'] of rows) {
+    const home = makeHome(stores);
+    const before = everything(home);
+    const { trusted, certain, stores: found } = await trustStatus(file(asked), home, { env: system });
+    assert.equal(found.map((each) => (each.trusted ? 'yes' : each.why)).join(' '), wanted, name);
+    assert.deepEqual([trusted, certain], [/^yes( yes)*$/.test(wanted), true], name);
+    assert.deepEqual(everything(home), before, `${name}: a check makes no store`);
+  }
+
+  // The system's store decides alone, and only where there is no other; asked through the command.
+  const authority = (home, name) => { plant(home, 'tls/ca.crt', readFileSync(file(name), 'utf8')); return home; };
+  const status = (home, env) => command(t, home, ['trust-status'], { ...system, ...env });
+  for (const [inSystem, asked, stores, code] of [['good', 'good', {}, 0], ['other', 'good', {}, 1], ['expired', 'expired', {}, 1], ['good', 'good', { [fresh]: '' }, 1], ['other', 'good', { [fresh]: good }, 0]]) {
+    const home = authority(makeHome(stores), asked);
+    const { status: is, stdout, stderr } = await status(home, { SSL_CERT_FILE: file(inSystem) });
+    const answer = JSON.parse(stdout);
+    assert.deepEqual([is, stderr, answer.trusted, answer.certain, answer.system.trusted], [code, '', code === 0, true, inSystem === asked && asked === 'good'], `${inSystem} ${asked}`);
+    assert.deepEqual([answer.authority, answer.stores.map(({ folder }) => folder)], [path.join(configFolder(home), 'tls/ca.crt'), Object.keys(stores).map((each) => path.join(home, each))]);
+    assert.equal(stdout.split('\n').length, 2);
+  }
+
+  // Tools that are not there, crash, or hang.
+  const home = authority(makeHome({ [old]: good }), 'good');
+  mkdirSync(path.join(home, 'bin'));
+  const hang = 'trap "" TERM; echo $$ >"$HOME/pid"; exec sleep 60';
+  for (const [script, why] of [[null, 'no_tool'], ['kill -SEGV $$', 'no_answer'], [hang, 'no_answer'], ['sleep 0.2', undefined]]) {
+    if (script) fakeProgram(home, 'vfychain', script);
+    const { stores: [store], certain } = await trustStatus(path.join(configFolder(home), 'tls/ca.crt'), home, { env: { PATH: path.join(home, 'bin'), HOME: home }, timeoutMs: 1500 });
+    assert.deepEqual([store.why, certain], [why, why === undefined], String(script));
+  }
+  fakeProgram(home, 'vfychain', 'exit 134');
+  assert.equal((await command(t, home, ['trust-status'])).status, 1);
+  rmSync(path.join(home, 'bin/vfychain'));
+  assert.deepEqual(await command(t, home, ['trust-status']).then((run) => [run.status, JSON.parse(run.stdout).certain]), [69, false]);
+  fakeProgram(home, 'vfychain', hang);
+  rmSync(path.join(home, 'pid'), { force: true });
+  const cancelled = launch(t, home, ['trust-status']);
+  const pid = await until(() => existsSync(path.join(home, 'pid')) && readFileSync(path.join(home, 'pid'), 'utf8').trim(), 'the tool');
+  cancelled.child.kill();
+  assert.deepEqual([await cancelled.exited, cancelled.stdout], [143, '']);
+  assert.ok(!existsSync(`/proc/${pid}`), 'the tool has ended with it');
 });

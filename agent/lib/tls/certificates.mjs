@@ -1,6 +1,6 @@
 import os from 'node:os';
 import path from 'node:path';
-import { existsSync, readFileSync } from 'node:fs';
+import { readFileSync } from 'node:fs';
 import { mkdtemp, readdir, rename, rm, writeFile } from 'node:fs/promises';
 import { X509Certificate, createPrivateKey } from 'node:crypto';
 import { findProgram, runProgram } from '../system/program.mjs';
@@ -53,13 +53,17 @@ authorityKeyIdentifier = keyid
  * All files are made in a folder of their own and moved in at the end, the server's certificate last.
  * @param {ReturnType<typeof import('../paths.mjs').configPaths>} paths
  * @param {NodeJS.ProcessEnv} env
+ * @param {{ mayReplaceAuthority?: boolean }} how false = an authority that does not last is an error
  * @returns {Promise<'kept' | 'made'>}
  * @throws {Error} in English: the openssl program is missing or fails
  */
-export async function ensureCertificates(paths, env = process.env) {
+export async function ensureCertificates(paths, env = process.env, { mayReplaceAuthority = true } = {}) {
   const openssl = findProgram('openssl', env);
   if (!openssl) throw new Error('the openssl program is not installed');
   if (await isGoodPair(openssl, paths)) return 'kept';
+  const authorityDays = isMatching(paths.caCert, paths.caKey) ? daysLeft(paths.caCert) : 0;
+  const keepsAuthority = authorityDays > RENEW_DAYS;
+  if (!keepsAuthority && !mayReplaceAuthority) throw new Error('the authority does not last: "trust-ca" makes another one');
   ensurePrivateFolder(paths.root);
   ensurePrivateFolder(paths.tls);
   await removeLeftovers(paths.root);
@@ -70,12 +74,12 @@ export async function ensureCertificates(paths, env = process.env) {
   };
   try {
     const names = ['server.key', 'server.crt'];
-    const keepsAuthority = isMatching(paths.caCert, paths.caKey) && daysLeft(paths.caCert) > SERVER_DAYS;
     if (!keepsAuthority) {
       await makeAuthority(run, work);
       names.unshift('ca.key', 'ca.crt');
     }
-    await makeServer(run, work, keepsAuthority ? paths.tls : work);
+    const days = keepsAuthority ? Math.min(SERVER_DAYS, Math.floor(authorityDays)) : SERVER_DAYS;
+    await makeServer(run, work, keepsAuthority ? paths.tls : work, days);
     // Gone first: a certificate that is there must match what stands beside it.
     await rm(paths.serverCert, { force: true });
     for (const name of names) await rename(path.join(work, name), path.join(paths.tls, name));
@@ -86,34 +90,38 @@ export async function ensureCertificates(paths, env = process.env) {
 }
 
 /**
- * Makes the certificates anew when they are about to expire. Those that are not there yet, or not readable, are left to
- * "init-tls".
+ * Makes the server's certificate anew when it is about to expire, or is good only from a later time: the clock was wrong
+ * when it was made. The authority stays, as another one would have to be trusted first; so does what is not there yet, or
+ * not readable, for "init-tls".
  * @returns {Promise<'kept' | 'made'>}
  * @throws {Error} as ensureCertificates()
  */
 export async function renewIfDue(paths) {
-  let days;
+  let isDue;
   try {
-    days = Math.min(daysLeft(paths.caCert), daysLeft(paths.serverCert));
+    const { validFrom } = new X509Certificate(readFileSync(paths.serverCert));
+    isDue = daysLeft(paths.serverCert) <= RENEW_DAYS || Date.parse(validFrom) > Date.now();
   } catch {
     return 'kept';
   }
-  return days <= RENEW_DAYS ? ensureCertificates(paths) : 'kept';
+  return isDue ? ensureCertificates(paths, process.env, { mayReplaceAuthority: false }) : 'kept';
 }
 
 async function makeAuthority(run, work) {
   const host = os.hostname().replace(/[^A-Za-z0-9.-]/g, '');
   await writeFile(path.join(work, 'ca.cnf'), CA_CONFIG(host), { mode: 0o600 });
   await run('genpkey', '-algorithm', 'EC', '-pkeyopt', 'ec_paramgen_curve:P-256', '-out', 'ca.key');
-  await run('req', '-x509', '-new', '-sha256', '-key', 'ca.key', '-days', String(CA_DAYS), '-config', 'ca.cnf', '-out', 'ca.crt');
+  await run('req', '-x509', '-new', '-sha256', '-key', 'ca.key', '-days', String(CA_DAYS), '-config', 'ca.cnf',
+    '-out', 'ca.crt');
 }
 
-async function makeServer(run, work, authority) {
+async function makeServer(run, work, authority, days) {
   await writeFile(path.join(work, 'server.cnf'), SERVER_CONFIG, { mode: 0o600 });
   await run('genpkey', '-algorithm', 'EC', '-pkeyopt', 'ec_paramgen_curve:P-256', '-out', 'server.key');
   await run('req', '-new', '-sha256', '-key', 'server.key', '-config', 'server.cnf', '-out', 'server.csr');
-  await run('x509', '-req', '-sha256', '-in', 'server.csr', '-CA', path.join(authority, 'ca.crt'), '-CAkey', path.join(authority, 'ca.key'),
-    '-CAcreateserial', '-CAserial', 'serial', '-days', String(SERVER_DAYS), '-extfile', 'server.cnf', '-extensions', 'server', '-out', 'server.crt');
+  await run('x509', '-req', '-sha256', '-in', 'server.csr', '-CA', path.join(authority, 'ca.crt'),
+    '-CAkey', path.join(authority, 'ca.key'), '-CAcreateserial', '-CAserial', 'serial', '-days', String(days),
+    '-extfile', 'server.cnf', '-extensions', 'server', '-out', 'server.crt');
   await run('verify', '-purpose', 'sslserver', '-CAfile', path.join(authority, 'ca.crt'), 'server.crt');
 }
 
@@ -128,16 +136,16 @@ async function isGoodPair(openssl, paths) {
 /** Whether a certificate and its private key are both there and belong together. */
 function isMatching(certificate, key) {
   try {
-    return existsSync(certificate) && new X509Certificate(readFileSync(certificate)).checkPrivateKey(createPrivateKey(readFileSync(key)));
+    return new X509Certificate(readFileSync(certificate)).checkPrivateKey(createPrivateKey(readFileSync(key)));
   } catch {
     return false;
   }
 }
 
-/** Whether the file holds a certificate that has not expired. */
-export function isUnexpired(certificate) {
+/** Whether the file holds a certificate that does not expire soon. */
+export function isLasting(certificate) {
   try {
-    return daysLeft(certificate) > 0;
+    return daysLeft(certificate) > RENEW_DAYS;
   } catch {
     return false;
   }

@@ -1,7 +1,10 @@
 import { readFileSync, unwatchFile, watchFile } from 'node:fs';
+import { renewIfDue } from './certificates.mjs';
 
 // Milliseconds. How soon after "trust-ca" has made a certificate the listener has it, too.
-const LOOK_MS = 2000;
+const LOOK_MS = 4000;
+/** Milliseconds between two looks at how long the certificate lasts. */
+export const RENEW_MS = 6 * 3_600_000;
 
 /**
  * What the HTTPS listener needs.
@@ -14,14 +17,24 @@ export function readCertificate({ serverCert, serverKey }) {
 }
 
 /**
- * Waits for another certificate in the place of the one in use. It is moved there after its key, so that both match.
- * @param {{ serverCert: string, serverKey: string }} paths
+ * Waits for another certificate in the place of the one in use, and renews that in time. It is moved there after its key, so
+ * that both match.
+ * @param {ReturnType<typeof import('../paths.mjs').configPaths>} paths
  * @param {{ cert: Buffer } | null} inUse null = none was there
  * @param {(fresh: { cert: Buffer, key: Buffer }) => Promise<void>} onFresh what it throws is logged
+ * @param {import('../log.mjs').Log} log
+ * @param {number} renewMs
  * @returns {() => void} ends the wait
  */
-export function watchCertificate(paths, inUse, onFresh, log) {
+export function watchCertificate(paths, inUse, onFresh, log, renewMs = RENEW_MS) {
   let known = inUse?.cert;
+  const renew = async () => {
+    try {
+      if (await renewIfDue(paths) === 'made') log.info('the certificate was made anew before it expired');
+    } catch (error) {
+      log.error(`the certificate cannot be renewed: ${error.message}`);
+    }
+  };
   const look = async () => {
     try {
       const fresh = readCertificate(paths);
@@ -34,6 +47,11 @@ export function watchCertificate(paths, inUse, onFresh, log) {
       if (error.code !== 'ENOENT') log.error(`the new certificate is not used: ${error.code ?? error.message}`);
     }
   };
-  watchFile(paths.serverCert, { interval: LOOK_MS, persistent: false }, look);
-  return () => unwatchFile(paths.serverCert, look);
+  // Renewing changes the file, which is looked at then.
+  watchFile(paths.serverCert, { interval: LOOK_MS, persistent: false }, () => void look().then(renew));
+  const timer = setInterval(renew, renewMs).unref();
+  return () => {
+    unwatchFile(paths.serverCert);
+    clearInterval(timer);
+  };
 }

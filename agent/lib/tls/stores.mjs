@@ -3,22 +3,31 @@ import { existsSync, readdirSync, statSync } from 'node:fs';
 
 // Browsers in a sandbox have a home of their own.
 const SNAPS = ['brave', 'chromium', 'firefox', 'opera'];
-const FLATPAKS = ['com.brave.Browser', 'com.google.Chrome', 'com.microsoft.Edge', 'com.opera.Opera', 'com.vivaldi.Vivaldi', 'org.chromium.Chromium', 'org.mozilla.firefox'];
+const FLATPAKS = [
+  'com.brave.Browser', 'com.google.Chrome', 'com.microsoft.Edge', 'com.opera.Opera', 'com.vivaldi.Vivaldi',
+  'org.chromium.Chromium', 'org.mozilla.firefox',
+];
 
 /**
- * The folders of the NSS databases that the user's browsers read; one may hold no database yet.
- * The application's own check of the outcome looks at the same ones.
- * - The shared database: `.pki/nssdb` where that folder exists, else `pki/nssdb` in the folder for user data. Where the
- *   user has neither, the former is named: every browser takes it from there once it exists.
+ * The folders of the NSS databases that the user's browsers read, each of which decides for its own browser. Only folders
+ * that exist; one may hold no database yet, which its browser takes for an empty one.
+ * - The shared database: `.pki/nssdb` where that folder exists, else `pki/nssdb` in the folder for user data.
  * - Every Firefox profile, in the old place and in the folder for configuration.
  * @param {string} home
  * @param {NodeJS.ProcessEnv} env
  * @returns {string[]}
  */
 export function certificateStores(home, env = process.env) {
-  const [own, ...sandboxes] = browserHomes(home, env);
-  const shared = sharedStore(own) ?? path.join(home, '.pki', 'nssdb');
-  return [shared, ...firefoxProfiles(own), ...sandboxes.flatMap((each) => [sharedStore(each) ?? [], firefoxProfiles(each)].flat())];
+  return browserHomes(home, env).flatMap((each) => [sharedStore(each) ?? [], firefoxProfiles(each)].flat());
+}
+
+/**
+ * The same, and the shared database of a user who has none: every browser takes it from there once it exists.
+ * @returns {string[]}
+ */
+export function storesToFill(home, env = process.env) {
+  const [own] = browserHomes(home, env);
+  return [...sharedStore(own) ? [] : [path.join(home, '.pki', 'nssdb')], ...certificateStores(home, env)];
 }
 
 /** @returns {{ root: string, config: string, data: string }[]} the user's own first */
@@ -27,7 +36,8 @@ function browserHomes(home, env) {
   const sandbox = (root, config, data) => ({ root, config: path.join(root, config), data: path.join(root, data) });
   return [
     { root: home, config: folder('XDG_CONFIG_HOME', '.config'), data: folder('XDG_DATA_HOME', '.local/share') },
-    ...SNAPS.flatMap((name) => ['current', 'common'].map((part) => sandbox(path.join(home, 'snap', name, part), '.config', '.local/share'))),
+    ...SNAPS.flatMap((name) => ['current', 'common'].map((part) => (
+      sandbox(path.join(home, 'snap', name, part), '.config', '.local/share')))),
     ...FLATPAKS.map((name) => sandbox(path.join(home, '.var', 'app', name), 'config', 'data')),
   ];
 }

@@ -3,7 +3,7 @@ import { existsSync } from 'node:fs';
 import { mkdir } from 'node:fs/promises';
 import { findProgram, runProgram } from '../system/program.mjs';
 import { CA_NAME } from './certificates.mjs';
-import { certificateStores } from './stores.mjs';
+import { certificateStores, storesToFill } from './stores.mjs';
 
 // Trusted to vouch for servers; not for mail, not for code.
 const TRUST = 'C,,';
@@ -25,12 +25,50 @@ export async function trustAuthority(caCert, home, env = process.env) {
     return program;
   });
   const refused = [];
-  for (const folder of certificateStores(home, env)) {
+  for (const folder of storesToFill(home, env)) {
     const store = openStore(certutil, vfychain, folder);
     if (!await install(store, folder, caCert).catch(() => false)) refused.push(folder);
   }
   if (refused.length > 0) throw new Error(`not accepted by: ${refused.join(', ')}`);
 }
+
+/**
+ * Whether the user's browsers take the authority's word: each of their stores decides for its own browser. Where there is
+ * none, the system's store decides; it has no say beside them, as browsers with stores do not look at it.
+ * Changes nothing.
+ * @param {string} caCert file
+ * @param {string} home
+ * @param {{ env?: NodeJS.ProcessEnv, signal?: AbortSignal, timeoutMs?: number }} [how] timeoutMs = for each question, all of
+ *   which are asked at once
+ * @returns {Promise<{ trusted: boolean, certain: boolean, system: Verdict, stores: ({ folder: string } & Verdict)[] }>} certain = false
+ *   when one that has a say could not be asked; it counts as a no
+ * @typedef {{ trusted: boolean, why?: 'no_authority' | 'no_database' | 'not_accepted' | 'no_tool' | 'no_answer' }} Verdict
+ */
+export async function trustStatus(caCert, home, { env = process.env, signal, timeoutMs = TIMEOUT_MS } = {}) {
+  const ask = async (name, args) => {
+    if (!existsSync(caCert)) return { trusted: false, why: 'no_authority' };
+    const program = findProgram(name, env);
+    if (!program) return { trusted: false, why: 'no_tool' };
+    const { status } = await runProgram(program, args, { timeoutMs, signal });
+    if (status === 0) return { trusted: true };
+    return { trusted: false, why: status === -1 ? 'no_answer' : 'not_accepted' };
+  };
+  const askStore = async (folder) => {
+    // The tool would make a database where there is none.
+    const hasDatabase = existsSync(path.join(folder, 'cert9.db'));
+    return { folder, ...hasDatabase ? await ask('vfychain', accepting(folder, caCert)) : { trusted: false, why: 'no_database' } };
+  };
+  const [system, ...stores] = await Promise.all([ask('openssl', ['verify', caCert]), ...certificateStores(home, env).map(askStore)]);
+  const deciding = stores.length > 0 ? stores : [system];
+  return {
+    trusted: deciding.every(({ trusted }) => trusted),
+    certain: !deciding.some(({ why }) => why === 'no_tool' || why === 'no_answer'),
+    system,
+    stores,
+  };
+}
+
+const accepting = (folder, caCert) => ['-d', `sql:${folder}`, '-u', SSL_AUTHORITY, '-a', caCert];
 
 async function install(store, folder, caCert) {
   if (!existsSync(path.join(folder, 'cert9.db'))) {
@@ -47,11 +85,11 @@ async function install(store, folder, caCert) {
 }
 
 function openStore(certutil, vfychain, folder) {
-  const succeeds = async (program, args) => (await runProgram(program, ['-d', `sql:${folder}`, ...args], { timeoutMs: TIMEOUT_MS })).status === 0;
+  const succeeds = async (program, args) => (await runProgram(program, args, { timeoutMs: TIMEOUT_MS })).status === 0;
   return {
     // With no password: it must not ask for one at a terminal.
-    change: (...args) => succeeds(certutil, ['-f', '/dev/null', ...args]),
-    accepts: (caCert) => succeeds(vfychain, ['-u', SSL_AUTHORITY, '-a', caCert]),
+    change: (...args) => succeeds(certutil, ['-d', `sql:${folder}`, '-f', '/dev/null', ...args]),
+    accepts: (caCert) => succeeds(vfychain, accepting(folder, caCert)),
   };
 }
 
