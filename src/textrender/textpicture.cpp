@@ -2,6 +2,7 @@
 
 #include <QFontDatabase>
 #include <QPainter>
+#include <QRawFont>
 #include <QRegularExpression>
 #include <QTextLayout>
 
@@ -29,6 +30,17 @@ QString &typeface()
     return family;
 }
 
+/// Whether the typeface has every letter of the text; what is not seen, such as a mark of direction, is none.
+bool hasLettersOf(const QFont &font, const QString &text)
+{
+    const QRawFont own = QRawFont::fromFont(font);
+    const QList<uint> letters = text.toUcs4();
+    return std::all_of(letters.begin(), letters.end(), [&own](uint letter) {
+        const QChar::Category category = QChar::category(letter);
+        return category == QChar::Other_Format || category == QChar::Other_Control || own.supportsCharacter(letter);
+    });
+}
+
 QFont fontOf(const LineOfPaper &line)
 {
     QFont font(typeface());
@@ -37,6 +49,9 @@ QFont fontOf(const LineOfPaper &line)
     font.setUnderline(line.underline);
     // The same dots on every computer, whatever its desktop prefers.
     font.setHintingPreference(QFont::PreferNoHinting);
+    // Nor whatever else is installed: Qt would take marks of direction from another typeface, with the height of that.
+    if (hasLettersOf(font, line.text) && hasLettersOf(font, line.opposite))
+        font.setStyleStrategy(QFont::NoFontMerging);
     return font;
 }
 
