@@ -16,11 +16,16 @@
 # up while the program runs all the same (a launcher that started it and left, or a copy that somebody started in the
 # meantime), and when it had settled and ended with 0: somebody quit it.
 #
+# Another update of the bundle may be under way, watching the very application that quits for this one: it is waited for.
+# When it has brought the application back, this one changes nothing. Whatever happens, an application that has quit is
+# started again, in whichever version is in place.
+#
 # Status: 0 the new bundle is in place; 1 the former one is; 64 the arguments are wrong and nothing was done.
 # Log: zemrak-printer/install-update.log in $XDG_STATE_HOME, else in ~/.local/state.
 # Environment, whole seconds: ZEMRAK_UPDATE_QUIT_SECONDS   patience with PID (60); after it nothing is changed or started
 #                             ZEMRAK_UPDATE_WATCH_SECONDS  how long the new version is watched (20)
 #                             ZEMRAK_UPDATE_SETTLE_SECONDS when it may be quit without being taken for broken (5)
+#                             ZEMRAK_UPDATE_TURN_SECONDS   patience with another update (180)
 set -u
 
 ticks_per_second=5
@@ -106,12 +111,22 @@ launch() {
   launched=$!
 }
 
-# lives_on STATUS: the program runs although the process that was started has ended with STATUS.
-lives_on() {
+# runs: the program runs, whoever started it.
+runs() {
   local entry
   for entry in /proc/[0-9]*; do
     [[ $entry/exe -ef $program ]] && return 0
-    [[ $1 == 0 ]] && alive "${entry#/proc/}" && [[ $session == "$launched" ]] && return 0
+  done
+  return 1
+}
+
+# lives_on STATUS: the program runs although the process that was started has ended with STATUS.
+lives_on() {
+  local entry
+  runs && return 0
+  [[ $1 == 0 ]] || return 1
+  for entry in /proc/[0-9]*; do
+    alive "${entry#/proc/}" && [[ $session == "$launched" ]] && return 0
   done
   return 1
 }
@@ -141,6 +156,26 @@ give_up() {
   [[ $incoming ]] && rm -rf -- "$incoming"
   launch "$program"
   exit 1
+}
+
+# take_turn: one update at a time. The lock ends with the script that holds it, however that ends.
+take_turn() {
+  local tick
+  [[ -r $folder ]] || return 0
+  exec 9<"$folder"
+  flock -n -E 75 9
+  [[ $? -eq 75 ]] || return 0
+  log "another update of this bundle is under way"
+  flock -w "$(($(seconds ZEMRAK_UPDATE_TURN_SECONDS 180) / ticks_per_second))" -E 75 9
+  [[ $? -eq 75 ]] && give_up "the other update does not end"
+  # What it has started as its last act may not be the program yet.
+  for ((tick = 0; tick < ticks_per_second; ++tick)); do
+    if runs; then
+      log "the other update has started the application; nothing is changed"
+      exit 1
+    fi
+    pause
+  done
 }
 
 install() {
@@ -186,18 +221,11 @@ main() {
   folder=$(dirname -- "$installed") name=$(basename -- "$installed")
   program=$installed/bin/zemrak-printer kept=$folder/$name.before-update
 
-  if [[ -r $folder ]]; then
-    exec 9<"$folder"
-    flock -n -E 75 9
-    if [[ $? -eq 75 ]]; then
-      log "another update of this bundle is under way"
-      exit 1
-    fi
-  fi
   if ! wait_for_end; then
     log "process $pid does not end; nothing is changed"
     exit 1
   fi
+  take_turn
   install
 }
 

@@ -171,13 +171,6 @@ describe('install-update.sh', { concurrency: 8 }, () => {
     );
   });
 
-  const PERL = `use POSIX;
-if (readlink("/proc/self/exe") =~ /zemrak-printer$/) {
-  exit 0 if fork;
-  POSIX::setsid(); open my $f, ">>", "$ENV{NOTE}"; print $f "2.0 $$\\n"; close $f; sleep 60; exit
-}
-1;`;
-
   for (const [name, behaviour, env = {}] of [
     ['stays', STAY],
     ['is a launcher that leaves the program running', 'sleep 5 & exit 0'],
@@ -190,19 +183,76 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) {
     });
   }
 
+  // A program that is a binary, as the application is: it notes what it is like the scripts do, lives until it is told to
+  // quit, and does so without an error. With DETACH it leaves the process that was started.
+  const MODULE = `use POSIX;
+if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
+  open my $v, "<", "$1/resources/version"; my $version = <$v>;
+  if ($ENV{DETACH}) { exit 0 if fork; POSIX::setsid(); }
+  $SIG{TERM} = sub { exit 0 };
+  open my $f, ">>", $ENV{NOTE}; print $f "$version $$\\n"; close $f;
+  sleep 60; exit 0;
+}
+1;`;
+  /** Makes bundles' programs such binaries. @returns the environment they need */
+  function binaries({ root }, ...bundles) {
+    for (const bundle of bundles) {
+      rmSync(path.join(bundle, 'bin/zemrak-printer'));
+      copyFileSync('/usr/bin/perl', path.join(bundle, 'bin/zemrak-printer'));
+      chmodSync(path.join(bundle, 'bin/zemrak-printer'), 0o755);
+    }
+    mkdirSync(path.join(root, 'modules'));
+    writeFileSync(path.join(root, 'modules/Note.pm'), MODULE);
+    return { PERL5LIB: path.join(root, 'modules'), PERL5OPT: '-MNote', NOTE: path.join(root, 'journal') };
+  }
+
   test('a new version that runs apart from the process that started it', async (t) => {
     const where = place();
-    const program = path.join(where.fresh, 'bin/zemrak-printer');
-    rmSync(program);
-    copyFileSync('/usr/bin/perl', program);
-    chmodSync(program, 0o755);
-    const modules = path.join(where.root, 'modules');
-    mkdirSync(modules);
-    writeFileSync(path.join(modules, 'Detach.pm'), PERL);
-    const env = { PERL5LIB: modules, PERL5OPT: '-MDetach', NOTE: path.join(where.root, 'journal') };
+    const env = { ...binaries(where, where.fresh), DETACH: '1' };
     assert.equal(await install(t, where, { env }), 0, log(where.root));
     await assertNew({ ...where, newer: contents(where.fresh) });
     assert.match(log(where.root), /process ended with 0/);
+  });
+
+  test('of two updates at once one goes on', async (t) => {
+    const where = place();
+    const env = binaries(where, where.fresh);
+    const pid = quittingProcess(t, 0.5);
+    assert.deepEqual((await Promise.all([install(t, where, { pid, env }), install(t, where, { pid, env })])).sort(), [0, 1]);
+    await assertNew({ ...where, newer: contents(where.fresh) });
+    assert.match(log(where.root), /another update/);
+  });
+
+  // Pressed again while the first is watched: the application that the first has started quits for the second.
+  for (const [when, settle, versions] of [
+    ['in the middle of its watch', '0', ['2.0', '3.0']], ['before it has settled, so that the first takes it for broken', '20', ['2.0', '1.0']],
+  ]) {
+    test(`an update pressed again ${when}: the application comes back`, async (t) => {
+      const where = place();
+      const third = path.join(where.root, 'staged/third');
+      makeBundle(where.root, third, '3.0', STAY);
+      const env = { ...binaries(where, where.installed, where.fresh, third), ...PATIENT, ZEMRAK_UPDATE_SETTLE_SECONDS: settle };
+      const first = install(t, where, { env });
+      await until(() => started(where.root).length === 1, 'the new version to start');
+      const pid = Number(journal(where.root)[0].split(' ')[1]);
+      const second = install(t, { ...where, fresh: third }, { pid, env: { ...env, ZEMRAK_UPDATE_WATCH_SECONDS: '1' } });
+      await until(() => log(where.root).includes(third), 'the second update');
+      process.kill(pid);
+      await Promise.all([first, second]);
+      await until(() => started(where.root).length === 2, 'the application to be back');
+      assert.deepEqual(started(where.root), versions, log(where.root));
+      assert.ok(isRunning(journal(where.root)[1]));
+      assert.equal(readFileSync(path.join(where.installed, 'resources/version'), 'utf8'), versions[1]);
+    });
+  }
+
+  test('behind another update that does not end, the application comes back', async (t) => {
+    const where = place();
+    const holder = spawn('/usr/bin/flock', [where.apps, '/bin/sh', '-c', 'echo held; exec sleep 60'], { stdio: ['ignore', 'pipe', 'ignore'] });
+    t.after(() => holder.kill('SIGKILL'));
+    await new Promise((resolve) => { holder.stdout.once('data', resolve); });
+    assert.equal(await install(t, where, { env: { ZEMRAK_UPDATE_TURN_SECONDS: '0' } }), 1);
+    await assertFormer(where);
   });
 
   for (const [name, options, ran = ['2.0']] of [
@@ -269,13 +319,6 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) {
     assert.equal(await run('/bin/bash', [SCRIPT, where.fresh, '/', String(quittingProcess(t)), '2.0'], { env }), 1);
     assert.deepEqual([contents(where.installed), started(where.root)], [where.former, []]);
     assert.deepEqual(readdirSync(where.apps), [path.basename(where.installed)]);
-  });
-
-  test('of two updates at once one goes on', async (t) => {
-    const where = place();
-    const pid = quittingProcess(t, 1);
-    assert.deepEqual((await Promise.all([install(t, where, { pid }), install(t, where, { pid })])).sort(), [0, 1]);
-    await assertNew(where);
   });
 
   test('the log stays small, and an update works without one', async (t) => {
@@ -371,11 +414,10 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) {
   });
 
   test('killed before any of its steps, it leaves one whole bundle in place, and the next update works', async (t) => {
-    const steps = [
-      'mkdir', 'stat', 'realpath', 'dirname', 'basename', 'flock', 'rm', 'cp', 'sync', 'perl', 'setsid', 'mv',
-    ];
+    // All that it runs and waits for: what it starts last may still be on its way when it has ended.
+    const steps = ['mkdir', 'stat', 'realpath', 'dirname', 'basename', 'flock', 'rm', 'cp', 'sync', 'perl', 'mv'];
     // Only the cut copy leaves something half done; every other step is a single call.
-    const cut = `count=$(($(cat 'ROOT/count') + 1)); echo $count >'ROOT/count'
+    const cut = `printf x >>'ROOT/count'; count=$(/usr/bin/stat -c %s 'ROOT/count')
     if [ $count = "$CUT" ]; then
       [ $NAME = cp ] && { /usr/bin/mkdir "\${@: -1}"; /usr/bin/cp -r "\${@: -2:1}/bin" "\${@: -1}"; }
       kill -KILL "$(cat 'ROOT/pid')"; exit 1
@@ -383,24 +425,14 @@ if (readlink("/proc/self/exe") =~ /zemrak-printer$/) {
     const outcomes = new Set();
     const cutAt = async (step, behaviour) => {
       const where = place({ behaviour });
-      const env = environment(where.root, {
-        CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)),
-        ...(behaviour !== STAY && PATIENT),
-      });
-      writeFileSync(path.join(where.root, 'count'), '0');
-      const status = await run(
-        '/bin/bash',
-        [
-          '-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
-          path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed,
-          String(quittingProcess(t, 0.05)), '2.0',
-        ],
-        { env },
-      );
+      const env = environment(where.root, { CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)), ...(behaviour !== STAY && PATIENT) });
+      writeFileSync(path.join(where.root, 'count'), '');
+      const status = await run('/bin/bash', ['-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
+        path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed, String(quittingProcess(t, 0.05)), '2.0'], { env });
       const now = contents(where.installed);
       const version = now['resources/version'].split(' ')[1];
       assert.deepEqual(now, version === '2.0' ? where.newer : where.former, `cut before step ${step}`);
-      if (status !== 'SIGKILL') return Number(readFileSync(path.join(where.root, 'count'), 'utf8'));
+      if (status !== 'SIGKILL') return statSync(path.join(where.root, 'count')).size;
       outcomes.add(`${behaviour} ${version}`);
       endPrograms(where.root);
       rmSync(where.fresh, { recursive: true });

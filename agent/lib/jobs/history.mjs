@@ -162,6 +162,7 @@ export class JobHistory {
     const [, session] = this.#journal.entries('session').find(([id]) => id === 'last') ?? [];
     // Whether every record that was written is there; a loss of power may have taken the last ones.
     const isComplete = session?.value.clean === true || session?.value.boot === this.#clock.boot;
+    const now = this.#clock.moment();
     let failed = 0;
     for (const [id, { value }] of this.#journal.entries('jobs')) {
       const { job, at, open } = value;
@@ -170,7 +171,7 @@ export class JobHistory {
         continue;
       }
       const entry = this.#enter({ job, at });
-      entry.touched = this.#now() - this.#clock.since(at);
+      entry.touched = this.#now() - this.#clock.since(at, now);
       if (hasEnded(job.status)) continue;
       this.#open(entry, open ?? { since: at, waitMs: 0, mayBegin: false });
       if (this.#canGoOn(entry, isComplete)) continue;

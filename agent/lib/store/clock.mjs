@@ -4,7 +4,8 @@ import { readFileSync } from 'node:fs';
 /**
  * A moment that can be found again after a restart: by the computer's start and the time since then, which nobody sets,
  * as well as by the wall clock, which survives the computer's restart.
- * @typedef {{ boot: string | null, up: number, wall: number }} Moment up and wall in milliseconds; boot null = not known
+ * @typedef {{ boot: string | null, up: number, wall: number }} Moment
+ *   up = since the start `boot`, wall = since 1970, in milliseconds; boot null = not known
  */
 
 /** Tells how long ago something was, across restarts and however the computer's clock is set. */
@@ -28,20 +29,21 @@ export class Clock {
    * Milliseconds since a moment, never negative. Since the computer has started anew, the wall clock has the word, but it
    * was no later than that start.
    * @param {Moment} moment
+   * @param {Moment} [now] moment(), for one who asks about many
    */
-  since(moment) {
-    const up = this.#uptime();
-    if (moment.boot !== null && moment.boot === this.#boot && up >= moment.up) return up - moment.up;
-    return Math.max(moment.boot === null ? 0 : up, Date.now() - moment.wall);
+  since({ boot, up, wall }, now = this.moment()) {
+    if (boot !== null && boot === now.boot && now.up >= up) return now.up - up;
+    return Math.max(boot === null ? 0 : now.up, now.wall - wall);
   }
 
-  /** Whether since() can be off by more than a little: the wall clock stands before a moment of an earlier start. */
+  /** Whether since() can be far off: the wall clock stands before a moment of an earlier start of the computer. */
   isDoubtful({ boot, wall }) { return (boot === null || boot !== this.#boot) && wall > Date.now(); }
 }
 
 function bootId() {
   try {
-    return readFileSync('/proc/sys/kernel/random/boot_id', 'utf8').trim();
+    // Short, as it stands in every record.
+    return readFileSync('/proc/sys/kernel/random/boot_id', 'utf8').slice(0, 8);
   } catch {
     return null;
   }

@@ -1,4 +1,4 @@
-import { closeSync, fdatasyncSync, fstatSync, openSync, readFileSync, writeSync } from 'node:fs';
+import { closeSync, fdatasyncSync, fstatSync, openSync, readFileSync, readSync, writeSync } from 'node:fs';
 import { open } from 'node:fs/promises';
 import { HEADER_BYTES, decodeHeader, decodeRecords, encodeHeader, encodeRecords } from './journal-format.mjs';
 
@@ -25,25 +25,37 @@ export class JournalFile {
   get path() { return this.#path; }
 
   /**
-   * Reads the file. Nothing is changed.
-   * @param {(change: import('./journal-format.mjs').Change) => void} [onChange] undefined = the header only
+   * Looks at the header. Nothing is changed.
    * @returns {'missing' | 'empty' | 'broken' | 'later' | 'ok'}
-   * @throws the file system's error when it cannot be read
+   * @throws the file system's error when it cannot be read, with the file's path
    */
-  read(onChange) {
-    let content;
+  look() {
+    const head = Buffer.alloc(HEADER_BYTES);
     try {
-      content = readFileSync(this.#path);
+      const descriptor = openSync(this.#path, 'r');
+      try {
+        readSync(descriptor, head, 0, HEADER_BYTES, 0);
+        this.size = fstatSync(descriptor).size;
+      } finally {
+        closeSync(descriptor);
+      }
     } catch (error) {
       if (error.code === 'ENOENT') return 'missing';
       throw Object.assign(error, { path: this.#path });
     }
-    this.size = content.length;
-    const header = decodeHeader(content);
-    if (header.kind !== 'ok') return header.kind;
-    this.generation = header.generation;
-    if (onChange) ({ end: this.end, last: this.#last } = decodeRecords(content, header.last, onChange));
-    return 'ok';
+    const { kind, generation = 0 } = decodeHeader(head);
+    this.generation = generation;
+    return kind;
+  }
+
+  /**
+   * Reads the records of a file whose header is "ok"; what is appended goes behind the last whole one.
+   * @param {(change: import('./journal-format.mjs').Change) => void} onChange
+   * @throws as look()
+   */
+  read(onChange) {
+    const content = readFileSync(this.#path);
+    ({ end: this.end, last: this.#last } = decodeRecords(content, decodeHeader(content).last, onChange));
   }
 
   /** Begins anew, with a header that does not count before it is written by seal(). @throws the file system's error */
@@ -72,7 +84,7 @@ export class JournalFile {
     this.#last = last;
   }
 
-  /** As append(), and sync(), for the last moments of the process. An append under way may be repeated by it. */
+  /** As append() and sync(), for the last moments of the process. Repeating an append that is under way is harmless. */
   appendSync(changes) {
     const descriptor = openSync(this.#path, 'r+');
     try {

@@ -141,7 +141,7 @@ export class Journal {
   }
 
   #read() {
-    const kinds = this.#files.map((file) => file.read());
+    const kinds = this.#files.map((file) => file.look());
     const later = kinds.indexOf('later');
     if (later !== -1) throw Object.assign(new Error(), { path: this.#files[later].path, code: 'later version' });
     const [newest] = [...this.#files].sort((a, b) => b.generation - a.generation);
