@@ -10,7 +10,8 @@ import { raw, siteOf } from './support/site.mjs';
 import { testJournal } from './support/store.mjs';
 import { Alerts } from '../../agent/lib/alerts/alerts.mjs';
 import { FULL_BELOW, ROOM_FROM, StorageWatch } from '../../agent/lib/alerts/storage-watch.mjs';
-import { Journal, RESERVE_BYTES } from '../../agent/lib/store/journal.mjs';
+import { Journal } from '../../agent/lib/store/journal.mjs';
+import { RESERVE_BYTES } from '../../agent/lib/store/journal-pair.mjs';
 import { Log } from '../../agent/lib/log.mjs';
 
 const quiet = new Log(null);

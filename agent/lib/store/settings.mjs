@@ -1,6 +1,6 @@
 import { renameSync } from 'node:fs';
 import { ApiError } from '../api-error.mjs';
-import { isFull } from './journal.mjs';
+import { isFull } from './journal-pair.mjs';
 import { keepAside, readJsonObject, writeFileAtomic, writeFileAtomicSync } from './json-file.mjs';
 import { defaultSettings, understand, withKept } from './settings-values.mjs';
 
