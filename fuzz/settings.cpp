@@ -5,7 +5,7 @@
 #include "host/userdefaults.h"
 #include "support/manualclock.h"
 #include "support/recordingnotifier.h"
-#include "ui/windowplacement.h"
+#include "ui/window/shell/windowplacement.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/appearancesettings.h"
+
 #include <QString>
 #include <QtPlugin>
 
@@ -36,6 +38,8 @@ struct MainWindowServices
     Agent &agent;
     UserDefaults &defaults;
     Clock &clock;
+    /// Called once, when the window is first shown: until then nobody needs the desktop's answers.
+    std::function<std::unique_ptr<AppearanceSettings>()> makeAppearanceSettings;
 };
 
 /// The root object of the plugin that holds the window.

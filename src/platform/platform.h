@@ -2,6 +2,7 @@
 
 #include "health/notifier.h"
 #include "health/statusitem.h"
+#include "host/appearancesettings.h"
 #include "host/certificatetest.h"
 #include "host/childguard.h"
 #include "host/desktop.h"
@@ -20,6 +21,7 @@ namespace zemrak {
 /// Makes the running platform's side of every interface. One implementation is linked in.
 namespace platform {
 
+[[nodiscard]] std::unique_ptr<AppearanceSettings> makeAppearanceSettings();
 [[nodiscard]] std::unique_ptr<CertificateTest> makeCertificateTest();
 [[nodiscard]] std::unique_ptr<ChildGuard> makeChildGuard();
 /// `program` is what is to start at login, `icon` the picture beside it in the desktop's settings.

@@ -7,6 +7,7 @@
 #include "platform/linux/posixsignals.h"
 #include "platform/linux/procportholders.h"
 #include "platform/linux/sessioninstance.h"
+#include "platform/linux/settingsportal.h"
 #include "platform/linux/sleepinhibitors.h"
 #include "platform/linux/systemtray.h"
 #include "platform/platform.h"
@@ -16,6 +17,11 @@
 #include <ctime>
 
 namespace zemrak::platform {
+
+std::unique_ptr<AppearanceSettings> makeAppearanceSettings()
+{
+    return std::make_unique<linux_::SettingsPortal>(QDBusConnection::sessionBus());
+}
 
 std::unique_ptr<CertificateTest> makeCertificateTest()
 {

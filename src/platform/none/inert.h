@@ -2,6 +2,7 @@
 
 #include "health/notifier.h"
 #include "health/statusitem.h"
+#include "host/appearancesettings.h"
 #include "host/certificatetest.h"
 #include "host/childguard.h"
 #include "host/desktop.h"
@@ -17,6 +18,17 @@
 #include <QUrl>
 
 namespace zemrak::none {
+
+/// Nothing is preferred.
+class NoAppearanceSettings final : public AppearanceSettings
+{
+public:
+    [[nodiscard]] std::optional<bool> prefersDark() const override { return std::nullopt; }
+    [[nodiscard]] std::optional<bool> prefersNoAnimations() const override { return std::nullopt; }
+    [[nodiscard]] std::optional<double> textScale() const override { return std::nullopt; }
+    void onChanged(std::function<void()>) override { }
+    void takeArrived() override { }
+};
 
 /// No authority is trusted.
 class NothingTrusted final : public CertificateTest

@@ -3,6 +3,11 @@
 
 namespace zemrak::platform {
 
+std::unique_ptr<AppearanceSettings> makeAppearanceSettings()
+{
+    return std::make_unique<none::NoAppearanceSettings>();
+}
+
 std::unique_ptr<CertificateTest> makeCertificateTest()
 {
     return std::make_unique<none::NothingTrusted>();

@@ -1,0 +1,190 @@
+#include "demo/shots.h"
+
+#include "ui/window/shell/uicontext.h"
+
+#include <QQmlEngine>
+
+namespace zemrak::test {
+
+namespace {
+
+std::function<void(MainView &)> page(const char *id)
+{
+    return [id](MainView &view) { view.setPage(QLatin1String(id)); };
+}
+
+std::function<void(MainView &)> settingsOf(const char *printerId)
+{
+    return [printerId](MainView &view) {
+        view.setPage(QStringLiteral("printers"));
+        view.edit(QLatin1String(printerId));
+    };
+}
+
+void addPrinter(MainView &view)
+{
+    view.setPage(QStringLiteral("printers"));
+    view.setAdding(true);
+}
+
+// Adding a printer, with every search done, at that tab.
+std::function<void(MainView &)> foundPrinters(const char *tab)
+{
+    return [tab](MainView &view) {
+        addPrinter(view);
+        PrinterFinder *finder = UiContext::of(qmlEngine(&view)).presenters().finder();
+        finder->setTab(QLatin1String(tab));
+        finder->searchNetwork();
+        finder->searchBonjour();
+        finder->searchUsb();
+    };
+}
+
+std::function<void(MainView &)> designer(std::function<void(DesignerView &)> fill)
+{
+    return [fill = std::move(fill)](MainView &view) {
+        view.setPage(QStringLiteral("designer"));
+        fill(UiContext::of(qmlEngine(&view)).designer());
+    };
+}
+
+void fillWithFaults(DesignerView &designer)
+{
+    DesignerDoc doc = designer.doc();
+    doc.paperWidthMm = 58;
+    doc.qrData = QString(612, u'x');
+    doc.qrSize = 10;
+    doc.barcodeEnabled = true;
+    doc.barcodeFormat = QStringLiteral("ean13");
+    doc.barcodeData = QStringLiteral("12345");
+    designer.setDoc(doc);
+}
+
+void fillWithLongTexts(DesignerView &designer)
+{
+    DesignerDoc doc = DesignerDoc::sample();
+    const QString longText = QStringLiteral("مؤسسة Zemrak <b>للتجهيزات</b> الطويلة الاسم جدًا ").repeated(4);
+    for (QString *text : {&doc.businessName, &doc.address, &doc.phone, &doc.title, &doc.receiptNo, &doc.customer})
+        *text = longText;
+    doc.subtitle = QString(DesignerView::maximumLength, u'س');
+    doc.currency = QStringLiteral("ريال سعودي جديد");
+    doc.items.clear();
+    for (int i = 0; i < DesignerView::maximumItems; ++i)
+        doc.items.append({.name = i % 3 ? QStringLiteral("صنف %1").arg(i + 1) : longText,
+            .qty = QString::number(i % 7),
+            .price = QStringLiteral("%1.25").arg(i * 117)});
+    doc.barcodeEnabled = true;
+    designer.setDoc(doc);
+}
+
+std::function<void(MainView &)> guide(const char *tab, const char *search = "")
+{
+    return [tab, search](MainView &view) {
+        view.setPage(QStringLiteral("docs"));
+        DocsPresenter *docs = UiContext::of(qmlEngine(&view)).presenters().docs();
+        docs->setSelected(QString::fromLatin1(tab));
+        docs->setSearch(QString::fromUtf8(search));
+    };
+}
+
+// A login item that cannot be made leaves a line each time.
+void serviceLog(MainView &view)
+{
+    for (int i = 0; i < 40; ++i)
+        UiContext::of(qmlEngine(&view)).agent().setLaunchAtLogin(true);
+    view.setShowLog(true);
+}
+
+// The wizard after so many steps: the first tried, the others passed over.
+std::function<void(MainView &)> wizardAfter(int steps)
+{
+    return [steps](MainView &view) {
+        view.setShowOnboarding(true);
+        Wizard *wizard = UiContext::of(qmlEngine(&view)).presenters().wizard();
+        if (steps > 0)
+            wizard->allow();
+        for (int i = 1; i < steps; ++i)
+            wizard->skip();
+    };
+}
+
+void check(MainView &view)
+{
+    view.finishOnboarding(); // starts one
+}
+
+} // namespace
+
+std::span<const Shot> shots()
+{
+    const auto s = [](const char *text) { return QString::fromLatin1(text); };
+    static const Shot table[] = {
+        {s("overview"), s("shop"), page("overview")},
+        {s("overview-offline"), s("offline"), page("overview")},
+        {s("overview-stopped"), s("stopped"), page("overview")},
+        {s("overview-empty"), s("empty"), page("overview")},
+        {s("overview-long"), s("long"), check, true},
+        {s("overview-checking"), s("shop"), check},
+        {s("overview-checked"), s("shop"), check, true},
+        {s("overview-unanswered"), s("stopped"), check, true},
+        {s("overview-crowded"), s("crowded"), check, true},
+        {s("printers"), s("shop"), page("printers")},
+        {s("printers-offline"), s("offline"), page("printers")},
+        {s("printers-stopped"), s("stopped"), page("printers")},
+        {s("printers-crowded"), s("crowded"), page("printers")},
+        {s("printers-empty"), s("empty"), page("printers")},
+        {s("printers-long"), s("long"), page("printers")},
+        {s("printer-settings"), s("shop"), settingsOf("cups-kitchen")},
+        {s("printer-settings-long"), s("long"), settingsOf("net-2")},
+        {s("add-printer"), s("shop"), addPrinter},
+        {s("add-printer-found"), s("shop"), foundPrinters("net")},
+        {s("add-printer-usb"), s("shop"), foundPrinters("usb")},
+        {s("add-printer-bluetooth"), s("shop"), foundPrinters("bluetooth")},
+        {s("add-printer-none"), s("quiet"), foundPrinters("net")},
+        {s("add-printer-long"), s("long"), foundPrinters("net")},
+        {s("add-printer-usb-long"), s("long"), foundPrinters("usb")},
+        {s("designer"), s("shop"), page("designer")},
+        {s("designer-sample"), s("shop"), designer([](DesignerView &view) { view.loadSample(); })},
+        {s("designer-unconnected"), s("offline"), page("designer")},
+        {s("designer-stopped"), s("stopped"), page("designer")},
+        {s("designer-faults"), s("shop"), designer(fillWithFaults)},
+        {s("designer-long"), s("long"), designer(fillWithLongTexts)},
+        {s("sites"), s("shop"), page("sites")},
+        {s("sites-empty"), s("empty"), page("sites")},
+        {s("sites-long"), s("long"), page("sites")},
+        {s("sites-stopped"), s("stopped"), page("sites")},
+        {s("sites-crowded"), s("crowded"), page("sites")},
+        {s("jobs"), s("shop"), page("jobs")},
+        {s("jobs-empty"), s("empty"), page("jobs")},
+        {s("jobs-long"), s("long"), page("jobs")},
+        {s("jobs-stopped"), s("stopped"), page("jobs")},
+        {s("jobs-crowded"), s("crowded"), page("jobs")},
+        {s("alerts"), s("shop"), page("alerts")},
+        {s("alerts-empty"), s("quiet"), page("alerts")},
+        {s("alerts-long"), s("long"), page("alerts")},
+        {s("alerts-crowded"), s("crowded"), page("alerts")},
+        {s("docs"), s("shop"), page("docs")},
+        {s("docs-js"), s("shop"), guide("js")},
+        {s("docs-browsers"), s("shop"), guide("browsers")},
+        {s("docs-curl"), s("shop"), guide("curl")},
+        {s("docs-ref"), s("shop"), guide("ref")},
+        {s("docs-status"), s("shop"), guide("status")},
+        {s("docs-printers"), s("shop"), guide("printers")},
+        {s("docs-zemrak"), s("shop"), guide("zemrak")},
+        {s("docs-help"), s("shop"), guide("help")},
+        {s("docs-search"), s("shop"), guide("start", "الاقتران")},
+        {s("docs-search-none"), s("shop"), guide("start", "xyzzy")},
+        {s("settings"), s("shop"), page("settings")},
+        {s("settings-stopped"), s("stopped"), page("settings")},
+        {s("log"), s("shop"), serviceLog},
+        {s("log-empty"), s("shop"), [](MainView &view) { view.setShowLog(true); }},
+        {s("wizard"), s("shop"), wizardAfter(0)},
+        {s("wizard-notifications"), s("shop"), wizardAfter(1)},
+        {s("wizard-safari"), s("shop"), wizardAfter(2)},
+        {s("wizard-network"), s("shop"), wizardAfter(3)},
+        {s("wizard-summary"), s("shop"), wizardAfter(4)},
+    };
+    return table;
+}
+
+} // namespace zemrak::test

@@ -1,7 +1,0 @@
-import Zemrak
-
-Note {
-    required property DocsBlock block
-
-    text: block.blockText
-}

@@ -1,8 +1,0 @@
-import Zemrak
-
-SelectableText {
-    required property DocsBlock block
-
-    activeFocusOnTab: false
-    value: block.blockText
-}

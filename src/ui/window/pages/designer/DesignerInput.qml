@@ -1,0 +1,28 @@
+import QtQuick
+import QtQuick.Layouts
+import Zemrak.Kit
+import Zemrak.Window
+
+// A text of the receipt. Shows `text`; what is typed is told by edited.
+DesignerField {
+    id: root
+
+    property string text
+    property string told // of what is typed, before printing
+
+    signal edited(string text)
+
+    problem: input.length >= input.maximumLength ? DesignerView.fullFieldText : told
+
+    Input {
+        id: input
+        Layout.fillWidth: true
+        Accessible.description: root.description
+        maximumLength: DesignerView.longestText
+        name: root.label
+        placeholder: ""
+        text: root.text
+
+        onTextEdited: root.edited(text)
+    }
+}

@@ -1,0 +1,31 @@
+import QtQuick
+import QtQuick.Layouts
+import Zemrak.Kit
+import Zemrak.Window
+
+// The button that prints, and where to.
+RowLayout {
+    id: root
+
+    property bool wide: false // the words beside the button
+
+    spacing: Theme.s16
+
+    LineText {
+        Layout.fillWidth: true
+        color: Theme.gMuted
+        font.pixelSize: Theme.textSmall
+        value: DesignerView.destination === "" ? "لا توجد طابعة متصلة" : "إلى «\u2068" + DesignerView.destination + "\u2069»"
+        visible: root.wide
+    }
+    PrimaryButton {
+        Layout.fillWidth: !root.wide
+        Accessible.description: DesignerView.destination
+        busy: DesignerView.__printing
+        enabled: DesignerView.canPrint
+        symbol: "printer.fill"
+        text: DesignerView.__printing ? "جارٍ الإرسال…" : "اطبع الورقة"
+
+        onClicked: DesignerView.print()
+    }
+}

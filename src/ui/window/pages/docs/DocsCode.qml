@@ -1,0 +1,11 @@
+import Zemrak.Kit
+import Zemrak.Window
+
+CodeBlock {
+    required property DocsBlock block
+
+    code: block.code
+    lang: block.lang
+
+    onCopy: Presenters.docs.tellCodeCopied()
+}

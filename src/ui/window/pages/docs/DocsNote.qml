@@ -1,0 +1,8 @@
+import Zemrak.Kit
+import Zemrak.Window
+
+Note {
+    required property DocsBlock block
+
+    text: block.blockText
+}

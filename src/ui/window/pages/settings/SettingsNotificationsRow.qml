@@ -1,0 +1,34 @@
+import Zemrak.Kit
+import Zemrak.Window
+
+// Whether warnings may be shown by the system, and the way to have them shown.
+SettingsRow {
+    id: root
+
+    readonly property SettingsPresenter settings: Presenters.settings
+
+    colors: Theme.redTile
+    icon: "bell.badge.fill"
+    status: settings.notificationStatus
+    statusColor: settings.offersNotificationSettings ? Theme.readable(Theme.gAmber) : Theme.gMuted
+    title: "إشعارات النظام"
+
+    PrimaryButton {
+        text: "السماح بالإشعارات"
+        visible: root.settings.offersNotificationRequest
+
+        onClicked: Presenters.requestNotifications()
+    }
+    PrimaryButton {
+        text: "السماح في إعدادات النظام"
+        visible: root.settings.offersNotificationSettings
+
+        onClicked: Presenters.openNotificationSettings()
+    }
+    SecondaryButton {
+        text: "إرسال إشعار تجريبي"
+        visible: root.settings.offersNotificationTest
+
+        onClicked: Presenters.testNotification()
+    }
+}

@@ -1,0 +1,28 @@
+import Zemrak.Kit
+import Zemrak.Window
+
+// The version, and a newer one once it is known.
+SettingsRow {
+    id: root
+
+    readonly property SettingsPresenter settings: Presenters.settings
+
+    colors: settings.offersInstall ? Theme.purpleTile : Theme.grayTile
+    icon: "arrow.down.circle.fill"
+    status: settings.updateStatus
+    title: settings.versionTitle
+
+    SecondaryButton {
+        text: "التحقق من التحديثات"
+
+        onClicked: Presenters.checkUpdate()
+    }
+    PrimaryButton {
+        busy: root.settings.updating
+        enabled: !root.settings.updating
+        text: "تثبيت"
+        visible: root.settings.offersInstall
+
+        onClicked: Presenters.installUpdate()
+    }
+}

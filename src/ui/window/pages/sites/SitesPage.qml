@@ -1,0 +1,41 @@
+import QtQuick
+import Zemrak.Kit
+import Zemrak.Window
+
+// The sites that may print, and under them the field that adds one. A list takes its header and footer from unbound
+// components only, so these stand apart from its rows.
+SiteList {
+    id: root
+
+    actions: SecondaryButton {
+        symbol: "plus"
+        text: "إضافة موقع"
+        visible: root.list.contentHeight > root.list.height // the field may be out of sight
+
+        onClicked: {
+            root.list.positionViewAtEnd();
+            root.list.footerItem.forceActiveFocus(Qt.ShortcutFocusReason);
+        }
+    }
+    list.footer: FocusScope {
+        implicitHeight: add.implicitHeight + add.y
+        width: ListView.view.width
+
+        SiteAdd {
+            id: add
+            width: parent.width
+            y: Theme.s12
+        }
+    }
+    list.header: ListHead {
+        shown: Presenters.sites.origins.count === 0
+
+        ListEmpty {
+            expected: "تظهر المواقع هنا"
+            icon: "globe"
+            searching: Presenters.sites.origins.searching
+            title: "لا توجد مواقع مسموحة."
+            width: parent.width
+        }
+    }
+}

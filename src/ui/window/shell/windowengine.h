@@ -1,0 +1,18 @@
+#pragma once
+
+#include "app/mainwindow.h"
+
+#include <memory>
+
+class QQmlEngine;
+
+namespace zemrak {
+
+class Appearance;
+class DesignerView;
+
+/// An engine that knows Zemrak.Kit and Zemrak.Window, and has the UiContext of the latter. What it is given outlives it.
+[[nodiscard]] std::unique_ptr<QQmlEngine> makeWindowEngine(
+    const MainWindowServices &services, Appearance &appearance, DesignerView &designer);
+
+} // namespace zemrak
