@@ -230,8 +230,22 @@ void Press::note(const QString &kind, const QJsonObject &facts)
     list({kind, QRect(0, m_row, 0, 0), facts});
 }
 
+/// A tall picture comes in bands or rows, each a command of its own; together they are one picture.
+bool Press::continues(const Printed &event) const
+{
+    if (event.kind != QLatin1String("image") || m_receipt.printed.isEmpty())
+        return false;
+    const Printed &last = m_receipt.printed.last();
+    return last.kind == event.kind && last.facts == event.facts && last.place.left() == event.place.left()
+        && last.place.right() == event.place.right() && last.place.bottom() + 1 == event.place.top();
+}
+
 void Press::list(Printed event)
 {
+    if (continues(event)) {
+        m_receipt.printed.last().place.setBottom(event.place.bottom());
+        return;
+    }
     if (m_receipt.printed.size() < limits::events)
         m_receipt.printed.append(std::move(event));
     else

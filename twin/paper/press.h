@@ -87,6 +87,7 @@ private:
     [[nodiscard]] int printLine();
     void drawOn(const Dots &picture, int left);
     void advance(int rows);
+    [[nodiscard]] bool continues(const Printed &event) const;
     void list(Printed event);
     void listLine(int top, int height, int left);
 
