@@ -91,14 +91,18 @@ install_packages() {
   fi
 }
 
-# install_npm: brings node_modules to what package-lock.json says; nothing to do when it already is.
-install_npm() {
-  if cmp -s "$root/package-lock.json" "$root/node_modules/.locked"; then
+# install_npm_of FOLDER: brings its node_modules to what its package-lock.json says; nothing to do when it already is.
+install_npm_of() {
+  local folder=$root/$1
+  if cmp -s "$folder/package-lock.json" "$folder/node_modules/.locked"; then
     return 0
   fi
-  note "Installing what package-lock.json names"
-  (cd "$root" && npm ci --ignore-scripts --no-audit --no-fund && cp package-lock.json node_modules/.locked)
+  note "Installing what $1/package-lock.json names"
+  (cd "$folder" && npm ci --ignore-scripts --no-audit --no-fund && cp package-lock.json node_modules/.locked)
 }
+
+# install_npm: what the build and the gates need.
+install_npm() { install_npm_of .; }
 
 # configure PRESET: with what the build takes from npm.
 configure() {
