@@ -8,14 +8,14 @@ import { threadId } from 'node:worker_threads';
 /** @type {{ active: string | null, reached: string | null }} reached = a folder to note the reached mutants in */
 const { active, reached } = JSON.parse(readFileSync(new URL('./.mutation.json', import.meta.url), 'utf8'));
 const own = `${reached}/${process.pid}-${threadId}`;
-const noting = {
-  set(counts, id, count) {
-    if (!(id in counts)) appendFileSync(own, `${id}\n`);
-    counts[id] = count;
-    return true;
+// Stands behind the counts and hears only of the first time, which keeps loops over dots quick.
+const firsts = new Proxy({}, {
+  set(_, id, count, counts) {
+    appendFileSync(own, `${id}\n`);
+    return Reflect.defineProperty(counts, id, { value: count, writable: true });
   },
-};
+});
 globalThis.__stryker__ ??= {
   activeMutant: active,
-  mutantCoverage: { static: reached === null ? {} : new Proxy({}, noting), perTest: {} },
+  mutantCoverage: { static: Object.create(reached === null ? null : firsts), perTest: {} },
 };

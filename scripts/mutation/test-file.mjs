@@ -27,6 +27,7 @@ export function runTestFile(file, { folder, limitMs, env, signal }) {
     const timer = setTimeout(() => end('timeout', `${file}: no end after ${limitMs} ms`), limitMs);
     const stop = () => end('timeout', 'stopped');
     signal.addEventListener('abort', stop);
+    if (signal.aborted) stop();
     child.stdout.on('data', (data) => {
       output += data;
       const failed = FAILED.exec(output);
