@@ -21,7 +21,7 @@ export function unescapeName(text) {
  * @param {string} transport
  * @returns {{ name: string, host: string, port: number, transport: string }[]}
  */
-export function parseBrowse(output, transport) {
+function parseBrowse(output, transport) {
   const found = new Map();
   for (const line of output.split('\n')) {
     const [mark, , , name, , , , address, port] = line.split(';');

@@ -55,7 +55,7 @@ export function ownNetworkOf(host, interfaces = os.networkInterfaces()) {
 }
 
 /** Whether an address is one that no public network has (RFC 1918, and self-assigned ones). */
-export function isPrivate(host) {
+function isPrivate(host) {
   return net.isIPv4(host) && /^(10\.|192\.168\.|169\.254\.|172\.(1[6-9]|2\d|3[01])\.)/.test(host);
 }
 

@@ -16,7 +16,7 @@ export function isDeviceUri(uri) {
 const readText = async (...parts) => (await readFile(path.join(...parts), 'utf8').catch(() => '')).trim();
 
 /** Device addresses as the print system writes them. */
-export function parseDeviceList(text) {
+function parseDeviceList(text) {
   return text.split('\n').flatMap((line) => /^direct (usb:\/\/.+)$/.exec(line.trim())?.[1] ?? []);
 }
 

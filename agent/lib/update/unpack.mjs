@@ -4,7 +4,7 @@ import { findProgram, runProgram } from '../system/program.mjs';
 import { UpdateError, storageError } from './update-error.mjs';
 
 /** The one folder that an archive holds. */
-export const BUNDLE_FOLDER = 'zemrak-printer';
+const BUNDLE_FOLDER = 'zemrak-printer';
 /** Where a bundle has its Node.js; a release may do without it. */
 export const NODE = 'resources/node';
 
