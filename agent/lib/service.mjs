@@ -97,7 +97,7 @@ export async function startService(env = process.env) {
   };
 }
 
-/** Goes on with what the last run left; jobs of printers that nobody knows yet wait for the first look at all of them. */
+/** Goes on with what the last run left; jobs of printers that are not known yet wait for the first look at all. */
 async function goOn({ printers, queue, history }, probed) {
   const resume = (unfinished, isLast) => unfinished.filter(({ job, ...rest }) => {
     const printer = printers.list().find(({ id }) => id === job.printerId);
@@ -122,7 +122,8 @@ function compose({ env, log, paths, read, listeners }) {
   const storage = new StorageWatch({ journal, alerts, folder: paths.root });
   tellOfSettings({ settings, read, alerts, log, file: paths.settings });
   const history = new JobHistory(journal, log);
-  const nameOf = (id) => settings.values.profiles[id]?.alias ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
+  const nameOf = (id) => settings.values.profiles[id]?.alias
+    ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
   const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);
   const cups = new CupsQueues(() => printers.noteSystemQueues(), env);
   const printers = new Printers({ settings, monitor, cups, alerts });
@@ -139,7 +140,8 @@ function compose({ env, log, paths, read, listeners }) {
   const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit() };
   const updates = new Updates({ settings, folder: paths.updates, log });
   return {
-    ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates, listeners,
+    ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates,
+    listeners,
     portConflict: () => lastPortConflict(paths.portConflict),
     startedAt: performance.now(),
   };
@@ -148,11 +150,14 @@ function compose({ env, log, paths, read, listeners }) {
 /** Says in the log and to the person what is wrong with the settings file. */
 function tellOfSettings({ settings, read, alerts, log, file }) {
   const { broken, isUnreadable, isFromCopy, wrong, kept } = read;
-  const foreign = Object.entries(kept.ofProfiles).flatMap(([id, values]) => Object.keys(values).map((key) => `${key} of ${id}`));
-  if (foreign.length > 0) log.warn(`settings.json has values of another version, kept there and not used: ${foreign.join(', ')}`);
+  const foreign = Object.entries(kept.ofProfiles)
+    .flatMap(([id, values]) => Object.keys(values).map((key) => `${key} of ${id}`)).join(', ');
+  if (foreign) log.warn(`settings.json has values of another version, kept there and not used: ${foreign}`);
   if (wrong.length > 0) log.warn(`settings.json has values that cannot be used, kept there: ${wrong.join(', ')}`);
-  const problems = { [SETTINGS_UNREADABLE_KEY]: isUnreadable && settingsUnreadable(file), [SETTINGS_WRONG_KEY]: wrong.length > 0 && settingsWrong() };
-  for (const [key, alert] of Object.entries(problems)) if (alert) alerts.ensure(alert); else alerts.resolve(key);
+  if (isUnreadable) alerts.ensure(settingsUnreadable(file));
+  else alerts.resolve(SETTINGS_UNREADABLE_KEY);
+  if (wrong.length > 0) alerts.ensure(settingsWrong());
+  else alerts.resolve(SETTINGS_WRONG_KEY);
   if (broken === null || isUnreadable) {
     if (broken) log.error(`settings.json cannot be read (${broken}); it stays as it is, and no change is stored`);
     return void alerts.resolve(SETTINGS_BROKEN_KEY);

@@ -1,5 +1,5 @@
 // What keeping the record of jobs costs: node bench/service/journal.mjs [FOLDER]
-// FOLDER is on the disk to be measured (default: the folder for temporary files). Half a minute; prints and judges nothing.
+// FOLDER is on the disk to be measured (default: the folder for temporary files). Half a minute; it judges nothing.
 import { spawn } from 'node:child_process';
 import { mkdirSync, mkdtempSync, readFileSync, rmSync } from 'node:fs';
 import { open } from 'node:fs/promises';
@@ -17,8 +17,8 @@ const quiet = new Log(null);
 const root = mkdtempSync(path.join(process.argv[2] ?? os.tmpdir(), 'zlp-bench-'));
 process.on('exit', () => rmSync(root, { recursive: true, force: true }));
 
-const median = (values) => [...values].sort((a, b) => a - b)[Math.floor(values.length / 2)];
-const quantile = (values, q) => [...values].sort((a, b) => a - b)[Math.min(values.length - 1, Math.floor(values.length * q))];
+const quantile = (values, q) => [...values].sort((a, b) => a - b)[Math.floor((values.length - 1) * q)];
+const median = (values) => quantile(values, 0.5);
 const written = () => Number(/^wchar: (\d+)/m.exec(readFileSync('/proc/self/io', 'utf8'))[1]);
 
 let flushes = 0;
@@ -59,8 +59,8 @@ async function jobs(folder, clients) {
     while ((left -= 1) >= 0) {
       const at = performance.now();
       const fields = {
-        printerId: `net-${client}`, printerName: 'Kitchen', kind: 'commands', status: 'queued', origin: 'https://pos.zemrak.example',
-        key: `${left}`.padStart(40, '0'), digest: `${left}`.padStart(40, '0'),
+        printerId: `net-${client}`, printerName: 'Kitchen', kind: 'commands', status: 'queued',
+        origin: 'https://pos.zemrak.example', key: `${left}`.padStart(40, '0'), digest: `${left}`.padStart(40, '0'),
       };
       const { id } = await history.add(fields, { payload: { bytes: RECEIPT, text: '', raw: true }, waitMs: 30_000 });
       accepted.push(performance.now() - at);
@@ -70,7 +70,11 @@ async function jobs(folder, clients) {
   }));
   const seconds = (performance.now() - began) / 1000;
   const result = {
-    rate: JOBS / seconds, p50: quantile(accepted, 0.5), p99: quantile(accepted, 0.99), bytes: (written() - bytes) / JOBS, flushes: (flushes - flushed) / JOBS,
+    rate: JOBS / seconds,
+    p50: quantile(accepted, 0.5),
+    p99: quantile(accepted, 0.99),
+    bytes: (written() - bytes) / JOBS,
+    flushes: (flushes - flushed) / JOBS,
   };
   await journal.close();
   return result;
@@ -81,9 +85,11 @@ async function filled(folder, count) {
   mkdirSync(folder, { recursive: true });
   const journal = new Journal(path.join(folder, 'journal'), quiet);
   const history = new JobHistory(journal, quiet);
-  const fields = { printerId: 'net-1', printerName: 'Kitchen', kind: 'commands', status: 'completed', origin: 'https://pos.zemrak.example' };
-  const all = Array.from({ length: count }, (_, n) => history.add({ ...fields, key: `${n}`.padStart(40, '0'), digest: `${n}`.padStart(40, '0') }));
-  await Promise.all(all);
+  const hash = (n) => `${n}`.padStart(40, '0');
+  await Promise.all(Array.from({ length: count }, (_, n) => history.add({
+    printerId: 'net-1', printerName: 'Kitchen', kind: 'commands', status: 'completed',
+    origin: 'https://pos.zemrak.example', key: hash(n), digest: hash(n),
+  })));
   await journal.close();
 }
 
@@ -102,7 +108,10 @@ async function starting(home) {
   const script = fileURLToPath(new URL('../../agent/bin/zemrak-local-print.mjs', import.meta.url));
   const began = performance.now();
   const child = spawn(process.execPath, [script, 'run'], {
-    env: { HOME: home, PATH: '', ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ZEMRAK_LP_NO_OS_NOTIFY: '1', ZEMRAK_LP_EXIT_WITH_PARENT: '1' },
+    env: {
+      HOME: home, PATH: '', ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ZEMRAK_LP_NO_OS_NOTIFY: '1',
+      ZEMRAK_LP_EXIT_WITH_PARENT: '1',
+    },
     stdio: ['ignore', 'pipe', 'inherit'],
   });
   await new Promise((resolve) => { child.stdout.once('data', resolve); child.once('exit', resolve); });
@@ -125,8 +134,8 @@ for (const clients of [1, 8, 32]) {
   // The first run makes the files; the others find them.
   const [, ...runs] = await timesOf(RUNS + 1, () => jobs(path.join(root, `jobs-${clients}`), clients));
   const of = (name, digits = 2) => median(runs.map((run) => run[name])).toFixed(digits);
-  console.log(`keyed jobs, ${clients} at a time: ${of('rate', 0)} a second; accepted in p50 ${of('p50')} p99 ${of('p99')} ms; `
-    + `${of('bytes', 0)} bytes and ${of('flushes')} flushes a job`);
+  console.log(`keyed jobs, ${clients} at a time: ${of('rate', 0)} a second; accepted in p50 ${of('p50')} `
+    + `p99 ${of('p99')} ms; ${of('bytes', 0)} bytes and ${of('flushes')} flushes a job`);
 }
 for (const count of [0, 10_000]) {
   const home = path.join(root, `home-${count}`);
@@ -134,6 +143,7 @@ for (const count of [0, 10_000]) {
   await filled(folder, count);
   const runs = await timesOf(RUNS, () => opening(folder));
   const starts = await timesOf(RUNS, () => starting(home));
-  console.log(`${count} jobs: the journal read in ${median(runs.map(({ read }) => read)).toFixed(0)} ms, with the list of jobs `
-    + `${median(runs.map(({ all }) => all)).toFixed(0)} ms (${runs[0].count} jobs); the service listens after ${median(starts).toFixed(0)} ms`);
+  const of = (name) => median(runs.map((run) => run[name])).toFixed(0);
+  console.log(`${runs[0].count} jobs: the journal read in ${of('read')} ms, with the list of jobs ${of('all')} ms; `
+    + `the service listens after ${median(starts).toFixed(0)} ms`);
 }

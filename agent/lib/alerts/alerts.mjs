@@ -17,6 +17,7 @@ export const isAlert = (item) => item !== null && typeof item === 'object'
  */
 export class Alerts {
   // Newest first.
+  /** @type {any[]} */
   #items;
   #journal;
   #log;
@@ -52,7 +53,10 @@ export class Alerts {
     if (!this.#active(alert.key)) this.add(alert);
   }
 
-  /** Something happened that is a line of its own, however many there are of its kind. @param {object} alert as of ensure() */
+  /**
+   * Something happened that is a line of its own, however many there are of its kind.
+   * @param {{ key: string, [field: string]: unknown }} alert as of ensure()
+   */
   add(alert) {
     const now = Date.now();
     const item = { id: randomUUID(), ...alert, createdAt: now, lastAt: now, count: 1, read: false };

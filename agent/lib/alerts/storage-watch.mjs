@@ -9,7 +9,8 @@ export const ROOM_FROM = 16 * 1024 * 1024;
 /** Tells the person when the service cannot keep what it has to keep, and when it can again. */
 export class StorageWatch {
   #parts;
-  #timer = null;
+  /** @type {NodeJS.Timeout | undefined} */
+  #timer = undefined;
 
   /**
    * @param {{ journal: import('../store/journal.mjs').Journal, alerts: import('./alerts.mjs').Alerts, folder: string,

@@ -7,7 +7,8 @@ export function printerOffline(id, name, reason) {
     no_route: 'لا يوجد مسار إلى الطابعة على الشبكة. تحقق من اتصال هذا الجهاز بالشبكة.',
     not_connected: 'الطابعة غير موصولة بالجهاز. تحقق من الكابل والكهرباء.',
   }[reason] ?? 'الطابعة لا تستجيب. تحقق من الكهرباء والكابل ومن اتصالها بالشبكة.';
-  return { key: offlineKey(id), severity: 'critical', title: `انقطع الاتصال بالطابعة «${isolated(name)}»`, message: why, action: 'scan' };
+  const title = `انقطع الاتصال بالطابعة «${isolated(name)}»`;
+  return { key: offlineKey(id), severity: 'critical', title, message: why, action: 'scan' };
 }
 
 export const offlineKey = (id) => `printer:${id}:offline`;
@@ -45,7 +46,10 @@ export function printerMoved(id, name, host) {
 
 export const SETTINGS_BROKEN_KEY = 'settings:broken';
 
-/** The settings file was unusable and has been kept aside. @param {boolean} isFromCopy whether the last good copy is in use */
+/**
+ * The settings file was unusable and has been kept aside.
+ * @param {boolean} isFromCopy whether the last good copy is in use
+ */
 export function settingsBroken(isFromCopy) {
   return {
     key: SETTINGS_BROKEN_KEY,
@@ -79,7 +83,8 @@ export function settingsUnreadable(file) {
     key: SETTINGS_UNREADABLE_KEY,
     severity: 'critical',
     title: 'لا صلاحية لقراءة الإعدادات',
-    message: `لا تستطيع الخدمة قراءة الملف ${isolated(file)} فتركته كما هو ولن تحفظ أي تغيير، فأصلح صلاحياته ثم أعد تشغيل الخدمة.`,
+    message: `لا تستطيع الخدمة قراءة الملف ${isolated(file)} فتركته كما هو ولن تحفظ أي تغيير، `
+      + 'فأصلح صلاحياته ثم أعد تشغيل الخدمة.',
     action: 'settings',
   };
 }
@@ -104,7 +109,8 @@ export function storageUnreadable(file) {
     key: STORAGE_KEY,
     severity: 'critical',
     title: 'تعذرت قراءة سجل الطباعة',
-    message: `لا تستطيع الخدمة قراءة الملف ${isolated(file)} فتركته كما هو ولا تحفظ سجل الطباعة، فأصلح صلاحياته ثم أعد تشغيل الخدمة.`,
+    message: `لا تستطيع الخدمة قراءة الملف ${isolated(file)} فتركته كما هو ولا تحفظ سجل الطباعة، `
+      + 'فأصلح صلاحياته ثم أعد تشغيل الخدمة.',
   };
 }
 

@@ -1,14 +1,14 @@
 import { statSync, unlinkSync } from 'node:fs';
 import { isAlert } from '../alerts/alerts.mjs';
-import { isJob } from './history.mjs';
+import { isJob } from './job-record.mjs';
 import { moveAside, readJsonObject } from '../store/json-file.mjs';
 
 const DAY_MS = 86_400_000;
 
 /**
- * Takes what earlier versions kept in files of their own over into the journal, before anyone reads that. The files stay
- * for a day: a version that is put back in the place of this one goes on with them, and what it has added is taken over
- * when this one is back. Without a journal that can be written they stay, too.
+ * Takes what earlier versions kept in files of their own over into the journal, before anyone reads that. The files
+ * stay for a day: a version that is put back in the place of this one goes on with them, and what it has added is taken
+ * over when this one is back. Without a journal that can be written they stay, too.
  * @param {import('../store/journal.mjs').Journal} journal
  * @param {{ formerJobs: string, formerAlerts: string }} paths
  * @param {import('../log.mjs').Log} log
@@ -16,7 +16,8 @@ const DAY_MS = 86_400_000;
 export function takeFormerFiles(journal, { formerJobs, formerAlerts }, log) {
   takeOne(journal, formerJobs, 'jobs', log, ({ jobs }) => jobs.filter(isJob).map((job) => (
     [job.id, { job, at: { boot: null, up: 0, wall: job.updatedAt } }])));
-  takeOne(journal, formerAlerts, 'alerts', log, ({ alerts }) => alerts.filter(isAlert).map((alert) => [alert.id, alert]));
+  const alertsIn = ({ alerts }) => alerts.filter(isAlert).map((alert) => [alert.id, alert]);
+  takeOne(journal, formerAlerts, 'alerts', log, alertsIn);
 }
 
 function takeOne(journal, file, table, log, valuesOf) {

@@ -1,6 +1,7 @@
 import { randomUUID } from 'node:crypto';
 import { EventEmitter } from 'node:events';
 import { Clock } from '../store/clock.mjs';
+import { hasEnded, isJob, isSent } from './job-record.mjs';
 import { KeptPayloads } from './kept-payloads.mjs';
 
 /** Jobs kept; a few more until the next clearing. The state shows the newest RECENT_JOBS of them. */
@@ -10,20 +11,7 @@ export const RECENT_JOBS = 200;
 /** How long the key of a request goes on standing for its job once that has ended, in milliseconds. */
 export const KEY_MS = 10 * 60_000;
 
-const ENDED = new Set(['completed', 'failed', 'cancelled']);
-const SENT = new Set(['sending', 'printing']);
-
-/** Whether a job with this status will change no more. */
-export const hasEnded = (status) => ENDED.has(status);
-
-const TEXTS = ['printerName', 'errorCode', 'origin', 'jobName', 'key', 'digest'];
-
-/** Whether a record, of whichever version, has what everyone relies on. */
-export const isJob = (job) => job !== null && typeof job === 'object'
-  && ['id', 'printerId', 'kind', 'status'].every((key) => typeof job[key] === 'string')
-  && ['createdAt', 'updatedAt'].every((key) => Number.isFinite(job[key]))
-  && TEXTS.every((name) => job[name] === undefined || typeof job[name] === 'string')
-  && (job.revision === undefined || Number.isInteger(job.revision));
+export { hasEnded };
 
 /**
  * The records of jobs. Whatever fields a record is given are stored and given back as they are. Each is on disk in the
@@ -33,13 +21,24 @@ export const isJob = (job) => job !== null && typeof job === 'object'
  * After a restart a job of which a byte may have left is failed with "uncertain_after_restart"; one that waits is in
  * unfinished(), once, for the queue to go on with; one that has waited long enough, or whose content could not be kept,
  * is failed with "expired_after_restart".
+ *
+ * @typedef {import('../store/clock.mjs').Moment} Moment
+ * @typedef {{ job: any, at: Moment, touched: number, open?: { since: Moment, waitMs: number, mayBegin: boolean } }}
+ *   Entry
  */
 export class JobHistory {
-  // By id, oldest first: { job, touched, at, open? }. `touched` = now() of the last change, `at` = the same as a Moment;
-  // `open` while the job is not over: { since, waitMs, mayBegin }, see add().
+  /**
+   * By id, oldest first. `touched` = now() of the last change, `at` = the same moment; `open` while the job is not
+   * over.
+   * @type {Map<string, Entry>}
+   */
   #entries = new Map();
+  /** @type {Map<string, string>} */
   #byKey = new Map();
+  // Jobs that are not over, by printer.
+  /** @type {Map<string, number>} */
   #openOf = new Map();
+  /** @type {{ job: object, payload: { bytes: Uint8Array }, waitMs: number }[]} */
   #unfinished = [];
   #journal;
   #payloads;
@@ -74,9 +73,9 @@ export class JobHistory {
     return entry && { ...entry.job };
   }
 
-  /** The youngest job that was accepted under a key, while the key stands: a job may wait longer than KEY_MS for its printer. */
+  /** The youngest job of a key, while that stands: a job may wait longer than KEY_MS for its printer. */
   findByKey(key) {
-    const entry = this.#entries.get(this.#byKey.get(key));
+    const entry = this.#entries.get(this.#byKey.get(key) ?? '');
     return entry && this.#stands(entry) ? { ...entry.job } : undefined;
   }
 
@@ -87,7 +86,7 @@ export class JobHistory {
   async changed(id, after, ms, signal) {
     const isNews = (job) => !job || hasEnded(job.status) || (job.revision ?? 0) > after;
     if (!isNews(this.find(id)) && ms > 0 && !signal.aborted) {
-      await new Promise((resolve) => {
+      await /** @type {Promise<void>} */ (new Promise((resolve) => {
         const done = () => {
           clearTimeout(timer);
           this.#changes.off(id, onChange);
@@ -98,7 +97,7 @@ export class JobHistory {
         const timer = setTimeout(done, ms);
         this.#changes.on(id, onChange);
         signal.addEventListener('abort', done, { once: true });
-      });
+      }));
     }
     return this.find(id);
   }
@@ -106,9 +105,9 @@ export class JobHistory {
   /**
    * Adds a job.
    * @param {{ printerId: string, kind: string, status: string, [field: string]: unknown }} fields
-   * @param {{ payload?: { bytes: Uint8Array, [field: string]: unknown }, waitMs?: number }} [how] payload = what a restart needs
-   *   to print the job, its fields go to the disk as JSON; kept as far as there is room. waitMs = how long from now the
-   *   job may be printed after a restart
+   * @param {{ payload?: { bytes: Uint8Array, [field: string]: unknown }, waitMs?: number }} [how] payload = what a
+   *   restart needs to print the job, its fields go to the disk as JSON; kept as far as there is room. waitMs = how
+   *   long from now the job may be printed after a restart
    * @returns {Promise<object>} its record, once it is on disk (or could not be written: `journal.trouble` tells)
    */
   async add(fields, { payload, waitMs = 0 } = {}) {
@@ -116,9 +115,9 @@ export class JobHistory {
     const job = { id: randomUUID(), ...fields, createdAt: now, updatedAt: now, revision: 0 };
     const entry = this.#enter({ job, at: this.#clock.moment() });
     if (!hasEnded(job.status)) {
-      // With no other job before it, this one may be sent at once: its status "sending" need not be waited for then, as a
-      // start after a loss of power takes it for sent anyhow.
-      this.#open(entry, { since: entry.at, waitMs, mayBegin: (this.#openOf.get(job.printerId) ?? 0) === 0 });
+      // With no other job before it, this one may be sent at once: its status "sending" need not be waited for then, as
+      // a start after a loss of power takes it for sent anyhow.
+      this.#open(entry, { since: entry.at, waitMs, mayBegin: !this.#openOf.has(job.printerId) });
       if (payload) this.#payloads.keep(job.id, payload);
     }
     this.#write(entry);
@@ -133,13 +132,13 @@ export class JobHistory {
    * @param {string} status
    * @param {string} [errorCode]
    * @param {object} [more] further fields, laid over the record; undefined takes one out of it
-   * @returns {Promise<void>} settles when it survives the end of the process, and with "sending" also the loss of power; or
-   *   could not be written: a full disk stops no receipt
+   * @returns {Promise<void>} settles when it survives the end of the process, and with "sending" also the loss of
+   *   power; or could not be written: a full disk stops no receipt
    */
   async mark(id, status, errorCode, more = {}) {
     const entry = this.#entries.get(id);
     if (!entry || hasEnded(entry.job.status)) return;
-    const mayBegin = entry.open.mayBegin;
+    const mayBegin = entry.open?.mayBegin;
     this.#change(entry, status, { ...(errorCode ? { errorCode } : {}), ...more });
     this.#changes.emit(id);
     await this.#journal.commit({ sync: status === 'sending' && !mayBegin });
@@ -175,8 +174,8 @@ export class JobHistory {
       if (hasEnded(job.status)) continue;
       this.#open(entry, open ?? { since: at, waitMs: 0, mayBegin: false });
       if (this.#canGoOn(entry, isComplete)) continue;
-      const isSent = SENT.has(job.status) || (entry.open.mayBegin && !isComplete);
-      this.#change(entry, 'failed', { errorCode: isSent ? 'uncertain_after_restart' : 'expired_after_restart' });
+      const mayBeSent = isSent(job.status) || (entry.open?.mayBegin && !isComplete);
+      this.#change(entry, 'failed', { errorCode: mayBeSent ? 'uncertain_after_restart' : 'expired_after_restart' });
       failed += 1;
     }
     if (failed > 0) log.warn(`${failed} unfinished jobs of the last run marked as failed`);
@@ -185,15 +184,17 @@ export class JobHistory {
   }
 
   #canGoOn(entry, isComplete) {
-    const { job, open: { since, waitMs, mayBegin } } = entry;
+    const { job, open: { since, waitMs, mayBegin } } = /** @type {Required<Entry>} */ (entry);
     const left = waitMs - this.#clock.since(since);
     const payload = this.#payloads.of(job.id);
-    if (SENT.has(job.status) || (mayBegin && !isComplete) || !payload || left <= 0 || this.#clock.isDoubtful(since)) return false;
+    if (isSent(job.status) || (mayBegin && !isComplete)) return false;
+    if (!payload || left <= 0 || this.#clock.isDoubtful(since)) return false;
     this.#unfinished.push({ job: { ...job }, payload, waitMs: left });
     return true;
   }
 
   #enter({ job, at }) {
+    /** @type {Entry} */
     const entry = { job, at, touched: this.#now() };
     this.#entries.set(job.id, entry);
     if (job.key !== undefined) this.#byKey.set(job.key, job.id);
@@ -210,19 +211,20 @@ export class JobHistory {
     for (const name of Object.keys(job)) if (job[name] === undefined) delete job[name];
     Object.assign(entry, { job, at: this.#clock.moment(), touched: this.#now() });
     if (hasEnded(status)) this.#close(entry);
-    else if (status === 'waiting') entry.open = { ...entry.open, mayBegin: false };
+    else if (status === 'waiting' && entry.open) entry.open = { ...entry.open, mayBegin: false };
     this.#write(entry);
   }
 
   #close(entry) {
     const { id, printerId } = entry.job;
     delete entry.open;
-    const others = this.#openOf.get(printerId) - 1;
+    const others = (this.#openOf.get(printerId) ?? 1) - 1;
     if (others > 0) this.#openOf.set(printerId, others);
     else this.#openOf.delete(printerId);
     this.#payloads.release(id);
   }
 
+  /** @param {Entry} entry */
   #write({ job, at, open }) { this.#journal.put('jobs', job.id, { job, at, open }); }
 
   /** Whether a record may not be forgotten: its job, or its request's repetition, is still to come. */

@@ -26,7 +26,8 @@ export class Idempotency {
    * @param {{ origin: string, key: unknown, content: unknown }} request key undefined = the request does not ask for it
    * @param {(fields: object) => Promise<object>} make accepts the job; `fields` belong into its record
    * @returns {Promise<object>} the job's record
-   * @throws {ApiError} 400 for a bad key, 409 for a key that stands for another request; what `make` throws is not remembered
+   * @throws {ApiError} 400 for a bad key, 409 for a key that stands for another request; what `make` throws is not
+   *   remembered
    */
   async once({ origin, key, content }, make) {
     if (key === undefined) return make({});

@@ -1,4 +1,4 @@
-/** Bytes that one job's content may have to be kept for a restart; a larger one is printed, and expires with a restart. */
+/** Bytes that one job's content may have to be kept for a restart; a larger one is printed, and expires with one. */
 export const MAX_KEPT_BYTES = 8 * 1024 * 1024;
 
 /** The same for all jobs together. */
@@ -7,6 +7,7 @@ export const MAX_ALL_KEPT_BYTES = 32 * 1024 * 1024;
 /** What is to be printed of the jobs that are not over, beside their records in the journal. */
 export class KeptPayloads {
   #journal;
+  /** @type {Map<string, number>} */
   #sizes = new Map();
   #bytes = 0;
 

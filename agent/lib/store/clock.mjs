@@ -13,7 +13,7 @@ export class Clock {
   #boot;
   #uptime;
 
-  /** @param {{ boot?: string | null, uptime?: () => number }} [of] uptime in milliseconds, sleep included */
+  /** @param {{ boot?: string | null, uptime?: () => number }} [of] uptime = milliseconds, sleep included */
   constructor({ boot = bootId(), uptime = () => os.uptime() * 1000 } = {}) {
     this.#boot = boot;
     this.#uptime = uptime;
@@ -26,8 +26,8 @@ export class Clock {
   moment() { return { boot: this.#boot, up: this.#uptime(), wall: Date.now() }; }
 
   /**
-   * Milliseconds since a moment, never negative. Since the computer has started anew, the wall clock has the word, but it
-   * was no later than that start.
+   * Milliseconds since a moment, never negative. Since the computer has started anew, the wall clock has the word, but
+   * it was no later than that start.
    * @param {Moment} moment
    * @param {Moment} [now] moment(), for one who asks about many
    */

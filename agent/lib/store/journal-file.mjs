@@ -16,8 +16,14 @@ export class JournalFile {
   /** 0 = nothing that counts stands in it. */
   generation = 0;
   #path;
+  /** @type {import('node:fs/promises').FileHandle | null} */
   #handle = null;
-  #last = null;
+  // The checksum that the next record continues.
+  /** @type {Buffer} */
+  #last = Buffer.alloc(0);
+  // What begin() holds back.
+  /** @type {{ generation: number, bytes: Buffer }} */
+  #header = { generation: 0, bytes: Buffer.alloc(0) };
 
   /** @param {string} path */
   constructor(path) { this.#path = path; }
@@ -43,7 +49,7 @@ export class JournalFile {
       if (error.code === 'ENOENT') return 'missing';
       throw Object.assign(error, { path: this.#path });
     }
-    const { kind, generation = 0 } = decodeHeader(head);
+    const { kind, generation } = decodeHeader(head);
     this.generation = generation;
     return kind;
   }
@@ -58,26 +64,26 @@ export class JournalFile {
     ({ end: this.end, last: this.#last } = decodeRecords(content, decodeHeader(content).last, onChange));
   }
 
-  /** Begins anew, with a header that does not count before it is written by seal(). @throws the file system's error */
+  /** Begins anew; nothing counts before seal() has written the header. @throws the file system's error */
   async begin(generation) {
-    await this.#open();
     await this.#write(Buffer.alloc(HEADER_BYTES), 0);
-    const header = encodeHeader(generation);
-    Object.assign(this, { end: HEADER_BYTES, generation: 0, sealed: { generation, bytes: header.bytes } });
-    this.#last = header.last;
+    const { bytes, last } = encodeHeader(generation);
+    [this.end, this.generation, this.#last, this.#header] = [HEADER_BYTES, 0, last, { generation, bytes }];
   }
 
-  /** Puts what begin() and the appends since have written on the disk, and has it count. @throws the file system's error */
+  /** Has what was appended since begin() count, once it is on the disk. @throws the file system's error */
   async seal() {
-    await this.#handle.datasync();
-    await this.#write(this.sealed.bytes, 0);
-    await this.#handle.datasync();
-    this.generation = this.sealed.generation;
+    await this.sync();
+    await this.#write(this.#header.bytes, 0);
+    await this.sync();
+    this.generation = this.#header.generation;
   }
 
-  /** Appends changes; they survive the end of the process. @throws the file system's error; they are not in the file then */
+  /**
+   * Appends changes; they survive the end of the process.
+   * @throws the file system's error; they are not in the file then
+   */
   async append(changes) {
-    await this.#open();
     const { bytes, last } = encodeRecords(changes, this.#last);
     await this.#write(bytes, this.end);
     this.end += bytes.length;
@@ -89,7 +95,9 @@ export class JournalFile {
     const descriptor = openSync(this.#path, 'r+');
     try {
       const { bytes, last } = encodeRecords(changes, this.#last);
-      for (let done = 0; done < bytes.length;) done += writeSync(descriptor, bytes, done, bytes.length - done, this.end + done);
+      for (let done = 0; done < bytes.length;) {
+        done += writeSync(descriptor, bytes, done, bytes.length - done, this.end + done);
+      }
       fdatasyncSync(descriptor);
       this.end += bytes.length;
       this.#last = last;
@@ -103,14 +111,14 @@ export class JournalFile {
 
   /** Reserves a little more space behind the end. @throws the file system's error, such as ENOSPC */
   async grow() {
+    // The size is known once the file is open.
     await this.#open();
     await this.#write(ZEROS, this.size);
   }
 
   /** Gives back what lies behind `size` bytes. */
   async shrink(size) {
-    await this.#open();
-    await this.#handle.truncate(size);
+    await (await this.#open()).truncate(size);
     this.size = size;
   }
 
@@ -120,19 +128,20 @@ export class JournalFile {
   }
 
   async #open() {
-    if (this.#handle) return;
-    try {
-      this.#handle = await open(this.#path, 'r+');
-    } catch (error) {
+    if (this.#handle) return this.#handle;
+    const handle = await open(this.#path, 'r+').catch((error) => {
       if (error.code !== 'ENOENT') throw error;
-      this.#handle = await open(this.#path, 'wx+', 0o600);
-    }
-    this.size = fstatSync(this.#handle.fd).size;
+      return open(this.#path, 'wx+', 0o600);
+    });
+    this.#handle = handle;
+    this.size = fstatSync(handle.fd).size;
+    return handle;
   }
 
   async #write(bytes, at) {
+    const handle = await this.#open();
     for (let done = 0; done < bytes.length;) {
-      const { bytesWritten } = await this.#handle.write(bytes, done, bytes.length - done, at + done);
+      const { bytesWritten } = await handle.write(bytes, done, bytes.length - done, at + done);
       done += bytesWritten;
       this.size = Math.max(this.size, at + done);
     }

@@ -47,16 +47,16 @@ export function encodeHeader(generation) {
 
 /**
  * @param {Buffer} content of a whole file
- * @returns {{ kind: 'empty' | 'broken' | 'later' } | { kind: 'ok', generation: number, last: Buffer }}
- *   later = written by a version whose records this one cannot read
+ * @returns {{ kind: 'empty' | 'broken' | 'later' | 'ok', generation: number, last: Buffer }} later = written by a
+ *   version whose records this one cannot read; generation = 0 unless it is ok
  */
 export function decodeHeader(content) {
   const head = content.subarray(0, HEADER_BYTES);
-  if (head.every((byte) => byte === 0)) return { kind: 'empty' };
-  const last = head.subarray(HEADER_BYTES - CHECKSUM_BYTES);
-  if (head.length < HEADER_BYTES || !head.subarray(0, 4).equals(MAGIC)) return { kind: 'broken' };
-  if (!checksum(head.subarray(0, HEADER_BYTES - CHECKSUM_BYTES)).equals(last)) return { kind: 'broken' };
-  if (head.readUInt32BE(4) !== FORMAT) return { kind: 'later' };
+  const last = Buffer.from(head.subarray(HEADER_BYTES - CHECKSUM_BYTES));
+  const isWhole = head.length === HEADER_BYTES && head.subarray(0, 4).equals(MAGIC)
+    && checksum(head.subarray(0, HEADER_BYTES - CHECKSUM_BYTES)).equals(last);
+  if (!isWhole) return { kind: head.every((byte) => byte === 0) ? 'empty' : 'broken', generation: 0, last };
+  if (head.readUInt32BE(4) !== FORMAT) return { kind: 'later', generation: 0, last };
   return { kind: 'ok', generation: head.readUInt32BE(8), last };
 }
 

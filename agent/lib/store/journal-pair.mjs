@@ -12,8 +12,9 @@ export const isFull = (error) => error.code === 'ENOSPC' || error.code === 'EDQU
 
 /**
  * The two files of a journal, which take turns: changes are appended to the one in use; when that has grown, what still
- * stands is copied into the other one in steps, and that takes over once it has all of it. Calls must not overlap, but for
- * sync(). No call rejects for a disk that fails: `trouble` says so then, and everything is copied once it works again.
+ * stands is copied into the other one in steps, and that takes over once it has all of it. Calls must not overlap, but
+ * for sync(). No call rejects for a disk that fails: `trouble` says so then, and everything is copied once it works
+ * again.
  *
  * @typedef {import('./journal-format.mjs').Change} Change
  * @typedef {object} Owner who knows what stands
@@ -61,8 +62,8 @@ export class JournalPair {
   get trouble() { return this.#trouble; }
 
   /**
-   * Reads the file in use. One that is no journal goes aside, one that cannot be read makes for the trouble "unreadable":
-   * then nothing may be written.
+   * Reads the file in use. One that is no journal goes aside, one that cannot be read makes for the trouble
+   * "unreadable": then nothing may be written.
    * @param {(change: Change) => void} onChange
    */
   read(onChange) {

@@ -5,12 +5,12 @@ const LAZY_SYNC_MS = 1000;
 
 /**
  * What the service remembers of its work: tables of values by id, each value with bytes beside it where it has any.
- * In memory they are as they were last put; on disk every change is a record at the end of a file (journal-format.mjs), and
- * a start reads to the last whole one. See JournalPair for the files.
+ * In memory they are as they were last put; on disk every change is a record at the end of a file (journal-format.mjs),
+ * and a start reads to the last whole one. See JournalPair for the files.
  *
- * Nothing here throws or rejects for a disk that fails or is full: the values stay in memory, `trouble` says so, and all
- * of them are written anew once it works again. Files that are there and cannot be read are left alone; then nothing is
- * written at all.
+ * Nothing here throws or rejects for a disk that fails or is full: the values stay in memory, `trouble` says so, and
+ * all of them are written anew once it works again. Files that are there and cannot be read are left alone; then
+ * nothing is written at all.
  *
  * @typedef {import('./journal-format.mjs').Change} Change
  */
@@ -40,9 +40,9 @@ export class Journal {
    * Reads what is there; writes nothing yet.
    * @param {string} base path of its files without their ending
    * @param {import('../log.mjs').Log} log
-   * @param {{ now?: () => number, reserveBytes?: number, compactBytes?: number }} [how] now = milliseconds of a clock that
-   *   nobody sets; reserveBytes = space kept ready; a file is written anew when it has grown by compactBytes and to twice
-   *   its size
+   * @param {{ now?: () => number, reserveBytes?: number, compactBytes?: number }} [how] now = milliseconds of a clock
+   *   that nobody sets; reserveBytes = space kept ready; a file is written anew when it has grown by compactBytes and
+   *   to twice its size
    */
   constructor(base, log, how = {}) {
     const owner = {
@@ -87,8 +87,8 @@ export class Journal {
   }
 
   /**
-   * Settles when everything put so far survives the end of this process; with `sync` a loss of power, too. One flush of the
-   * disk serves all who wait.
+   * Settles when everything put so far survives the end of this process; with `sync` a loss of power, too. One flush of
+   * the disk serves all who wait.
    * @returns {Promise<void>} never rejects, see above
    */
   commit({ sync = true } = {}) {

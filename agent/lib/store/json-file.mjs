@@ -1,7 +1,8 @@
 import path from 'node:path';
 import { open, readdir, rename, unlink } from 'node:fs/promises';
 import {
-  closeSync, constants, copyFileSync, fsyncSync, linkSync, openSync, readFileSync, renameSync, unlinkSync, writeFileSync,
+  closeSync, constants, copyFileSync, fsyncSync, linkSync, openSync, readFileSync, renameSync, unlinkSync,
+  writeFileSync,
 } from 'node:fs';
 
 let sequence = 0;
@@ -77,8 +78,8 @@ export function writeFileAtomicSync(file, text) {
 /**
  * Reads a JSON object; a byte order mark before it is no fault.
  * @param {string} file
- * @returns {{ kind: 'missing' } | { kind: 'unreadable' | 'broken', why: string } | { kind: 'ok', value: object }}
- *   unreadable = it is there, and nobody knows what is in it: it must not be replaced
+ * @returns {{ kind: 'missing' | 'unreadable' | 'broken' | 'ok', why?: string, value?: any }} why, unless it is missing
+ *   or ok; value, where it is ok. unreadable = it is there, and nobody knows what is in it: it must not be replaced
  */
 export function readJsonObject(file) {
   let text;
@@ -97,7 +98,8 @@ export function readJsonObject(file) {
 }
 
 /**
- * Gives an unusable file a second name, the first free `<file>.broken-<n>`, n from 1: replacing the file does not lose it.
+ * Gives an unusable file a second name, the first free `<file>.broken-<n>`, n from 1: replacing the file does not lose
+ * it.
  * @returns {string} the new path
  * @throws the file system's error
  */

@@ -31,15 +31,20 @@ const SINGLE = {
 };
 
 /**
- * Lists. `isUsable` tells whether an item is of any use at all; `fields` has what may be wrong with it and need not cost
- * the item: a check, and what stands in the value's place.
+ * Lists. `isUsable` tells whether an item is of any use at all; `fields` has what may be wrong with it and need not
+ * cost the item: a check, and what stands in the value's place.
+ * @type {Record<string, { isUsable: (item: any) => boolean, idOf: (item: any) => string,
+ *   fields?: Record<string, [(value: any) => boolean, (item: any) => unknown]> }>}
  */
 const LISTS = {
   printers: {
     isUsable: (item) => isObject(item) && isPlainText(item.id) && isHost(item.host) && isPort(item.port)
       && isTransport(item.transport),
     idOf: ({ id }) => id,
-    fields: { name: [isPlainText, ({ host }) => host], mac: [(value) => value === undefined || isMac(value), () => undefined] },
+    fields: {
+      name: [isPlainText, ({ host }) => host],
+      mac: [(value) => value === undefined || isMac(value), () => undefined],
+    },
   },
   queues: { isUsable: (item) => isPlainText(item), idOf: (item) => item },
   origins: { isUsable: (item) => normaliseOrigin(item) === item, idOf: (item) => item },
@@ -55,20 +60,22 @@ const LISTS = {
  * chosen something else in its place.
  * @typedef {{ single: Record<string, unknown>, items: Record<string, unknown[]>,
  *   fields: Record<string, Record<string, Record<string, unknown>>>, profiles: Record<string, unknown>,
- *   ofProfiles: Record<string, object> }} Kept fields = by list, id of the item and key; profiles = those that are none;
- *   ofProfiles = by printer, what is left out of its profile
+ *   ofProfiles: Record<string, object> }} Kept fields = by list, id of the item and key; profiles = those that are
+ *   none; ofProfiles = by printer, what is left out of its profile
  */
 
 /**
- * Takes settings apart into what can be used and what cannot: one bad value costs that value. Keys that are not known stay
- * where they are.
- * @param {object} stored
- * @returns {{ values: object, kept: Kept, wrong: string[] }} wrong = where values are that should have been usable, in English;
- *   values of a printer's profile are not among them, as later versions may know more of those
+ * Takes settings apart into what can be used and what cannot: one bad value costs that value. Keys that are not known
+ * stay where they are.
+ * @param {any} stored
+ * @returns {{ values: any, kept: Kept, wrong: string[] }} wrong = where values are that should have been usable, in
+ *   English; values of a printer's profile are not among them, as later versions may know more of those
  */
 export function understand(stored) {
   const values = { ...defaultSettings(), ...stored };
+  /** @type {Kept} */
   const kept = { single: {}, items: {}, fields: {}, profiles: {}, ofProfiles: {} };
+  /** @type {string[]} */
   const wrong = [];
   const keep = (key) => {
     kept.single[key] = stored[key];
@@ -87,13 +94,13 @@ export function understand(stored) {
     wrong.push(...list.wrong.map((where) => `${key}: ${where}`));
   }
   if (!isObject(values.profiles)) keep('profiles');
-  values.profiles = Object.fromEntries(Object.entries(values.profiles).flatMap(([id, stored]) => {
-    if (!isObject(stored)) {
-      kept.profiles[id] = stored;
+  values.profiles = Object.fromEntries(Object.entries(values.profiles).flatMap(([id, each]) => {
+    if (!isObject(each)) {
+      kept.profiles[id] = each;
       wrong.push(`profile of ${id}`);
       return [];
     }
-    const { profile, foreign } = partProfile(stored);
+    const { profile, foreign } = partProfile(each);
     if (Object.keys(foreign).length > 0) kept.ofProfiles[id] = foreign;
     return [[id, profile]];
   }));
@@ -101,6 +108,7 @@ export function understand(stored) {
 }
 
 function takeList(items, { isUsable, idOf, fields = {} }) {
+  /** @type {{ taken: any[], left: any[], fields: Record<string, Record<string, unknown>>, wrong: string[] }} */
   const list = { taken: [], left: [], fields: {}, wrong: [] };
   const ids = new Set();
   for (const [index, item] of items.entries()) {
@@ -123,7 +131,7 @@ const substitutes = (item, names, fields) => Object.fromEntries(names.map((name)
 
 /**
  * The settings to be stored: the values with what was kept, in its place wherever nobody has put anything else there.
- * @param {object} values
+ * @param {any} values
  * @param {Kept} kept
  */
 export function withKept(values, kept) {
@@ -134,7 +142,8 @@ export function withKept(values, kept) {
   }
   for (const [key, { fields = {}, idOf }] of Object.entries(LISTS)) {
     if (!Array.isArray(stored[key]) || (key in kept.single && stored[key] === kept.single[key])) continue;
-    stored[key] = [...values[key].map((item) => asItWas(item, kept.fields[key]?.[idOf(item)], fields)), ...kept.items[key] ?? []];
+    const items = values[key].map((item) => asItWas(item, kept.fields[key]?.[idOf(item)], fields));
+    stored[key] = [...items, ...kept.items[key] ?? []];
   }
   if (isObject(stored.profiles)) {
     const foreign = Object.entries(kept.ofProfiles)
@@ -147,6 +156,7 @@ export function withKept(values, kept) {
 
 function asItWas(item, kept, fields) {
   if (!kept) return item;
-  const still = Object.entries(kept).filter(([name, value]) => value !== undefined && item[name] === fields[name][1](item));
+  const isStill = ([name, value]) => value !== undefined && item[name] === fields[name][1](item);
+  const still = Object.entries(kept).filter(isStill);
   return { ...item, ...Object.fromEntries(still) };
 }

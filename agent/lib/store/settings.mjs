@@ -2,7 +2,7 @@ import { renameSync } from 'node:fs';
 import { ApiError } from '../api-error.mjs';
 import { isFull } from './journal-pair.mjs';
 import { keepAside, readJsonObject, writeFileAtomic, writeFileAtomicSync } from './json-file.mjs';
-import { defaultSettings, understand, withKept } from './settings-values.mjs';
+import { understand, withKept } from './settings-values.mjs';
 
 export { DEFAULT_HTTPS_PORT, DEFAULT_HTTP_PORT, defaultSettings } from './settings-values.mjs';
 
@@ -12,9 +12,9 @@ const asText = (stored) => JSON.stringify(stored, null, 1);
 /**
  * Reads settings.json without changing anything on disk; where it is no settings at all, the last good copy.
  * @param {string} file
- * @returns {{ settings: object, broken: string | null, isUnreadable: boolean, isFromCopy: boolean, wrong: string[],
- *   kept: import('./settings-values.mjs').Kept }} broken = why the file could not be used; settings are then those of the copy or
- *   the defaults. isUnreadable = nobody knows what is in it. wrong and kept as of understand()
+ * @returns {{ settings: any, broken: string | null, isUnreadable: boolean, isFromCopy: boolean, wrong: string[],
+ *   kept: import('./settings-values.mjs').Kept }} broken = why the file could not be used; settings are then those of
+ *   the copy or the defaults. isUnreadable = nobody knows what is in it. wrong and kept as of understand()
  */
 export function readSettings(file) {
   const read = readJsonObject(file);
@@ -23,7 +23,12 @@ export function readSettings(file) {
   const stored = read.value ?? copy?.value;
   const { values, kept, wrong } = understand(stored ?? {});
   return {
-    settings: values, kept, wrong, broken: read.why ?? null, isUnreadable: read.kind === 'unreadable', isFromCopy: copy?.kind === 'ok',
+    settings: values,
+    kept,
+    wrong,
+    broken: read.why ?? null,
+    isUnreadable: read.kind === 'unreadable',
+    isFromCopy: copy?.kind === 'ok',
   };
 }
 
@@ -34,6 +39,7 @@ export class Settings {
   #kept;
   #isUnreadable;
   #mustMoveAside;
+  /** @type {Promise<unknown>} */
   #tail = Promise.resolve();
 
   /**
@@ -106,7 +112,8 @@ export class Settings {
 
   async #store(text) {
     if (this.#isUnreadable) {
-      throw new ApiError(507, 'settings_unreadable', 'لم يُحفظ التغيير لأن ملف الإعدادات غير مقروء. أصلح صلاحياته ثم أعد تشغيل الخدمة.');
+      const why = 'لم يُحفظ التغيير لأن ملف الإعدادات غير مقروء. أصلح صلاحياته ثم أعد تشغيل الخدمة.';
+      throw new ApiError(507, 'settings_unreadable', why);
     }
     try {
       this.quarantine();

@@ -63,7 +63,9 @@ export async function ensureCertificates(paths, env = process.env, { mayReplaceA
   if (await isGoodPair(openssl, paths)) return 'kept';
   const authorityDays = isMatching(paths.caCert, paths.caKey) ? daysLeft(paths.caCert) : 0;
   const keepsAuthority = authorityDays > RENEW_DAYS;
-  if (!keepsAuthority && !mayReplaceAuthority) throw new Error('the authority does not last: "trust-ca" makes another one');
+  if (!keepsAuthority && !mayReplaceAuthority) {
+    throw new Error('the authority does not last: "trust-ca" makes another one');
+  }
   ensurePrivateFolder(paths.root);
   ensurePrivateFolder(paths.tls);
   await removeLeftovers(paths.root);
@@ -90,9 +92,9 @@ export async function ensureCertificates(paths, env = process.env, { mayReplaceA
 }
 
 /**
- * Makes the server's certificate anew when it is about to expire, or is good only from a later time: the clock was wrong
- * when it was made. The authority stays, as another one would have to be trusted first; so does what is not there yet, or
- * not readable, for "init-tls".
+ * Makes the server's certificate anew when it is about to expire, or is good only from a later time: the clock was
+ * wrong when it was made. The authority stays, as another one would have to be trusted first; so does what is not there
+ * yet, or not readable, for "init-tls".
  * @returns {Promise<'kept' | 'made'>}
  * @throws {Error} as ensureCertificates()
  */

@@ -31,20 +31,20 @@ export async function trustCaCommand() {
 }
 
 /**
- * The command "trust-status": whether the user's browsers accept the service's HTTPS address, as the application asks. It
- * writes one line of JSON, changes nothing, and takes at most ten seconds and a little.
+ * The command "trust-status": whether the user's browsers accept the service's HTTPS address, as the application asks.
+ * It writes one line of JSON, changes nothing, and takes at most ten seconds and a little.
  *
  *   {"trusted":false,"certain":true,"authority":"/home/…/tls/ca.crt",
  *    "system":{"trusted":false,"why":"not_accepted"},
  *    "stores":[{"folder":"/home/…/.pki/nssdb","trusted":true},{"folder":"…","trusted":false,"why":"no_database"}]}
  *
- * `trusted` = the verdict; `stores` = every browser store there is, each of which must accept; where there is none, `system`
- * decides, which has no say otherwise. `why`, only where not trusted: "no_authority" (no certificate has been made yet),
- * "no_database" (an empty store), "not_accepted", "no_tool" (vfychain of libnss3-tools, or openssl, is not installed),
- * "no_answer" (it crashed or took too long). `certain` = false when one that decides could not be asked.
+ * `trusted` = the verdict; `stores` = every browser store there is, each of which must accept; where there is none,
+ * `system` decides, which has no say otherwise. `why`, only where not trusted: "no_authority" (no certificate has been
+ * made yet), "no_database" (an empty store), "not_accepted", "no_tool" (vfychain of libnss3-tools, or openssl, is not
+ * installed), "no_answer" (it crashed or took too long). `certain` = false when one that decides could not be asked.
  *
- * Status: 0 trusted; 1 not trusted; 69 not trusted as far as anybody can tell (`certain` is false). Told to end (SIGTERM,
- * SIGINT), it ends the tools and itself with 143, and writes nothing.
+ * Status: 0 trusted; 1 not trusted; 69 not trusted as far as anybody can tell (`certain` is false). Told to end
+ * (SIGTERM, SIGINT), it ends the tools and itself with 143, and writes nothing.
  * @returns {Promise<number>} exit status
  */
 export async function trustStatusCommand() {

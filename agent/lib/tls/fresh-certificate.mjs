@@ -17,8 +17,8 @@ export function readCertificate({ serverCert, serverKey }) {
 }
 
 /**
- * Waits for another certificate in the place of the one in use, and renews that in time. It is moved there after its key, so
- * that both match.
+ * Waits for another certificate in the place of the one in use, and renews that in time. It is moved there after its
+ * key, so that both match.
  * @param {ReturnType<typeof import('../paths.mjs').configPaths>} paths
  * @param {{ cert: Buffer } | null} inUse null = none was there
  * @param {(fresh: { cert: Buffer, key: Buffer }) => Promise<void>} onFresh what it throws is logged

@@ -9,8 +9,8 @@ const FLATPAKS = [
 ];
 
 /**
- * The folders of the NSS databases that the user's browsers read, each of which decides for its own browser. Only folders
- * that exist; one may hold no database yet, which its browser takes for an empty one.
+ * The folders of the NSS databases that the user's browsers read, each of which decides for its own browser. Only
+ * folders that exist; one may hold no database yet, which its browser takes for an empty one.
  * - The shared database: `.pki/nssdb` where that folder exists, else `pki/nssdb` in the folder for user data.
  * - Every Firefox profile, in the old place and in the folder for configuration.
  * @param {string} home
@@ -32,7 +32,8 @@ export function storesToFill(home, env = process.env) {
 
 /** @returns {{ root: string, config: string, data: string }[]} the user's own first */
 function browserHomes(home, env) {
-  const folder = (variable, customary) => (path.isAbsolute(env[variable] ?? '') ? env[variable] : path.join(home, customary));
+  const folder = (variable, customary) => (
+    path.isAbsolute(env[variable] ?? '') ? env[variable] : path.join(home, customary));
   const sandbox = (root, config, data) => ({ root, config: path.join(root, config), data: path.join(root, data) });
   return [
     { root: home, config: folder('XDG_CONFIG_HOME', '.config'), data: folder('XDG_DATA_HOME', '.local/share') },

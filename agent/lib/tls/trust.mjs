@@ -33,16 +33,16 @@ export async function trustAuthority(caCert, home, env = process.env) {
 }
 
 /**
- * Whether the user's browsers take the authority's word: each of their stores decides for its own browser. Where there is
- * none, the system's store decides; it has no say beside them, as browsers with stores do not look at it.
+ * Whether the user's browsers take the authority's word: each of their stores decides for its own browser. Where there
+ * is none, the system's store decides; it has no say beside them, as browsers with stores do not look at it.
  * Changes nothing.
  * @param {string} caCert file
  * @param {string} home
- * @param {{ env?: NodeJS.ProcessEnv, signal?: AbortSignal, timeoutMs?: number }} [how] timeoutMs = for each question, all of
- *   which are asked at once
- * @returns {Promise<{ trusted: boolean, certain: boolean, system: Verdict, stores: ({ folder: string } & Verdict)[] }>} certain = false
- *   when one that has a say could not be asked; it counts as a no
- * @typedef {{ trusted: boolean, why?: 'no_authority' | 'no_database' | 'not_accepted' | 'no_tool' | 'no_answer' }} Verdict
+ * @param {{ env?: NodeJS.ProcessEnv, signal?: AbortSignal, timeoutMs?: number }} [how] timeoutMs = for each question,
+ *   all of which are asked at once
+ * @returns {Promise<{ trusted: boolean, certain: boolean, system: Verdict, stores: ({ folder: string } & Verdict)[] }>}
+ *   certain = false when one that has a say could not be asked; it counts as a no
+ * @typedef {{ trusted: boolean, why?: string }} Verdict why = see the command "trust-status"
  */
 export async function trustStatus(caCert, home, { env = process.env, signal, timeoutMs = TIMEOUT_MS } = {}) {
   const ask = async (name, args) => {
@@ -56,9 +56,12 @@ export async function trustStatus(caCert, home, { env = process.env, signal, tim
   const askStore = async (folder) => {
     // The tool would make a database where there is none.
     const hasDatabase = existsSync(path.join(folder, 'cert9.db'));
-    return { folder, ...hasDatabase ? await ask('vfychain', accepting(folder, caCert)) : { trusted: false, why: 'no_database' } };
+    if (!hasDatabase) return { folder, trusted: false, why: 'no_database' };
+    return { folder, ...await ask('vfychain', accepting(folder, caCert)) };
   };
-  const [system, ...stores] = await Promise.all([ask('openssl', ['verify', caCert]), ...certificateStores(home, env).map(askStore)]);
+  const [system, stores] = await Promise.all([
+    ask('openssl', ['verify', caCert]), Promise.all(certificateStores(home, env).map(askStore)),
+  ]);
   const deciding = stores.length > 0 ? stores : [system];
   return {
     trusted: deciding.every(({ trusted }) => trusted),
@@ -85,7 +88,7 @@ async function install(store, folder, caCert) {
 }
 
 function openStore(certutil, vfychain, folder) {
-  const succeeds = async (program, args) => (await runProgram(program, args, { timeoutMs: TIMEOUT_MS })).status === 0;
+  const succeeds = async (tool, args) => (await runProgram(tool, args, { timeoutMs: TIMEOUT_MS })).status === 0;
   return {
     // With no password: it must not ask for one at a terminal.
     change: (...args) => succeeds(certutil, ['-d', `sql:${folder}`, '-f', '/dev/null', ...args]),
