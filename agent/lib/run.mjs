@@ -1,9 +1,12 @@
 import { PortTaken, startService } from './service.mjs';
+import { endBy } from './system/forced-end.mjs';
 
 const EX_CONFIG = 78;
-const PARENT_CHECK_MS = 500;
-// Last resort when something refuses to end, in milliseconds after the request to stop.
-const FORCED_EXIT_MS = 4000;
+// Milliseconds. The companion asks the kernel to tell of its own end at once; who else starts the service may not.
+const PARENT_CHECK_MS = 1000;
+// Last resorts when something refuses to end, after the request to stop: with the check above, gone within three seconds.
+const FORCED_EXIT_MS = 1800;
+const KILL_MS = 1950;
 
 /**
  * The command "run": serves until told to stop.
@@ -28,14 +31,18 @@ export async function run() {
     if (stopping) return;
     stopping = true;
     log.info(`stopping: ${why}`);
-    setTimeout(() => process.exit(0), FORCED_EXIT_MS);
+    endBy(KILL_MS);
+    setTimeout(leave, FORCED_EXIT_MS);
     await service.stop();
     process.exit(0);
   };
+  const leave = (status = 0) => {
+    try { service.flushSync(); } catch { /* the disk may be what failed */ }
+    process.exit(status);
+  };
   const crash = (error) => {
     log.error(`unexpected failure: ${error?.stack ?? error}`);
-    try { service.flushSync(); } catch { /* the disk may be what failed */ }
-    process.exit(1);
+    leave(1);
   };
   process.on('uncaughtException', crash);
   process.on('unhandledRejection', crash);

@@ -20,6 +20,8 @@ import { CupsQueues } from './printers/cups.mjs';
 import { Printers } from './printers/registry.mjs';
 import { sender } from './printers/send.mjs';
 import { Router } from './http/router.mjs';
+import { refuseBroken } from './http/answer.mjs';
+import { Connections } from './http/connections.mjs';
 import { openListener } from './http/listener.mjs';
 import { adminGuard, renewToken } from './admin/token.mjs';
 import { lastPortConflict } from './admin/port-conflict.mjs';
@@ -27,11 +29,12 @@ import { adminRoutes } from './admin/routes.mjs';
 import { renewIfDue } from './tls/certificates.mjs';
 import { readCertificate, watchCertificate } from './tls/fresh-certificate.mjs';
 import { Updates } from './update/updates.mjs';
+import { AskedSites } from './sites/asked-sites.mjs';
 import { Pairings } from './sites/pairings.mjs';
 import { Pictures } from './print/picture-files.mjs';
 import { drawCommandTexts, drawText } from './print/pictures.mjs';
 import { personAsker } from './public/ask-person.mjs';
-import { originGuard } from './public/access.mjs';
+import { isAllowed, originGuard } from './public/access.mjs';
 import { Pairing } from './public/pairing.mjs';
 import { RateLimit } from './public/rate-limit.mjs';
 import { publicRoutes } from './public/routes.mjs';
@@ -61,19 +64,24 @@ export async function startService(env = process.env) {
     await ready;
     return router.answer(request, context);
   };
-  const { listeners, close } = await openPorts({ env, paths, settings: read.settings, answer, log });
+  let mayRead = () => false;
+  const connections = new Connections({ log, onSlowHead: (socket) => refuseBroken({ code: 'slow' }, socket, mayRead) });
+  const door = { answer, connections, mayRead: (origin) => mayRead(origin), log };
+  const { listeners, close } = await openPorts({ env, paths, settings: read.settings, door });
 
   ensurePrivateFolder(paths.root);
   await removeLeftovers(paths.root);
   const token = await renewToken(paths.token, log);
   const service = compose({ env, log, paths, read, listeners });
   router = new Router();
-  router.group('/admin/', adminGuard(() => token), adminRoutes(service));
-  router.group('/v1/', originGuard(service.settings), publicRoutes(service));
+  router.group('/admin/', adminGuard(() => token), adminRoutes(service), { isOwn: true });
+  router.group('/v1/', originGuard(service.settings, service.asked), publicRoutes(service));
+  mayRead = (origin) => isAllowed(service.settings, origin);
 
-  const { monitor, cups, addresses, queue, settings, journal, history, storage, updates } = service;
+  const { monitor, cups, addresses, queue, settings, journal, history, storage, updates, pairing, pairings } = service;
   void updates.tidy();
   addresses.start();
+  pairings.start();
   void storage.start();
   void settings.keepCopy();
   const probed = Promise.all([monitor.start(), cups.start()]);
@@ -85,10 +93,13 @@ export async function startService(env = process.env) {
     listeners,
     stop: async () => {
       const closed = close();
+      pairing.stop();
+      pairings.stop();
       monitor.stop();
       cups.stop();
       addresses.stop();
-      await queue.stop(GRACE_MS);
+      // What is known now is saved first: the jobs being sent may take all the time there is.
+      await Promise.all([queue.stop(GRACE_MS), settings.settled()]);
       storage.stop();
       await Promise.all([settings.settled(), history.finish()]);
       await Promise.all([closed, journal.close()]);
@@ -137,7 +148,7 @@ function compose({ env, log, paths, read, listeners }) {
   const siteJobs = new SiteJobs({ printers, queue, history, pictures: new Pictures(env), drawTexts });
   const pairings = new Pairings(settings);
   const pairing = new Pairing({ settings, pairings, ask: personAsker(env), log });
-  const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit() };
+  const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit(), asked: new AskedSites() };
   const updates = new Updates({ settings, folder: paths.updates, log });
   return {
     ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates,
@@ -171,14 +182,15 @@ function tellOfSettings({ settings, read, alerts, log, file }) {
   }
 }
 
-async function openPorts({ env, paths, settings, answer, log }) {
+async function openPorts({ env, paths, settings, door }) {
+  const { log } = door;
   const httpPort = portFrom(env.ZEMRAK_LP_HTTP_PORT, settings.httpPort);
   const httpsPort = portFrom(env.ZEMRAK_LP_HTTPS_PORT, settings.httpsPort);
-  const plain = await openOrTaken({ port: httpPort, answer, log });
+  const plain = await openOrTaken({ ...door, port: httpPort });
   const material = await readTls(paths, log);
   let secure = null;
   try {
-    secure = material && await openOrTaken({ port: httpsPort, tls: material, answer, log });
+    secure = material && await openOrTaken({ ...door, port: httpsPort, tls: material });
   } catch (error) {
     if (error instanceof PortTaken) {
       await plain.close();
@@ -189,7 +201,7 @@ async function openPorts({ env, paths, settings, answer, log }) {
   const listeners = { httpPort: plain.port, httpsPort: secure?.port ?? httpsPort, tls: Boolean(secure) };
   const unwatch = watchCertificate(paths, material, async (fresh) => {
     if (secure) return void secure.renew(fresh);
-    secure = await openListener({ port: httpsPort, tls: fresh, answer, log });
+    secure = await openListener({ ...door, port: httpsPort, tls: fresh });
     Object.assign(listeners, { httpsPort: secure.port, tls: true });
   }, log);
   return {

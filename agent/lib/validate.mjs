@@ -2,12 +2,18 @@ import net from 'node:net';
 
 /** A shown or stored text: 1 to `max` characters, not blank, no control characters, no broken surrogates. */
 export function isPlainText(value, max = 128) {
-  return (
-    typeof value === 'string' &&
-    value.trim() !== '' &&
-    [...value].length <= max &&
-    !/[\p{Cc}\p{Cs}\u2028\u2029]/u.test(value)
-  );
+  if (typeof value !== 'string' || value.trim() === '') return false;
+  return [...value].length <= max && !/[\p{Cc}\p{Cs}\u2028\u2029]/u.test(value);
+}
+
+/**
+ * A plain text that can be shown beside others and be taken for nothing else: nothing that is not seen, turns the line's
+ * direction or covers what is next to it. Joiners, which some scripts are written with, may stand in it.
+ */
+export function isShownText(value, max) {
+  if (!isPlainText(value, max)) return false;
+  const seen = value.replace(/[\u200c\u200d\ufe0f]/g, '');
+  return seen.trim() !== '' && !/[\p{Cf}\p{Co}\p{Default_Ignorable_Code_Point}]|\p{M}{5}/u.test(seen);
 }
 
 /** TCP port 1 to 65535, a whole JSON number. */

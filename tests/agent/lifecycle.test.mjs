@@ -50,14 +50,17 @@ test('ports: from the settings, the environment first; a taken HTTPS port counts
   assert.equal(secure.status, 78);
 });
 
-test('only the loopback address is listened on', async (t) => {
+test('only the loopback addresses are listened on, both of them', async (t) => {
   const service = await startService(t);
   const probe = (host) => new Promise((resolve) => {
     const socket = net.connect(service.port, host, () => { socket.destroy(); resolve('open'); });
     socket.on('error', () => resolve('closed'));
   });
-  assert.equal(await probe('127.0.0.1'), 'open');
-  for (const host of ['127.0.0.2', '::1']) assert.equal(await probe(host), 'closed', host);
+  for (const [host, outcome] of [['127.0.0.1', 'open'], ['::1', 'open'], ['127.0.0.2', 'closed']]) assert.equal(await probe(host), outcome, host);
+  const taken = net.createServer();
+  await new Promise((resolve) => { taken.listen(0, '::1', resolve); });
+  t.after(() => taken.close());
+  assert.equal((await command(t, privateHome(t), ['run'], { ZEMRAK_LP_HTTP_PORT: String(taken.address().port) })).status, 78, 'nor does it share them');
 });
 
 test('told to stop: the job being sent ends, what waits stays unsent', async (t) => {
@@ -96,7 +99,15 @@ test('a printer that never reads holds up no stop', async (t) => {
   idle.on('error', () => {});
   const began = Date.now();
   assert.equal(await service.stop('SIGINT'), 0);
-  assert.ok(Date.now() - began < 3500, 'within its grace');
+  assert.ok(Date.now() - began < 3000, 'within its grace');
+});
+
+test('a stop that comes to nothing is a kill', async () => {
+  const began = Date.now();
+  const script = `import { endBy } from '${new URL('../../agent/lib/', import.meta.url)}system/forced-end.mjs'; endBy(300); for (;;);`;
+  const child = spawn(process.execPath, ['--input-type=module', '-e', script], { stdio: 'inherit' });
+  assert.equal(await new Promise((resolve) => { child.on('exit', (_, signal) => resolve(signal)); }), 'SIGKILL');
+  assert.ok(Date.now() - began < 5000);
 });
 
 test('ends with its parent', async (t) => {
@@ -154,7 +165,7 @@ test('a system that can start no program', async (t) => {
     try { for (;;) taken.push(openSync('/dev/null')); } catch {}
     console.log((await runProgram('/bin/true', [])).status);
     console.log(await drawPictures([{}], { program: '/bin/true' }).catch(() => 'not drawn'));
-    console.log(await personAsker({ PATH: '${home}/bin', DISPLAY: ':0' })({ origin: 'o', name: 'n', timeoutMs: 1000, signal: new AbortController().signal }));
+    console.log(await personAsker({ PATH: '${home}/bin', DISPLAY: ':0' })({ origin: 'https://o.example', name: 'n', peer: null, timeoutMs: 1000, signal: new AbortController().signal }));
     await new Promise((resolve) => setTimeout(resolve, 50));
     console.log('alive');`;
   const child = spawn('/bin/sh', ['-c', 'ulimit -n 100; exec "$0" --input-type=module -e "$1"', process.execPath, script], { stdio: ['ignore', 'pipe', 'inherit'] });

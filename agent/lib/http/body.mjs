@@ -1,50 +1,69 @@
 import { ApiError } from '../api-error.mjs';
 import { isObject } from '../validate.mjs';
+import { splitData } from './split-data.mjs';
 
-/** Largest bodies in bytes: of the private commands, of a receipt of the designer (its longest in Arabic has 1.2 MB), and of print jobs. */
-export const ADMIN_BODY_BYTES = 1024 * 1024;
+/** Largest bodies in bytes: of most requests, of pairing, of a receipt of the designer (its longest in Arabic has 1.2 MB). */
+export const BODY_BYTES = 1024 * 1024;
+export const ADMIN_BODY_BYTES = BODY_BYTES;
+export const SMALL_BODY_BYTES = 16 * 1024;
 export const DESIGNER_BODY_BYTES = 4 * 1024 * 1024;
+
+/** Largest print job; all of it but the text in `data` is bounded by BODY_BYTES as well. */
 export const JOB_BODY_BYTES = 25 * 1024 * 1024;
 
-/** Bytes of all bodies being read at one time. */
-export const HELD_BYTES = 160 * 1024 * 1024;
+/** Bytes of all bodies being read at one time: two of the largest. */
+export const HELD_BYTES = 52 * 1024 * 1024;
+
+/** How long a body may take to come, in milliseconds. */
+export const BODY_MS = 30_000;
 
 let held = 0;
 
 const tooLarge = () => new ApiError(413, 'too_large', 'الطلب أكبر من الحد المسموح.');
 const busy = () => new ApiError(503, 'busy', 'الخدمة مشغولة بطلبات كبيرة. حاول بعد قليل.', { 'Retry-After': '2' });
 const badJson = () => new ApiError(400, 'invalid_json', 'محتوى الطلب ليس كائن JSON صالحًا.');
+const incomplete = () => new ApiError(400, 'incomplete', 'انقطع الطلب قبل اكتماله.');
+const tooSlow = () => new ApiError(408, 'timeout', 'لم يكتمل الطلب في الوقت المسموح.');
 
 /**
  * Reads a request's body as a JSON object. No body counts as an empty object; the content type is not looked at.
  * @param {import('node:http').IncomingMessage} request
  * @param {number} limit bytes
+ * @param {{ patienceMs?: number }} how
  * @returns {Promise<object>}
- * @throws {ApiError} 413, 400; 503 when too much is being read already
+ * @throws {ApiError} 413, 400; 408 when it comes too slowly; 503 when too much is being read already
  */
-export async function readJsonBody(request, limit = ADMIN_BODY_BYTES) {
-  if (Number(request.headers['content-length'] ?? 0) > limit) throw tooLarge();
-  const text = decode(await readBytes(request, limit));
-  if (text.trim() === '') return {};
-  let value;
-  try {
-    value = JSON.parse(text);
-  } catch {
-    throw badJson();
-  }
-  if (!isObject(value)) throw badJson();
-  return value;
+export async function readJsonBody(request, limit = BODY_BYTES, { patienceMs = BODY_MS } = {}) {
+  return objectOf(await readBytes(request, limit, patienceMs));
 }
 
-function readBytes(request, limit) {
+/**
+ * Reads the body of a print job: as readJsonBody(), with room for a file in `data`.
+ * @param {import('node:http').IncomingMessage} request
+ * @returns {Promise<object>}
+ * @throws {ApiError} 413 also when it is not `data` that makes it long
+ */
+export async function readJobBody(request) {
+  const bytes = await readBytes(request, JOB_BODY_BYTES, BODY_MS);
+  if (bytes.length <= BODY_BYTES) return objectOf(bytes);
+  const split = splitData(bytes);
+  if (!split || split.rest.length > BODY_BYTES) throw tooLarge();
+  const job = objectOf(split.rest);
+  // It stood elsewhere: in an option, say.
+  if (job.data !== split.mark) throw tooLarge();
+  return { ...job, data: parse(textOf(split.literal)) };
+}
+
+function readBytes(request, limit, patienceMs) {
+  if (Number(request.headers['content-length'] ?? 0) > limit) throw tooLarge();
   return new Promise((resolve, reject) => {
-    const chunks = [];
+    let chunks = [];
     let size = 0;
-    let isOver = false;
     const settle = (call, value) => {
-      if (isOver) return;
-      isOver = true;
+      if (!chunks) return;
+      chunks = null;
       held -= size;
+      clearTimeout(timer);
       request.off('data', onData);
       call(value);
     };
@@ -55,16 +74,31 @@ function readBytes(request, limit) {
       if (held > HELD_BYTES) return settle(reject, busy());
       chunks.push(chunk);
     };
-    const incomplete = () => settle(reject, new ApiError(400, 'incomplete', 'انقطع الطلب قبل اكتماله.'));
+    const timer = setTimeout(() => settle(reject, tooSlow()), patienceMs);
     request.on('data', onData);
-    request.once('end', () => settle(resolve, Buffer.concat(chunks)));
-    request.once('error', incomplete).once('close', incomplete);
+    request.once('end', () => settle(resolve, chunks && Buffer.concat(chunks)));
+    request.once('error', () => settle(reject, incomplete())).once('close', () => settle(reject, incomplete()));
   });
 }
 
-function decode(bytes) {
+function objectOf(bytes) {
+  const text = textOf(bytes);
+  const value = text.trim() === '' ? {} : parse(text);
+  if (!isObject(value)) throw badJson();
+  return value;
+}
+
+function textOf(bytes) {
   try {
     return new TextDecoder('utf-8', { fatal: true }).decode(bytes);
+  } catch {
+    throw badJson();
+  }
+}
+
+function parse(text) {
+  try {
+    return JSON.parse(text);
   } catch {
     throw badJson();
   }

@@ -1,110 +1,127 @@
 import http from 'node:http';
 import https from 'node:https';
-import { ApiError } from '../api-error.mjs';
+import { refuseBroken, respond, refusal } from './answer.mjs';
 
-const LOOPBACK = '127.0.0.1';
-const MAX_CONNECTIONS = 600;
+// Both, so that no other program can stand where browsers look for "localhost".
+const LOOPBACK = ['127.0.0.1', '::1'];
+const NO_IPV6 = ['EADDRNOTAVAIL', 'EAFNOSUPPORT'];
+const FREE_PORT_TRIES = 5;
 
-// Milliseconds. Bound what a slow or endless sender can hold; they do not bound an answer in the making.
+// Milliseconds. A header's and a body's time are counted elsewhere, where the answer can be one that a page may read.
 const LIMITS = {
-  headersTimeout: 10_000,
-  requestTimeout: 30_000,
+  headersTimeout: 0,
+  requestTimeout: 0,
   keepAliveTimeout: 5000,
-  connectionsCheckingInterval: 2000,
   // A missing Host header gets this service's own answer.
   requireHostHeader: false,
 };
+// Without a byte in either direction, and longer than any answer is waited for: someone who does not read.
+const IDLE_MS = 90_000;
 const LINGER_MS = 1000;
-const TLS = { minVersion: 'TLSv1.2' };
+const TLS = { minVersion: 'TLSv1.2', handshakeTimeout: 10_000 };
 
 /**
- * Opens a listener on the loopback address only.
- * @param {{ port: number, tls?: { key: Buffer, cert: Buffer }, answer: (request: object, context: { port: number, signal: AbortSignal, headers: object }) => Promise<object>, log: object }} options
- *   port 0 = any free one; `answer` throws ApiError to refuse; it may put into `headers` what the answer must carry in any case
+ * @typedef {object} ListenerOptions
+ * @property {number} port 0 = any free one
+ * @property {{ key: Buffer, cert: Buffer }} [tls]
+ * @property {(request: object, context: { port: number, signal: AbortSignal, headers: object,
+ *   admit: (isOwn: boolean) => void }) => Promise<object>} answer throws ApiError to refuse; it may put into `headers`
+ *   what the answer must carry in any case; it calls `admit` once it knows who asks, which may throw
+ * @property {import('./connections.mjs').Connections} connections
+ * @property {(origin: string) => boolean} mayRead whether pages of this origin may see refusals of what is no request
+ * @property {object} log
+ */
+
+/**
+ * Opens a listener on the loopback addresses only.
+ * @param {ListenerOptions} options
  * @returns {Promise<{ port: number, renew: (tls: { key: Buffer, cert: Buffer }) => void, close: () => Promise<void> }>}
  *   renew = has new connections get another certificate; throws the TLS library's error, the old one is kept then
  * @throws the system's error (EADDRINUSE) or, with bad key material, the TLS library's
  */
-export async function openListener({ port, tls, answer, log }) {
-  const server = tls
-    ? https.createServer({ ...LIMITS, ...TLS, ...tls, handshakeTimeout: 10_000 })
-    : http.createServer(LIMITS);
-  server.maxConnections = MAX_CONNECTIONS;
-  await new Promise((resolve, reject) => {
-    server.once('error', reject);
-    server.listen({ port, host: LOOPBACK, exclusive: true }, () => {
-      server.off('error', reject);
-      resolve();
-    });
-  });
-  server.on('error', (error) => log.error(`listener: ${error.code}`));
-  const bound = server.address().port;
-  server.on('request', (request, response) => void serve(request, response, { answer, port: bound, log }));
-  server.on('clientError', refuseBrokenRequest);
+export async function openListener(options) {
+  for (let tries = 1; ; tries += 1) {
+    try {
+      return await openBoth(options);
+    } catch (error) {
+      // A port that is free at one address need not be so at the other.
+      if (options.port !== 0 || error.code !== 'EADDRINUSE' || tries === FREE_PORT_TRIES) throw error;
+    }
+  }
+}
+
+async function openBoth(options) {
+  const servers = [];
+  let { port } = options;
+  try {
+    for (const host of LOOPBACK) {
+      const server = makeServer(options, () => port);
+      try {
+        await listen(server, { port, host, exclusive: true });
+      } catch (error) {
+        if (NO_IPV6.includes(error.code) && servers.length > 0) continue;
+        throw error;
+      }
+      ({ port } = server.address());
+      servers.push(server);
+    }
+  } catch (error) {
+    for (const server of servers) server.close();
+    throw error;
+  }
   return {
-    port: bound,
-    renew: (fresh) => server.setSecureContext({ ...TLS, ...fresh }),
-    close: () => new Promise((resolve) => {
-      server.close(resolve);
-      server.closeIdleConnections();
-      setTimeout(() => server.closeAllConnections(), LINGER_MS).unref();
-    }),
+    port,
+    renew: (fresh) => servers.forEach((server) => server.setSecureContext({ ...TLS, ...fresh })),
+    close: () => Promise.all(servers.map(close)),
   };
 }
 
-async function serve(request, response, { answer, port, log }) {
+function makeServer({ tls, answer, connections, mayRead, log }, port) {
+  const server = tls ? https.createServer({ ...LIMITS, ...TLS, ...tls }) : http.createServer(LIMITS);
+  server.timeout = IDLE_MS;
+  server.on('connection', (socket) => connections.add(socket, { isEncrypted: Boolean(tls) }));
+  if (tls) server.on('secureConnection', (socket) => connections.add(socket, { isAgreed: true }));
+  server.on('request', (request, response) => {
+    const connection = connections.begin(request, response);
+    request.on('error', () => {});
+    response.on('error', () => {});
+    if (connection) void serve(request, response, connection, { answer, connections, port: port(), log });
+  });
+  server.on('clientError', (error, socket) => refuseBroken(error, socket, mayRead));
+  return server;
+}
+
+function listen(server, where) {
+  return new Promise((resolve, reject) => {
+    server.once('error', reject);
+    server.listen(where, () => {
+      server.off('error', reject);
+      // What an accepted connection may meet later is that connection's own affair.
+      server.on('error', () => {});
+      resolve();
+    });
+  });
+}
+
+function close(server) {
+  return new Promise((resolve) => {
+    server.close(resolve);
+    server.closeIdleConnections();
+    setTimeout(() => server.closeAllConnections(), LINGER_MS).unref();
+  });
+}
+
+async function serve(request, response, connection, { answer, connections, port, log }) {
+  const admit = (isOwn) => connections.admit(connection, isOwn);
   const gone = new AbortController();
   response.on('close', () => { if (!response.writableFinished) gone.abort(); });
-  request.on('error', () => {});
-  response.on('error', () => {});
   const shared = {};
   let result;
   try {
-    result = await answer(request, { port, signal: gone.signal, headers: shared });
+    result = await answer(request, { port, signal: gone.signal, headers: shared, admit });
   } catch (error) {
     result = refusal(error, log, request);
+    if (!connection.isOwn) await connections.pace();
   }
   if (!response.destroyed) respond(request, response, { ...result, headers: { ...shared, ...result.headers } });
-}
-
-function refusal(error, log, request) {
-  if (error instanceof ApiError) return { status: error.status, body: error.body, headers: error.headers };
-  // The first frame, not the second line: a message may have several, and may quote what was sent.
-  const where = /^ +at \S.*:\d+:\d+\)?$/m.exec(error?.stack ?? '')?.[0].trim() ?? '';
-  log.error(`${request.method} failed: ${error?.code ?? error?.name ?? 'unknown'} ${where}`);
-  const failed = error?.code === 'ENOSPC' || error?.code === 'EROFS' || error?.code === 'EDQUOT'
-    ? new ApiError(507, 'storage_failed', 'تعذر الحفظ على القرص، ولم يتغير شيء.')
-    : new ApiError(500, 'internal', 'حدث خطأ داخلي في خدمة الطباعة.');
-  return { status: failed.status, body: failed.body, headers: {} };
-}
-
-function respond(request, response, { status, body, headers }) {
-  const bytes = Buffer.from(body === undefined ? '' : JSON.stringify(body), 'utf8');
-  const unread = !request.complete;
-  response.writeHead(status, {
-    ...(body === undefined ? {} : { 'Content-Type': 'application/json; charset=utf-8', 'Content-Length': bytes.length }),
-    'Cache-Control': 'no-store',
-    'X-Content-Type-Options': 'nosniff',
-    ...(unread ? { Connection: 'close' } : {}),
-    ...headers,
-  });
-  if (!unread) return void response.end(bytes);
-  // Closing over a body that is still arriving would reset the connection, and the sender
-  // would never see the answer: read on for a moment and throw it away.
-  response.write(bytes);
-  const finish = () => { clearTimeout(timer); response.end(); };
-  const timer = setTimeout(finish, LINGER_MS);
-  request.once('end', finish).once('close', finish);
-  request.resume();
-}
-
-function refuseBrokenRequest(error, socket) {
-  if (error.code === 'ECONNRESET' || !socket.writable) return void socket.destroy();
-  const [status, phrase, code] = {
-    HPE_HEADER_OVERFLOW: [431, 'Request Header Fields Too Large', 'headers_too_large'],
-    ERR_HTTP_REQUEST_TIMEOUT: [408, 'Request Timeout', 'timeout'],
-  }[error.code] ?? [400, 'Bad Request', 'bad_request'];
-  const body = JSON.stringify(new ApiError(status, code, 'الطلب غير صالح.').body);
-  socket.end(`HTTP/1.1 ${status} ${phrase}\r\nContent-Type: application/json; charset=utf-8\r\n`
-    + `Content-Length: ${Buffer.byteLength(body)}\r\nConnection: close\r\n\r\n${body}`);
 }

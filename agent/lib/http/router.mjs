@@ -13,42 +13,51 @@ export class Router {
 
   /**
    * @param {string} prefix such as "/admin/"
-   * @param {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} guard throws an ApiError to refuse;
-   *   may add headers that every answer gets, also those of errors
-   * @param {Record<string, (call: { request: object, signal: AbortSignal, params: Record<string, string>, query: URLSearchParams }) => Promise<object> | object>} routes
-   *   by "METHOD /path"; a segment ":name" stands for any one segment
+   * @param {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} guard throws an
+   *   ApiError to refuse; may add headers that every answer gets, also those of errors
+   * @param {Record<string, (call: { request: object, signal: AbortSignal, params: Record<string, string>,
+   *   query: URLSearchParams }) => Promise<object> | object>} routes by "METHOD /path"; a segment ":name" stands for any one
+   *   segment
+   * @param {{ isOwn?: boolean }} how isOwn = only the companion gets past the guard
    */
-  group(prefix, guard, routes) {
+  group(prefix, guard, routes, { isOwn = false } = {}) {
     const paths = new Map();
     for (const [key, handler] of Object.entries(routes)) {
       const [method, path] = key.split(' ');
       if (!paths.has(path)) paths.set(path, new Map());
       paths.get(path).set(method, handler);
     }
-    const patterns = [...paths].filter(([path]) => path.includes('/:')).map(([path, methods]) => ({ names: path.split('/'), methods }));
-    this.#groups.push({ prefix, guard, paths, patterns });
+    const patterns = [...paths].filter(([path]) => path.includes('/:'))
+      .map(([path, methods]) => ({ names: path.split('/'), methods }));
+    this.#groups.push({ prefix, guard, paths, patterns, isOwn });
   }
 
   /**
    * Answers one request.
    * @param {import('node:http').IncomingMessage} request
-   * @param {{ port: number, signal: AbortSignal, headers?: Record<string, string> }} context port = the listener's; signal = the client has gone;
-   *   headers = gets what every answer to this request must carry
+   * @param {{ port: number, signal: AbortSignal, headers?: Record<string, string>, admit?: (isOwn: boolean) => void }} context
+   *   port = the listener's; signal = the client has gone; headers = gets what every answer to this request must carry;
+   *   admit = told who asks, before anything is done for them; may throw
    * @returns {Promise<{ status: number, body?: object, headers: Record<string, string> }>} no body with 204
    * @throws {ApiError}
    */
-  async answer(request, { port, signal, headers: shared = {} }) {
+  async answer(request, { port, signal, headers: shared = {}, admit }) {
     if (!isOwnHost(request.rawHeaders, port)) throw new ApiError(421, 'bad_host', 'العنوان المسموح هو 127.0.0.1 أو localhost فقط.');
     const [path, search = ''] = request.url.split(/\?(.*)/s, 2);
     const group = this.#groups.find(({ prefix }) => path.startsWith(prefix));
     group?.guard(request, shared);
+    admit?.(group?.isOwn ?? false);
+    // Which paths there are is told to requests only, not to a browser's question before one.
+    if (request.method === 'OPTIONS' && shared['Access-Control-Allow-Methods']) return { status: 204, headers: {} };
     const found = group && lookUp(group, path);
     if (!found) throw notFound();
-    const methods = found.methods;
-    if (request.method === 'OPTIONS' && shared['Access-Control-Allow-Origin']) return { status: 204, headers: {} };
+    const { methods } = found;
     const handler = methods.get(request.method);
-    if (!handler) throw new ApiError(405, 'method_not_allowed', 'طريقة الطلب غير مسموحة هنا.', { Allow: [...methods.keys()].join(', ') });
-    const { status = 200, body, headers = {} } = await handler({ request, signal, params: found.params, query: new URLSearchParams(search) });
+    if (!handler) {
+      throw new ApiError(405, 'method_not_allowed', 'طريقة الطلب غير مسموحة هنا.', { Allow: [...methods.keys()].join(', ') });
+    }
+    const query = new URLSearchParams(search);
+    const { status = 200, body, headers = {} } = await handler({ request, signal, params: found.params, query });
     return { status, body, headers };
   }
 }
@@ -57,8 +66,9 @@ export class Router {
 function lookUp({ paths, patterns }, path) {
   if (paths.has(path) && !path.includes('/:')) return { methods: paths.get(path), params: {} };
   const given = path.split('/');
+  const fits = (name, index) => name === given[index] || (name.startsWith(':') && given[index] !== '');
   for (const { names, methods } of patterns) {
-    if (names.length !== given.length || !names.every((name, index) => name === given[index] || (name.startsWith(':') && given[index] !== ''))) continue;
+    if (names.length !== given.length || !names.every(fits)) continue;
     const places = names.flatMap((name, index) => (name.startsWith(':') ? [[name.slice(1), decode(given[index])]] : []));
     return places.some(([, value]) => value === null) ? null : { methods, params: Object.fromEntries(places) };
   }

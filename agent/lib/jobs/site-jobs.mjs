@@ -1,3 +1,4 @@
+import { setMaxListeners } from 'node:events';
 import { ApiError, invalidRequest, unknownField } from '../api-error.mjs';
 import { isPlainText } from '../validate.mjs';
 import { DEFAULT_WAIT_SECONDS, checkOptions } from '../public/options.mjs';
@@ -80,6 +81,27 @@ export class SiteJobs {
   async follow(origin, id, { after, waitMs, signal }) {
     const job = this.get(origin, id);
     return await this.#history.changed(id, after ?? job.revision ?? 0, waitMs, signal) ?? job;
+  }
+
+  /**
+   * Waits until any of several jobs has changed, as JobHistory.changed() does for one; one that is not there is news.
+   * @param {{ after: number[], waitMs: number, signal: AbortSignal }} how after = a revision for each id, or none
+   * @returns {Promise<object[]>} those of this site's that are there
+   */
+  async followAll(origin, ids, { after, waitMs, signal }) {
+    const own = () => ids.map((id) => this.#history.find(id)).filter((job) => job?.origin === origin);
+    const jobs = own();
+    if (jobs.length < ids.length || waitMs === 0) return jobs;
+    const over = new AbortController();
+    setMaxListeners(0, over.signal);
+    const end = () => over.abort();
+    signal.addEventListener('abort', end, { once: true });
+    if (signal.aborted) end();
+    const changes = jobs.map(({ id, revision = 0 }, index) => this.#history.changed(id, after[index] ?? revision, waitMs, over.signal));
+    await Promise.race(changes);
+    signal.removeEventListener('abort', end);
+    end();
+    return own();
   }
 
   /** @throws {ApiError} 404; 409 when some of it may be on the paper, or it is over otherwise */

@@ -3,27 +3,42 @@ import { DEFAULT_ORIGINS } from '../sites/origins.mjs';
 
 const PREFLIGHT_SECONDS = '600';
 // Browsers ask for leave before a page may reach a local address; the first name is today's, the second its successor's.
-const LOCAL_ACCESS = ['private-network', 'local-network'];
+const LOCAL_ACCESS = { 'private-network': 'Private-Network', 'local-network': 'Local-Network' };
 
 /**
- * Guard of the sites' commands: lets nobody in but the origins on the list, and answers them by their exact name.
- * A browser alone cannot make up an Origin; other programs on this computer must know one.
+ * Guard of the sites' commands: lets nobody in but the origins on the list, and answers them by their exact name. Pages of
+ * other sites may read that they are not on it, and nothing else: a browser's question before a request is answered alike,
+ * whatever it is about. A browser alone cannot make up an Origin; other programs on this computer must know one.
  * @param {import('../store/settings.mjs').Settings} settings
- * @returns {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} throws ApiError 403
+ * @param {import('../sites/asked-sites.mjs').AskedSites} asked gets the sites that are turned away
+ * @returns {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void}
+ *   throws ApiError 403
  */
-export function originGuard(settings) {
+export function originGuard(settings, asked) {
   return ({ method, headers }, answerHeaders) => {
+    const { origin } = headers;
+    const isListed = isAllowed(settings, origin);
     answerHeaders.Vary = 'Origin';
-    if (!isAllowed(settings, headers.origin)) throw originNotAllowed();
-    answerHeaders['Access-Control-Allow-Origin'] = headers.origin;
-    answerHeaders['Access-Control-Expose-Headers'] = 'Retry-After';
-    if (method !== 'OPTIONS') return;
-    answerHeaders['Access-Control-Allow-Methods'] = 'GET, POST, DELETE';
-    answerHeaders['Access-Control-Allow-Headers'] = 'Authorization, Content-Type, Idempotency-Key';
-    answerHeaders['Access-Control-Max-Age'] = PREFLIGHT_SECONDS;
-    for (const name of LOCAL_ACCESS) {
-      if (headers[`access-control-request-${name}`] === 'true') answerHeaders[`Access-Control-Allow-${name.replace(/(^|-)./g, (part) => part.toUpperCase())}`] = 'true';
+    if (origin !== undefined) answerHeaders['Access-Control-Allow-Origin'] = isListed ? origin : '*';
+    if (origin !== undefined && method === 'OPTIONS' && headers['access-control-request-method'] !== undefined) {
+      Object.assign(answerHeaders, preflight(headers));
+      return;
     }
+    if (!isListed) {
+      asked.note(origin);
+      throw originNotAllowed();
+    }
+    answerHeaders['Access-Control-Expose-Headers'] = 'Retry-After';
+  };
+}
+
+function preflight(headers) {
+  const asks = Object.entries(LOCAL_ACCESS).filter(([name]) => headers[`access-control-request-${name}`] === 'true');
+  return {
+    'Access-Control-Allow-Methods': 'GET, POST, DELETE',
+    'Access-Control-Allow-Headers': 'Authorization, Content-Type, Idempotency-Key',
+    'Access-Control-Max-Age': PREFLIGHT_SECONDS,
+    ...Object.fromEntries(asks.map(([, name]) => [`Access-Control-Allow-${name}`, 'true'])),
   };
 }
 
@@ -34,7 +49,8 @@ export function isAllowed({ values }, origin) {
 
 /** 403: not one of the sites that may print. */
 export function originNotAllowed() {
-  return new ApiError(403, 'origin_not_allowed', 'هذا الموقع ليس من المواقع المصرّح لها بالطباعة. أضفه من صفحة «المواقع المصرّح لها» في البرنامج.');
+  const message = 'هذا الموقع ليس من المواقع المصرّح لها بالطباعة. أضفه من صفحة «المواقع المصرّح لها» في البرنامج.';
+  return new ApiError(403, 'origin_not_allowed', message);
 }
 
 /**

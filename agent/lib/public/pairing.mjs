@@ -1,97 +1,119 @@
 import { ApiError } from '../api-error.mjs';
 import { isAllowed, originNotAllowed } from './access.mjs';
+import { RateLimit, retryAfter } from './rate-limit.mjs';
 
-/** Milliseconds: the person has to answer within `ask`; after a refusal the site may not ask again for `cooldown`. */
-export const TIMES = Object.freeze({ ask: 60_000, cooldown: 30_000 });
+/**
+ * Milliseconds: the person has to answer within `ask`; a site whose question was refused, or came to nothing, may not ask
+ * again for `cooldown`; one user's programs must not use up another's questions, and ask once in `others`.
+ */
+export const TIMES = Object.freeze({ ask: 60_000, cooldown: 30_000, others: 300_000 });
 
-// Questions on the screen at one time.
+// Questions on the screen in any minute, of all sites. One at a time.
 const MAX_QUESTIONS = 3;
+// Tokens that a site gets in a minute without a question: by renewal, or while everything is approved.
+const MAX_UNASKED = 10;
+// Requests in a minute for which it is looked up who asks.
+const MAX_LOOK_UPS = 60;
 
-/** Gives sites their tokens, once the person at the computer has said yes. */
+const MESSAGES = {
+  standing: 'طلب اقتران آخر ينتظر الموافقة على هذا الجهاز. أجب عليه ثم حاول.',
+  many: 'طلبات اقتران كثيرة ظهرت على هذا الجهاز. انتظر قليلًا ثم حاول.',
+  refused: 'رُفض الاقتران قبل قليل أو لم يُجب عليه أحد. انتظر 30 ثانية ثم حاول.',
+};
+
+/** @typedef {{ name: string, number?: string, token: string | null, signal: AbortSignal,
+ *   peer: () => Promise<import('../system/peers.mjs').Peer | null> }} PairRequest
+ *   number = what the page shows, for the person to compare; token = one that stands, to be renewed; peer = who sent it */
+
+/** Gives sites their tokens, once the person at the computer has said yes: one question for one request. */
 export class Pairing {
-  #settings;
-  #pairings;
-  #ask;
-  #log;
+  #parts;
   #times;
   #now;
-  #questions = new Map();
-  #refusedAt = new Map();
+  #standing = null;
+  #questions;
+  #unasked;
+  #lookUps;
+  #waitsUntil = new Map();
 
   /**
-   * @param {{ settings: object, pairings: import('../sites/pairings.mjs').Pairings, ask: Function, log: object, times?: typeof TIMES, now?: () => number }} parts
+   * @param {{ settings: object, pairings: import('../sites/pairings.mjs').Pairings, ask: Function, log: object,
+   *   times?: typeof TIMES, now?: () => number }} parts
    *   ask as personAsker() makes it; now = milliseconds of a clock that nobody sets
    */
-  constructor({ settings, pairings, ask, log, times = TIMES, now = () => performance.now() }) {
-    this.#settings = settings;
-    this.#pairings = pairings;
-    this.#ask = ask;
-    this.#log = log;
+  constructor({ times = TIMES, now = () => performance.now(), ...parts }) {
+    this.#parts = parts;
     this.#times = times;
     this.#now = now;
+    this.#questions = new RateLimit({ most: MAX_QUESTIONS, now });
+    this.#unasked = new RateLimit({ most: MAX_UNASKED, message: 'طلبات اقتران كثيرة. انتظر قليلًا ثم حاول.', now });
+    this.#lookUps = new RateLimit({ most: MAX_LOOK_UPS, message: MESSAGES.many, now });
   }
 
   /**
-   * Pairs an allowed origin. Requests of an origin that come while its question stands share the answer.
+   * Pairs an allowed origin.
    * @param {string} origin
-   * @param {{ name: string, isRenewal: boolean, signal: AbortSignal }} request isRenewal = it has shown a token that stands
+   * @param {PairRequest} request
    * @returns {Promise<{ token: string, expiresAt: number }>}
-   * @throws {ApiError} 403 pairing_denied, 429 pairing_cooldown, 503 pairing_unavailable
+   * @throws {ApiError} 403 pairing_denied, 429 pairing_cooldown or rate_limited, 503 pairing_unavailable
    */
-  async pair(origin, { name, isRenewal, signal }) {
-    if (!isRenewal && !this.#settings.values.autoApprovePairing) await this.#approve(origin, name, signal);
+  async pair(origin, request) {
+    const { settings, pairings, log } = this.#parts;
+    if (request.token || settings.values.autoApprovePairing) this.#unasked.take(origin);
+    else await this.#approve(origin, request);
     // It may have been struck off the list while the question stood.
-    if (!isAllowed(this.#settings, origin)) throw originNotAllowed();
-    this.#log.info(`site paired: ${origin}`);
-    return this.#pairings.issue(origin, name);
+    if (!isAllowed(settings, origin)) throw originNotAllowed();
+    log.info(`site paired: ${origin}`);
+    return pairings.issue(origin, request.name, { replaces: request.token });
   }
 
-  async #approve(origin, name, signal) {
-    const left = (this.#refusedAt.get(origin) ?? -Infinity) + this.#times.cooldown - this.#now();
-    if (left > 0) throw cooldown(left);
-    let question = this.#questions.get(origin);
-    if (!question) {
-      if (this.#questions.size >= MAX_QUESTIONS) throw cooldown(this.#times.cooldown, 'طلبات اقتران أخرى تنتظر الموافقة على هذا الجهاز. أجب عليها ثم حاول.');
-      question = this.#open(origin, name);
-    }
-    question.askers += 1;
-    const leave = () => {
-      question.askers -= 1;
-      if (question.askers > 0) return;
-      question.calledOff.abort();
-      this.#questions.delete(origin);
-    };
+  /** Takes the question off the screen. */
+  stop() { this.#standing?.abort(); }
+
+  async #approve(origin, { name, number, peer: findPeer, signal }) {
+    if (this.#standing) throw cooldown('standing', this.#times.cooldown / 10);
+    if (this.#questions.wait('') > 0) throw cooldown('many', this.#questions.wait(''));
+    this.#lookUps.take('');
+    const standing = new AbortController();
+    const leave = () => standing.abort();
+    signal.addEventListener('abort', leave, { once: true });
     if (signal.aborted) leave();
-    else signal.addEventListener('abort', leave, { once: true });
-    const answer = await question.answer;
-    signal.removeEventListener('abort', leave);
-    if (answer === 'unavailable') {
-      throw new ApiError(503, 'pairing_unavailable', 'تعذر عرض طلب الاقتران على هذا الجهاز. فعّل الموافقة التلقائية من إعدادات البرنامج.');
+    this.#standing = standing;
+    try {
+      const peer = await findPeer();
+      const names = peer?.isOtherUser ? [`${origin} ${peer.userId}`, 'others'] : [origin];
+      this.#checkWait(names);
+      const answer = await this.#parts.ask({ origin, name, number, peer, timeoutMs: this.#times.ask, signal: standing.signal });
+      this.#judge(answer, { origin, names, isAbandoned: standing.signal.aborted });
+    } finally {
+      this.#standing = null;
+      signal.removeEventListener('abort', leave);
     }
-    if (answer !== 'allow') throw new ApiError(403, 'pairing_denied', 'رُفض طلب الاقتران أو لم يُجب عليه أحد.');
   }
 
-  #open(origin, name) {
-    const calledOff = new AbortController();
-    const answer = this.#ask({ origin, name, timeoutMs: this.#times.ask, signal: calledOff.signal }).then((said) => {
-      if (this.#questions.get(origin) === question) this.#questions.delete(origin);
-      // A page that was closed has not been refused.
-      if (said === 'deny' && !calledOff.signal.aborted) this.#refuse(origin);
-      if (said !== 'allow') this.#log.info(`site not paired: ${origin} (${said})`);
-      return said;
-    });
-    const question = { answer, calledOff, askers: 0 };
-    this.#questions.set(origin, question);
-    return question;
+  #judge(answer, { origin, names: [name, others], isAbandoned }) {
+    if (answer === 'unavailable') {
+      const message = 'تعذر عرض طلب الاقتران على هذا الجهاز. فعّل الموافقة التلقائية من إعدادات البرنامج.';
+      throw new ApiError(503, 'pairing_unavailable', message);
+    }
+    this.#questions.count('');
+    if (others) this.#waitsUntil.set(others, this.#now() + this.#times.others);
+    if (answer === 'allow' && !isAbandoned) return;
+    // Who looked elsewhere has refused nothing.
+    if (answer !== 'dismissed') this.#waitsUntil.set(name, this.#now() + this.#times.cooldown);
+    this.#parts.log.info(`site not paired: ${origin} (${isAbandoned ? 'abandoned' : answer})`);
+    throw new ApiError(403, 'pairing_denied', 'رُفض طلب الاقتران أو لم يُجب عليه أحد.');
   }
 
-  #refuse(origin) {
-    const now = this.#now();
-    for (const [other, at] of this.#refusedAt) if (now - at >= this.#times.cooldown) this.#refusedAt.delete(other);
-    this.#refusedAt.set(origin, now);
+  #checkWait(names) {
+    for (const [name, until] of this.#waitsUntil) if (until <= this.#now()) this.#waitsUntil.delete(name);
+    for (const name of names) {
+      const left = (this.#waitsUntil.get(name) ?? 0) - this.#now();
+      if (left > 0) throw cooldown(name === 'others' ? 'many' : 'refused', left);
+    }
   }
 }
 
-function cooldown(ms, message = 'رُفض الاقتران قبل قليل. انتظر 30 ثانية ثم حاول.') {
-  return new ApiError(429, 'pairing_cooldown', message, { 'Retry-After': String(Math.ceil(ms / 1000)) });
+function cooldown(why, ms) {
+  return new ApiError(429, 'pairing_cooldown', MESSAGES[why], retryAfter(ms));
 }

@@ -2,10 +2,14 @@ import { pick } from '../admin/pick.mjs';
 
 /** A job as its site sees it. Times are milliseconds since 1970; `revision` grows with every change. */
 export function jobView({ printerId, revision = 0, ...job }) {
-  return { ...pick(job, ['id', 'kind', 'jobName', 'status', 'errorCode']), printer: printerId, ...pick(job, ['printerName']), revision, ...pick(job, ['createdAt', 'updatedAt']) };
+  return {
+    ...pick(job, ['id', 'kind', 'jobName', 'status', 'errorCode']), printer: printerId,
+    ...pick(job, ['printerName']), revision, ...pick(job, ['createdAt', 'updatedAt']),
+  };
 }
 
 /** A printer as sites see it; `name` is what the person calls it. No address: that is the shop's. */
 export function printerView({ id, displayName, type, state, reason, protocol, profile }) {
-  return { id, name: displayName, type, state, ...(reason ? { reason } : {}), protocol, ...pick(profile, ['alias', 'role', 'dots']) };
+  const known = pick(profile, ['alias', 'role', 'dots']);
+  return { id, name: displayName, type, state, ...(reason ? { reason } : {}), protocol, ...known };
 }

@@ -9,6 +9,8 @@ import { DEFAULT_ORIGINS, MAX_ORIGINS } from './origins.mjs';
  */
 export function addOrigin(draft, origin) {
   if (DEFAULT_ORIGINS.includes(origin) || draft.origins.includes(origin)) return;
-  if (draft.origins.length >= MAX_ORIGINS) throw new ApiError(409, 'too_many_sites', 'وصل عدد المواقع إلى الحد الأقصى.');
+  if (draft.origins.length >= MAX_ORIGINS) {
+    throw new ApiError(409, 'too_many_sites', 'وصل عدد المواقع إلى الحد الأقصى.');
+  }
   draft.origins.push(origin);
 }

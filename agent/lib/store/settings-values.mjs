@@ -3,6 +3,7 @@ import { isHost, isObject, isPlainText, isPort, isTransport } from '../validate.
 import { isMac } from '../printers/neighbours.mjs';
 import { partProfile, stillForeign } from '../printers/profile.mjs';
 import { normaliseOrigin } from '../sites/origins.mjs';
+import { isClockRecord } from '../sites/token-clock.mjs';
 
 export const DEFAULT_HTTP_PORT = 17731;
 export const DEFAULT_HTTPS_PORT = 17732;
@@ -18,6 +19,7 @@ export function defaultSettings() {
     profiles: {},
     origins: [],
     sites: [],
+    tokenClock: null,
     releaseFolder: null,
   };
 }
@@ -26,6 +28,7 @@ const SINGLE = {
   httpPort: isPort,
   httpsPort: isPort,
   autoApprovePairing: (value) => typeof value === 'boolean',
+  tokenClock: isClockRecord,
   // Where it leads is found out when updates are looked for: a wrong path must not cost the other settings.
   releaseFolder: (value) => value === null || typeof value === 'string',
 };

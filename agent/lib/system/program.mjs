@@ -1,5 +1,5 @@
 import { spawn } from 'node:child_process';
-import { accessSync, constants } from 'node:fs';
+import { accessSync, constants, existsSync } from 'node:fs';
 import path from 'node:path';
 
 const OUTPUT_BYTES = 1024 * 1024;
@@ -20,18 +20,23 @@ export function findProgram(name, env = process.env) {
   return null;
 }
 
+// Of util-linux. Has the kernel send a signal to the program when the process that started it ends, however that ends.
+const SETPRIV = '/usr/bin/setpriv';
+
 /**
  * Starts a program whose output is read; spawn() throws where the system has no memory left, and gives a child without
  * pipes where no files may be opened any more.
  * @param {string} file absolute path
  * @param {string[]} args
- * @param {import('node:child_process').SpawnOptions} options
+ * @param {import('node:child_process').SpawnOptions & { lastSignal?: 'INT' | 'TERM' | 'KILL' }} options
+ *   lastSignal = what the program gets when this process ends first, even by a kill -9; without it, it lives on
  * @returns {import('node:child_process').ChildProcess | null} null when it cannot be started; one that does not exist
- *   gives an error event
+ *   gives an error event, or ends at once with 127 when it has a lastSignal
  */
-export function startProgram(file, args, options) {
+export function startProgram(file, args, { lastSignal, ...options }) {
+  const bound = lastSignal && existsSync(SETPRIV);
   try {
-    const child = spawn(file, args, options);
+    const child = bound ? spawn(SETPRIV, ['--pdeathsig', lastSignal, '--', file, ...args], options) : spawn(file, args, options);
     if (child.stdout) return child;
     child.on('error', () => {});
   } catch { /* null says it */ }
@@ -54,8 +59,8 @@ export function closeSoonAfterExit(child) {
  * @param {string} file absolute path
  * @param {string[]} args
  * @param {{ timeoutMs?: number, input?: Uint8Array, signal?: AbortSignal, cwd?: string }} options
- * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>}
- *   status -1 when it was killed or could not start
+ * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>} status -1 when it was killed
+ *   or could not start
  */
 export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } = {}) {
   return new Promise((resolve) => {
@@ -75,9 +80,8 @@ export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } 
     const settle = (status) => {
       clearTimeout(timer);
       signal?.removeEventListener('abort', kill);
-      resolve({
-        status, stdout: Buffer.concat(out).toString('utf8'), stderr: Buffer.concat(err).toString('utf8'), timedOut,
-      });
+      const [stdout, stderr] = [out, err].map((chunks) => Buffer.concat(chunks).toString('utf8'));
+      resolve({ status, stdout, stderr, timedOut });
     };
     child.on('error', () => settle(-1));
     closeSoonAfterExit(child);

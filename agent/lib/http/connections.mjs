@@ -1,0 +1,159 @@
+import { ApiError } from '../api-error.mjs';
+import { peerKey, peersOf } from '../system/peers.mjs';
+
+/**
+ * Connections: `most` of strangers in all, and `late` more in which only the companion is served. From `crowd` of them
+ * on, no program keeps more than `peer`. Requests of one connection that have no answer yet: `unanswered`.
+ */
+export const LIMITS = Object.freeze({ most: 600, late: 100, crowd: 300, peer: 128, unanswered: 16 });
+
+/**
+ * Milliseconds. A browser that asks the person for leave holds a connection on which it has sent nothing for as long;
+ * `silent` outlasts its question. `late` holds in place of it when there are too many; `head` is for a request's header.
+ */
+export const PATIENCE = Object.freeze({ silent: 75_000, late: 2000, head: 10_000 });
+
+const THIN_MS = 1000;
+// Refusals that are answered at once in any such time; who is refused more often than that gets the rest later.
+const PACE_MS = 100;
+const PACE_MOST = 20;
+const HEAD_END = '\r\n\r\n';
+
+const busy = () => new ApiError(503, 'busy', 'برامج كثيرة متصلة بخدمة الطباعة. حاول بعد قليل.', { 'Retry-After': '2' });
+
+/**
+ * @typedef {{ socket: import('node:net').Socket, open: number, isInHead: boolean, isOwn: boolean, isLate: boolean,
+ *   last?: import('node:http').IncomingMessage, timer?: NodeJS.Timeout }} Connection
+ *   open = requests without an answer; last = the newest one
+ */
+
+/**
+ * All connections to the service, whichever listener took them. Strangers are bounded in number and in what each may
+ * leave unfinished, so that there is always room for the companion, which is known by its token.
+ */
+export class Connections {
+  /** @type {Map<string, Connection>} */
+  #all = new Map();
+  #log;
+  #onSlowHead;
+  #refusals = { since: -Infinity, count: 0 };
+  #thinnedAt = -Infinity;
+  #isThinning = false;
+
+  /** @param {{ log: object, onSlowHead: (socket: object) => void }} parts onSlowHead = answers and closes the connection */
+  constructor({ log, onSlowHead }) {
+    this.#log = log;
+    this.#onSlowHead = onSlowHead;
+  }
+
+  /** Takes a new connection in; one whose encryption is still to be agreed on is taken in again once that is done. */
+  add(socket, { isEncrypted = false, isAgreed = false } = {}) {
+    const key = keyOf(socket);
+    const connection = (isAgreed && this.#all.get(key))
+      || { socket, open: 0, isInHead: false, isOwn: false, isLate: this.#strangers().length >= LIMITS.most };
+    connection.socket = socket;
+    this.#all.set(key, connection);
+    socket.once('close', () => {
+      clearTimeout(connection.timer);
+      if (this.#all.get(key) === connection && connection.socket === socket) this.#all.delete(key);
+    });
+    this.#patiently(connection, connection.isLate ? PATIENCE.late : PATIENCE.silent, () => socket.destroy());
+    if (!isEncrypted) socket.prependListener('data', (chunk) => this.#inspect(connection, chunk));
+    if (!isAgreed) this.#makeRoom();
+  }
+
+  /**
+   * A request has come on a connection.
+   * @returns {Connection | null} null when it is not to be answered
+   */
+  begin(request, response) {
+    const connection = this.#all.get(keyOf(request.socket));
+    if (!connection || request.socket.destroyed) return null;
+    clearTimeout(connection.timer);
+    Object.assign(connection, { isInHead: false, last: request, open: connection.open + 1 });
+    response.once('close', () => { connection.open -= 1; });
+    if (connection.open <= LIMITS.unanswered) return connection;
+    request.socket.destroy();
+    return null;
+  }
+
+  /**
+   * Lets a request pass that its guard has let pass.
+   * @param {Connection} connection
+   * @param {boolean} isOwn it is the companion's
+   * @throws {ApiError} 503 when there are too many of others
+   */
+  admit(connection, isOwn) {
+    if (isOwn) {
+      // Its long commands send nothing for a while.
+      connection.socket.setTimeout(0);
+      Object.assign(connection, { isOwn, isLate: false });
+    } else if (connection.isLate && this.#strangers().length > LIMITS.most) {
+      throw busy();
+    }
+  }
+
+  /** Waits before a refusal is answered where very many are: a program that asks in a loop has the time of one that does not. */
+  async pace() {
+    const now = performance.now();
+    if (now - this.#refusals.since > PACE_MS) this.#refusals = { since: now, count: 0 };
+    this.#refusals.count += 1;
+    if (this.#refusals.count > PACE_MOST) await new Promise((resolve) => { setTimeout(resolve, PACE_MS); });
+  }
+
+  #strangers() { return [...this.#all.values()].filter(({ isOwn }) => !isOwn); }
+
+  #patiently(connection, ms, onEnd) {
+    clearTimeout(connection.timer);
+    connection.timer = setTimeout(onEnd, ms).unref();
+  }
+
+  /** Sees what has come before the parser does. */
+  #inspect(connection, chunk) {
+    // Inside a body anything may stand.
+    if (connection.last && !connection.last.complete) return;
+    if (connection.open === 0 && !connection.isInHead) {
+      connection.isInHead = true;
+      this.#patiently(connection, PATIENCE.head, () => this.#onSlowHead(connection.socket));
+    }
+    let requests = 0;
+    for (let at = -1; requests <= LIMITS.unanswered && (at = chunk.indexOf(HEAD_END, at + 1)) >= 0;) requests += 1;
+    if (requests <= LIMITS.unanswered) return;
+    // Hundreds of requests in one piece would each be parsed at once: nothing the parser understands is left of them.
+    chunk.fill(0);
+    connection.socket.destroy();
+  }
+
+  #makeRoom() {
+    const strangers = this.#strangers();
+    if (strangers.length >= LIMITS.crowd) void this.#thin();
+    const late = strangers.filter(({ isLate }) => isLate);
+    if (late.length > LIMITS.late) (late.find(({ open }) => open === 0) ?? late[0]).socket.destroy();
+  }
+
+  /** Closes what a program holds beyond its share, what it uses least first. */
+  async #thin() {
+    const now = performance.now();
+    if (this.#isThinning || now - this.#thinnedAt < THIN_MS) return;
+    this.#isThinning = true;
+    this.#thinnedAt = now;
+    const ports = new Set(this.#strangers().map(({ socket }) => socket.localPort));
+    const held = new Map();
+    for (const port of ports) {
+      const holders = port ? await peersOf(port) : new Map();
+      for (const connection of this.#strangers().filter(({ socket }) => socket.localPort === port)) {
+        const holder = holders.get(peerKey(connection.socket));
+        const name = holder?.processId ? `process ${holder.processId}` : `user ${holder?.userId ?? 'unknown'}`;
+        held.set(name, [...held.get(name) ?? [], connection]);
+      }
+    }
+    this.#isThinning = false;
+    for (const [name, connections] of held) {
+      const surplus = connections.reverse().sort((one, other) => one.open - other.open).slice(0, -LIMITS.peer);
+      for (const { socket } of surplus) socket.destroy();
+      if (surplus.length > 0) this.#log.warn(`${surplus.length} of ${connections.length} connections of ${name} closed: too many`);
+    }
+  }
+}
+
+const keyOf = (socket) => `${socket.localPort} ${peerKey(socket)}`;
