@@ -6,6 +6,9 @@
  *   await connectLocalPrint({ clientName: 'My POS' });
  *   await printCommands([{ type: 'text', text: 'Hello' }], { printerName: 'Kitchen' });
  *
+ * While the person at the computer is asked, the page shows a short number that the question repeats, so that they can tell
+ * which page it is about: in a note of this file's own, or as `showNumber` does it.
+ *
  * Every function throws LocalPrintError. "unavailable" means that nothing has been sent. A job that failed with
  * "interrupted" or "uncertain_after_restart" may be on the paper: never send it again, here or elsewhere, without asking
  * a person. "interrupted" is also thrown when the service went away after the request had left; `job` is then its last
@@ -29,11 +32,14 @@ const RESTART_TIME = 20_000;
 const JOB_RESTART_TIME = 60_000;
 // Until a job is accepted: the line of documents that are drawn before it may be long.
 const ACCEPT_TIME = 10 * 60_000;
+// Jobs that one request follows, and how often each is looked at where the service does not know such requests.
+const MAX_FOLLOWED = 100;
+const LOOK_TIME = 1000;
 // Refusals at the door: they say nothing about the same request sent earlier.
 const UNJUDGED = [401, 403, 429, 503];
 
 const isBrowser = typeof window !== 'undefined' && typeof document !== 'undefined';
-const settings = { clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined };
+const settings = { clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined, showNumber: undefined };
 let base = null;
 let pairing = null;
 
@@ -57,9 +63,11 @@ export class LocalPrintError extends Error {
 
 /**
  * Finds the service and pairs this site with it, which asks the person at the computer the first time (60 seconds).
- * @param {{ clientName?: string, origin?: string, token?: string, baseUrls?: string[] }} options
+ * @param {{ clientName?: string, origin?: string, token?: string, baseUrls?: string[],
+ *   showNumber?: (number: string) => (() => void) }} options
  *   clientName = shown to the person; origin = needed outside browsers, an address on the list of allowed sites;
- *   token = one kept from earlier (Node.js: else from ZEMRAK_PRINTER_TOKEN); baseUrls = where to look instead of the usual ports
+ *   token = one kept from earlier (Node.js: else from ZEMRAK_PRINTER_TOKEN); baseUrls = where to look instead of the usual
+ *   ports; showNumber = shows the number while the person is asked, and gives back what takes it away
  * @returns {Promise<{ baseUrl: string, version: string, platform: string, token: string }>}
  */
 export async function connectLocalPrint(options = {}) {
@@ -72,7 +80,10 @@ export async function connectLocalPrint(options = {}) {
   return { baseUrl: base, version: hello.version, platform: hello.platform, token: readToken() };
 }
 
-/** What the service says about itself; null when it is not running or cannot be reached. Never throws for that. */
+/**
+ * What the service says about itself; null when it is not running or cannot be reached. Never throws for that, but it does
+ * where the service is there and this site may not print (origin_not_allowed): the person can allow it in the program.
+ */
 export async function isLocalPrintAvailable() {
   try {
     return await findService();
@@ -195,10 +206,34 @@ async function helloTimeout() {
 /** One question at a time, however many requests need the token. */
 function pair() {
   pairing ??= (async () => {
-    const { token } = await send(base, 'POST', '/v1/pair', { body: settings.clientName ? { clientName: settings.clientName } : {} }, { timeout: PAIR_TIMEOUT });
-    keepToken(token);
+    const before = storedToken();
+    const number = String(1000 + (randomBytes(2).reduce((sum, byte) => sum * 256 + byte, 0) % 9000));
+    const hide = (settings.showNumber ?? showNumber)(number);
+    try {
+      const body = settings.clientName ? { clientName: settings.clientName, number } : { number };
+      keepToken((await send(base, 'POST', '/v1/pair', { body }, { timeout: PAIR_TIMEOUT })).token);
+    } catch (error) {
+      // Another tab of this site may have asked, and been answered, meanwhile.
+      const other = storedToken();
+      if (error.status !== 429 || !other || other === before) throw error;
+      settings.token = other;
+    } finally {
+      hide?.();
+    }
   })().finally(() => { pairing = null; });
   return pairing;
+}
+
+function showNumber(number) {
+  const text = `طلب إذن الطباعة على هذا الجهاز: وافق فقط إن ظهر فيه الرقم ${number}`;
+  if (!isBrowser) return void globalThis.console?.warn(text);
+  const note = document.createElement('div');
+  note.setAttribute('role', 'status');
+  note.dir = 'rtl';
+  note.textContent = text;
+  note.style.cssText = 'position:fixed;inset:auto 0 0 0;z-index:2147483647;padding:16px;background:#222;color:#fff;font:bold 18px sans-serif;text-align:center';
+  (document.body ?? document.documentElement).append(note);
+  return () => note.remove();
 }
 
 async function request(method, path, content = {}) {
@@ -278,19 +313,73 @@ async function reach(signal) {
 
 async function follow(known, onUpdate, signal) {
   while (!ENDED.includes(known.job.status)) {
-    const path = `/v1/jobs/${known.job.id}?after=${known.job.revision}&wait=${POLL_WAIT}`;
-    const { job: now } = await patiently(() => request('GET', path, { signal }), signal, { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME })
+    const now = await changeOf(known.job, signal)
       // It was accepted: whatever keeps its end from being known, it may be on the paper.
       .catch((error) => { throw error.code === 'aborted' ? told(error, known) : interrupted(error, known); });
-    const isNews = now.revision !== known.job.revision;
     known.job = now;
-    if (isNews) onUpdate?.(now);
+    onUpdate?.(now);
   }
   if (known.job.status === 'completed') return known.job;
   const code = known.job.errorCode ?? known.job.status;
   throw new LocalPrintError(code, code === 'cancelled' ? 'أُلغيت الوظيفة.' : `لم تكتمل الطباعة (${code}).`, known);
 }
 
+// Browsers open few connections to one place: all jobs are followed by one request, begun anew when another job joins.
+const followed = new Set();
+let joining = null;
+
+/** The job once it is another than the given one. */
+function changeOf({ id, revision }, signal) {
+  return new Promise((resolve, reject) => {
+    const entry = { id, revision, settle: (call, value) => { followed.delete(entry); signal?.removeEventListener('abort', abort); call(value); }, resolve, reject };
+    const abort = () => entry.settle(reject, new LocalPrintError('aborted', 'أُلغي الانتظار.'));
+    if (signal?.aborted) return void abort();
+    signal?.addEventListener('abort', abort, { once: true });
+    followed.add(entry);
+    if (joining) joining.abort();
+    else void followAll();
+  });
+}
+
+async function followAll() {
+  while (followed.size > 0) {
+    joining = new AbortController();
+    const entries = [...followed].slice(0, MAX_FOLLOWED);
+    try {
+      const { jobs, isWhole } = await patiently(() => lookAt(entries, joining.signal), joining.signal, { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME });
+      for (const entry of entries) {
+        const now = jobs.find(({ id }) => id === entry.id);
+        if (now ? now.revision !== entry.revision || ENDED.includes(now.status) : isWhole) {
+          if (now) entry.settle(entry.resolve, now);
+          else entry.settle(entry.reject, new LocalPrintError('job_not_found', 'لا توجد وظيفة بهذا المعرّف.'));
+        }
+      }
+      // Those who were told may have more to wait for.
+      await pause(0);
+    } catch (error) {
+      if (error.code !== 'aborted') for (const entry of entries) entry.settle(entry.reject, error);
+    }
+  }
+  joining = null;
+}
+
+async function lookAt(entries, signal) {
+  const after = new Map();
+  for (const { id, revision } of entries) after.set(id, Math.min(revision, after.get(id) ?? Infinity));
+  try {
+    const path = `/v1/jobs?ids=${[...after.keys()].join()}&after=${[...after.values()].join()}&wait=${POLL_WAIT}`;
+    return { ...await request('GET', path, { signal }), isWhole: true };
+  } catch (error) {
+    // A service that is older than this file.
+    if (error.status !== 405) throw error;
+    const jobs = [];
+    for (const id of after.keys()) jobs.push((await request('GET', `/v1/jobs/${id}`, { signal })).job);
+    if (!jobs.some(({ id, revision }) => revision !== after.get(id))) await pause(LOOK_TIME);
+    return { jobs, isWhole: false };
+  }
+}
+
+const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
 const told = (error, known) => (error instanceof LocalPrintError ? Object.assign(error, known) : error);
 const interrupted = (cause, known) => new LocalPrintError('interrupted', 'انقطع الاتصال بخدمة الطباعة بعد إرسال الوظيفة. تحقق من الورق قبل إعادة الطباعة.', { ...known, cause });
 
@@ -309,7 +398,7 @@ async function patiently(attempt, signal, { away = RESTART_TIME, late = RESTART_
       const [kind, limit] = error.isLate ? ['late', late] : ['away', away];
       since[kind] ??= Date.now();
       if (Date.now() - since[kind] > limit) throw error;
-      await new Promise((resolve) => { setTimeout(resolve, 1000); });
+      await pause(1000);
     }
   }
 }
@@ -319,9 +408,11 @@ function nameOf(printerName) {
   return printerName;
 }
 
-function newKey() {
-  const bytes = globalThis.crypto ? globalThis.crypto.getRandomValues(new Uint8Array(16)) : Uint8Array.from({ length: 16 }, () => Math.random() * 256);
-  return Array.from(bytes, (byte) => byte.toString(16).padStart(2, '0')).join('');
+function newKey() { return Array.from(randomBytes(16), (byte) => byte.toString(16).padStart(2, '0')).join(''); }
+
+function randomBytes(count) {
+  const bytes = new Uint8Array(count);
+  return globalThis.crypto ? globalThis.crypto.getRandomValues(bytes) : bytes.map(() => Math.random() * 256);
 }
 
 function base64Of(data) {
@@ -332,8 +423,9 @@ function base64Of(data) {
   return btoa(binary);
 }
 
-function readToken() {
-  if (settings.token !== undefined) return settings.token;
+function readToken() { return settings.token !== undefined ? settings.token : storedToken(); }
+
+function storedToken() {
   try {
     return isBrowser ? window.localStorage.getItem(TOKEN_KEY) : globalThis.process?.env?.ZEMRAK_PRINTER_TOKEN ?? null;
   } catch {

@@ -1,6 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { fakePrinter, privateHome, startService, until } from './support/service.mjs';
+import { readFileSync } from 'node:fs';
+import { fakePrinter, fakeProgram, privateHome, startService, until } from './support/service.mjs';
 import { ORIGIN } from './support/site.mjs';
 import * as client from '../../sdk/zemrak-local-print-client.mjs';
 
@@ -60,6 +61,42 @@ test('the client pairs, prints every kind and follows jobs to their end', async 
   assert.deepEqual([help.browser, help.steps.every((step) => /[\u0600-\u06ff]/.test(step))], ['node', true]);
 });
 
+test('eight jobs that wait are followed by one request; the question shows the number that the page shows', async (t) => {
+  const home = privateHome(t);
+  fakeProgram(home, 'notify-send', 'echo "$@" > "$HOME/asked"; echo allow');
+  const service = await startService(t, { home });
+  const { connectLocalPrint, printCommands } = await import('../../sdk/zemrak-local-print-client.mjs?many');
+  const [shown, counts] = [[], { open: 0, most: 0, isOld: false }];
+  const counted = async (url, options) => {
+    if (options.method !== 'GET' || !url.includes('/v1/jobs')) return fetch(url, options);
+    counts.open += 1;
+    counts.most = Math.max(counts.most, counts.open);
+    try {
+      // A service that came before the request for several jobs takes its path for that of sending one.
+      return counts.isOld && url.includes('?ids=') ? Response.json({ error: { code: 'method_not_allowed' } }, { status: 405 }) : await fetch(url, options);
+    } finally {
+      counts.open -= 1;
+    }
+  };
+  const showNumber = (number) => { shown.push(number); return () => shown.push('hidden'); };
+  await connectLocalPrint({ baseUrls: [`http://127.0.0.1:${service.port}`], origin: ORIGIN, fetch: counted, showNumber });
+  assert.match(shown[0], /^\d{4}$/);
+  assert.equal(shown[1], 'hidden');
+  assert.ok(readFileSync(`${home}/asked`, 'utf8').includes(shown[0]));
+  for (counts.isOld of [false, true]) {
+    const printer = await fakePrinter(t);
+    const id = await service.addPrinter(printer.port, `P${counts.isOld}`);
+    await printer.close();
+    const seen = [];
+    const to = { printerName: id, options: { maxWaitSeconds: 60 }, onUpdate: ({ status }) => seen.push(status) };
+    const all = Array.from({ length: 8 }, () => printCommands([{ type: 'text', text: 'x' }], to));
+    await until(() => seen.includes('waiting') && seen.filter((status) => status === 'queued').length === 8, 'all to be accepted');
+    await fakePrinter(t, { port: printer.port });
+    assert.ok((await Promise.all(all)).every(({ status }) => status === 'completed'));
+    assert.equal(counts.most, 1);
+  }
+});
+
 test('a page gives the person time to answer the browser, and the service only seconds', async (t) => {
   let states = {};
   const query = async ({ name }) => { if (!(name in states)) throw new TypeError('unknown name'); return { state: states[name] }; };
@@ -116,7 +153,10 @@ test('what a page is told when the service goes away, hangs or is slow: nothing 
     const answer = url.endsWith('/v1/hello') ? next(script.hello) : url.endsWith('/v1/printers') ? [200, {}] : next(method === 'POST' ? script.post : script.get);
     if (answer === 'away') throw new TypeError('failed');
     if (answer === 'hangs') await new Promise((_, reject) => { signal.addEventListener('abort', () => reject(new TypeError('aborted'))); });
-    return { ok: answer[0] < 300, status: answer[0], headers: new Headers(), json: async () => answer[1] };
+    const [status, body] = answer;
+    // One request follows all jobs; a job that is not there is missing in its answer.
+    const isFollowed = url.includes('/v1/jobs?ids=') && [200, 404].includes(status);
+    return { ok: isFollowed || status < 300, status, headers: new Headers(), json: async () => (isFollowed ? { jobs: body.job ? [body.job] : [] } : body) };
   };
   const hello = [200, { version: '1.0.0', platform: 'linux' }];
   script.hello = [hello];

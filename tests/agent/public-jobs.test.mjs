@@ -234,9 +234,22 @@ test('following a job, and seeing no other site\'s', async (t) => {
   assert.equal((await site.call('DELETE', `/v1/jobs/${job}`)).status, 409, 'too late');
   for (const method of ['GET', 'DELETE']) assert.deepEqual([(await other.call(method, `/v1/jobs/${job}`)).status, (await site.call(method, '/v1/jobs/nothing')).status], [404, 404]);
   for (const query of ['wait=-1', 'wait=x', 'after=1.5', 'wait=1e9']) assert.equal((await site.get(`/v1/jobs/${job}?${query}`)).status, 400, query);
+  const ids = `ids=${job},${behind}`;
+  const { body: { jobs } } = await site.get(`/v1/jobs?${ids}`);
+  assert.deepEqual(jobs.map((each) => [each.id, each.status]), [[job, 'sending'], [behind, 'queued']]);
+  assert.deepEqual((await site.get(`/v1/jobs?${ids},gone&wait=20000`)).body.jobs, jobs, 'one that is not there is news');
+  assert.deepEqual((await other.get(`/v1/jobs?${ids}`)).body.jobs, []);
+  for (const query of ['', 'ids=', `ids=${job},${job}`, `${ids}&after=1`, `${ids}&after=1,x`, `ids=${Array.from({ length: 101 }, (_, n) => n)}`]) {
+    assert.equal((await site.get(`/v1/jobs?${query}`)).status, 400, query);
+  }
+  const many = site.get(`/v1/jobs?${ids}&after=${revision},0&wait=20000`);
+  const waiting = Array.from({ length: 98 }, () => site.get(`/v1/jobs/${job}?wait=20000`));
+  await until(async () => (await site.get('/v1/hello')).status === 429, 'the site to have too many requests open');
   const ending = site.get(`/v1/jobs/${job}?after=${revision}&wait=999999`);
+  assert.deepEqual([(await ending).status, (await other.get('/v1/hello')).status], [429, 200]);
   release();
-  assert.equal((await ending).body.job.status, 'completed');
+  assert.equal((await many).body.jobs[0].status, 'completed');
+  await Promise.all(waiting);
   assert.equal((await first).body.job.revision >= 1, true, 'woken by its first change');
 });
 
