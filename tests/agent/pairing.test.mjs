@@ -124,9 +124,9 @@ test('who may ask when', async () => {
 test('what an asker says of itself is shown as it was typed', async (t) => {
   const name = 'a\\nb\\074i\\076\\\\<b>x</b>&amp;<a href="x">';
   const question = { origin: ORIGIN, name, number: '4821', peer: null, timeoutMs: 20_000, signal: new AbortController().signal };
-  // The dialogs: \n and, zenity only, \074 become other characters; zenity reads no markup when told so, kdialog always does.
+  // The dialogs: zenity shows all as it is when told so, kdialog reads \\ and markup.
   const escaped = name.replaceAll('\\', '\\\\');
-  assert.ok(zenity([name]).args.includes('--no-markup') && zenity([name]).args.includes(escaped));
+  assert.ok(zenity([name]).args.includes('--no-markup') && zenity([name]).args.includes(name));
   assert.ok(kdialog([name]).args.includes(`<qt>${escaped.replace(/&/g, '&amp;').replace(/</g, '&lt;').replace(/>/g, '&gt;')}</qt>`));
   const read = (asker, rows) => rows.map(([status, output]) => asker.read(status, output));
   assert.deepEqual(read(zenity([]), [[1, 'السماح\n'], [1, 'الرفض\n'], [1, ''], [5, ''], [null, '']]), ['allow', 'deny', 'dismissed', 'unavailable', 'unavailable']);

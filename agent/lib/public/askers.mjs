@@ -1,5 +1,5 @@
 import { findProgram, runProgram } from '../system/program.mjs';
-import { ALLOW, DENY, TITLE } from './question-text.mjs';
+import { ALLOW, DENY, LATER, TITLE } from './question-text.mjs';
 
 const BUS_NAME = 'org.freedesktop.Notifications';
 const DEFAULT_CAPABILITIES = ['actions', 'body-markup'];
@@ -28,7 +28,7 @@ export async function askers(env, lines) {
   return usable.filter(Boolean).map((each) => ({ ...each, file: findProgram(each.name, env) })).filter(({ file }) => file);
 }
 
-// Each of the three turns \n, \t and, the first two, \101 into other characters.
+// libnotify's program turns \n, \t and \101 into other characters, kdialog the first.
 const escapeBackslashes = (text) => text.replaceAll('\\', '\\\\');
 const escapeMarkup = (text) => text.replaceAll('&', '&amp;').replaceAll('<', '&lt;').replaceAll('>', '&gt;');
 const pressed = (output) => (/^allow$/m.test(output) ? 'allow' : /^deny$/m.test(output) ? 'deny' : 'dismissed');
@@ -46,12 +46,15 @@ export function notifySend(lines, isMarkup) {
   };
 }
 
-/** Its own two buttons cannot be told from closing it, and Enter, which ends every barcode that is read, presses the first. */
+/**
+ * Told that the text is no markup, it takes backslashes as they are as well. Its own two buttons cannot be told from closing it. The first of ours has the keyboard: Enter, with which every barcode
+ * that is read ends, must answer nothing.
+ */
 export function zenity(lines) {
   return {
     name: 'zenity',
-    args: ['--question', '--no-markup', '--title', TITLE, '--text', escapeBackslashes(lines.join('\n')), '--switch',
-      '--extra-button', ALLOW, '--extra-button', DENY],
+    args: ['--question', '--no-markup', '--title', TITLE, '--text', lines.join('\n'), '--switch',
+      '--extra-button', LATER, '--extra-button', DENY, '--extra-button', ALLOW],
     lastSignal: 'TERM',
     read: (status, output) => {
       const answers = { [ALLOW]: 'allow', [DENY]: 'deny' };
@@ -64,7 +67,7 @@ export function zenity(lines) {
 export function kdialog(lines) {
   return {
     name: 'kdialog',
-    args: ['--title', TITLE, '--yes-label', ALLOW, '--no-label', DENY, '--yesnocancel',
+    args: ['--title', TITLE, '--yes-label', ALLOW, '--no-label', DENY, '--cancel-label', LATER, '--yesnocancel',
       `<qt>${escapeBackslashes(lines.map(escapeMarkup).join('<br/>'))}</qt>`],
     lastSignal: 'TERM',
     read: (status) => ({ 0: 'allow', 1: 'deny', 2: 'dismissed' })[status] ?? 'unavailable',

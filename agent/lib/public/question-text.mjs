@@ -4,6 +4,7 @@ const isolated = (name) => `\u2068${name}\u2069`;
 export const TITLE = 'طلب اقتران للطباعة';
 export const ALLOW = 'السماح';
 export const DENY = 'الرفض';
+export const LATER = 'لاحقًا';
 
 /**
  * @typedef {object} Question
