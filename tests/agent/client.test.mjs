@@ -49,11 +49,12 @@ test('the client pairs, prints every kind and follows jobs to their end', async 
   const cancelling = { ...to, onUpdate: ({ id: job, status }) => { if (status === 'queued') void client.cancelLocalPrintJob(job); } };
   await assert.rejects(client.printCommands([{ type: 'text', text: 'y' }], cancelling), { code: 'cancelled' });
   const accepted = new Promise((resolve) => { to.onUpdate = resolve; });
-  const failing = assert.rejects(client.printCommands([{ type: 'text', text: 'z' }], { ...to, idempotencyKey: 'z' }), { code: 'expired_after_restart' });
+  const surviving = client.printCommands([{ type: 'text', text: 'z' }], { ...to, idempotencyKey: 'z' });
   await accepted;
   await service.stop('SIGKILL');
   const again = await startService(t, { home, env: { ZEMRAK_LP_HTTP_PORT: String(service.port) } });
-  await failing;
+  await fakePrinter(t, { port: printer.port });
+  assert.equal((await surviving).status, 'completed');
   await again.stop();
   assert.equal(await client.isLocalPrintAvailable(), null);
   await assert.rejects(client.listLocalPrinters(), { code: 'unavailable' });
