@@ -43,13 +43,17 @@ function exists(word) {
     : places.has(path.join(base, wanted))));
 }
 
+/** Of these the first word alone is looked at: what follows is named in the command's own way. */
+const isCommand = (span) => /^(\.\/)?scripts\//.test(span);
+
 /** The words of a document that may be paths, each with its line. */
 function* wordsOf(text) {
   let isCode = false;
   for (const [index, line] of text.split('\n').entries()) {
     if (/^\s*```/.test(line)) isCode = !isCode;
     const spans = isCode ? [line.trim().split(/\s/)[0]] : [...line.matchAll(/`([^`]+)`/g)].map(([, span]) => span);
-    for (const word of spans.join(' ').split(/[\s,]+/)) yield [index + 1, word];
+    const words = spans.flatMap((span) => span.split(/[\s,]+/).slice(0, isCommand(span) ? 1 : undefined));
+    for (const word of words) yield [index + 1, word];
   }
 }
 

@@ -4,7 +4,8 @@ import { writeFileAtomic } from '../store/json-file.mjs';
 import { ApiError } from '../api-error.mjs';
 
 /**
- * Makes a new token and stores it for the companion. Where it cannot be stored, as on a full disk, the former one goes on.
+ * Makes a new token and stores it for the companion. Where it cannot be stored, as on a full disk, the former one
+ * goes on.
  * @param {string} file
  * @param {import('../log.mjs').Log} log
  * @returns {Promise<string>} 64 hex digits
