@@ -1,5 +1,6 @@
 // Ends with 1 when a document names a path of this tree that does not exist, or does not name a package that is
-// shipped. Looked at are links, words in backticks, and the first words of the lines in code blocks.
+// shipped or a request that the application may make. Looked at are links, words in backticks, and the first words of
+// the lines in code blocks.
 import { execFileSync } from 'node:child_process';
 import { existsSync, readFileSync } from 'node:fs';
 import path from 'node:path';
@@ -72,6 +73,18 @@ for (const file of tracked.filter((each) => each.endsWith('.md') && !HISTORY.inc
     if (!places.has(place)) faults.push(`${file}: a link leads to ${target}, which does not exist`);
   }
 }
+// The table of the application's requests has every route of the service, and no other.
+const table = readFileSync('docs/service.md', 'utf8');
+const told = new Set([...table.matchAll(/^\| `(?:GET|POST) (\/admin\/[\w/-]+)`/gm)].map(([, route]) => route));
+const routes = new Set(
+  tracked
+    .filter((file) => /^agent\/lib\/admin\/.*routes\.mjs$/.test(file))
+    .flatMap((file) =>
+      [...readFileSync(file, 'utf8').matchAll(/'(?:GET )?(\/admin\/[\w/-]+)':/g)].map(([, route]) => route),
+    ),
+);
+for (const route of routes) if (!told.has(route)) faults.push(`docs/service.md: ${route} is missing`);
+for (const route of told) if (!routes.has(route)) faults.push(`docs/service.md: the service knows no ${route}`);
 const credits = readFileSync('THIRD_PARTY.md', 'utf8');
 for (const name of Object.keys(JSON.parse(readFileSync('package.json', 'utf8')).dependencies ?? {})) {
   if (!credits.includes(`\`${name}\``)) faults.push(`THIRD_PARTY.md: \`${name}\` is shipped and not named`);

@@ -9,6 +9,9 @@ import { sampleOf } from './sample.mjs';
 const WORKERS = 2;
 // A run without a mutant after each so many runs with one: it tells how often tests fail by themselves.
 const CONTROL_EVERY = 25;
+// Beside the code, as tests copy that as a whole.
+const PROBE = 'agent/.mutation-probe.mjs';
+const SWITCH = 'agent/.mutation.json';
 
 /** The modules that a name stands for: a room ("print"), a file of one ("print/escpos"), or "all". */
 function modulesOf(root, name) {
@@ -31,9 +34,9 @@ async function inParallel(sandboxes, items, signal, work) {
 /** A copy of the tree with all mutants in it, none of them active. */
 function prepare(root, texts) {
   const sandbox = new Sandbox(root);
-  copyFileSync(new URL('./probe.mjs', import.meta.url), path.join(sandbox.folder, '.mutation-probe.mjs'));
+  copyFileSync(new URL('./probe.mjs', import.meta.url), path.join(sandbox.folder, PROBE));
   for (const [file, text] of texts) {
-    const probe = path.posix.relative(path.dirname(file), '.mutation-probe.mjs');
+    const probe = path.posix.relative(path.dirname(file), PROBE);
     const shebang = /^#!.*\n/.exec(text)?.[0] ?? '';
     sandbox.write(file, `${shebang}import '${probe}';\n${text.slice(shebang.length)}`);
   }
@@ -45,7 +48,7 @@ async function explore({ sandboxes, tests, env, signal }) {
   const files = [];
   await inParallel(sandboxes, tests, signal, async (file, sandbox) => {
     const reached = mkdtempSync(path.join(os.tmpdir(), 'mutate-reached-'));
-    sandbox.write('.mutation.json', JSON.stringify({ active: null, reached }));
+    sandbox.write(SWITCH, JSON.stringify({ active: null, reached }));
     const again = () => runTestFile(file, { folder: sandbox.folder, limitMs: 300_000, env, signal, isWhole: true });
     const first = await again();
     // A busy computer may fail a test once. What fails twice is left out: it says nothing of a mutant.
@@ -95,7 +98,7 @@ export async function mutateService(root, name, { count, seed, limitMinutes, sig
       if (signal.aborted || performance.now() > end) return;
       const concerned = files.filter(({ ids }) => ids.has(mutant.id));
       const run = async (active, { file, ms, ignored }) => {
-        sandbox.write('.mutation.json', JSON.stringify({ active, reached: null }));
+        sandbox.write(SWITCH, JSON.stringify({ active, reached: null }));
         return runTestFile(file, { folder: sandbox.folder, limitMs: 10_000 + 4 * ms, env, signal, ignored });
       };
       let outcome = concerned.length === 0 ? 'unreached' : 'survived';
