@@ -10,7 +10,8 @@ export function numbersFrom(seed) {
 }
 
 /**
- * `count` of the list, drawn by the seed, in the list's order; all of it when it has no more, or count is not given.
+ * `count` of the list, drawn by the seed, in the order drawn: the first of them are a sample too. All of it, in its own
+ * order, when count is not given.
  * @template T
  * @param {T[]} list
  * @param {number | undefined} count
@@ -18,8 +19,8 @@ export function numbersFrom(seed) {
  * @returns {T[]}
  */
 export function sampleOf(list, count, seed) {
-  if (count === undefined || count >= list.length) return list;
+  if (count === undefined) return list;
   const random = numbersFrom(seed);
-  const drawn = list.map((each, index) => ({ each, index, rank: random() })).sort((a, b) => a.rank - b.rank);
-  return drawn.slice(0, count).sort((a, b) => a.index - b.index).map(({ each }) => each);
+  const drawn = list.map((each) => ({ each, rank: random() })).sort((a, b) => a.rank - b.rank);
+  return drawn.slice(0, count).map(({ each }) => each);
 }
