@@ -4,6 +4,7 @@
 #include "measure.h"
 #include "statebody.h"
 
+#include "app/adminchannel.h"
 #include "app/statepoll.h"
 #include "model/wire.h"
 
@@ -121,7 +122,7 @@ private:
 
     void requestUndecoded(const QString &path)
     {
-        m_channel.request({.path = path}, &m_loop, [this](const AdminAnswer &) { finish(); });
+        m_channel.get(path, PrintService::usualTimeout, &m_loop, [this](const PrintService::Answer &) { finish(); });
     }
 
     template <typename Send> double exchange(Send send)

@@ -4,7 +4,7 @@
 #include "host/updates.h"
 #include "fuzz/require.h"
 #include "support/manualclock.h"
-#include "support/recordinglink.h"
+#include "support/recordingservice.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -41,7 +41,8 @@ const ApplicationBundle &bundle()
 /// One application that asks about an update and is answered.
 struct Application
 {
-    test::RecordingLink service;
+    test::RecordingService service;
+    QStringList notices;
     test::ManualClock clock;
     QStringList lines; ///< given to the shell
     int ends = 0; ///< times it was told to end
@@ -52,6 +53,11 @@ struct Application
                     return true;
                 },
             .terminate = [this] { ++ends; }}};
+
+    Application()
+    {
+        QObject::connect(&updates, &Updates::notice, [this](const QString &text) { notices.append(text); });
+    }
 
     void answer(const QByteArray &body) { service.requests.takeLast().answer(body); }
 };
@@ -68,10 +74,10 @@ void checkCheck(const QByteArray &body, const QJsonObject &reply)
             application.answer(R"({"available":true,"version":"9"})");
         }
         const QString before = application.updates.availableUpdate();
-        application.service.flashed.clear();
+        application.notices.clear();
         application.updates.checkUpdate();
         application.answer(body);
-        require(application.service.flashed.size() == 1, "one message");
+        require(application.notices.size() == 1, "one message");
         const bool failed = !newer && !disabled && reply.value(QLatin1String("error")).isString();
         const QString after = application.updates.availableUpdate();
         if (newer)
@@ -86,14 +92,14 @@ void checkStage(const QByteArray &body, const QJsonObject &reply)
 {
     Application application;
     application.updates.installUpdate();
-    application.service.flashed.clear();
+    application.notices.clear();
     application.answer(body);
-    require(application.service.flashed.size() == 1, "one message");
+    require(application.notices.size() == 1, "one message");
     application.clock.advance(std::chrono::seconds(2));
     require(application.lines.size() == application.ends, "it ends when, and only when, the installer was started");
     require(application.updates.isUpdating() == !application.lines.isEmpty(), "busy until the end, or not at all");
     if (application.lines.isEmpty()) {
-        require(application.service.flashed.first().endsWith(QStringLiteral("). البرنامج الحالي لم يتغير.")),
+        require(application.notices.first().endsWith(QStringLiteral("). البرنامج الحالي لم يتغير.")),
             "a failure says that nothing has changed");
         application.updates.installUpdate();
         require(application.service.requests.size() == 1, "one may try again");

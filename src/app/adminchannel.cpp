@@ -5,7 +5,6 @@
 
 #include <QJsonDocument>
 #include <QNetworkProxy>
-#include <QNetworkRequest>
 #include <QPointer>
 #include <QTimer>
 #include <QUrl>
@@ -73,39 +72,51 @@ bool AdminChannel::hasToken() const
     return readAdminToken(m_tokenFile).has_value();
 }
 
-void AdminChannel::request(const AdminRequest &request, QObject *context, Done done)
+void AdminChannel::get(const QString &path, std::chrono::milliseconds timeout, QObject *context, Answered done)
 {
-    QObject *const owner = context == nullptr ? this : context;
-    if (QNetworkReply *reply = send(request))
-        track(reply, request.timeout, owner, std::move(done));
-    else if (done)
-        QTimer::singleShot(0, owner, [done = std::move(done)] { done(std::nullopt); });
+    const std::optional<QNetworkRequest> request = requestFor(path);
+    track(request ? m_network.get(*request) : nullptr, timeout, context, std::move(done));
 }
 
-QNetworkReply *AdminChannel::send(const AdminRequest &request)
+void AdminChannel::post(const QString &path, const std::optional<QJsonObject> &body, std::chrono::milliseconds timeout,
+    QObject *context, Answered done)
+{
+    const std::optional<QNetworkRequest> request = requestFor(path);
+    track(request ? sendBody(*request, body) : nullptr, timeout, context, std::move(done));
+}
+
+std::optional<QNetworkRequest> AdminChannel::requestFor(const QString &path) const
 {
     if (m_port < 1 || m_port > 65535)
-        return nullptr;
-    QNetworkRequest outgoing
-        = plainRequest(QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(request.path)));
+        return std::nullopt;
+    QNetworkRequest request = plainRequest(QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(path)));
     if (const std::optional<QByteArray> token = readAdminToken(m_tokenFile))
-        outgoing.setRawHeader("X-Zemrak-Admin", token->isNull() ? QByteArray("") : *token);
-    if (request.method == "GET")
-        return m_network.get(outgoing);
+        request.setRawHeader("X-Zemrak-Admin", token->isNull() ? QByteArray("") : *token);
+    return request;
+}
 
-    const QByteArray bytes = request.body ? QJsonDocument(*request.body).toJson(QJsonDocument::Compact) : QByteArray();
+QNetworkReply *AdminChannel::sendBody(QNetworkRequest request, const std::optional<QJsonObject> &object)
+{
+    const QByteArray bytes = object ? QJsonDocument(*object).toJson(QJsonDocument::Compact) : QByteArray();
     auto body = std::make_unique<OnceOnlyBody>(bytes);
-    if (request.body)
-        outgoing.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/json"));
-    outgoing.setHeader(QNetworkRequest::ContentLengthHeader, bytes.size());
-    outgoing.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-    QNetworkReply *reply = m_network.sendCustomRequest(outgoing, request.method, body.get());
+    if (object)
+        request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/json"));
+    request.setHeader(QNetworkRequest::ContentLengthHeader, bytes.size());
+    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    QNetworkReply *reply = m_network.post(request, body.get());
     body.release()->setParent(reply);
     return reply;
 }
 
-void AdminChannel::track(QNetworkReply *reply, std::chrono::milliseconds timeout, QObject *context, Done done)
+void AdminChannel::track(QNetworkReply *reply, std::chrono::milliseconds timeout, QObject *context, Answered done)
 {
+    if (context == nullptr)
+        context = this;
+    if (reply == nullptr) {
+        if (done)
+            QTimer::singleShot(0, context, [done = std::move(done)] { done(std::nullopt); });
+        return;
+    }
     auto exchange = std::make_shared<Exchange>();
     const auto fail = [reply, exchange = exchange.get()] {
         exchange->failed = true;
@@ -128,7 +139,7 @@ void AdminChannel::track(QNetworkReply *reply, std::chrono::milliseconds timeout
             if (!done || !context)
                 return;
             const bool answered = !exchange->failed && isAnswered(*reply);
-            done(answered ? AdminAnswer(std::move(exchange->body)) : std::nullopt);
+            done(answered ? Answer(std::move(exchange->body)) : std::nullopt);
         });
 }
 

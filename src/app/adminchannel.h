@@ -1,35 +1,22 @@
 #pragma once
 
 #include "base/clock.h"
+#include "host/printservice.h"
 
-#include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QNetworkRequest>
 #include <QObject>
 #include <QString>
 
 #include <chrono>
-#include <functional>
 #include <optional>
 
 namespace zemrak {
 
-/// One request to the service's admin API.
-struct AdminRequest
-{
-    QString path; ///< begins with "/admin/"
-    QByteArray method = "GET";
-    std::optional<QJsonObject> body = {}; ///< none: no body is sent; a GET never has one
-    std::chrono::milliseconds timeout = std::chrono::seconds(5); ///< from sending to the last byte of the answer
-};
-
-/// What came back: the body, whatever the HTTP status, or none when there was no complete answer in time.
-using AdminAnswer = std::optional<QByteArray>;
-
-/// The private line to the print service: HTTP to 127.0.0.1 and nowhere else, with the token it left in its folder.
-/// No proxy, redirect, cookie or cache. What changes something is sent once at most; a GET whose connection breaks may
-/// be asked again by the network layer. Main thread only; never blocks.
-class AdminChannel : public QObject
+/// HTTP to the print service at 127.0.0.1 and nowhere else, with the token it left in its folder. No proxy, redirect,
+/// cookie or cache. Main thread only; never blocks.
+class AdminChannel : public QObject, public PrintService
 {
     Q_OBJECT
 
@@ -49,15 +36,16 @@ public:
     /// The service has left a token that can be read.
     [[nodiscard]] bool hasToken() const;
 
-    using Done = std::function<void(const AdminAnswer &answer)>;
-
-    /// Sends `request`. `done` is called at most once, in a later turn of the event loop, and not at all when `context`
-    /// is gone by then. The token file is read anew for each request; without one the request goes out bare.
-    void request(const AdminRequest &request, QObject *context = nullptr, Done done = {});
+    /// The token file is read anew for each request; without one the request goes out bare. Without a `context` this
+    /// object is it.
+    void get(const QString &path, std::chrono::milliseconds timeout, QObject *context, Answered done) override;
+    void post(const QString &path, const std::optional<QJsonObject> &body, std::chrono::milliseconds timeout,
+        QObject *context, Answered done) override;
 
 private:
-    [[nodiscard]] QNetworkReply *send(const AdminRequest &request);
-    void track(QNetworkReply *reply, std::chrono::milliseconds timeout, QObject *context, Done done);
+    [[nodiscard]] std::optional<QNetworkRequest> requestFor(const QString &path) const;
+    [[nodiscard]] QNetworkReply *sendBody(QNetworkRequest request, const std::optional<QJsonObject> &body);
+    void track(QNetworkReply *reply, std::chrono::milliseconds timeout, QObject *context, Answered done);
 
     QString m_tokenFile;
     Clock &m_clock;

@@ -22,14 +22,14 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     , m_alertDelivery(host.notifier, clock, defaults.strings(notifiedKey),
           [&defaults](const QStringList &ids) { defaults.setStrings(notifiedKey, ids); })
     , m_alertFeed(m_channel, m_alertDelivery, clock)
-    , m_link(m_channel, m_poll, m_toast, m_log, places.bundle, host.childGuard)
-    , m_login(host.loginItem, defaults, m_link, clock, places.bundle.path())
+    , m_commandRunner(places.bundle, host.childGuard)
+    , m_login(host.loginItem, defaults, clock, places.bundle.path())
     , m_keepAwake(host.activities, defaults)
-    , m_trust(m_link, host.certificateTest, places.configDir)
-    , m_updates(m_link, clock, places.bundle, host.handover)
-    , m_check(m_link, clock)
-    , m_report(m_link, host.desktop, clock)
-    , m_conflictReport(m_link, host.portHolders, clock, places.configDir + QStringLiteral("/port-conflict.json"))
+    , m_trust(m_commandRunner, host.certificateTest, places.configDir)
+    , m_updates(m_channel, clock, places.bundle, host.handover)
+    , m_check(m_channel, clock)
+    , m_report(m_channel, host.desktop, clock)
+    , m_conflictReport(host.portHolders, clock, places.configDir + QStringLiteral("/port-conflict.json"))
 {
     connect(&m_log, &ServiceLog::changed, this, &Agent::logChanged);
     connect(&m_toast, &Toast::changed, this, &Agent::toastChanged);
@@ -41,6 +41,9 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
         constexpr quint16 httpsPort = 17732;
         m_conflictReport.report({port, httpsPort});
     });
+    // First of all: what other listeners send goes to the port that the new state names.
+    connect(&m_poll, &StatePoll::stateChanged, this,
+        [this] { m_channel.setPort(state() != nullptr ? std::optional(state()->httpPort) : std::nullopt); });
     connect(&m_poll, &StatePoll::stateChanged, this, &Agent::stateChanged);
     connect(&m_poll, &StatePoll::answered, &m_supervisor, &ServiceSupervisor::clearPortConflict);
 
@@ -61,6 +64,14 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     connect(&m_check, &ConnectionCheck::scanProgressChanged, this, &Agent::scanProgressChanged);
     connect(&m_check, &ConnectionCheck::scanStepChanged, this, &Agent::scanStepChanged);
     connect(&m_check, &ConnectionCheck::scanResultChanged, this, &Agent::scanResultChanged);
+
+    connect(&m_login, &LaunchAtLogin::notice, &m_toast, &Toast::flash);
+    connect(&m_trust, &HttpsTrust::notice, &m_toast, &Toast::flash);
+    connect(&m_updates, &Updates::notice, &m_toast, &Toast::flash);
+    connect(&m_report, &DiagnosticsReport::notice, &m_toast, &Toast::flash);
+    connect(&m_login, &LaunchAtLogin::logged, &m_log, &ServiceLog::append);
+    connect(&m_conflictReport, &PortConflictReport::logged, &m_log, &ServiceLog::append);
+    connect(&m_check, &ConnectionCheck::finished, &m_poll, &StatePoll::refresh);
 }
 
 void Agent::onServiceSeen()

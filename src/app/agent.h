@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/adminchannel.h"
-#include "app/agentlink.h"
 #include "app/alertfeed.h"
 #include "app/commands.h"
 #include "app/page.h"
 #include "app/servicelog.h"
+#include "app/servicerunner.h"
 #include "app/servicesupervisor.h"
 #include "app/statepoll.h"
 #include "app/toast.h"
@@ -196,7 +196,7 @@ private:
     Commands m_commands;
     AlertDelivery m_alertDelivery;
     AlertFeed m_alertFeed;
-    AgentLink m_link; ///< before those who use it
+    ServiceRunner m_commandRunner; ///< before m_trust, which uses it
     LaunchAtLogin m_login;
     KeepAwake m_keepAwake;
     HttpsTrust m_trust;

@@ -45,11 +45,11 @@ void AlertFeed::refresh()
     noteLocal(); // silence becomes an alert with time alone
     if (!m_channel.hasToken())
         return;
-    m_channel.request({.path = QStringLiteral("/admin/alerts")}, this,
-        [this, fetch = ++m_asked](const AdminAnswer &answer) { take(fetch, answer); });
+    m_channel.get(QStringLiteral("/admin/alerts"), PrintService::usualTimeout, this,
+        [this, fetch = ++m_asked](const PrintService::Answer &answer) { take(fetch, answer); });
 }
 
-void AlertFeed::take(qint64 fetch, const AdminAnswer &answer)
+void AlertFeed::take(qint64 fetch, const PrintService::Answer &answer)
 {
     // A slow answer must not bring back what a later one has marked, cleared or ended.
     if (!answer || fetch < m_taken)
@@ -81,8 +81,8 @@ void AlertFeed::clearHistory()
 
 void AlertFeed::tellAndRefresh(const QString &path)
 {
-    m_channel.request(
-        {.path = path, .method = "POST", .body = QJsonObject{}}, this, [this](const AdminAnswer &) { refresh(); });
+    m_channel.post(
+        path, QJsonObject{}, PrintService::usualTimeout, this, [this](const PrintService::Answer &) { refresh(); });
 }
 
 void AlertFeed::noteLocal()

@@ -44,7 +44,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void take(qint64 fetch, const AdminAnswer &answer);
+    void take(qint64 fetch, const PrintService::Answer &answer);
     void tellAndRefresh(const QString &path);
     void noteLocal();
 

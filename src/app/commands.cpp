@@ -11,21 +11,21 @@ using namespace std::chrono_literals;
 constexpr std::chrono::seconds usual = 5s;
 
 // The service tells its verdict by the words in its answer, whatever the HTTP status.
-bool answeredWithoutError(const AdminAnswer &answer)
+bool answeredWithoutError(const PrintService::Answer &answer)
 {
     return answer && !answer->contains("\"error\"");
 }
 
-bool answeredWith(const AdminAnswer &answer, QByteArrayView word)
+bool answeredWith(const PrintService::Answer &answer, QByteArrayView word)
 {
     return answer && answer->contains(word);
 }
 
 } // namespace
 
-Commands::Commands(AdminChannel &channel, StatePoll &poll, Toast &toast, Clock &clock, QObject *parent)
+Commands::Commands(PrintService &service, StatePoll &poll, Toast &toast, Clock &clock, QObject *parent)
     : QObject(parent)
-    , m_channel(channel)
+    , m_service(service)
     , m_poll(poll)
     , m_toast(toast)
     , m_clock(clock)
@@ -42,10 +42,10 @@ bool Commands::begin(const QString &wish)
     return true;
 }
 
-void Commands::post(
-    const QString &path, const std::optional<QJsonObject> &body, std::chrono::seconds timeout, AdminChannel::Done done)
+void Commands::post(const QString &path, const std::optional<QJsonObject> &body, std::chrono::seconds timeout,
+    PrintService::Answered done)
 {
-    m_channel.request({.path = path, .method = "POST", .body = body, .timeout = timeout}, this, std::move(done));
+    m_service.post(path, body, timeout, this, std::move(done));
 }
 
 void Commands::testPrint(const QString &printerId)
@@ -54,7 +54,7 @@ void Commands::testPrint(const QString &printerId)
     if (!begin(wish))
         return;
     post(QStringLiteral("/admin/test"), QJsonObject{{QStringLiteral("printer"), printerId}}, usual,
-        [this, wish](const AdminAnswer &answer) {
+        [this, wish](const PrintService::Answer &answer) {
             end(wish);
             m_toast.flash(answer ? QStringLiteral("تم إرسال طباعة التجربة") : QStringLiteral("تعذر إرسال الطباعة"));
         });
@@ -63,13 +63,14 @@ void Commands::testPrint(const QString &printerId)
 void Commands::saveProfile(const QString &printerId, const QJsonObject &profile, Succeeded done)
 {
     const QJsonObject body{{QStringLiteral("id"), printerId}, {QStringLiteral("profile"), profile}};
-    post(QStringLiteral("/admin/profile"), body, usual, [this, done = std::move(done)](const AdminAnswer &answer) {
-        const bool ok = answeredWithoutError(answer);
-        if (ok)
-            m_poll.refresh();
-        if (done)
-            done(ok);
-    });
+    post(QStringLiteral("/admin/profile"), body, usual,
+        [this, done = std::move(done)](const PrintService::Answer &answer) {
+            const bool ok = answeredWithoutError(answer);
+            if (ok)
+                m_poll.refresh();
+            if (done)
+                done(ok);
+        });
 }
 
 void Commands::printerAction(
@@ -81,16 +82,18 @@ void Commands::printerAction(
     QJsonObject body{{QStringLiteral("id"), printerId}, {QStringLiteral("action"), action}};
     if (pin)
         body.insert(QStringLiteral("pin"), *pin);
-    post(QStringLiteral("/admin/printers/action"), body, 15s, [this, wish, okMessage](const AdminAnswer &answer) {
-        end(wish);
-        m_toast.flash(answeredWithoutError(answer) ? okMessage : QStringLiteral("تعذر تنفيذ الأمر على هذه الطابعة"));
-    });
+    post(QStringLiteral("/admin/printers/action"), body, 15s,
+        [this, wish, okMessage](const PrintService::Answer &answer) {
+            end(wish);
+            m_toast.flash(
+                answeredWithoutError(answer) ? okMessage : QStringLiteral("تعذر تنفيذ الأمر على هذه الطابعة"));
+        });
 }
 
 void Commands::remove(const QString &printerId)
 {
     post(QStringLiteral("/admin/printers/remove"), QJsonObject{{QStringLiteral("id"), printerId}}, usual,
-        [this](const AdminAnswer &) { m_poll.refresh(); });
+        [this](const PrintService::Answer &) { m_poll.refresh(); });
 }
 
 void Commands::addNetwork(const QString &name, const QString &host, int port, const QString &transport, Succeeded done)
@@ -103,19 +106,20 @@ void Commands::addNetwork(const QString &name, const QString &host, int port, co
         {QStringLiteral("transport"), transport},
     };
     // Success is told whatever the answer: the next poll shows what is really there.
-    post(QStringLiteral("/admin/printers/add"), body, usual, [this, done = std::move(done)](const AdminAnswer &answer) {
-        m_poll.refresh();
-        m_toast.flash(QStringLiteral("تمت إضافة الطابعة"));
-        if (done)
-            done(answeredWithoutError(answer));
-    });
+    post(QStringLiteral("/admin/printers/add"), body, usual,
+        [this, done = std::move(done)](const PrintService::Answer &answer) {
+            m_poll.refresh();
+            m_toast.flash(QStringLiteral("تمت إضافة الطابعة"));
+            if (done)
+                done(answeredWithoutError(answer));
+        });
 }
 
 void Commands::addUsb(const QString &name, const QString &uri, Succeeded done)
 {
     const QJsonObject body{{QStringLiteral("name"), name}, {QStringLiteral("uri"), uri}};
     post(QStringLiteral("/admin/printers/add-usb"), body, 40s,
-        [this, done = std::move(done)](const AdminAnswer &answer) {
+        [this, done = std::move(done)](const PrintService::Answer &answer) {
             const bool ok = answeredWith(answer, "queue");
             m_poll.refresh();
             m_toast.flash(
@@ -128,7 +132,7 @@ void Commands::addUsb(const QString &name, const QString &uri, Succeeded done)
 void Commands::addOrigin(const QString &origin, Succeeded done)
 {
     post(QStringLiteral("/admin/origins/add"), QJsonObject{{QStringLiteral("origin"), origin}}, usual,
-        [this, done = std::move(done)](const AdminAnswer &answer) {
+        [this, done = std::move(done)](const PrintService::Answer &answer) {
             const bool ok = answeredWith(answer, "\"origin\"");
             if (ok) {
                 m_toast.flash(QStringLiteral("تمت إضافة الموقع"));
@@ -144,7 +148,7 @@ void Commands::addOrigin(const QString &origin, Succeeded done)
 void Commands::removeOrigin(const QString &origin)
 {
     post(QStringLiteral("/admin/origins/remove"), QJsonObject{{QStringLiteral("origin"), origin}}, usual,
-        [this](const AdminAnswer &) {
+        [this](const PrintService::Answer &) {
             m_toast.flash(QStringLiteral("تم حذف الموقع"));
             m_poll.refresh();
         });
@@ -153,13 +157,13 @@ void Commands::removeOrigin(const QString &origin)
 void Commands::revoke(const QString &siteId)
 {
     post(QStringLiteral("/admin/revoke"), QJsonObject{{QStringLiteral("id"), siteId}}, usual,
-        [this](const AdminAnswer &) { m_poll.refresh(); });
+        [this](const PrintService::Answer &) { m_poll.refresh(); });
 }
 
 void Commands::setAutoApprove(bool on)
 {
     post(QStringLiteral("/admin/settings"), QJsonObject{{QStringLiteral("autoApprovePairing"), on}}, usual,
-        [this, on](const AdminAnswer &) {
+        [this, on](const PrintService::Answer &) {
             m_poll.refresh();
             m_toast.flash(
                 on ? QStringLiteral("الموافقة التلقائية مفعّلة") : QStringLiteral("الموافقة التلقائية متوقفة"));
@@ -170,7 +174,7 @@ template <typename Result, typename Record>
 void Commands::search(
     const QString &path, std::chrono::seconds timeout, QList<Record> Result::*hits, Found<Record> done)
 {
-    post(path, std::nullopt, timeout, [hits, done = std::move(done)](const AdminAnswer &answer) {
+    post(path, std::nullopt, timeout, [hits, done = std::move(done)](const PrintService::Answer &answer) {
         const std::optional<Result> result = answer ? decodeBody<Result>(*answer) : std::nullopt;
         if (done)
             done(result ? (*result).*hits : QList<Record>());
@@ -199,7 +203,7 @@ bool Commands::printDesigner(const QString &printerId, const QJsonObject &docume
         return false;
     const QJsonObject body{{QStringLiteral("printer"), printerId}, {QStringLiteral("doc"), document}};
     post(QStringLiteral("/admin/designer/print"), body, 15s,
-        [this, wish, done = std::move(done)](const AdminAnswer &answer) {
+        [this, wish, done = std::move(done)](const PrintService::Answer &answer) {
             end(wish);
             if (done)
                 done(answeredWithoutError(answer));

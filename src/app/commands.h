@@ -1,8 +1,9 @@
 #pragma once
 
-#include "app/adminchannel.h"
 #include "app/statepoll.h"
 #include "app/toast.h"
+#include "base/clock.h"
+#include "host/printservice.h"
 #include "model/discovery.h"
 
 #include <QHash>
@@ -30,7 +31,7 @@ public:
     /// How soon the same wish for the same printer counts as the second half of a double click.
     static constexpr std::chrono::milliseconds oneWish{500};
 
-    Commands(AdminChannel &channel, StatePoll &poll, Toast &toast, Clock &clock, QObject *parent = nullptr);
+    Commands(PrintService &service, StatePoll &poll, Toast &toast, Clock &clock, QObject *parent = nullptr);
 
     /// Nothing happens while the last one for this printer has no answer or is younger than `oneWish`.
     void testPrint(const QString &printerId);
@@ -69,11 +70,11 @@ private:
     [[nodiscard]] bool begin(const QString &wish);
     void end(const QString &wish) { m_wishes[wish].answered = true; }
     void post(const QString &path, const std::optional<QJsonObject> &body, std::chrono::seconds timeout,
-        AdminChannel::Done done);
+        PrintService::Answered done);
     template <typename Result, typename Record>
     void search(const QString &path, std::chrono::seconds timeout, QList<Record> Result::*hits, Found<Record> done);
 
-    AdminChannel &m_channel;
+    PrintService &m_service;
     StatePoll &m_poll;
     Toast &m_toast;
     Clock &m_clock;

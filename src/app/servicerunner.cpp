@@ -2,6 +2,8 @@
 
 #include "app/servicecommand.h"
 
+#include <QPointer>
+
 namespace zemrak {
 
 ServiceRunner::ServiceRunner(ApplicationBundle bundle, ChildGuard &guard, QObject *parent)
@@ -20,16 +22,17 @@ ServiceRunner::~ServiceRunner()
     }
 }
 
-void ServiceRunner::runOnce(const QStringList &arguments, Done done)
+void ServiceRunner::runOnce(const QStringList &arguments, QObject *context, Ended done)
 {
     auto *command = new QProcess(this);
     setServiceCommand(*command, m_bundle, arguments);
     command->setProcessChannelMode(QProcess::ForwardedChannels);
     m_guard.guard(*command);
 
-    const auto finish = [command, done = std::move(done)](int status) {
+    const auto finish = [command, context = QPointer(context), done = std::move(done)](int status) {
         command->deleteLater();
-        done(status);
+        if (context)
+            done(status);
     };
     connect(command, &QProcess::finished, this,
         [finish](int code, QProcess::ExitStatus how) { finish(how == QProcess::NormalExit ? code : -1); });

@@ -97,7 +97,7 @@ void ServiceSupervisor::prepare()
     m_preparing = true;
     m_prepareCancelled = false;
     m_prepareTimer->start(certificatePatience);
-    m_runner.runOnce({QStringLiteral("init-tls")}, [this](int status) {
+    m_runner.runOnce({QStringLiteral("init-tls")}, this, [this](int status) {
         m_preparing = false;
         m_prepareTimer->stop();
         if (m_stopping)

@@ -13,9 +13,9 @@ constexpr std::chrono::milliseconds firstLook = 1s;
 
 } // namespace
 
-StatePoll::StatePoll(AdminChannel &channel, Clock &clock, QObject *parent)
+StatePoll::StatePoll(PrintService &service, Clock &clock, QObject *parent)
     : QObject(parent)
-    , m_channel(channel)
+    , m_service(service)
     , m_clock(clock)
     , m_timer(clock.makeTimer(Clock::Repeat::Always, [this] { refresh(); }))
 {
@@ -35,11 +35,11 @@ void StatePoll::disarm()
 void StatePoll::refresh()
 {
     Q_EMIT aboutToRefresh();
-    m_channel.request(
-        {.path = QStringLiteral("/admin/state")}, this, [this](const AdminAnswer &answer) { take(answer); });
+    m_service.get(QStringLiteral("/admin/state"), PrintService::usualTimeout, this,
+        [this](const PrintService::Answer &answer) { take(answer); });
 }
 
-void StatePoll::take(const AdminAnswer &answer)
+void StatePoll::take(const PrintService::Answer &answer)
 {
     if (m_state && answer == m_body) {
         Q_EMIT answered();
@@ -58,7 +58,6 @@ void StatePoll::publish(std::optional<AgentState> state)
     if (m_state == state)
         return;
     m_state = std::move(state);
-    m_channel.setPort(m_state ? std::optional(m_state->httpPort) : std::nullopt);
     Q_EMIT stateChanged();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/adminchannel.h"
 #include "base/clock.h"
+#include "host/printservice.h"
 #include "model/agentstate.h"
 
 #include <QByteArray>
@@ -18,7 +18,7 @@ class StatePoll : public QObject
     Q_OBJECT
 
 public:
-    StatePoll(AdminChannel &channel, Clock &clock, QObject *parent = nullptr);
+    StatePoll(PrintService &service, Clock &clock, QObject *parent = nullptr);
 
     /// The latest snapshot; null while the service does not answer, or says what does not decode. Valid until
     /// stateChanged().
@@ -40,10 +40,10 @@ Q_SIGNALS:
     void answered();
 
 private:
-    void take(const AdminAnswer &answer);
+    void take(const PrintService::Answer &answer);
     void publish(std::optional<AgentState> state);
 
-    AdminChannel &m_channel;
+    PrintService &m_service;
     Clock &m_clock;
     std::unique_ptr<Timer> m_timer;
     std::optional<AgentState> m_state;

@@ -6,9 +6,9 @@ namespace zemrak {
 
 using namespace std::chrono_literals;
 
-ConnectionCheck::ConnectionCheck(ServiceLink &link, Clock &clock, QObject *parent)
+ConnectionCheck::ConnectionCheck(PrintService &service, Clock &clock, QObject *parent)
     : QObject(parent)
-    , m_link(link)
+    , m_service(service)
     , m_clock(clock)
 {
 }
@@ -21,7 +21,7 @@ void ConnectionCheck::runScan()
     m_answer.reset();
     const bool hadResult = m_result.has_value();
     m_result.reset();
-    m_progress = 0.03; // before anybody looks, who would see the end of the last check
+    m_progress = 0.03; // before scanningChanged(), or its listeners would read the last check's 1.0
     m_step = QStringLiteral("فحص خدمة الطباعة");
     Q_EMIT scanningChanged();
     if (hadResult)
@@ -43,7 +43,7 @@ void ConnectionCheck::testPrinters()
 
 void ConnectionCheck::askService()
 {
-    m_link.post(QStringLiteral("/admin/scan"), 25s, this, [this](const ServiceLink::Answer &answer) {
+    m_service.post(QStringLiteral("/admin/scan"), QJsonObject{}, 25s, this, [this](const PrintService::Answer &answer) {
         if (answer)
             m_answer = decodeBody<ScanResult>(*answer);
         checkPermissions();
@@ -57,18 +57,17 @@ void ConnectionCheck::checkPermissions()
 
 void ConnectionCheck::complete()
 {
-    after(600ms, 1.0, QStringLiteral("اكتمل الفحص"), &ConnectionCheck::finish);
+    after(600ms, 1.0, QStringLiteral("اكتمل الفحص"), &ConnectionCheck::publish);
 }
 
-void ConnectionCheck::finish()
+void ConnectionCheck::publish()
 {
     m_result = std::exchange(m_answer, std::nullopt);
     m_scanning = false;
     if (m_result)
         Q_EMIT scanResultChanged();
     Q_EMIT scanningChanged();
-    // The printers' states in the snapshot should agree with what the check has found.
-    m_link.refresh();
+    Q_EMIT finished();
 }
 
 void ConnectionCheck::after(std::chrono::milliseconds delay, double progress, const QString &step, Next next)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
-#include "host/servicelink.h"
+#include "host/printservice.h"
 #include "model/scanresult.h"
 
 #include <QObject>
@@ -20,7 +20,7 @@ class ConnectionCheck : public QObject
 
 public:
     /// Both must outlive this object.
-    explicit ConnectionCheck(ServiceLink &link, Clock &clock, QObject *parent = nullptr);
+    ConnectionCheck(PrintService &service, Clock &clock, QObject *parent = nullptr);
 
     [[nodiscard]] bool isScanning() const { return m_scanning; }
     /// From 0 to 1; stays where it is between checks. Steps are not smoothed here.
@@ -38,6 +38,8 @@ Q_SIGNALS:
     void scanProgressChanged();
     void scanStepChanged();
     void scanResultChanged();
+    /// Last of all. The service has looked at every printer, so the state it publishes may be another now.
+    void finished();
 
 private:
     using Next = void (ConnectionCheck::*)();
@@ -49,9 +51,9 @@ private:
     void askService();
     void checkPermissions();
     void complete();
-    void finish();
+    void publish();
 
-    ServiceLink &m_link;
+    PrintService &m_service;
     Clock &m_clock;
     bool m_scanning = false;
     double m_progress = 0;

@@ -15,9 +15,9 @@ Q_LOGGING_CATEGORY(lcReport, "zemrak.host")
 
 } // namespace
 
-DiagnosticsReport::DiagnosticsReport(ServiceLink &link, Desktop &desktop, Clock &clock, QObject *parent)
+DiagnosticsReport::DiagnosticsReport(PrintService &service, Desktop &desktop, Clock &clock, QObject *parent)
     : QObject(parent)
-    , m_link(link)
+    , m_service(service)
     , m_desktop(desktop)
     , m_clock(clock)
 {
@@ -36,13 +36,13 @@ void DiagnosticsReport::exportDiagnostics()
     if (m_exporting)
         return;
     setExporting(true);
-    m_link.get(QStringLiteral("/admin/diagnostics"), 20s, this, [this](const ServiceLink::Answer &report) {
+    m_service.get(QStringLiteral("/admin/diagnostics"), 20s, this, [this](const PrintService::Answer &report) {
         if (report && !report->isEmpty()) {
             askWhere(*report);
             return;
         }
         setExporting(false);
-        m_link.flash(QStringLiteral("تعذر إنشاء التقرير"));
+        Q_EMIT notice(QStringLiteral("تعذر إنشاء التقرير"));
     });
 }
 
@@ -72,11 +72,11 @@ void DiagnosticsReport::onWritten(const QString &path, const QString &fault)
     setExporting(false);
     if (!fault.isEmpty()) {
         qCWarning(lcReport) << "The diagnostics report was not written:" << fault;
-        m_link.flash(QStringLiteral("تعذر حفظ التقرير، تحقق من المساحة أو اختر مجلدًا آخر"));
+        Q_EMIT notice(QStringLiteral("تعذر حفظ التقرير، تحقق من المساحة أو اختر مجلدًا آخر"));
         return;
     }
     m_desktop.reveal(path);
-    m_link.flash(QStringLiteral("تم حفظ تقرير التشخيص"));
+    Q_EMIT notice(QStringLiteral("تم حفظ تقرير التشخيص"));
 }
 
 } // namespace zemrak

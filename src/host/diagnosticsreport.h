@@ -2,7 +2,7 @@
 
 #include "base/clock.h"
 #include "host/desktop.h"
-#include "host/servicelink.h"
+#include "host/printservice.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -18,7 +18,7 @@ class DiagnosticsReport : public QObject
 
 public:
     /// All three must outlive this object.
-    DiagnosticsReport(ServiceLink &link, Desktop &desktop, Clock &clock, QObject *parent = nullptr);
+    DiagnosticsReport(PrintService &service, Desktop &desktop, Clock &clock, QObject *parent = nullptr);
 
     /// From the request to the end of writing, the person's choice of a place included.
     [[nodiscard]] bool isExporting() const { return m_exporting; }
@@ -28,6 +28,8 @@ public:
 
 Q_SIGNALS:
     void exportingChanged();
+    /// How it ended, in Arabic, for the person to read. None when the person cancels.
+    void notice(const QString &text);
 
 private:
     void setExporting(bool exporting);
@@ -35,7 +37,7 @@ private:
     void write(const QString &path, const QByteArray &report);
     void onWritten(const QString &path, const QString &fault);
 
-    ServiceLink &m_link;
+    PrintService &m_service;
     Desktop &m_desktop;
     Clock &m_clock;
     bool m_exporting = false;

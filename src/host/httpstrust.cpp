@@ -4,9 +4,10 @@
 
 namespace zemrak {
 
-HttpsTrust::HttpsTrust(ServiceLink &link, const CertificateTest &test, const QString &configDir, QObject *parent)
+HttpsTrust::HttpsTrust(
+    ServiceCommands &commands, const CertificateTest &test, const QString &configDir, QObject *parent)
     : QObject(parent)
-    , m_link(link)
+    , m_commands(commands)
     , m_test(test)
     , m_certificateFile(configDir + QStringLiteral("/tls/ca.crt"))
 {
@@ -33,7 +34,7 @@ void HttpsTrust::refreshTrust()
 
 void HttpsTrust::trustForSafari(Done done)
 {
-    m_link.runOnce({QStringLiteral("trust-ca")}, this, [this, done = std::move(done)](int status) {
+    m_commands.runOnce({QStringLiteral("trust-ca")}, this, [this, done = std::move(done)](int status) {
         // A success is not believed until the system confirms it; a failure needs no second opinion.
         if (status == 0)
             check([this, done](bool trusted) { conclude(trusted, done); });
@@ -60,8 +61,8 @@ void HttpsTrust::conclude(bool trusted, const Done &done)
     setCaTrusted(trusted);
     if (!self)
         return;
-    m_link.flash(trusted ? QStringLiteral("تم تفعيل HTTPS لـ Safari")
-                         : QStringLiteral("لم يتم التفعيل (يمكنك إعادته لاحقًا من الإعدادات)"));
+    Q_EMIT notice(trusted ? QStringLiteral("تم تفعيل HTTPS لـ Safari")
+                          : QStringLiteral("لم يتم التفعيل (يمكنك إعادته لاحقًا من الإعدادات)"));
     if (self && report)
         report(trusted);
 }

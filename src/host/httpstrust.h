@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/certificatetest.h"
-#include "host/servicelink.h"
+#include "host/servicecommands.h"
 
 #include <QObject>
 #include <QString>
@@ -20,8 +20,9 @@ class HttpsTrust : public QObject
     Q_PROPERTY(bool caTrusted READ caTrusted NOTIFY caTrustedChanged)
 
 public:
-    /// `configDir`: where the service keeps its files. `link` and `test` outlive this object.
-    HttpsTrust(ServiceLink &link, const CertificateTest &test, const QString &configDir, QObject *parent = nullptr);
+    /// `configDir`: where the service keeps its files. `commands` and `test` outlive this object.
+    HttpsTrust(
+        ServiceCommands &commands, const CertificateTest &test, const QString &configDir, QObject *parent = nullptr);
     ~HttpsTrust() override;
 
     using Done = std::function<void(bool trusted)>;
@@ -39,13 +40,15 @@ public:
 
 Q_SIGNALS:
     void caTrustedChanged();
+    /// How trustForSafari() ended, in Arabic, for the person to read.
+    void notice(const QString &text);
 
 private:
     void check(Done then);
     void conclude(bool trusted, const Done &done);
     void setCaTrusted(bool trusted);
 
-    ServiceLink &m_link;
+    ServiceCommands &m_commands;
     const CertificateTest &m_test;
     const QString m_certificateFile;
     std::atomic_bool m_cancelled = false;

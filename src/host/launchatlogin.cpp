@@ -19,12 +19,10 @@ bool isAutomaticStart(const QStringList &arguments, std::chrono::milliseconds up
     return arguments.contains(automaticStartArgument) || uptime < startUpTime;
 }
 
-LaunchAtLogin::LaunchAtLogin(
-    LoginItem &item, UserDefaults &defaults, ServiceLink &link, Clock &clock, QString bundlePath, QObject *parent)
+LaunchAtLogin::LaunchAtLogin(LoginItem &item, UserDefaults &defaults, Clock &clock, QString bundlePath, QObject *parent)
     : QObject(parent)
     , m_item(item)
     , m_defaults(defaults)
-    , m_link(link)
     , m_clock(clock)
     , m_bundlePath(std::move(bundlePath))
     , m_lastSystemStart(defaults.date(startKey))
@@ -48,7 +46,7 @@ void LaunchAtLogin::refreshLoginState()
 void LaunchAtLogin::setLaunchAtLogin(bool on)
 {
     if (const std::optional<QString> refusal = on ? m_item.registerItem() : m_item.unregisterItem())
-        m_link.appendToLog(QStringLiteral("\nLogin item: ") + *refusal);
+        Q_EMIT logged(QStringLiteral("\nLogin item: ") + *refusal);
     m_defaults.setBoolean(wantedKey, on);
     if (on)
         m_defaults.setString(pathKey, m_bundlePath);
@@ -59,11 +57,11 @@ void LaunchAtLogin::reRegisterLogin()
 {
     (void)m_item.unregisterItem();
     if (const std::optional<QString> refusal = m_item.registerItem()) {
-        m_link.flash(QStringLiteral("تعذرت إعادة التسجيل: ") + *refusal);
+        Q_EMIT notice(QStringLiteral("تعذرت إعادة التسجيل: ") + *refusal);
     } else {
         m_defaults.setBoolean(wantedKey, true);
         m_defaults.setString(pathKey, m_bundlePath);
-        m_link.flash(QStringLiteral("أُعيد تسجيل التشغيل عند الدخول"));
+        Q_EMIT notice(QStringLiteral("أُعيد تسجيل التشغيل عند الدخول"));
     }
     refreshLoginState();
 }
@@ -75,7 +73,7 @@ void LaunchAtLogin::healLoginItemIfNeeded()
     if (m_defaults.boolean(wantedKey) && !sound) {
         (void)m_item.unregisterItem();
         if (const std::optional<QString> refusal = m_item.registerItem())
-            m_link.appendToLog(QStringLiteral("\nLogin item re-register: ") + *refusal);
+            Q_EMIT logged(QStringLiteral("\nLogin item re-register: ") + *refusal);
         else
             m_defaults.setString(pathKey, m_bundlePath);
     }

@@ -2,7 +2,6 @@
 
 #include "base/clock.h"
 #include "host/loginitem.h"
-#include "host/servicelink.h"
 #include "host/userdefaults.h"
 
 #include <QDateTime>
@@ -25,8 +24,7 @@ class LaunchAtLogin : public QObject
 
 public:
     /// `bundlePath`: where the running application lives.
-    LaunchAtLogin(LoginItem &item, UserDefaults &defaults, ServiceLink &link, Clock &clock, QString bundlePath,
-        QObject *parent = nullptr);
+    LaunchAtLogin(LoginItem &item, UserDefaults &defaults, Clock &clock, QString bundlePath, QObject *parent = nullptr);
 
     /// As of the last refreshLoginState(), which every operation here ends with.
     [[nodiscard]] bool launchAtLogin() const { return m_launchAtLogin; }
@@ -48,11 +46,14 @@ Q_SIGNALS:
     void launchAtLoginChanged();
     void loginNeedsApprovalChanged();
     void lastSystemStartChanged();
+    /// How reRegisterLogin() went, in Arabic, for the person to read.
+    void notice(const QString &text);
+    /// Why the desktop refused, for the service's log; begins a line and does not end it.
+    void logged(const QString &text);
 
 private:
     LoginItem &m_item;
     UserDefaults &m_defaults;
-    ServiceLink &m_link;
     Clock &m_clock;
     QString m_bundlePath;
     QDateTime m_lastSystemStart;

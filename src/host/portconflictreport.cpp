@@ -15,10 +15,8 @@ Q_LOGGING_CATEGORY(lcConflict, "zemrak.host")
 
 } // namespace
 
-PortConflictReport::PortConflictReport(
-    ServiceLink &link, const PortHolders &holders, Clock &clock, QString recordFile, QObject *parent)
+PortConflictReport::PortConflictReport(const PortHolders &holders, Clock &clock, QString recordFile, QObject *parent)
     : QObject(parent)
-    , m_link(link)
     , m_holders(holders)
     , m_clock(clock)
     , m_recordFile(std::move(recordFile))
@@ -41,7 +39,7 @@ void PortConflictReport::report(const QList<quint16> &ports)
         const QList<PortHolder> holders = m_holders.find(ports, m_cancelled);
         if (m_cancelled)
             return;
-        // Nobody there any more says nothing against what an earlier look found.
+        // When nobody holds the port any more, the record of who held it stays for support.
         if (!holders.isEmpty()) {
             if (const QString fault = writePrivateFile(m_recordFile, conflictRecord(holders, now)); !fault.isEmpty())
                 qCWarning(lcConflict) << "The port conflict was not recorded:" << fault;
@@ -57,7 +55,7 @@ void PortConflictReport::conclude(const QList<PortHolder> &holders)
     QString lines;
     for (const PortHolder &holder : holders)
         lines += holderLine(holder) + QLatin1Char('\n');
-    m_link.appendToLog(
+    Q_EMIT logged(
         lines.isEmpty() ? QStringLiteral("nobody is seen holding the port now; it may have become free\n") : lines);
 }
 

@@ -2,7 +2,6 @@
 
 #include "base/clock.h"
 #include "host/portholders.h"
-#include "host/servicelink.h"
 
 #include <QObject>
 #include <QThreadPool>
@@ -20,17 +19,19 @@ class PortConflictReport final : public QObject
 
 public:
     /// `recordFile`: where the latest conflict is kept, readable by its owner only. The others outlive this object.
-    PortConflictReport(
-        ServiceLink &link, const PortHolders &holders, Clock &clock, QString recordFile, QObject *parent = nullptr);
+    PortConflictReport(const PortHolders &holders, Clock &clock, QString recordFile, QObject *parent = nullptr);
     ~PortConflictReport() override;
 
     /// Looks now. Does nothing while an earlier look is under way.
     void report(const QList<quint16> &ports);
 
+Q_SIGNALS:
+    /// The lines for the service's log, with their ends.
+    void logged(const QString &lines);
+
 private:
     void conclude(const QList<PortHolder> &holders);
 
-    ServiceLink &m_link;
     const PortHolders &m_holders;
     Clock &m_clock;
     const QString m_recordFile;

@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds stageTimeout = 900s; ///< the service fetche
 constexpr std::chrono::milliseconds farewell = 1200ms; ///< long enough to read the last message
 
 // What is not a JSON object says nothing, like an empty one.
-QJsonObject objectOf(const ServiceLink::Answer &answer)
+QJsonObject objectOf(const PrintService::Answer &answer)
 {
     return answer ? QJsonDocument::fromJson(*answer).object() : QJsonObject();
 }
@@ -36,7 +36,7 @@ QString stageFault(const QJsonObject &reply)
 
 } // namespace
 
-Updates::Updates(ServiceLink &service, Clock &clock, ApplicationBundle bundle, Handover handover, QObject *parent)
+Updates::Updates(PrintService &service, Clock &clock, ApplicationBundle bundle, Handover handover, QObject *parent)
     : QObject(parent)
     , m_service(service)
     , m_clock(clock)
@@ -47,8 +47,8 @@ Updates::Updates(ServiceLink &service, Clock &clock, ApplicationBundle bundle, H
 
 void Updates::checkUpdate()
 {
-    m_service.post(QStringLiteral("/admin/update/check"), checkTimeout, this,
-        [this](const ServiceLink::Answer &answer) { onChecked(objectOf(answer)); });
+    m_service.post(QStringLiteral("/admin/update/check"), QJsonObject{}, checkTimeout, this,
+        [this](const PrintService::Answer &answer) { onChecked(objectOf(answer)); });
 }
 
 void Updates::onChecked(const QJsonObject &reply)
@@ -59,15 +59,15 @@ void Updates::onChecked(const QJsonObject &reply)
     if (reply.value(QLatin1String("available")).toBool() && version.isString()) {
         // Qt reads "" as null; here only the absence of an update is null.
         setAvailableUpdate(version.toString().isNull() ? QLatin1String("") : version.toString());
-        m_service.flash(QStringLiteral("يتوفر إصدار جديد ") + version.toString());
+        Q_EMIT notice(QStringLiteral("يتوفر إصدار جديد ") + version.toString());
     } else if (enabled.isBool() && !enabled.toBool()) {
         setAvailableUpdate({});
-        m_service.flash(QStringLiteral("التحديث التلقائي غير مفعّل بعد"));
+        Q_EMIT notice(QStringLiteral("التحديث التلقائي غير مفعّل بعد"));
     } else if (error.isString()) {
-        m_service.flash(QStringLiteral("تعذر فحص التحديث (") + error.toString() + QLatin1Char(')'));
+        Q_EMIT notice(QStringLiteral("تعذر فحص التحديث (") + error.toString() + QLatin1Char(')'));
     } else {
         setAvailableUpdate({});
-        m_service.flash(QStringLiteral("أنت على آخر إصدار"));
+        Q_EMIT notice(QStringLiteral("أنت على آخر إصدار"));
     }
 }
 
@@ -76,9 +76,9 @@ void Updates::installUpdate()
     if (m_updating)
         return;
     setUpdating(true);
-    m_service.flash(QStringLiteral("جارٍ تنزيل التحديث والتحقق منه…"));
-    m_service.post(QStringLiteral("/admin/update/stage"), stageTimeout, this,
-        [this](const ServiceLink::Answer &answer) { onStaged(objectOf(answer)); });
+    Q_EMIT notice(QStringLiteral("جارٍ تنزيل التحديث والتحقق منه…"));
+    m_service.post(QStringLiteral("/admin/update/stage"), QJsonObject{}, stageTimeout, this,
+        [this](const PrintService::Answer &answer) { onStaged(objectOf(answer)); });
 }
 
 void Updates::onStaged(const QJsonObject &reply)
@@ -96,7 +96,7 @@ void Updates::onStaged(const QJsonObject &reply)
         qCWarning(lcUpdates) << "No shell line can name this update safely:" << appPath << version << m_bundle.path();
     }
     setUpdating(false);
-    m_service.flash(
+    Q_EMIT notice(
         QStringLiteral("تعذر التحديث (") + stageFault(reply) + QStringLiteral("). البرنامج الحالي لم يتغير."));
 }
 
@@ -105,10 +105,10 @@ void Updates::handOver(const QString &line)
     // The shell would start all the same without the script, and nobody would start the application again.
     if (!QFileInfo(m_bundle.updateInstaller()).isReadable() || !m_handover.startShell(line)) {
         setUpdating(false);
-        m_service.flash(QStringLiteral("تعذر بدء التحديث"));
+        Q_EMIT notice(QStringLiteral("تعذر بدء التحديث"));
         return;
     }
-    m_service.flash(QStringLiteral("سيُعاد تشغيل البرنامج لإكمال التحديث…"));
+    Q_EMIT notice(QStringLiteral("سيُعاد تشغيل البرنامج لإكمال التحديث…"));
     m_clock.after(farewell, this, m_handover.terminate);
 }
 

@@ -2,7 +2,7 @@
 
 #include "base/clock.h"
 #include "host/applicationbundle.h"
-#include "host/servicelink.h"
+#include "host/printservice.h"
 
 #include <QObject>
 
@@ -27,7 +27,8 @@ public:
         std::function<void()> terminate; ///< called once, 1.2 s after the installer was started
     };
 
-    Updates(ServiceLink &service, Clock &clock, ApplicationBundle bundle, Handover handover, QObject *parent = nullptr);
+    Updates(
+        PrintService &service, Clock &clock, ApplicationBundle bundle, Handover handover, QObject *parent = nullptr);
 
     /// The version text of a newer release that the last check found; null when up to date or unknown.
     [[nodiscard]] QString availableUpdate() const { return m_availableUpdate; }
@@ -42,6 +43,8 @@ public:
 Q_SIGNALS:
     void availableUpdateChanged();
     void updatingChanged();
+    /// How it goes, in Arabic, for the person to read.
+    void notice(const QString &text);
 
 private:
     void onChecked(const QJsonObject &reply);
@@ -50,7 +53,7 @@ private:
     void setAvailableUpdate(const QString &version);
     void setUpdating(bool updating);
 
-    ServiceLink &m_service;
+    PrintService &m_service;
     Clock &m_clock;
     const ApplicationBundle m_bundle;
     const Handover m_handover;

@@ -20,7 +20,15 @@ namespace {
 struct Outcome
 {
     int calls = 0;
-    AdminAnswer answer;
+    PrintService::Answer answer;
+};
+
+struct Asked
+{
+    QString path = QStringLiteral("/admin/state");
+    bool changes = false; ///< a POST
+    std::optional<QJsonObject> body = {};
+    std::chrono::milliseconds timeout = PrintService::usualTimeout;
 };
 
 struct Fixture
@@ -32,13 +40,17 @@ struct Fixture
 
     [[nodiscard]] QString tokenFile() const { return files.configDir() + QStringLiteral("/admin.token"); }
 
-    std::shared_ptr<Outcome> ask(const AdminRequest &request = {.path = QStringLiteral("/admin/state")})
+    std::shared_ptr<Outcome> ask(const Asked &asked = {})
     {
         auto outcome = std::make_shared<Outcome>();
-        channel.request(request, nullptr, [outcome](const AdminAnswer &answer) {
+        const auto done = [outcome](const PrintService::Answer &answer) {
             ++outcome->calls;
             outcome->answer = answer;
-        });
+        };
+        if (asked.changes)
+            channel.post(asked.path, asked.body, asked.timeout, nullptr, done);
+        else
+            channel.get(asked.path, asked.timeout, nullptr, done);
         return outcome;
     }
 };
@@ -52,8 +64,8 @@ HttpServer::Answer raw(const QByteArray &bytes, bool thenClose = false)
     };
 }
 
-const AdminRequest order{.path = QStringLiteral("/admin/test"),
-    .method = "POST",
+const Asked order{.path = QStringLiteral("/admin/test"),
+    .changes = true,
     .body = QJsonObject{{QStringLiteral("printer"), QStringLiteral("p")}}};
 
 } // namespace
@@ -124,7 +136,7 @@ private Q_SLOTS:
         f.server.forget();
         const QJsonObject body{{QStringLiteral("text"), QStringLiteral("كاشير")},
             {QStringLiteral("big"), Q_INT64_C(9007199254740993)}, {QStringLiteral("null"), QJsonValue()}};
-        const auto outcome = f.ask({.path = QStringLiteral("/admin/profile"), .method = "POST", .body = body});
+        const auto outcome = f.ask({.path = QStringLiteral("/admin/profile"), .changes = true, .body = body});
         QTRY_COMPARE(outcome->calls, 1);
         const HttpRequest &post = f.server.requests().first();
         QCOMPARE(post.method, QByteArray("POST"));
@@ -172,7 +184,7 @@ private Q_SLOTS:
     void orderIsNeverSentTwice()
     {
         Fixture f;
-        const AdminRequest bare{.path = QStringLiteral("/admin/discover/network"), .method = "POST"};
+        const Asked bare{.path = QStringLiteral("/admin/discover/network"), .changes = true};
         for (const bool onUsedConnection : {false, true}) {
             for (const auto &[request, abruptly] :
                 {std::pair(order, false), std::pair(order, true), std::pair(bare, false), std::pair(bare, true)}) {
@@ -250,13 +262,13 @@ private Q_SLOTS:
     {
         Fixture f;
         int calls = 0;
-        const auto count = [&calls](const AdminAnswer &) { ++calls; };
-        const AdminRequest request{.path = QStringLiteral("/admin/state")};
+        const auto count = [&calls](const PrintService::Answer &) { ++calls; };
+        const QString path = QStringLiteral("/admin/state");
         {
             QObject context;
-            f.channel.request(request, &context, count);
+            f.channel.get(path, 5s, &context, count);
             AdminChannel shortLived(f.tokenFile(), f.clock, f.server.port());
-            shortLived.request(request, nullptr, count);
+            shortLived.get(path, 5s, nullptr, count);
             QTRY_COMPARE(f.server.requests().size(), 2);
         }
         f.clock.advance(10s);

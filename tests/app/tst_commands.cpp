@@ -1,7 +1,6 @@
 #include "app/commands.h"
-#include "support/fakebundle.h"
-#include "support/httpserver.h"
 #include "support/manualclock.h"
+#include "support/recordingservice.h"
 #include "support/testmain.h"
 
 #include <QJsonDocument>
@@ -15,13 +14,11 @@ namespace {
 
 struct Fixture
 {
-    FakeBundle files;
     ManualClock clock;
-    HttpServer server;
-    AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
-    StatePoll poll{channel, clock};
+    RecordingService service;
+    StatePoll poll{service, clock};
     Toast toast{clock};
-    Commands commands{channel, poll, toast, clock};
+    Commands commands{service, poll, toast, clock};
     std::optional<bool> done;
     QString order; ///< what happened, a letter each
     std::optional<qsizetype> hits;
@@ -46,7 +43,7 @@ QString text(const char *latin1)
     return QString::fromLatin1(latin1);
 }
 
-const QByteArray noBody; // null: nothing is sent
+const QByteArray noBody; // null
 
 /// One line of the table of commands.
 struct Row
@@ -121,19 +118,13 @@ private Q_SLOTS:
         const Row row = table().at(index);
         Fixture f;
         row.call(f);
-        QTRY_COMPARE(f.server.requests().size(), 1);
-        const HttpRequest &request = f.server.requests().first();
+        QCOMPARE(f.service.requests.size(), 1);
+        const RecordingService::Request &request = f.service.requests.first();
         QCOMPARE(request.method, QByteArray("POST"));
-        QCOMPARE(request.target, QByteArray(row.path));
-        QCOMPARE(request.header("Content-Type"), row.body.isNull() ? QByteArray() : QByteArray("application/json"));
-        QCOMPARE(QJsonDocument::fromJson(request.body), QJsonDocument::fromJson(row.body));
-
-        // It is given up exactly at its time-out.
-        QCOMPARE(f.clock.pending(), 1);
-        f.clock.advance(std::chrono::milliseconds(row.timeoutMs - 1));
-        QCOMPARE(f.clock.pending(), 1);
-        f.clock.advance(std::chrono::milliseconds(1));
-        QTRY_VERIFY(!f.toast.text().isNull() || f.done || f.hits || f.server.requests().size() == 2);
+        QCOMPARE(request.path, text(row.path));
+        QCOMPARE(request.timeout, std::chrono::milliseconds(row.timeoutMs));
+        QCOMPARE(request.body.has_value(), !row.body.isNull());
+        QCOMPARE(request.body.value_or(QJsonObject()), QJsonDocument::fromJson(row.body).object());
     }
 
     void verdicts_data()
@@ -211,19 +202,11 @@ private Q_SLOTS:
         QFETCH(QString, order);
         QFETCH(bool, verdict);
         Fixture f;
-        f.server.answerWith([answer](const HttpRequest &request, QTcpSocket &socket) {
-            if (request.target == "/admin/state")
-                return;
-            if (answer.isNull())
-                socket.abort();
-            else
-                socket.write(HttpServer::response(answer));
-        });
         QObject::connect(&f.poll, &StatePoll::aboutToRefresh, &f.poll, [&f] { f.order += QLatin1Char('r'); });
         QObject::connect(&f.toast, &Toast::changed, &f.toast, [&f] { f.order += QLatin1Char('f'); });
         call(f);
-        QTRY_COMPARE(f.order, order);
-        QTest::qWait(20);
+        QCOMPARE(f.order, QString());
+        f.service.requests.first().answer(answer.isNull() ? PrintService::Answer() : answer);
         QCOMPARE(f.order, order);
         QCOMPARE(f.toast.text(), message);
         QCOMPARE(f.done.value_or(false), verdict);
@@ -249,25 +232,23 @@ private Q_SLOTS:
     {
         QFETCH(Call, call);
         QFETCH(Call, another);
-        Fixture silent;
-        silent.server.answerWith([](const HttpRequest &, QTcpSocket &) {});
-        call(silent);
-        silent.clock.advance(2s); // however long the answer takes
-        call(silent);
-        another(silent); // in whose way nothing is
-        QTRY_COMPARE(silent.server.requests().size(), 2);
-
         Fixture f;
-        f.server.answerJson("{}");
         call(f);
-        QTRY_VERIFY(!f.toast.text().isNull() || f.done);
+        f.clock.advance(2s); // however long the answer takes
+        call(f);
+        QCOMPARE(f.service.requests.size(), 1);
+        another(f); // in whose way nothing is
+        QCOMPARE(f.service.requests.size(), 2);
+        f.service.requests.first().answer("{}");
+        call(f);
+        QCOMPARE(f.service.requests.size(), 3);
+        f.service.requests.last().answer("{}");
         f.clock.advance(Commands::oneWish - 1ms);
         call(f);
+        QCOMPARE(f.service.requests.size(), 3);
         f.clock.advance(1ms);
         call(f);
-        QTRY_COMPARE(f.server.requests().size(), 2);
-        another(f);
-        QTRY_COMPARE(f.server.requests().size(), 3);
+        QCOMPARE(f.service.requests.size(), 4);
     }
 
     void searches_data()
@@ -286,14 +267,9 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         QFETCH(qsizetype, hits);
         Fixture f;
-        f.server.answerWith([answer](const HttpRequest &, QTcpSocket &socket) {
-            if (answer.isNull())
-                socket.abort();
-            else
-                socket.write(HttpServer::response(answer));
-        });
         f.commands.scanNetwork(f.count<NetHost>());
-        QTRY_VERIFY(f.hits);
+        f.service.requests.first().answer(answer.isNull() ? PrintService::Answer() : answer);
+        QVERIFY(f.hits);
         QCOMPARE(*f.hits, hits);
         QVERIFY(f.toast.text().isNull());
     }

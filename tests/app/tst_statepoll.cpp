@@ -4,6 +4,7 @@
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
+#include "support/recordingservice.h"
 #include "support/testhost.h"
 #include "support/testmain.h"
 #include "support/wiredata.h"
@@ -27,15 +28,17 @@ QByteArray stateBody(const QString &version = QStringLiteral("1"), qint64 httpPo
 
 struct Fixture
 {
-    FakeBundle files;
     ManualClock clock;
-    HttpServer server;
-    AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
-    StatePoll poll{channel, clock};
+    RecordingService service;
+    StatePoll poll{service, clock};
     QSignalSpy changed{&poll, &StatePoll::stateChanged};
     QSignalSpy answered{&poll, &StatePoll::answered};
 
-    QByteArray stateHere(const char *version = "1") { return stateBody(QString::fromLatin1(version), server.port()); }
+    void look(const PrintService::Answer &answer)
+    {
+        poll.refresh();
+        service.requests.last().answer(answer);
+    }
 };
 
 } // namespace
@@ -48,7 +51,6 @@ private Q_SLOTS:
     void pollsAfterOneSecondAndEveryTwo()
     {
         Fixture f;
-        f.server.answerJson(f.stateHere());
         QSignalSpy about(&f.poll, &StatePoll::aboutToRefresh);
         f.poll.arm();
         f.clock.advance(999ms);
@@ -71,89 +73,37 @@ private Q_SLOTS:
     {
         Fixture f;
         QVERIFY(!f.poll.state());
-        f.server.answerJson(f.stateHere());
-        f.poll.refresh();
-        QTRY_COMPARE(f.answered.count(), 1);
+        f.look(stateBody());
+        QCOMPARE(f.service.requests[0].path, QStringLiteral("/admin/state"));
+        QCOMPARE(f.service.requests[0].method, QByteArray("GET"));
+        QCOMPARE(f.service.requests[0].timeout, 5s);
         QCOMPARE(f.changed.count(), 1);
         QCOMPARE(f.poll.state()->printers.size(), 2);
-        f.poll.refresh();
-        QTRY_COMPARE(f.answered.count(), 2);
-        f.server.answerJson(f.stateHere() + "  \n"); // other bytes, the same state
-        f.poll.refresh();
-        QTRY_COMPARE(f.answered.count(), 3);
+        f.look(stateBody());
+        f.look(stateBody() + "  \n"); // other bytes, the same state
+        QCOMPARE(f.answered.count(), 3);
         QCOMPARE(f.changed.count(), 1);
-        f.server.answerJson(f.stateHere("2"));
-        f.poll.refresh();
-        QTRY_COMPARE(f.changed.count(), 2);
+        f.look(stateBody(QStringLiteral("2")));
+        QCOMPARE(f.changed.count(), 2);
         QCOMPARE(f.poll.state()->version, QStringLiteral("2"));
     }
 
-    void anythingElseMeansNoState_data()
-    {
-        QTest::addColumn<QByteArray>("response");
-        QTest::newRow("refused") << HttpServer::response(R"({"error":{"code":"unauthorized"}})", "401 Unauthorized");
-        QTest::newRow("key missing") << HttpServer::response(R"({"version":"1"})");
-        QTest::newRow("cut off") << HttpServer::response(stateBody().chopped(1));
-        QTest::newRow("empty") << HttpServer::response({});
-        QTest::newRow("no HTTP") << QByteArray("hello\r\n\r\n");
-    }
     void anythingElseMeansNoState()
     {
-        QFETCH(QByteArray, response);
-        Fixture f;
-        f.server.answerJson(f.stateHere());
-        f.poll.refresh();
-        QTRY_VERIFY(f.poll.state());
-        f.server.answerWith([response](const HttpRequest &, QTcpSocket &socket) {
-            socket.write(response);
-            socket.disconnectFromHost();
-        });
-        f.poll.refresh();
-        QTRY_VERIFY(!f.poll.state());
-        QCOMPARE(f.changed.count(), 2);
-        f.poll.refresh();
-        QTRY_VERIFY(f.server.requests().size() >= 3);
-        QTest::qWait(50);
-        QCOMPARE(f.changed.count(), 2);
-        QCOMPARE(f.answered.count(), 1);
-
-        f.server.answerJson(f.stateHere()); // the very bytes from before the fall
-        f.poll.refresh();
-        QTRY_VERIFY(f.poll.state());
-    }
-
-    void silenceMeansNoState()
-    {
-        Fixture f;
-        f.server.answerJson(f.stateHere());
-        f.poll.refresh();
-        QTRY_VERIFY(f.poll.state());
-        f.server.answerWith({});
-        f.poll.refresh();
-        QTRY_COMPARE(f.server.requests().size(), 2);
-        f.clock.advance(4999ms);
-        QTest::qWait(50);
-        QVERIFY(f.poll.state());
-        f.clock.advance(1ms);
-        QTRY_VERIFY(!f.poll.state());
-    }
-
-    void portFollowsTheState()
-    {
-        Fixture f;
-        HttpServer moved;
-        moved.answerJson(stateBody(QStringLiteral("moved"), moved.port()));
-        f.server.answerJson(stateBody(QStringLiteral("1"), moved.port()));
-        f.poll.refresh();
-        QTRY_VERIFY(f.poll.state());
-        f.poll.refresh();
-        QTRY_COMPARE(f.poll.state()->version, QStringLiteral("moved"));
-        QCOMPARE(f.server.requests().size(), 1);
-        moved.answerJson("{}");
-        f.poll.refresh();
-        QTRY_VERIFY(!f.poll.state());
-        f.poll.refresh(); // back to where it began
-        QTRY_COMPARE(f.server.requests().size(), 2);
+        for (const PrintService::Answer &answer :
+            {PrintService::Answer(), PrintService::Answer(R"({"error":{"code":"unauthorized"}})"),
+                PrintService::Answer(R"({"version":"1"})"), PrintService::Answer(stateBody().chopped(1)),
+                PrintService::Answer("")}) {
+            Fixture f;
+            f.look(stateBody());
+            f.look(answer);
+            f.look(answer);
+            QVERIFY(!f.poll.state());
+            QCOMPARE(f.changed.count(), 2);
+            QCOMPARE(f.answered.count(), 1);
+            f.look(stateBody()); // the very bytes from before
+            QVERIFY(f.poll.state());
+        }
     }
 
     void toastIsClearedByTheFirstDelay()
@@ -209,6 +159,22 @@ private Q_SLOTS:
         QCOMPARE(conflict.count(), 2);
         QCOMPARE(state.count(), 1);
         QCOMPARE(agent.health().headline, QStringLiteral("مشكلة في طابعة"));
+
+        // The port that a state names is where the next request goes, until nothing answers there.
+        HttpServer moved;
+        moved.answerJson(stateBody(QStringLiteral("moved"), moved.port()));
+        server.answerJson(stateBody(QStringLiteral("1"), moved.port()));
+        agent.refresh();
+        QTRY_COMPARE(state.count(), 2);
+        const qsizetype before = server.requests().size();
+        agent.refresh();
+        QTRY_COMPARE(agent.state()->version, QStringLiteral("moved"));
+        QCOMPARE(server.requests().size(), before);
+        moved.answerJson("{}");
+        agent.refresh();
+        QTRY_VERIFY(!agent.state());
+        agent.refresh();
+        QTRY_COMPARE(server.requests().size(), before + 1);
 
         agent.stop();
         const qsizetype asked = server.requests().size();

@@ -1,6 +1,6 @@
 #include "host/connectioncheck.h"
 #include "support/manualclock.h"
-#include "support/recordinglink.h"
+#include "support/recordingservice.h"
 #include "support/testmain.h"
 
 #include <QSignalSpy>
@@ -18,8 +18,9 @@ const QByteArray found = R"({"printers":[{"id":"a","name":"K","state":"ready"},)
 struct Fixture
 {
     ManualClock clock;
-    RecordingLink link;
-    ConnectionCheck check{link, clock};
+    RecordingService service;
+    ConnectionCheck check{service, clock};
+    QSignalSpy finished{&check, &ConnectionCheck::finished};
 
     [[nodiscard]] bool shows(double progress, const char *step) const
     {
@@ -30,10 +31,10 @@ struct Fixture
         check.runScan();
         clock.advance(1300ms);
     }
-    void runToEnd(const ServiceLink::Answer &answer)
+    void runToEnd(const PrintService::Answer &answer)
     {
         runToRequest();
-        link.requests.last().answer(answer);
+        service.requests.last().answer(answer);
         clock.advance(900ms);
     }
 };
@@ -56,17 +57,17 @@ private Q_SLOTS:
         f.clock.advance(1ms);
         QVERIFY(f.shows(0.22, "البحث عن الطابعات المتاحة"));
         f.clock.advance(699ms);
-        QVERIFY(f.link.requests.isEmpty());
+        QVERIFY(f.service.requests.isEmpty());
         f.clock.advance(1ms);
         QVERIFY(f.shows(0.4, "اختبار اتصال كل طابعة"));
-        QCOMPARE(f.link.requests.size(), 1);
-        QCOMPARE(f.link.requests[0].method, QByteArray("POST"));
-        QCOMPARE(f.link.requests[0].path, QStringLiteral("/admin/scan"));
-        QCOMPARE(f.link.requests[0].timeout, 25s);
+        QCOMPARE(f.service.requests.size(), 1);
+        QCOMPARE(f.service.requests[0].method, QByteArray("POST"));
+        QCOMPARE(f.service.requests[0].path, QStringLiteral("/admin/scan"));
+        QCOMPARE(f.service.requests[0].timeout, 25s);
 
         f.clock.advance(20s); // as long as the service takes
         QVERIFY(f.shows(0.4, "اختبار اتصال كل طابعة"));
-        f.link.requests[0].answer(found);
+        f.service.requests[0].answer(found);
         f.clock.advance(299ms);
         QVERIFY(f.shows(0.4, "اختبار اتصال كل طابعة"));
         f.clock.advance(1ms);
@@ -74,14 +75,14 @@ private Q_SLOTS:
         QVERIFY(!f.check.scanResult());
         f.clock.advance(599ms);
         QVERIFY(f.check.isScanning());
-        QCOMPARE(f.link.refreshes, 0);
+        QCOMPARE(f.finished.size(), 0);
         f.clock.advance(1ms);
         QVERIFY(f.shows(1.0, "اكتمل الفحص"));
         QVERIFY(!f.check.isScanning());
         QCOMPARE(f.check.scanResult()->printers.size(), 2);
         QCOMPARE(f.check.scanResult()->printers[1].reason, QStringLiteral("no_route"));
         QCOMPARE(f.check.scanResult()->connected, 1);
-        QCOMPARE(f.link.refreshes, 1);
+        QCOMPARE(f.finished.size(), 1);
     }
 
     void failureWalksOnAndLeavesNoResult_data()
@@ -103,15 +104,14 @@ private Q_SLOTS:
         QVERIFY(f.check.scanResult());
         f.runToRequest();
         QVERIFY(!f.check.scanResult());
-        f.link.requests.last().answer(answered ? ServiceLink::Answer(body) : std::nullopt);
+        f.service.requests.last().answer(answered ? PrintService::Answer(body) : std::nullopt);
         f.clock.advance(300ms);
         QVERIFY(f.shows(0.85, "التحقق من الأذونات والمنافذ"));
         f.clock.advance(600ms);
         QVERIFY(f.shows(1.0, "اكتمل الفحص"));
         QVERIFY(!f.check.isScanning());
         QVERIFY(!f.check.scanResult());
-        QCOMPARE(f.link.refreshes, 2);
-        QVERIFY(f.link.flashed.isEmpty());
+        QCOMPARE(f.finished.size(), 2);
     }
 
     void secondStartChangesNothing()
@@ -125,10 +125,10 @@ private Q_SLOTS:
         QVERIFY(steps.isEmpty());
         f.clock.advance(600ms);
         f.check.runScan();
-        QCOMPARE(f.link.requests.size(), 1);
-        f.link.requests[0].answer(found);
+        QCOMPARE(f.service.requests.size(), 1);
+        f.service.requests[0].answer(found);
         f.clock.advance(10s);
-        QCOMPARE(f.link.refreshes, 1);
+        QCOMPARE(f.finished.size(), 1);
         QCOMPARE(f.clock.pending(), 0);
     }
 
@@ -148,20 +148,20 @@ private Q_SLOTS:
         QVERIFY(hadResult);
         QVERIFY(f.check.isScanning());
         QVERIFY(f.shows(0.03, "فحص خدمة الطباعة"));
-        QCOMPARE(f.link.refreshes, 1);
+        QCOMPARE(f.finished.size(), 1);
     }
 
     void endOfTheApplicationInTheMiddleIsQuiet()
     {
         ManualClock clock;
-        RecordingLink link;
-        auto check = std::make_unique<ConnectionCheck>(link, clock);
+        RecordingService service;
+        auto check = std::make_unique<ConnectionCheck>(service, clock);
         check->runScan();
         clock.advance(1300ms);
         check.reset();
-        link.requests.last().answer(found);
+        service.requests.last().answer(found);
         clock.advance(10s);
-        QCOMPARE(link.refreshes, 0);
+        QCOMPARE(clock.pending(), 0);
     }
 };
 

@@ -2,7 +2,7 @@
 #include "host/diagnosticsreport.h"
 #include "support/fakedesktop.h"
 #include "support/manualclock.h"
-#include "support/recordinglink.h"
+#include "support/recordingservice.h"
 #include "support/testmain.h"
 
 #include <QDir>
@@ -93,16 +93,22 @@ private:
 struct Fixture
 {
     ManualClock clock;
-    RecordingLink link;
+    RecordingService service;
     FakeDesktop desktop;
-    DiagnosticsReport report{link, desktop, clock};
+    DiagnosticsReport report{service, desktop, clock};
+    QStringList notices;
     QTemporaryDir folder;
+
+    Fixture()
+    {
+        QObject::connect(&report, &DiagnosticsReport::notice, [this](const QString &text) { notices.append(text); });
+    }
 
     [[nodiscard]] QString path(const char *name) const { return folder.filePath(QString::fromUtf8(name)); }
     void fetch()
     {
         report.exportDiagnostics();
-        link.requests.last().answer(body);
+        service.requests.last().answer(body);
     }
     [[nodiscard]] QStringList files() const
     {
@@ -123,19 +129,19 @@ private Q_SLOTS:
         Fixture f;
         f.clock.advance(1999ms);
         f.report.exportDiagnostics();
-        QCOMPARE(f.link.requests.size(), 1);
-        QCOMPARE(f.link.requests[0].method, QByteArray("GET"));
-        QCOMPARE(f.link.requests[0].path, QStringLiteral("/admin/diagnostics"));
-        QCOMPARE(f.link.requests[0].timeout, 20s);
-        f.link.requests[0].answer(body);
+        QCOMPARE(f.service.requests.size(), 1);
+        QCOMPARE(f.service.requests[0].method, QByteArray("GET"));
+        QCOMPARE(f.service.requests[0].path, QStringLiteral("/admin/diagnostics"));
+        QCOMPARE(f.service.requests[0].timeout, 20s);
+        f.service.requests[0].answer(body);
         QCOMPARE(f.desktop.asked.size(), 1);
         QCOMPARE(f.desktop.asked[0].question.fileName, QStringLiteral("Zemrak-Printer-diagnostics-1700000001.json"));
         QCOMPARE(f.desktop.asked[0].question.kind, Desktop::FileKind::Json);
 
         const QString path = f.path("تقرير الدعم #1 100%.json");
         f.desktop.asked[0].choose(path);
-        QVERIFY(f.link.flashed.isEmpty()); // it is not written yet
-        QTRY_COMPARE(f.link.flashed, QStringList{saved});
+        QVERIFY(f.notices.isEmpty()); // it is not written yet
+        QTRY_COMPARE(f.notices, QStringList{saved});
         QCOMPARE(contentOf(path), body);
         QCOMPARE(modeOf(path), mode_t(0600));
         QCOMPARE(f.desktop.revealed, QStringList{path});
@@ -155,7 +161,7 @@ private Q_SLOTS:
         QVERIFY(reader.open(QIODevice::ReadOnly));
         f.fetch();
         f.desktop.asked[0].choose(path);
-        QTRY_COMPARE(f.link.flashed, QStringList{saved});
+        QTRY_COMPARE(f.notices, QStringList{saved});
         QCOMPARE(contentOf(path), body);
         QCOMPARE(modeOf(path), mode_t(0600));
         QCOMPARE(reader.readAll().size(), 100'000); // another file took its place; it was not emptied
@@ -172,11 +178,11 @@ private Q_SLOTS:
         QFETCH(const bool, answered);
         Fixture f;
         f.report.exportDiagnostics();
-        f.link.requests[0].answer(answered ? ServiceLink::Answer(QByteArray()) : std::nullopt);
-        QCOMPARE(f.link.flashed, QStringList{QStringLiteral("تعذر إنشاء التقرير")});
+        f.service.requests[0].answer(answered ? PrintService::Answer(QByteArray()) : std::nullopt);
+        QCOMPARE(f.notices, QStringList{QStringLiteral("تعذر إنشاء التقرير")});
         QVERIFY(f.desktop.asked.isEmpty());
         f.report.exportDiagnostics();
-        QCOMPARE(f.link.requests.size(), 2);
+        QCOMPARE(f.service.requests.size(), 2);
     }
 
     void cancelledSaysNothing_data()
@@ -192,7 +198,7 @@ private Q_SLOTS:
         f.fetch();
         f.desktop.asked[0].choose(answered ? std::optional(QString()) : std::nullopt);
         QVERIFY(!f.report.isExporting());
-        QVERIFY(f.link.flashed.isEmpty());
+        QVERIFY(f.notices.isEmpty());
         QVERIFY(f.desktop.revealed.isEmpty());
         f.fetch();
         QCOMPARE(f.desktop.asked.size(), 2);
@@ -204,10 +210,10 @@ private Q_SLOTS:
         const QSignalSpy changes(&f.report, &DiagnosticsReport::exportingChanged);
         f.report.exportDiagnostics();
         f.report.exportDiagnostics();
-        QCOMPARE(f.link.requests.size(), 1);
-        f.link.requests[0].answer(body);
+        QCOMPARE(f.service.requests.size(), 1);
+        f.service.requests[0].answer(body);
         f.report.exportDiagnostics();
-        QCOMPARE(f.link.requests.size(), 1);
+        QCOMPARE(f.service.requests.size(), 1);
         QCOMPARE(f.desktop.asked.size(), 1);
         QCOMPARE(changes.size(), 1);
         f.desktop.asked[0].choose(std::nullopt);
@@ -241,9 +247,9 @@ private Q_SLOTS:
                 nobody.restore();
             const FullDisk disk(full ? 10 : RLIM_INFINITY);
             f.desktop.asked[0].choose(QDir(f.folder.path()).absoluteFilePath(where));
-            QTRY_COMPARE(f.link.flashed.size(), 1);
+            QTRY_COMPARE(f.notices.size(), 1);
         }
-        QVERIFY(f.link.flashed[0].startsWith(QStringLiteral("تعذر حفظ التقرير")));
+        QVERIFY(f.notices[0].startsWith(QStringLiteral("تعذر حفظ التقرير")));
         QVERIFY(f.desktop.revealed.isEmpty());
         QVERIFY(!f.report.isExporting());
         QCOMPARE(contentOf(f.path("old.json")), QByteArray("old"));

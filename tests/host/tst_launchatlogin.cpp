@@ -1,7 +1,6 @@
 #include "host/keepawake.h"
 #include "host/launchatlogin.h"
 #include "support/manualclock.h"
-#include "support/recordinglink.h"
 #include "support/testmain.h"
 
 #include <QSignalSpy>
@@ -71,12 +70,16 @@ struct Fixture
     QTemporaryDir folder;
     UserDefaults defaults{folder.filePath(QStringLiteral("settings.ini"))};
     ManualClock clock;
-    RecordingLink link;
     FakeItem item;
+    QStringList notices;
+    QString log;
 
-    LaunchAtLogin make(const QString &bundle = QStringLiteral("/here"))
+    std::unique_ptr<LaunchAtLogin> make()
     {
-        return {item, defaults, link, clock, bundle};
+        auto login = std::make_unique<LaunchAtLogin>(item, defaults, clock, QStringLiteral("/here"));
+        QObject::connect(login.get(), &LaunchAtLogin::notice, [this](const QString &text) { notices.append(text); });
+        QObject::connect(login.get(), &LaunchAtLogin::logged, [this](const QString &text) { log += text; });
+        return login;
     }
     [[nodiscard]] bool wanted() const { return defaults.boolean(QLatin1String("loginWanted")); }
     [[nodiscard]] QString path() const { return defaults.string(QLatin1String("loginRegisteredPath")); }
@@ -92,27 +95,27 @@ private Q_SLOTS:
     void refusalsAreLoggedAndTheWishIsKept()
     {
         Fixture f;
-        LaunchAtLogin login = f.make();
-        QSignalSpy changed(&login, &LaunchAtLogin::launchAtLoginChanged);
+        const auto login = f.make();
+        QSignalSpy changed(login.get(), &LaunchAtLogin::launchAtLoginChanged);
         f.item.refuses = true;
-        login.setLaunchAtLogin(true);
-        QVERIFY(f.wanted() && !login.launchAtLogin());
+        login->setLaunchAtLogin(true);
+        QVERIFY(f.wanted() && !login->launchAtLogin());
         QCOMPARE(f.path(), QStringLiteral("/here"));
-        QCOMPARE(f.link.log, QStringLiteral("\nLogin item: no room"));
+        QCOMPARE(f.log, QStringLiteral("\nLogin item: no room"));
 
         f.item.refuses = false; // the next launch tries again
-        LaunchAtLogin next = f.make();
-        next.healLoginItemIfNeeded();
-        QVERIFY(next.launchAtLogin());
+        const auto next = f.make();
+        next->healLoginItemIfNeeded();
+        QVERIFY(next->launchAtLogin());
 
-        login.refreshLoginState();
-        login.refreshLoginState();
+        login->refreshLoginState();
+        login->refreshLoginState();
         QCOMPARE(changed.count(), 1);
         f.item.refuses = true;
-        login.setLaunchAtLogin(false);
-        QVERIFY(!f.wanted() && login.launchAtLogin());
+        login->setLaunchAtLogin(false);
+        QVERIFY(!f.wanted() && login->launchAtLogin());
         QCOMPARE(f.path(), QStringLiteral("/here"));
-        QVERIFY(f.link.flashed.isEmpty());
+        QVERIFY(f.notices.isEmpty());
     }
 
     void healing_data()
@@ -152,32 +155,32 @@ private Q_SLOTS:
             f.defaults.setString(QLatin1String("loginRegisteredPath"), stored);
         f.item.now = status;
         f.item.refuses = refuses;
-        LaunchAtLogin login = f.make();
-        login.healLoginItemIfNeeded();
+        const auto login = f.make();
+        login->healLoginItemIfNeeded();
         QCOMPARE(f.item.calls, calls);
         QCOMPARE(f.path(), storedAfter);
-        QCOMPARE(login.launchAtLogin(), f.item.now == LoginItemStatus::Enabled);
-        QCOMPARE(login.loginNeedsApproval(), f.item.now == LoginItemStatus::RequiresApproval);
-        QCOMPARE(f.link.log, refuses ? QStringLiteral("\nLogin item re-register: no room") : QString());
-        QVERIFY(f.link.flashed.isEmpty());
+        QCOMPARE(login->launchAtLogin(), f.item.now == LoginItemStatus::Enabled);
+        QCOMPARE(login->loginNeedsApproval(), f.item.now == LoginItemStatus::RequiresApproval);
+        QCOMPARE(f.log, refuses ? QStringLiteral("\nLogin item re-register: no room") : QString());
+        QVERIFY(f.notices.isEmpty());
     }
 
     void repairByHandSaysHowItWent()
     {
         Fixture f;
-        LaunchAtLogin login = f.make();
+        const auto login = f.make();
         f.item.refuses = true;
-        login.reRegisterLogin();
+        login->reRegisterLogin();
         QCOMPARE(f.item.calls, QStringLiteral("ur"));
         QVERIFY(!f.wanted() && f.path().isNull());
         f.item.refuses = false;
-        login.reRegisterLogin();
-        QVERIFY(f.wanted() && login.launchAtLogin());
+        login->reRegisterLogin();
+        QVERIFY(f.wanted() && login->launchAtLogin());
         QCOMPARE(f.path(), QStringLiteral("/here"));
-        QCOMPARE(f.link.flashed,
+        QCOMPARE(f.notices,
             QStringList(
                 {QStringLiteral("تعذرت إعادة التسجيل: no room"), QStringLiteral("أُعيد تسجيل التشغيل عند الدخول")}));
-        QVERIFY(f.link.log.isEmpty());
+        QVERIFY(f.log.isEmpty());
     }
 
     void proofOfAnAutomaticStart()
@@ -186,13 +189,13 @@ private Q_SLOTS:
         QVERIFY(isAutomaticStart({QStringLiteral("x"), QStringLiteral("--automatic-start")}, 400h));
 
         Fixture f;
-        LaunchAtLogin login = f.make();
-        QVERIFY(!login.lastSystemStart().isValid());
-        login.recordSystemStart();
-        QCOMPARE(login.lastSystemStart().toMSecsSinceEpoch(), f.clock.wallTime());
-        QCOMPARE(f.make().lastSystemStart(), login.lastSystemStart());
+        const auto login = f.make();
+        QVERIFY(!login->lastSystemStart().isValid());
+        login->recordSystemStart();
+        QCOMPARE(login->lastSystemStart().toMSecsSinceEpoch(), f.clock.wallTime());
+        QCOMPARE(f.make()->lastSystemStart(), login->lastSystemStart());
         f.defaults.setString(QLatin1String("lastSystemStart"), QStringLiteral("yesterday"));
-        QVERIFY(!f.make().lastSystemStart().isValid());
+        QVERIFY(!f.make()->lastSystemStart().isValid());
     }
 
     void oneActivityKeepsTheComputerAwake()

@@ -1,5 +1,5 @@
 #include "host/httpstrust.h"
-#include "support/recordinglink.h"
+#include "support/recordingservice.h"
 #include "support/testmain.h"
 
 #include <QElapsedTimer>
@@ -46,10 +46,16 @@ const QString notEnabled = QStringLiteral("لم يتم التفعيل (يمكن�
 struct Fixture
 {
     GatedTest test;
-    RecordingLink link;
-    std::unique_ptr<HttpsTrust> trust = std::make_unique<HttpsTrust>(link, test, QStringLiteral("/config dir"));
+    RecordingCommands service;
+    std::unique_ptr<HttpsTrust> trust = std::make_unique<HttpsTrust>(service, test, QStringLiteral("/config dir"));
     QSignalSpy changed{trust.get(), &HttpsTrust::caTrustedChanged};
     QList<bool> reports;
+    QStringList notices;
+
+    Fixture()
+    {
+        QObject::connect(trust.get(), &HttpsTrust::notice, [this](const QString &text) { notices.append(text); });
+    }
 
     void verdicts(const QList<bool> &list)
     {
@@ -83,8 +89,8 @@ private Q_SLOTS:
         f.trust->refreshTrust();
         QTRY_VERIFY(!f.trust->caTrusted());
         QCOMPARE(f.changed.size(), 2);
-        QCOMPARE(f.link.flashed, QStringList());
-        QVERIFY(f.link.commands.isEmpty());
+        QCOMPARE(f.notices, QStringList());
+        QVERIFY(f.service.commands.isEmpty());
     }
 
     void installs_data()
@@ -109,21 +115,20 @@ private Q_SLOTS:
             [&] { order.append(QStringLiteral("assigned")); });
         f.trust->trustForSafari([&](bool result) {
             QCOMPARE(f.trust->caTrusted(), result);
-            order += f.link.flashed;
+            order += f.notices;
             order.append(result ? QStringLiteral("done: yes") : QStringLiteral("done: no"));
         });
-        QCOMPARE(f.link.commands.size(), 1);
-        QCOMPARE(f.link.commands.first().arguments, QStringList(QStringLiteral("trust-ca")));
+        QCOMPARE(f.service.commands.size(), 1);
+        QCOMPARE(f.service.commands.first().arguments, QStringList(QStringLiteral("trust-ca")));
         QCoreApplication::processEvents();
         QCOMPARE(f.test.started, 0); // not before the service has ended
-        f.link.commands.first().end(status);
+        f.service.commands.first().end(status);
         QStringList expected{notEnabled, QStringLiteral("done: no")};
         if (trusted)
             expected = QStringList{QStringLiteral("assigned"), enabled, QStringLiteral("done: yes")};
         QTRY_COMPARE(order, expected);
         QCOMPARE(f.test.started, status == 0 ? 1 : 0);
         QCOMPARE(f.trust->caTrusted(), trusted);
-        QCOMPARE(f.link.log, QString());
     }
 
     void failedInstallTakesAnEarlierYesBack()
@@ -133,9 +138,9 @@ private Q_SLOTS:
         f.trust->refreshTrust();
         QTRY_VERIFY(f.trust->caTrusted());
         f.trust->trustForSafari();
-        f.link.commands.first().end(1);
+        f.service.commands.first().end(1);
         QVERIFY(!f.trust->caTrusted());
-        QCOMPARE(f.link.flashed, QStringList(notEnabled));
+        QCOMPARE(f.notices, QStringList(notEnabled));
     }
 
     void overlappingCallsEachEndOnTheirOwn()
@@ -146,14 +151,14 @@ private Q_SLOTS:
         QTRY_COMPARE(f.test.started, 1);
         f.trust->trustForSafari(f.report());
         f.trust->trustForSafari();
-        QCOMPARE(f.link.commands.size(), 3);
-        f.link.commands.at(1).end(0);
-        f.link.commands.at(2).end(1);
-        f.link.commands.at(0).end(0);
-        QCOMPARE(f.link.flashed, QStringList(notEnabled));
+        QCOMPARE(f.service.commands.size(), 3);
+        f.service.commands.at(1).end(0);
+        f.service.commands.at(2).end(1);
+        f.service.commands.at(0).end(0);
+        QCOMPARE(f.notices, QStringList(notEnabled));
         f.verdicts({false, true, false}); // the refresh, the second call, the first
         QTRY_COMPARE(f.reports, (QList<bool>{true, false}));
-        QCOMPARE(f.link.flashed, (QStringList{notEnabled, enabled, notEnabled}));
+        QCOMPARE(f.notices, (QStringList{notEnabled, enabled, notEnabled}));
         QVERIFY(!f.trust->caTrusted());
         QCOMPARE(f.changed.size(), 2);
     }
@@ -164,17 +169,17 @@ private Q_SLOTS:
         f.verdicts({true});
         f.trust->trustForSafari(f.report());
         f.trust.reset();
-        f.link.commands.first().end(0);
+        f.service.commands.first().end(0);
         QCoreApplication::processEvents();
         QCOMPARE(f.test.started, 0);
-        QVERIFY(f.reports.isEmpty() && f.link.flashed.isEmpty());
+        QVERIFY(f.reports.isEmpty() && f.notices.isEmpty());
     }
 
     void destroyedDuringACheck()
     {
         Fixture f;
         f.trust->trustForSafari(f.report());
-        f.link.commands.first().end(0);
+        f.service.commands.first().end(0);
         f.trust->refreshTrust();
         QTRY_COMPARE(f.test.started, 1);
         QElapsedTimer clock;
@@ -183,7 +188,7 @@ private Q_SLOTS:
         QVERIFY2(clock.elapsed() < 2000, "The end waited for the check");
         QCoreApplication::processEvents();
         QCOMPARE(f.test.started, 1); // the one in the queue was dropped
-        QVERIFY(f.reports.isEmpty() && f.link.flashed.isEmpty());
+        QVERIFY(f.reports.isEmpty() && f.notices.isEmpty());
     }
 
     void destroyedByItsListeners_data()
@@ -206,10 +211,10 @@ private Q_SLOTS:
             QObject::connect(f.trust.get(), &HttpsTrust::caTrustedChanged, this, [&f] { f.trust.reset(); });
             f.trust->trustForSafari(f.report());
         }
-        f.link.commands.takeFirst().end(0);
+        f.service.commands.takeFirst().end(0);
         QTRY_VERIFY(!f.trust);
         QCOMPARE(f.reports, byDone ? QList<bool>{true} : QList<bool>());
-        QCOMPARE(f.link.flashed, byDone ? QStringList(enabled) : QStringList());
+        QCOMPARE(f.notices, byDone ? QStringList(enabled) : QStringList());
     }
 };
 

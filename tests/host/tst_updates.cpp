@@ -2,7 +2,7 @@
 #include "host/updatecommand.h"
 #include "host/updates.h"
 #include "support/manualclock.h"
-#include "support/recordinglink.h"
+#include "support/recordingservice.h"
 #include "support/testmain.h"
 
 #include <QDir>
@@ -38,13 +38,14 @@ struct Fixture
         QFile script(bundle.updateInstaller());
         if (withScript && !script.open(QIODevice::WriteOnly))
             qFatal("Cannot plant the script");
+        QObject::connect(&updates, &Updates::notice, [this](const QString &text) { notices.append(text); });
         QObject::connect(&updates, &Updates::updatingChanged, &updates, [this] { order += QLatin1Char('u'); });
         QObject::connect(&updates, &Updates::availableUpdateChanged, &updates, [this] { order += QLatin1Char('a'); });
     }
 
     void answer(const QByteArray &body) const
     {
-        link.requests.last().answer(body.isNull() ? ServiceLink::Answer() : ServiceLink::Answer(body));
+        service.requests.last().answer(body.isNull() ? PrintService::Answer() : PrintService::Answer(body));
     }
     void stage(const QByteArray &body)
     {
@@ -55,12 +56,13 @@ struct Fixture
     QTemporaryDir folder;
     ApplicationBundle bundle;
     ManualClock clock;
-    RecordingLink link;
+    RecordingService service;
+    QStringList notices;
     QStringList lines; ///< handed to the shell
     bool shellStarts = true;
     int terminated = 0;
     QString order; ///< signals, a letter each
-    Updates updates{link, clock, bundle,
+    Updates updates{service, clock, bundle,
         {.startShell =
                 [this](const QString &line) {
                     lines.append(line);
@@ -123,7 +125,7 @@ private Q_SLOTS:
         QFETCH(QString, available);
         Fixture f;
         f.updates.checkUpdate();
-        const RecordingLink::Request asked = f.link.requests.value(0);
+        const RecordingService::Request asked = f.service.requests.value(0);
         QCOMPARE(asked.path, QStringLiteral("/admin/update/check"));
         QCOMPARE(asked.method, QByteArray("POST"));
         QCOMPARE(asked.timeout, 5000ms);
@@ -133,11 +135,11 @@ private Q_SLOTS:
         f.order.clear();
         f.updates.checkUpdate();
         f.answer(reply);
-        QCOMPARE(f.link.flashed.last(), message);
+        QCOMPARE(f.notices.last(), message);
         QCOMPARE(f.updates.availableUpdate(), available);
         QCOMPARE(f.updates.availableUpdate().isNull(), available.isNull());
         QCOMPARE(f.order, QLatin1String(available == QLatin1String("1.1") ? "" : "a"));
-        QCOMPARE(f.link.flashed.size(), 2);
+        QCOMPARE(f.notices.size(), 2);
     }
 
     void handsOver()
@@ -145,12 +147,12 @@ private Q_SLOTS:
         Fixture f;
         f.updates.installUpdate();
         QVERIFY(f.updates.isUpdating());
-        QCOMPARE(f.link.flashed, QStringList(staging));
+        QCOMPARE(f.notices, QStringList(staging));
         f.updates.installUpdate();
-        QCOMPARE(f.link.requests.size(), 1);
-        QCOMPARE(f.link.requests.first().path, QStringLiteral("/admin/update/stage"));
-        QCOMPARE(f.link.requests.first().timeout, 900'000ms);
-        QCOMPARE(f.link.flashed.size(), 1);
+        QCOMPARE(f.service.requests.size(), 1);
+        QCOMPARE(f.service.requests.first().path, QStringLiteral("/admin/update/stage"));
+        QCOMPARE(f.service.requests.first().timeout, 900'000ms);
+        QCOMPARE(f.notices.size(), 1);
 
         f.answer(staged("/home/متجر الحي/new $(x) \\\"app\\\"", "1.10.0-rc.1+b_2~3"));
         QCOMPARE(f.lines,
@@ -159,7 +161,7 @@ private Q_SLOTS:
                                        ">/dev/null 2>&1 &")
                             .arg(f.folder.filePath(QStringLiteral("Zemrak Printer")))
                             .arg(getpid())));
-        QCOMPARE(f.link.flashed.last(), QStringLiteral("سيُعاد تشغيل البرنامج لإكمال التحديث…"));
+        QCOMPARE(f.notices.last(), QStringLiteral("سيُعاد تشغيل البرنامج لإكمال التحديث…"));
         QVERIFY(f.updates.isUpdating());
         f.clock.advance(1199ms);
         QCOMPARE(f.terminated, 0);
@@ -168,10 +170,10 @@ private Q_SLOTS:
 
         // Still on the way out: nothing starts a second one, and a check may run all the same.
         f.updates.installUpdate();
-        QCOMPARE(f.link.requests.size(), 1);
+        QCOMPARE(f.service.requests.size(), 1);
         f.updates.checkUpdate();
         f.answer("{}");
-        QCOMPARE(f.link.flashed.last(), newest);
+        QCOMPARE(f.notices.last(), newest);
         f.clock.advance(10s);
         QCOMPARE(f.terminated, 1);
         QCOMPARE(f.order, QLatin1String("u"));
@@ -212,7 +214,7 @@ private Q_SLOTS:
         QFETCH(QString, message);
         Fixture f;
         f.stage(reply);
-        QCOMPARE(f.link.flashed, (QStringList{staging, message}));
+        QCOMPARE(f.notices, (QStringList{staging, message}));
         QVERIFY(f.lines.isEmpty());
         QVERIFY(!f.updates.isUpdating());
         QCOMPARE(f.order, QLatin1String("uu"));
@@ -228,7 +230,7 @@ private Q_SLOTS:
         for (const QString &name : {QStringLiteral("it's"), QStringLiteral("a\nb")}) {
             Fixture f(name);
             f.stage(staged("/n", "1"));
-            QCOMPARE(f.link.flashed.last(), unknownFailure);
+            QCOMPARE(f.notices.last(), unknownFailure);
             QVERIFY(f.lines.isEmpty());
         }
         const UpdateHandover good{QStringLiteral("/n"), QStringLiteral("/b"), 7, QStringLiteral("1")};
@@ -244,7 +246,7 @@ private Q_SLOTS:
         Fixture withoutScript(QStringLiteral("bundle"), false);
         for (Fixture *f : {&refused, &withoutScript}) {
             f->stage(staged("/n", "1"));
-            QCOMPARE(f->link.flashed.last(), QStringLiteral("تعذر بدء التحديث"));
+            QCOMPARE(f->notices.last(), QStringLiteral("تعذر بدء التحديث"));
             QVERIFY(!f->updates.isUpdating());
             f->clock.advance(10s);
             QCOMPARE(f->terminated, 0);

@@ -194,11 +194,8 @@ WizardActions Presenters::wizardActions()
             },
         .browseNetwork =
             [this](auto done) {
-                m_agent.adminChannel().request({.path = QStringLiteral("/admin/discover/bonjour"),
-                                                   .method = "POST",
-                                                   .body = QJsonObject(),
-                                                   .timeout = 20s},
-                    this, [done = std::move(done)](const AdminAnswer &) { done(); });
+                m_agent.adminChannel().post(QStringLiteral("/admin/discover/bonjour"), QJsonObject(), 20s, this,
+                    [done = std::move(done)](const PrintService::Answer &) { done(); });
             }};
 }
 

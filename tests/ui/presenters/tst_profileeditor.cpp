@@ -1,3 +1,4 @@
+#include "app/adminchannel.h"
 #include "support/fakebundle.h"
 #include "support/httpserver.h"
 #include "support/manualclock.h"
