@@ -139,11 +139,13 @@ function compose({ env, log, paths, read, listeners }) {
   const cups = new CupsQueues(() => printers.noteSystemQueues(), env);
   const printers = new Printers({ settings, monitor, cups, alerts });
   const relocate = (printer) => ({ ...printer, ...settings.values.printers.find(({ id }) => id === printer.id) });
-  const queue = new JobQueue({ history, alerts, log, relocate, send: sender({ monitor, cups, previews: paths.previews }) });
+  const queue = new JobQueue({ history, alerts, log, relocate,
+    send: sender({ monitor, cups, previews: paths.previews }) });
   const addresses = new AddressKeeper({ settings, monitor, alerts, log, nameOf, jobs: queue });
   printers.watchJobs((id) => queue.isBusy(id));
   const onFailure = (why) => log.warn(`text engine: ${why}`);
-  const jobs = new AdminJobs({ printers, queue, draw: (operations, target) => drawText(operations, target, { onFailure }) });
+  const jobs = new AdminJobs({ printers, queue, draw: (operations, target) =>
+    drawText(operations, target, { onFailure }) });
   const drawTexts = (commands, target) => drawCommandTexts(commands, target, { onFailure });
   const siteJobs = new SiteJobs({ printers, queue, history, pictures: new Pictures(env), drawTexts });
   const pairings = new Pairings(settings);
@@ -151,7 +153,8 @@ function compose({ env, log, paths, read, listeners }) {
   const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit(), asked: new AskedSites() };
   const updates = new Updates({ settings, folder: paths.updates, log });
   return {
-    ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs, updates,
+    ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs,
+      updates,
     listeners,
     portConflict: () => lastPortConflict(paths.portConflict),
     startedAt: performance.now(),
@@ -174,7 +177,8 @@ function tellOfSettings({ settings, read, alerts, log, file }) {
     return void alerts.resolve(SETTINGS_BROKEN_KEY);
   }
   alerts.happened(settingsBroken(isFromCopy));
-  log.error(`settings.json cannot be used (${broken}); ${isFromCopy ? 'the last good copy is' : 'defaults are'} in use`);
+  const inUse = isFromCopy ? 'the last good copy is' : 'defaults are';
+  log.error(`settings.json cannot be used (${broken}); ${inUse} in use`);
   try {
     settings.quarantine();
   } catch (error) {

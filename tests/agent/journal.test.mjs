@@ -2,7 +2,8 @@ import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { createHash } from 'node:crypto';
-import { appendFileSync, copyFileSync, existsSync, mkdirSync, readFileSync, readdirSync, rmSync, statSync, writeFileSync } from 'node:fs';
+import { appendFileSync, copyFileSync, existsSync, mkdirSync, readFileSync, readdirSync, rmSync, statSync,
+  writeFileSync } from 'node:fs';
 import { open } from 'node:fs/promises';
 import path from 'node:path';
 import { configFolder, fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
@@ -17,21 +18,25 @@ import { Log } from '../../agent/lib/log.mjs';
 const quiet = new Log(null);
 const folderOf = (t) => privateHome(t);
 const baseIn = (folder) => path.join(folder, 'journal');
-const valuesOf = (journal, table = 'jobs') => Object.fromEntries(journal.entries(table).map(([id, { value, bytes }]) => [id, [value.n, bytes?.length]]));
+const valuesOf = (journal, table = 'jobs') => Object.fromEntries(journal.entries(table)
+  .map(([id, { value, bytes }]) => [id, [value.n, bytes?.length]]));
 /** What a start now would find, read from copies: the journal itself may still be open. */
 function found(t, folder) {
   const copy = folderOf(t);
-  for (const n of [1, 2]) if (existsSync(`${baseIn(folder)}.${n}`)) copyFileSync(`${baseIn(folder)}.${n}`, `${baseIn(copy)}.${n}`);
+  for (const n of [1, 2]) if (existsSync(`${baseIn(folder)}.${n}`)) copyFileSync(`${baseIn(folder)}.${n}`,
+    `${baseIn(copy)}.${n}`);
   return new Journal(baseIn(copy), quiet);
 }
 
-test('cut or garbled anywhere, a journal is what it was up to the last whole record, and goes on from there', async (t) => {
+test('cut or garbled anywhere, a journal is what it was up to the last whole record, and goes on from there',
+  async (t) => {
   const folder = folderOf(t);
   const journal = new Journal(baseIn(folder), quiet, { reserveBytes: 2000 });
   await journal.commit();
   const file = `${baseIn(folder)}.1`;
   const states = [];
-  for (const [id, n, bytes] of [['a', 1], ['b', 2, Buffer.from('zlpj-receipt')], ['a', 3], [null], ['c', 4, Buffer.alloc(90, 1)]]) {
+  for (const [id, n, bytes] of [['a', 1], ['b', 2, Buffer.from('zlpj-receipt')], ['a', 3], [null],
+    ['c', 4, Buffer.alloc(90, 1)]]) {
     if (id) journal.put('jobs', id, { n }, bytes);
     else journal.drop('jobs', 'b');
     await journal.commit();
@@ -66,8 +71,8 @@ test('cut or garbled anywhere, a journal is what it was up to the last whole rec
 });
 
 /**
- * Stands between journals and their disk. From its call number `stopAt` on (writes and flushes) nothing reaches the files
- * any more, and the write it falls on is half done. loseUnflushed() takes back some of what was not flushed.
+ * Stands between journals and their disk. From its call number `stopAt` on (writes and flushes) nothing reaches the
+ * files any more, and the write it falls on is half done. loseUnflushed() takes back some of what was not flushed.
  */
 async function diskOf(t, folder) {
   const handle = await open(path.join(folder, 'probe'), 'w');
@@ -75,7 +80,8 @@ async function diskOf(t, folder) {
   await handle.close();
   const { write, datasync, truncate } = prototype;
   t.after(() => Object.assign(prototype, { write, datasync, truncate }));
-  const disk = { calls: 0, stopAt: Infinity, error: null, unflushed: [], get isDead() { return this.calls >= this.stopAt; } };
+  const disk = { calls: 0, stopAt: Infinity, error: null, unflushed: [],
+    get isDead() { return this.calls >= this.stopAt; } };
   prototype.write = async function step(bytes, offset, length, at) {
     if (disk.error) throw Object.assign(new Error('planted'), { code: disk.error });
     if (disk.isDead) return { bytesWritten: length };
@@ -164,10 +170,12 @@ test('a disk that fails stops nobody, and has everything once it works again', a
   await until(() => journal.trouble === null, 'the journal to be in order');
   assert.deepEqual(troubles, ['failed', undefined]);
   await journal.close();
-  assert.deepEqual(valuesOf(new Journal(baseIn(folder), quiet)), { a: [1, undefined], b: [2, undefined], c: [3, undefined] });
+  assert.deepEqual(valuesOf(new Journal(baseIn(folder), quiet)),
+    { a: [1, undefined], b: [2, undefined], c: [3, undefined] });
 });
 
-test('what cannot be read is left alone; what is no journal goes aside; what a later version knows stays', async (t) => {
+test('what cannot be read is left alone; what is no journal goes aside; what a later version knows stays',
+  async (t) => {
   const folder = folderOf(t);
   const first = new Journal(baseIn(folder), quiet, { reserveBytes: 8000, compactBytes: 3000 });
   first.put('later-table', 'x', { n: 5 }, Buffer.from('abc'));
@@ -209,7 +217,8 @@ test('what cannot be read is left alone; what is no journal goes aside; what a l
 async function smallDisk(t, size) {
   const folder = folderOf(t);
   const script = 'mount -t tmpfs -o size="$1" tmpfs "$2" && echo mounted && exec sleep 600';
-  const holder = spawn('unshare', ['-rm', 'sh', '-c', script, 'sh', size, folder], { stdio: ['ignore', 'pipe', 'ignore'] });
+  const holder = spawn('unshare', ['-rm', 'sh', '-c', script, 'sh', size, folder],
+    { stdio: ['ignore', 'pipe', 'ignore'] });
   t.after(() => holder.kill('SIGKILL'));
   const isMounted = await new Promise((resolve) => {
     holder.on('error', () => resolve(false)).on('exit', () => resolve(false)).stdout.once('data', () => resolve(true));
@@ -235,7 +244,8 @@ test('on a full disk keys go on being kept, and contents no longer', async (t) =
   journal.put('payloads', 'early', {}, Buffer.alloc(1000));
   await journal.commit();
   const sizeOf = (n) => statSync(`${baseIn(folder)}.${n}`).size;
-  await until(() => existsSync(`${baseIn(folder)}.2`) && Math.min(sizeOf(1), sizeOf(2)) >= RESERVE_BYTES, 'space to be reserved');
+  await until(() => existsSync(`${baseIn(folder)}.2`) && Math.min(sizeOf(1), sizeOf(2)) >= RESERVE_BYTES,
+    'space to be reserved');
   fill(folder);
   journal.put('payloads', 'large', {}, Buffer.alloc(3 * RESERVE_BYTES));
   // Many times what is reserved.
@@ -263,12 +273,14 @@ test('on a full disk the service starts, prints, says so, and honours every key 
   const site = await siteOf(service).pair();
   const keys = [];
   const send = async (key) => {
-    const id = await Object.assign(siteOf(service), { token: site.token }).print(printerId, raw(key), { 'Idempotency-Key': key });
+    const id = await Object.assign(siteOf(service), { token: site.token })
+      .print(printerId, raw(key), { 'Idempotency-Key': key });
     assert.equal(typeof id, 'string', `${key}: ${JSON.stringify(id)}`);
     return id;
   };
   keys.push(['before', await send('before')]);
-  await until(() => [1, 2].every((n) => statSync(path.join(configFolder(home), `journal.${n}`)).size >= RESERVE_BYTES), 'space to be reserved');
+  await until(() => [1, 2].every((n) => statSync(path.join(configFolder(home), `journal.${n}`)).size >= RESERVE_BYTES),
+    'space to be reserved');
   fill(home);
   for (let n = 0; n < 20; n += 1) keys.push([`full-${n}`, await send(`full-${n}`)]);
   const refused = await service.post('/admin/profile', { id: printerId, profile: { cut: 'full' } });
@@ -279,7 +291,8 @@ test('on a full disk the service starts, prints, says so, and honours every key 
     service = await startService(t, { home });
     for (const [key, id] of keys) assert.equal(await send(key), id, key);
     keys.push([`after-${signal}`, await send(`after-${signal}`)]);
-    const alert = await until(async () => (await service.alerts()).find(({ key }) => key === 'storage:full'), 'the person to be told');
+    const alert = await until(async () => (await service.alerts()).find(({ key }) => key === 'storage:full'),
+      'the person to be told');
     assert.deepEqual([alert.title, alert.resolvedAt], ['القرص ممتلئ', undefined]);
   }
   await until(() => printer.jobs.length === keys.length, 'the receipts');
@@ -287,14 +300,16 @@ test('on a full disk the service starts, prints, says so, and honours every key 
   await service.stop('SIGKILL');
   rmSync(path.join(home, 'filler'));
   service = await startService(t, { home });
-  assert.ok((await until(async () => (await service.alerts()).find(({ key, resolvedAt }) => key === 'storage:full' && resolvedAt), 'the end of it')));
+  assert.ok((await until(async () => (await service.alerts())
+    .find(({ key, resolvedAt }) => key === 'storage:full' && resolvedAt), 'the end of it')));
 });
 
 test('a journal that cannot be read stops no shop from printing, and the person is told', async (t) => {
   const home = privateHome(t);
   plant(home, 'journal.1/in-the-way', '');
   const service = await startService(t, { home });
-  assert.equal((await service.ended((await service.post('/admin/test', { printer: 'preview' })).body.job.id)).status, 'completed');
+  assert.equal((await service.ended((await service.post('/admin/test', { printer: 'preview' })).body.job.id)).status,
+    'completed');
   const [alert] = await service.alerts();
   assert.equal(alert.key, 'storage:journal');
   assert.ok(alert.message.includes('journal.1'));
@@ -305,8 +320,10 @@ test('a journal that cannot be read stops no shop from printing, and the person 
 test('the disk is full below one mark and has room from another one on, in between it is what it was', async (t) => {
   const alerts = new Alerts(testJournal(t), quiet);
   let free = ROOM_FROM;
-  const watch = new StorageWatch({ journal: { trouble: null, watchTrouble() {} }, alerts, folder: '', freeBytes: async () => free });
-  for (const [bytes, isFull] of [[ROOM_FROM - 1, false], [FULL_BELOW, false], [FULL_BELOW - 1, true], [ROOM_FROM - 1, true], [ROOM_FROM, false]]) {
+  const watch = new StorageWatch({ journal: { trouble: null, watchTrouble() {} }, alerts, folder: '',
+    freeBytes: async () => free });
+  for (const [bytes, isFull] of [[ROOM_FROM - 1, false], [FULL_BELOW, false], [FULL_BELOW - 1, true],
+    [ROOM_FROM - 1, true], [ROOM_FROM, false]]) {
     free = bytes;
     await watch.look();
     assert.equal(alerts.isActive('storage:full'), isFull, `${bytes} bytes`);

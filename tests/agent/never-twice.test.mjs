@@ -20,7 +20,7 @@ const WHOLE = 1_000_000;
 const monitor = { hold: async () => {}, release: () => {} };
 const quiet = { happened() {}, resolve() {} };
 
-const reset = (socket) => { socket.resetAndDestroy?.() ?? socket.destroy(); };
+const reset = (socket) => { socket.resetAndDestroy(); };
 
 /** A listening printer that counts its receipts by the bytes of each. */
 const countingPrinter = (t) => fakePrinter(t, {
@@ -34,7 +34,8 @@ const countingPrinter = (t) => fakePrinter(t, {
   },
 });
 
-/** The link to a printer: the first connection is cut once exactly `place` bytes have passed, later ones are left alone. */
+/** The link to a printer: the first connection is cut once exactly `place` bytes have passed,
+  later ones are left alone. */
 function linkTo(t, printer, place) {
   let isCut = false;
   return fakePrinter(t, {
@@ -58,7 +59,8 @@ function linkTo(t, printer, place) {
 
 test('the link cut at 200 places: one receipt at most, and no word of success for a part of it', async (t) => {
   const history = testHistory(t);
-  const queue = new JobQueue({ history, alerts: quiet, log: new Log(null), send: sender({ monitor, cups: {}, previews: '' }), retryMs: 20 });
+  const queue = new JobQueue({ history, alerts: quiet, log: new Log(null),
+    send: sender({ monitor, cups: {}, previews: '' }), retryMs: 20 });
   // From the first byte to the last one, and the moment after it.
   const places = Array.from({ length: 200 }, (_, n) => 1 + Math.round((n * (BYTES - 1)) / 199));
   // A few at a time: the kernel's table of connections, which senders look at, is slow to read when it is long.
@@ -67,7 +69,8 @@ test('the link cut at 200 places: one receipt at most, and no word of success fo
     const { port } = await linkTo(t, printer, place);
     const target = { id: `p${place}`, displayName: 'P', type: 'net', transport: 'raw', host: '127.0.0.1', port };
     // The link works again at once, and the job has a minute left: nothing but its record holds it back.
-    const { id } = await queue.accept(target, 'raw', { bytes: Buffer.alloc(BYTES, 'r'), text: '', raw: true }, { maxWaitMs: 60_000 });
+    const { id } = await queue.accept(target, 'raw', { bytes: Buffer.alloc(BYTES, 'r'), text: '', raw: true },
+      { maxWaitMs: 60_000 });
     await until(() => queue.depthOf(target.id) === 0 && printer.jobs[0]?.bytes >= place, 'the job to end', 30_000);
     return { place, printer, id };
   });
@@ -84,11 +87,12 @@ test('the link cut at 200 places: one receipt at most, and no word of success fo
   t.diagnostic(JSON.stringify(count));
 });
 
-test('a printer that is busy with another computer drops connections: no word of success, and one receipt when it is free', async (t) => {
+test('a printer that is busy drops connections: no word of success, and one receipt when it is free', async (t) => {
   const receipt = (size, first = '\x1b') => Buffer.concat([Buffer.from(first), Buffer.alloc(size - 1, 'r')]);
   const fin = (socket) => socket.destroy();
   // A half-closed link is no broken one, until it is reset: what has arrived by then may be printed.
-  const halfClosed = (socket) => { let got = 0; socket.on('data', (data) => { got += data.length; if (got > 1) reset(socket); }).end(); };
+  const halfClosed = (socket) => { let got = 0; socket.on('data',
+    (data) => { got += data.length; if (got > 1) reset(socket); }).end(); };
   const rows = [
     ...[500, 2000, 16_000, 40_000, BYTES].map((size) => ['closed', fin, receipt(size), 'completed']),
     ['closed, and what it was sent might be printed by itself', fin, receipt(500, 'A'), 'interrupted'],
@@ -110,7 +114,8 @@ test('a printer that is busy with another computer drops connections: no word of
       for (let n = 0; n < 3; n += 1) await new Promise((resolve) => { setImmediate(resolve); });
     };
     const queue = new JobQueue({
-      history, alerts: quiet, log: new Log(null), retryMs: 20, send: (to, what, hooks) => send(to, what, { ...hooks, sending: () => sending(hooks) }),
+      history, alerts: quiet, log: new Log(null), retryMs: 20,
+        send: (to, what, hooks) => send(to, what, { ...hooks, sending: () => sending(hooks) }),
     });
     let refusals = 3;
     const printer = await fakePrinter(t, { onConnection: (socket, self) => {
@@ -136,7 +141,8 @@ test('a printer that is busy with another computer drops connections: no word of
 });
 
 test('a printer that closes its own side only has printed', async (t) => {
-  const moments = { 'at once': (socket) => socket.end(), 'in the middle': (socket) => socket.once('data', () => socket.end()) };
+  const moments = { 'at once': (socket) => socket.end(), 'in the middle': (socket) =>
+    socket.once('data', () => socket.end()) };
   for (const [when, close] of Object.entries(moments)) {
     for (const size of [500, BYTES]) {
       const printer = await fakePrinter(t, { allowHalfOpen: true, onConnection: (socket, self) => {
@@ -145,7 +151,8 @@ test('a printer that closes its own side only has printed', async (t) => {
         socket.on('data', (data) => { got += data.length; }).on('end', () => self.jobs.push(got));
       } });
       const target = { id: 'p', type: 'net', transport: 'raw', host: '127.0.0.1', port: printer.port };
-      await sender({ monitor, cups: {}, previews: '' })(target, { bytes: Buffer.alloc(size, '\x1b'), jobId: 'x' }, { sending: async () => {} });
+      await sender({ monitor, cups: {}, previews: '' })(target, { bytes: Buffer.alloc(size, '\x1b'), jobId: 'x' },
+        { sending: async () => {} });
       await until(() => printer.jobs.length > 0, 'the receipt');
       assert.deepEqual(printer.jobs, [size], `${when}, ${size} bytes`);
     }
@@ -176,8 +183,7 @@ test('a key stands while its job waits and ten minutes after its end, however ma
   assert.equal(history.findByKey('waiting').id, waiting.id);
   now += 1;
   assert.deepEqual([history.findByKey('waiting'), history.findByKey('ended')], [undefined, undefined]);
-  for (let n = 0; n < 500; n += 1) void add(undefined, 'completed');
-  await journal.commit();
+  await Promise.all(Array.from({ length: 500 }, () => add(undefined, 'completed')));
   assert.ok(history.count <= MAX_JOBS * 1.1, 'what stands no longer goes');
   assert.equal(history.find(ended.id), undefined);
 
@@ -212,24 +218,31 @@ test('what a restart makes of a job: printed if none of it had left and its time
   const base = path.join(privateHome(t), 'journal');
   const start = () => {
     const journal = testJournal(t, { base });
-    return { journal, history: new JobHistory(journal, new Log(null), { clock: new Clock({ boot: computer.boot, uptime: () => computer.up }) }) };
+    return { journal, history: new JobHistory(journal, new Log(null),
+      { clock: new Clock({ boot: computer.boot, uptime: () => computer.up }) }) };
   };
   const payload = { bytes: Buffer.from('receipt'), text: 'words', raw: true, copies: 2 };
   // Every job has a printer of its own, but for the last, which stands behind another one.
   const jobs = {
-    queued: [], waiting: ['waiting'], 'sent before': ['sending', 'waiting'], sending: ['sending'], printing: ['sending', 'printing'],
+    queued: [], waiting: ['waiting'], 'sent before': ['sending', 'waiting'], sending: ['sending'],
+      printing: ['sending', 'printing'],
     completed: ['sending', 'completed'], short: [], large: [], behind: [],
   };
   const outcome = (isPowerLost, isLate) => ({
-    queued: isPowerLost ? 'uncertain_after_restart' : isLate ? 'expired_after_restart' : 'queued', waiting: isLate ? 'expired_after_restart' : 'waiting',
-    'sent before': isLate ? 'expired_after_restart' : 'waiting', sending: 'uncertain_after_restart', printing: 'uncertain_after_restart', completed: 'completed',
-    short: isPowerLost ? 'uncertain_after_restart' : 'expired_after_restart', large: isPowerLost ? 'uncertain_after_restart' : 'expired_after_restart',
+    queued: isPowerLost ? 'uncertain_after_restart' : isLate ? 'expired_after_restart' : 'queued', waiting: isLate
+      ? 'expired_after_restart' : 'waiting',
+    'sent before': isLate ? 'expired_after_restart' : 'waiting', sending: 'uncertain_after_restart',
+      printing: 'uncertain_after_restart', completed: 'completed',
+    short: isPowerLost ? 'uncertain_after_restart' : 'expired_after_restart', large: isPowerLost
+      ? 'uncertain_after_restart' : 'expired_after_restart',
     behind: isLate ? 'expired_after_restart' : 'queued',
   });
   for (const [how, changes, isPowerLost, isLate] of [
-    ['killed', { up: MINUTE }], ['killed, and started late', { up: 11 * MINUTE }, false, true], ['killed, the clock set forward', { wall: 1e10 }],
+    ['killed', { up: MINUTE }], ['killed, and started late', { up: 11 * MINUTE }, false, true],
+      ['killed, the clock set forward', { wall: 1e10 }],
     ['told to stop, the computer too', { boot: 'second', finish: true }],
-    ['the power gone', { boot: 'third' }, true], ['the power gone for long', { boot: 'fourth', wall: 11 * MINUTE }, true, true],
+    ['the power gone', { boot: 'third' }, true], ['the power gone for long', { boot: 'fourth', wall: 11 * MINUTE },
+      true, true],
     ['the power gone, the clock set back', { boot: 'fifth', wall: -1e9 }, true, true],
   ]) {
     const { history, journal } = start();
@@ -237,9 +250,11 @@ test('what a restart makes of a job: printed if none of it had left and its time
     for (const [name, statuses] of Object.entries(jobs)) {
       const printerId = name === 'behind' ? 'waiting' : name;
       const bytes = name === 'large' ? Buffer.alloc(MAX_KEPT_BYTES + 1) : payload.bytes;
-      const { id } = await history.add({ printerId, kind: 'raw', status: 'queued', own: 5 }, { payload: { ...payload, bytes }, waitMs: name === 'short' ? 0 : 10 * MINUTE });
+      const { id } = await history.add({ printerId, kind: 'raw', status: 'queued', own: 5 },
+        { payload: { ...payload, bytes }, waitMs: name === 'short' ? 0 : 10 * MINUTE });
       ids[name] = id;
-      for (const status of statuses) await history.mark(id, status, undefined, { reason: status === 'waiting' ? 'offline' : undefined });
+      for (const status of statuses) await history.mark(id, status, undefined,
+        { reason: status === 'waiting' ? 'offline' : undefined });
     }
     if (changes.finish) await history.finish();
     await journal.close();
@@ -249,8 +264,10 @@ test('what a restart makes of a job: printed if none of it had left and its time
     const again = start();
     const unfinished = again.history.unfinished();
     const codes = Object.fromEntries(Object.entries(ids).map(([name, id]) => [name, again.history.find(id)]));
-    assert.deepEqual(Object.fromEntries(Object.entries(codes).map(([name, job]) => [name, job.errorCode ?? job.status])), outcome(isPowerLost, isLate), how);
-    assert.deepEqual(unfinished.map(({ job }) => job), Object.values(codes).filter(({ status }) => ['queued', 'waiting'].includes(status)), how);
+    assert.deepEqual(Object.fromEntries(Object.entries(codes)
+      .map(([name, job]) => [name, job.errorCode ?? job.status])), outcome(isPowerLost, isLate), how);
+    assert.deepEqual(unfinished.map(({ job }) => job),
+      Object.values(codes).filter(({ status }) => ['queued', 'waiting'].includes(status)), how);
     for (const each of unfinished) {
       assert.deepEqual({ ...each.payload, bytes: each.payload.bytes.toString() }, { ...payload, bytes: 'receipt' });
       assert.ok(each.waitMs <= 10 * MINUTE && each.waitMs >= 8 * MINUTE, `${how}: ${each.waitMs}`);
@@ -266,10 +283,12 @@ test('jobs that wait for a printer go on after a restart, once each and in their
   const home = privateHome(t);
   const gone = await fakePrinter(t);
   await gone.close();
-  plant(home, 'settings.json', { printers: [{ id: 'net-1', name: 'K', host: '127.0.0.1', port: gone.port, transport: 'raw' }] });
+  plant(home, 'settings.json', { printers: [{ id: 'net-1', name: 'K', host: '127.0.0.1', port: gone.port,
+    transport: 'raw' }] });
   let service = await startService(t, { home });
   const site = await siteOf(service).pair();
-  const send = (n, options, key = `key-${n}`) => site.print('net-1', raw(`receipt ${n}`, options), { 'Idempotency-Key': key });
+  const send = (n, options, key = `key-${n}`) => site.print('net-1', raw(`receipt ${n}`, options),
+    { 'Idempotency-Key': key });
   const ids = [];
   for (let n = 0; n < 3; n += 1) ids.push(await send(n, { maxWaitSeconds: 600 }));
   ids.push(await send(3, { maxWaitSeconds: 1 }), await send(4, { maxWaitSeconds: 600 }));
@@ -281,7 +300,8 @@ test('jobs that wait for a printer go on after a restart, once each and in their
     service = await startService(t, { home });
   }
   const later = Object.assign(siteOf(service), { token: site.token });
-  assert.equal(await later.print('net-1', raw('receipt 1', { maxWaitSeconds: 600 }), { 'Idempotency-Key': 'key-1' }), ids[1]);
+  assert.equal(await later.print('net-1', raw('receipt 1', { maxWaitSeconds: 600 }), { 'Idempotency-Key': 'key-1' }),
+    ids[1]);
   const printer = await fakePrinter(t, { port: gone.port });
   for (const id of ids.slice(0, 3)) assert.equal((await later.ended(id)).status, 'completed');
   await until(() => printer.jobs.length === 3, 'the receipts');
@@ -289,7 +309,8 @@ test('jobs that wait for a printer go on after a restart, once each and in their
   assert.deepEqual([(await later.job(ids[3])).errorCode, (await later.job(ids[4])).status], ['offline', 'cancelled']);
   await service.stop('SIGKILL');
   service = await startService(t, { home });
-  assert.equal(await Object.assign(siteOf(service), { token: site.token }).print('net-1', raw('receipt 0', { maxWaitSeconds: 600 }), { 'Idempotency-Key': 'key-0' }), ids[0]);
+  assert.equal(await Object.assign(siteOf(service), { token: site.token })
+    .print('net-1', raw('receipt 0', { maxWaitSeconds: 600 }), { 'Idempotency-Key': 'key-0' }), ids[0]);
   assert.equal(printer.jobs.length, 3);
 });
 
@@ -308,12 +329,14 @@ const slowly = (socket, printer) => {
 
 /**
  * Sends a job by a connection of its own, of the body only `part` (0 to 1) at first.
- * @returns {{ sent: Promise<void>, answer: Promise<object | null> }} the job as answered for; null when the service went away
+ * @returns {{ sent: Promise<void>, answer: Promise<object | null> }} the job as answered for; null when the service
+ *   went away
  */
 function post(service, token, key, body, part = 1) {
   const request = http.request({
     host: '127.0.0.1', port: service.port, path: '/v1/jobs', method: 'POST', agent: false,
-    headers: { Origin: ORIGIN, Authorization: `Bearer ${token}`, 'Idempotency-Key': key, 'Content-Length': body.length },
+    headers: { Origin: ORIGIN, Authorization: `Bearer ${token}`, 'Idempotency-Key': key,
+      'Content-Length': body.length },
   });
   const answer = new Promise((resolve) => {
     request.on('error', () => resolve(null)).on('response', (response) => {
@@ -323,7 +346,8 @@ function post(service, token, key, body, part = 1) {
     });
   });
   const first = body.subarray(0, Math.floor(body.length * part));
-  const sent = new Promise((resolve) => { request.on('error', resolve).flushHeaders(); request.write(first, resolve); });
+  const sent = new Promise((resolve) => { request.on('error', resolve)
+    .flushHeaders(); request.write(first, resolve); });
   if (part === 1) request.end();
   return { sent, answer };
 }
@@ -348,7 +372,8 @@ test('the service killed at 50 places: one receipt at most, whatever the client 
     const printer = await fakePrinter(t, { onConnection: slowly });
     plant(home, 'settings.json', {
       printers: [{ id: 'net-1', name: 'K', host: '127.0.0.1', port: printer.port, transport: 'raw' }],
-      sites: [{ id: 's', origin: ORIGIN, name: 'Till', createdAt: 1, tokens: [{ digest: createHash('sha256').update(token).digest('hex'), expiresAt: 1e14 }] }],
+      sites: [{ id: 's', origin: ORIGIN, name: 'Till', createdAt: 1,
+        tokens: [{ digest: createHash('sha256').update(token).digest('hex'), expiresAt: 1e14 }] }],
     });
     let service = await startService(t, { home });
     while (left.length > 0) {
@@ -369,15 +394,18 @@ test('the service killed at 50 places: one receipt at most, whatever the client 
       const ended = await Object.assign(siteOf(service), { token }).ended(repeated.id);
       await until(() => printer.jobs.every((receipt) => receipt.ended), 'the link to end');
       assert.ok(printer.jobs.length <= 1, `killed at ${name}: ${printer.jobs.length} receipts`);
-      if (before.length > 0) assert.deepEqual([printer.jobs, ended.errorCode], [before, 'uncertain_after_restart'], `killed at ${name}`);
+      if (before.length > 0) assert.deepEqual([printer.jobs, ended.errorCode], [before, 'uncertain_after_restart'],
+        `killed at ${name}`);
       else if (ended.status === 'completed') assert.deepEqual(printer.jobs, [{ bytes: WHOLE, ended: true }]);
-      else assert.ok(['uncertain_after_restart', 'expired_after_restart'].includes(ended.errorCode), `killed at ${name}: ${ended.errorCode}`);
+      else assert.ok(['uncertain_after_restart', 'expired_after_restart'].includes(ended.errorCode),
+        `killed at ${name}: ${ended.errorCode}`);
       outcomes[ended.errorCode ?? 'completed'] = (outcomes[ended.errorCode ?? 'completed'] ?? 0) + 1;
     }
     await service.stop('SIGKILL');
   };
   await Promise.all([shop(), shop(), shop()]);
-  // A request that was not whole has not been accepted: its repetition prints. A receipt that was begun never does again.
+  // A request that was not whole has not been accepted: its repetition prints. A receipt that was begun never does
+  // again.
   assert.ok(outcomes.completed >= 5 && outcomes.uncertain_after_restart >= 43, JSON.stringify(outcomes));
   t.diagnostic(JSON.stringify(outcomes));
 });

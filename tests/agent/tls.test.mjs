@@ -219,7 +219,8 @@ test('trust-status says what the stores of the browsers say', { skip }, async (t
   for (const [name, authority, year] of [['good', 'TRUE', 2099], ['other', 'TRUE', 2099], ['expired', 'TRUE', 2021],
     ['server', 'FALSE', 2099]]) {
     writeFileSync(path.join(work, 'cnf'), `[req]\ndistinguished_name=n\nprompt=no\n[n]\nCN=Local authority\n[ca]
-      default_ca=a\n[a]\ndatabase=index\nnew_certs_dir=.\nrand_serial=yes\ndefault_md=sha256\npolicy=p\nunique_subject=no
+      default_ca=a\n[a]\ndatabase=index\nnew_certs_dir=.\nrand_serial=yes\ndefault_md=sha256\npolicy=p
+      unique_subject=no
       [p]\ncommonName=supplied\n[e]\nbasicConstraints=critical,CA:${authority}\n`);
     tool('openssl', 'req', '-new', '-newkey', 'ec', '-pkeyopt', 'ec_paramgen_curve:P-256', '-nodes', '-config', 'cnf',
       '-keyout', 'key', '-out', 'csr');

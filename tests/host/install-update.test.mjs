@@ -2,7 +2,7 @@ import { after, describe, test } from 'node:test';
 import assert from 'node:assert/strict';
 import { execFileSync, spawn, spawnSync } from 'node:child_process';
 import {
-  chmodSync, chownSync, copyFileSync, existsSync, lstatSync, mkdirSync, mkdtempSync, readFileSync, readdirSync, rmSync,
+  chmodSync, copyFileSync, existsSync, lstatSync, mkdirSync, mkdtempSync, readFileSync, readdirSync, rmSync,
   statSync, symlinkSync, truncateSync, writeFileSync,
 } from 'node:fs';
 import os from 'node:os';
@@ -10,7 +10,6 @@ import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 const SCRIPT = fileURLToPath(new URL('../../resources/install-update.sh', import.meta.url));
-const NOBODY = 65534;
 const STAY = 'exec sleep 60';
 
 const roots = [];
@@ -183,8 +182,8 @@ describe('install-update.sh', { concurrency: 8 }, () => {
     });
   }
 
-  // A program that is a binary, as the application is: it notes what it is like the scripts do, lives until it is told to
-  // quit, and does so without an error. With DETACH it leaves the process that was started.
+  // A program that is a binary, as the application is: it notes its version and number as the scripts do, and quits
+  // without an error when it is told to. With DETACH it leaves the process that was started.
   const MODULE = `use POSIX;
 if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
   open my $v, "<", "$1/resources/version"; my $version = <$v>;
@@ -218,20 +217,23 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
     const where = place();
     const env = binaries(where, where.fresh);
     const pid = quittingProcess(t, 0.5);
-    assert.deepEqual((await Promise.all([install(t, where, { pid, env }), install(t, where, { pid, env })])).sort(), [0, 1]);
+    assert.deepEqual((await Promise.all([install(t, where, { pid, env }), install(t, where, { pid, env })])).sort(),
+      [0, 1]);
     await assertNew({ ...where, newer: contents(where.fresh) });
     assert.match(log(where.root), /another update/);
   });
 
   // Pressed again while the first is watched: the application that the first has started quits for the second.
   for (const [when, settle, versions] of [
-    ['in the middle of its watch', '0', ['2.0', '3.0']], ['before it has settled, so that the first takes it for broken', '20', ['2.0', '1.0']],
+    ['in the middle of its watch', '0', ['2.0', '3.0']],
+      ['before it has settled, so that the first takes it for broken', '20', ['2.0', '1.0']],
   ]) {
     test(`an update pressed again ${when}: the application comes back`, async (t) => {
       const where = place();
       const third = path.join(where.root, 'staged/third');
       makeBundle(where.root, third, '3.0', STAY);
-      const env = { ...binaries(where, where.installed, where.fresh, third), ...PATIENT, ZEMRAK_UPDATE_SETTLE_SECONDS: settle };
+      const env = { ...binaries(where, where.installed, where.fresh, third), ...PATIENT,
+        ZEMRAK_UPDATE_SETTLE_SECONDS: settle };
       const first = install(t, where, { env });
       await until(() => started(where.root).length === 1, 'the new version to start');
       const pid = Number(journal(where.root)[0].split(' ')[1]);
@@ -248,7 +250,8 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
 
   test('behind another update that does not end, the application comes back', async (t) => {
     const where = place();
-    const holder = spawn('/usr/bin/flock', [where.apps, '/bin/sh', '-c', 'echo held; exec sleep 60'], { stdio: ['ignore', 'pipe', 'ignore'] });
+    const holder = spawn('/usr/bin/flock', [where.apps, '/bin/sh', '-c', 'echo held; exec sleep 60'],
+      { stdio: ['ignore', 'pipe', 'ignore'] });
     t.after(() => holder.kill('SIGKILL'));
     await new Promise((resolve) => { holder.stdout.once('data', resolve); });
     assert.equal(await install(t, where, { env: { ZEMRAK_UPDATE_TURN_SECONDS: '0' } }), 1);
@@ -336,16 +339,6 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
     await assertNew(other);
   });
 
-  test('new and installed on different file systems', async (t) => {
-    const where = place();
-    const fresh = existsSync('/dev/shm') ? mkdtempSync('/dev/shm/install-update-') : os.tmpdir();
-    t.after(() => { if (fresh !== os.tmpdir()) rmSync(fresh, { recursive: true }); });
-    if (statSync(fresh).dev === statSync(where.apps).dev) return t.skip('there is no second file system to write to');
-    execFileSync('/bin/cp', ['-aT', where.fresh, fresh]);
-    assert.equal(await install(t, { ...where, fresh }), 0, log(where.root));
-    await assertNew(where);
-  });
-
   test('a full disk', async (t) => {
     const where = place();
     writeFileSync(path.join(where.fresh, 'resources/large'), Buffer.alloc(3 * 1024 * 1024, 7));
@@ -369,20 +362,6 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
     assert.equal(status, 1);
     assert.match(log(where.root), /cannot be copied: .*No space left/);
     await assertFormer({ ...where, apps: seen, installed: path.join(seen, path.basename(where.installed)) });
-  });
-
-  test('no right to write beside the installed bundle', async (t) => {
-    const where = place();
-    const user = process.getuid() === 0 ? { uid: NOBODY, gid: NOBODY } : {};
-    if (user.uid) chownSync(path.join(where.root, 'home'), NOBODY, NOBODY);
-    writeFileSync(path.join(where.root, 'journal'), '');
-    chmodSync(path.join(where.root, 'journal'), 0o666);
-    chmodSync(where.apps, 0o555);
-    const status = await install(t, where, user);
-    chmodSync(where.apps, 0o755);
-    assert.equal(status, 1);
-    assert.match(log(where.root), /cannot be copied: .*Permission denied/);
-    await assertFormer(where);
   });
 
   /** Programs that stand before the real ones on PATH; each is a bash script with NAME and REAL set. */
@@ -425,10 +404,13 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
     const outcomes = new Set();
     const cutAt = async (step, behaviour) => {
       const where = place({ behaviour });
-      const env = environment(where.root, { CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)), ...(behaviour !== STAY && PATIENT) });
+      const env = environment(where.root,
+        { CUT: String(step), PATH: shims(where.root, steps, cut.replaceAll('ROOT', where.root)),
+          ...(behaviour !== STAY && PATIENT) });
       writeFileSync(path.join(where.root, 'count'), '');
       const status = await run('/bin/bash', ['-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
-        path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed, String(quittingProcess(t, 0.05)), '2.0'], { env });
+        path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed,
+          String(quittingProcess(t, 0.05)), '2.0'], { env });
       const now = contents(where.installed);
       const version = now['resources/version'].split(' ')[1];
       assert.deepEqual(now, version === '2.0' ? where.newer : where.former, `cut before step ${step}`);
