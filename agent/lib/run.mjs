@@ -4,7 +4,7 @@ import { endBy } from './system/forced-end.mjs';
 const EX_CONFIG = 78;
 // Milliseconds. The companion asks the kernel to tell of its own end at once; who else starts the service may not.
 const PARENT_CHECK_MS = 1000;
-// Last resorts when something refuses to end, after the request to stop: with the check above, gone within three seconds.
+// Last resorts when something refuses to end, after the request to stop: gone within three seconds, with the above.
 const FORCED_EXIT_MS = 1800;
 const KILL_MS = 1950;
 

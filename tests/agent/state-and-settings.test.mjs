@@ -15,8 +15,8 @@ test('a fresh service has every key of the state, private files and one printer'
   const state = await service.state();
   assert.deepEqual(types(state), {
     version: 'string', httpPort: 'number', httpsPort: 'number', tls: 'boolean', printers: 'list', pairedSites: 'list',
-      recentJobs: 'list',
-    allowedOrigins: 'list', defaultOrigins: 'list', autoApprovePairing: 'boolean', alertsUnread: 'number',
+    recentJobs: 'list', allowedOrigins: 'list', defaultOrigins: 'list', autoApprovePairing: 'boolean',
+    alertsUnread: 'number', askedOrigins: 'list',
   });
   assert.equal(state.httpPort, service.port);
   assert.equal(state.tls, false);

@@ -1,5 +1,6 @@
 import { ApiError } from '../api-error.mjs';
 
+const JSON_TYPE = 'application/json; charset=utf-8';
 // How long an answer waits for the rest of a body that nobody wants (milliseconds).
 const LINGER_MS = 1000;
 
@@ -20,7 +21,7 @@ export function respond(request, response, { status, body, headers }) {
   const bytes = Buffer.from(body === undefined ? '' : JSON.stringify(body), 'utf8');
   const unread = !request.complete;
   response.writeHead(status, {
-    ...(body === undefined ? {} : { 'Content-Type': 'application/json; charset=utf-8', 'Content-Length': bytes.length }),
+    ...(body === undefined ? {} : { 'Content-Type': JSON_TYPE, 'Content-Length': bytes.length }),
     'Cache-Control': 'no-store',
     'X-Content-Type-Options': 'nosniff',
     ...(unread ? { Connection: 'close' } : {}),
@@ -43,7 +44,7 @@ const BROKEN = {
 
 /**
  * Answers what is no request, and closes the connection.
- * @param {{ code?: string, rawPacket?: Buffer }} error
+ * @param {Error & { code?: string, rawPacket?: Buffer } | { code: string, rawPacket?: undefined }} error
  * @param {import('node:net').Socket} socket
  * @param {(origin: string) => boolean} mayRead whether pages of this origin may see the answer
  */
@@ -56,6 +57,6 @@ export function refuseBroken(error, socket, mayRead) {
   const body = JSON.stringify(new ApiError(status, code, 'الطلب غير صالح.').body);
   const origin = /\r\norigin: *([^\s]+)\r\n/i.exec(error.rawPacket?.toString('latin1') ?? '')?.[1];
   const cors = origin && mayRead(origin) ? `Access-Control-Allow-Origin: ${origin}\r\nVary: Origin\r\n` : '';
-  socket.end(`HTTP/1.1 ${status} ${phrase}\r\nContent-Type: application/json; charset=utf-8\r\n${cors}`
+  socket.end(`HTTP/1.1 ${status} ${phrase}\r\nContent-Type: ${JSON_TYPE}\r\n${cors}`
     + `Content-Length: ${Buffer.byteLength(body)}\r\nConnection: close\r\n\r\n${body}`);
 }

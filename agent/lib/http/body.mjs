@@ -2,7 +2,10 @@ import { ApiError } from '../api-error.mjs';
 import { isObject } from '../validate.mjs';
 import { splitData } from './split-data.mjs';
 
-/** Largest bodies in bytes: of most requests, of pairing, of a receipt of the designer (its longest in Arabic has 1.2 MB). */
+/**
+ * Largest bodies in bytes: of most requests, of pairing, of a receipt of the designer (its longest in Arabic
+ * has 1.2 MB).
+ */
 export const BODY_BYTES = 1024 * 1024;
 export const ADMIN_BODY_BYTES = BODY_BYTES;
 export const SMALL_BODY_BYTES = 16 * 1024;
@@ -57,6 +60,7 @@ export async function readJobBody(request) {
 function readBytes(request, limit, patienceMs) {
   if (Number(request.headers['content-length'] ?? 0) > limit) throw tooLarge();
   return new Promise((resolve, reject) => {
+    /** @type {Buffer[] | null} */
     let chunks = [];
     let size = 0;
     const settle = (call, value) => {
@@ -72,7 +76,7 @@ function readBytes(request, limit, patienceMs) {
       held += chunk.length;
       if (size > limit) return settle(reject, tooLarge());
       if (held > HELD_BYTES) return settle(reject, busy());
-      chunks.push(chunk);
+      chunks?.push(chunk);
     };
     const timer = setTimeout(() => settle(reject, tooSlow()), patienceMs);
     request.on('data', onData);

@@ -9,7 +9,8 @@ export const LIMITS = Object.freeze({ most: 600, late: 100, crowd: 300, peer: 12
 
 /**
  * Milliseconds. A browser that asks the person for leave holds a connection on which it has sent nothing for as long;
- * `silent` outlasts its question. `late` holds in place of it when there are too many; `head` is for a request's header.
+ * `silent` outlasts its question. `late` holds in place of it when there are too many; `head` is for a request's
+ * header.
  */
 export const PATIENCE = Object.freeze({ silent: 75_000, late: 2000, head: 10_000 });
 
@@ -40,7 +41,10 @@ export class Connections {
   #thinnedAt = -Infinity;
   #isThinning = false;
 
-  /** @param {{ log: object, onSlowHead: (socket: object) => void }} parts onSlowHead = answers and closes the connection */
+  /**
+   * @param {{ log: import('../log.mjs').Log, onSlowHead: (socket: import('node:net').Socket) => void }} parts
+   *   onSlowHead = answers and closes the connection
+   */
   constructor({ log, onSlowHead }) {
     this.#log = log;
     this.#onSlowHead = onSlowHead;
@@ -49,6 +53,7 @@ export class Connections {
   /** Takes a new connection in; one whose encryption is still to be agreed on is taken in again once that is done. */
   add(socket, { isEncrypted = false, isAgreed = false } = {}) {
     const key = keyOf(socket);
+    /** @type {Connection} */
     const connection = (isAgreed && this.#all.get(key))
       || { socket, open: 0, isInHead: false, isOwn: false, isLate: this.#strangers().length >= LIMITS.most };
     connection.socket = socket;
@@ -93,7 +98,7 @@ export class Connections {
     }
   }
 
-  /** Waits before a refusal is answered where very many are: a program that asks in a loop has the time of one that does not. */
+  /** Waits before a refusal is answered where very many are: who asks in a loop takes no more time than others. */
   async pace() {
     const now = performance.now();
     if (now - this.#refusals.since > PACE_MS) this.#refusals = { since: now, count: 0 };
@@ -117,7 +122,10 @@ export class Connections {
       this.#patiently(connection, PATIENCE.head, () => this.#onSlowHead(connection.socket));
     }
     let requests = 0;
-    for (let at = -1; requests <= LIMITS.unanswered && (at = chunk.indexOf(HEAD_END, at + 1)) >= 0;) requests += 1;
+    for (let at = chunk.indexOf(HEAD_END); at >= 0; at = chunk.indexOf(HEAD_END, at + 4)) {
+      requests += 1;
+      if (requests > LIMITS.unanswered) break;
+    }
     if (requests <= LIMITS.unanswered) return;
     // Hundreds of requests in one piece would each be parsed at once: nothing the parser understands is left of them.
     chunk.fill(0);
@@ -151,7 +159,8 @@ export class Connections {
     for (const [name, connections] of held) {
       const surplus = connections.reverse().sort((one, other) => one.open - other.open).slice(0, -LIMITS.peer);
       for (const { socket } of surplus) socket.destroy();
-      if (surplus.length > 0) this.#log.warn(`${surplus.length} of ${connections.length} connections of ${name} closed: too many`);
+      const counts = `${surplus.length} of ${connections.length}`;
+      if (surplus.length > 0) this.#log.warn(`${counts} connections of ${name} closed: too many`);
     }
   }
 }

@@ -51,32 +51,29 @@ export async function openListener(options) {
 }
 
 async function openBoth(options) {
-  const servers = [];
-  let { port } = options;
+  const [first, second] = LOOPBACK.map(() => makeServer(options));
+  const servers = [first];
+  await listen(first, options.port, LOOPBACK[0]);
+  const { port } = /** @type {import('node:net').AddressInfo} */ (first.address());
   try {
-    for (const host of LOOPBACK) {
-      const server = makeServer(options, () => port);
-      try {
-        await listen(server, { port, host, exclusive: true });
-      } catch (error) {
-        if (NO_IPV6.includes(error.code) && servers.length > 0) continue;
-        throw error;
-      }
-      ({ port } = server.address());
-      servers.push(server);
-    }
+    await listen(second, port, LOOPBACK[1]);
+    servers.push(second);
   } catch (error) {
-    for (const server of servers) server.close();
-    throw error;
+    if (!NO_IPV6.includes(error.code)) {
+      first.close();
+      throw error;
+    }
   }
   return {
     port,
-    renew: (fresh) => servers.forEach((server) => server.setSecureContext({ ...TLS, ...fresh })),
-    close: () => Promise.all(servers.map(close)),
+    renew: (fresh) => {
+      for (const each of servers) /** @type {https.Server} */ (each).setSecureContext({ ...TLS, ...fresh });
+    },
+    close: async () => { await Promise.all(servers.map(close)); },
   };
 }
 
-function makeServer({ tls, answer, connections, mayRead, log }, port) {
+function makeServer({ tls, answer, connections, mayRead, log }) {
   const server = tls ? https.createServer({ ...LIMITS, ...TLS, ...tls }) : http.createServer(LIMITS);
   server.timeout = IDLE_MS;
   server.on('connection', (socket) => connections.add(socket, { isEncrypted: Boolean(tls) }));
@@ -85,16 +82,18 @@ function makeServer({ tls, answer, connections, mayRead, log }, port) {
     const connection = connections.begin(request, response);
     request.on('error', () => {});
     response.on('error', () => {});
-    if (connection) void serve(request, response, connection, { answer, connections, port: port(), log });
+    const port = request.socket.localPort;
+    if (connection) void serve(request, response, connection, { answer, connections, port, log });
   });
-  server.on('clientError', (error, socket) => refuseBroken(error, socket, mayRead));
+  server.on('clientError', (error, socket) => refuseBroken(error, /** @type {any} */ (socket), mayRead));
   return server;
 }
 
-function listen(server, where) {
+/** @returns {Promise<void>} */
+function listen(server, port, host) {
   return new Promise((resolve, reject) => {
     server.once('error', reject);
-    server.listen(where, () => {
+    server.listen({ port, host, exclusive: true }, () => {
       server.off('error', reject);
       // What an accepted connection may meet later is that connection's own affair.
       server.on('error', () => {});

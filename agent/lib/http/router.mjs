@@ -1,6 +1,7 @@
 import { ApiError } from '../api-error.mjs';
 import { isOwnHost } from './host-header.mjs';
 
+const badHost = () => new ApiError(421, 'bad_host', 'العنوان المسموح هو 127.0.0.1 أو localhost فقط.');
 const notFound = () => new ApiError(404, 'not_found', 'لا يوجد شيء في هذا المسار.');
 
 /**
@@ -13,11 +14,11 @@ export class Router {
 
   /**
    * @param {string} prefix such as "/admin/"
-   * @param {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} guard throws an
-   *   ApiError to refuse; may add headers that every answer gets, also those of errors
+   * @param {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} guard
+   *   throws an ApiError to refuse; may add headers that every answer gets, also those of errors
    * @param {Record<string, (call: { request: object, signal: AbortSignal, params: Record<string, string>,
-   *   query: URLSearchParams }) => Promise<object> | object>} routes by "METHOD /path"; a segment ":name" stands for any one
-   *   segment
+   *   query: URLSearchParams }) => Promise<object> | object>} routes by "METHOD /path"; a segment ":name" stands for
+   *   any one segment
    * @param {{ isOwn?: boolean }} how isOwn = only the companion gets past the guard
    */
   group(prefix, guard, routes, { isOwn = false } = {}) {
@@ -35,15 +36,16 @@ export class Router {
   /**
    * Answers one request.
    * @param {import('node:http').IncomingMessage} request
-   * @param {{ port: number, signal: AbortSignal, headers?: Record<string, string>, admit?: (isOwn: boolean) => void }} context
+   * @param {{ port: number, signal: AbortSignal, headers?: Record<string, string>,
+   *   admit?: (isOwn: boolean) => void }} context
    *   port = the listener's; signal = the client has gone; headers = gets what every answer to this request must carry;
    *   admit = told who asks, before anything is done for them; may throw
    * @returns {Promise<{ status: number, body?: object, headers: Record<string, string> }>} no body with 204
    * @throws {ApiError}
    */
   async answer(request, { port, signal, headers: shared = {}, admit }) {
-    if (!isOwnHost(request.rawHeaders, port)) throw new ApiError(421, 'bad_host', 'العنوان المسموح هو 127.0.0.1 أو localhost فقط.');
-    const [path, search = ''] = request.url.split(/\?(.*)/s, 2);
+    if (!isOwnHost(request.rawHeaders, port)) throw badHost();
+    const [path, search = ''] = (request.url ?? '').split(/\?(.*)/s, 2);
     const group = this.#groups.find(({ prefix }) => path.startsWith(prefix));
     group?.guard(request, shared);
     admit?.(group?.isOwn ?? false);
@@ -54,7 +56,8 @@ export class Router {
     const { methods } = found;
     const handler = methods.get(request.method);
     if (!handler) {
-      throw new ApiError(405, 'method_not_allowed', 'طريقة الطلب غير مسموحة هنا.', { Allow: [...methods.keys()].join(', ') });
+      const allowed = [...methods.keys()].join(', ');
+      throw new ApiError(405, 'method_not_allowed', 'طريقة الطلب غير مسموحة هنا.', { Allow: allowed });
     }
     const query = new URLSearchParams(search);
     const { status = 200, body, headers = {} } = await handler({ request, signal, params: found.params, query });
@@ -69,7 +72,8 @@ function lookUp({ paths, patterns }, path) {
   const fits = (name, index) => name === given[index] || (name.startsWith(':') && given[index] !== '');
   for (const { names, methods } of patterns) {
     if (names.length !== given.length || !names.every(fits)) continue;
-    const places = names.flatMap((name, index) => (name.startsWith(':') ? [[name.slice(1), decode(given[index])]] : []));
+    const place = (name, index) => (name.startsWith(':') ? [[name.slice(1), decode(given[index])]] : []);
+    const places = names.flatMap(place);
     return places.some(([, value]) => value === null) ? null : { methods, params: Object.fromEntries(places) };
   }
   return null;

@@ -7,17 +7,17 @@ const LONG = 64 * 1024;
 const MOST_KEYS = 1000;
 
 /**
- * Takes the long text of the key `data` out of a JSON document without parsing the document, as that would make millions
- * of values of a hostile one. Where the key stands is for the caller to see: the text is replaced by a mark.
+ * Takes the long text of the key `data` out of a JSON document without parsing the document, as that would make
+ * millions of values of a hostile one. Where the key stands is for the caller to see: the text is replaced by a mark.
  * @param {Buffer} bytes
- * @returns {{ rest: Buffer, mark: string, literal: Buffer } | null} literal = the text with its quotation marks; null when
- *   there is no such text of 64 kB or more
+ * @returns {{ rest: Buffer, mark: string, literal: Buffer } | null} literal = the text with its quotation marks; null
+ *   when there is no such text of 64 kB or more
  */
 export function splitData(bytes) {
   // A quotation mark inside a text has a backslash before it: this is a key, or a whole text of its own.
   let at = bytes.indexOf('"data"');
   for (let keys = 0; at >= 0 && keys < MOST_KEYS; keys += 1, at = bytes.indexOf('"data"', at + 6)) {
-    const [blank] = /^\s*:\s*/.exec(bytes.latin1Slice(at + 6, at + 70)) ?? [''];
+    const [blank] = /^\s*:\s*/.exec(bytes.toString('latin1', at + 6, at + 70)) ?? [''];
     const begin = at + 6 + blank.length;
     if (blank === '' || bytes[begin] !== QUOTE) continue;
     const end = endOfText(bytes, begin);

@@ -2,13 +2,13 @@ import { ApiError } from '../api-error.mjs';
 import { DEFAULT_ORIGINS } from '../sites/origins.mjs';
 
 const PREFLIGHT_SECONDS = '600';
-// Browsers ask for leave before a page may reach a local address; the first name is today's, the second its successor's.
+// Browsers ask for leave before a page may reach a local address: today's name for it, and its successor's.
 const LOCAL_ACCESS = { 'private-network': 'Private-Network', 'local-network': 'Local-Network' };
 
 /**
- * Guard of the sites' commands: lets nobody in but the origins on the list, and answers them by their exact name. Pages of
- * other sites may read that they are not on it, and nothing else: a browser's question before a request is answered alike,
- * whatever it is about. A browser alone cannot make up an Origin; other programs on this computer must know one.
+ * Guard of the sites' commands: lets nobody in but the origins on the list, and answers them by their exact name. Pages
+ * of other sites may read that they are not on it, and nothing else: a browser's question before a request is answered
+ * alike, whatever it is about. A browser alone cannot make up an Origin; other programs on this computer must know one.
  * @param {import('../store/settings.mjs').Settings} settings
  * @param {import('../sites/asked-sites.mjs').AskedSites} asked gets the sites that are turned away
  * @returns {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void}
@@ -63,5 +63,6 @@ export function bearerToken({ authorization }) {
 
 /** 401: no token, or one that does not stand for this origin any more. */
 export function unauthorized() {
-  return new ApiError(401, 'unauthorized', 'رمز الاقتران مفقود أو انتهى. اقترن من جديد.', { 'WWW-Authenticate': 'Bearer' });
+  const headers = { 'WWW-Authenticate': 'Bearer' };
+  return new ApiError(401, 'unauthorized', 'رمز الاقتران مفقود أو انتهى. اقترن من جديد.', headers);
 }

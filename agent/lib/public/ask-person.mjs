@@ -44,7 +44,7 @@ export function personAsker(env = process.env, { seenMs = SEEN_MS } = {}) {
 function ask({ file, args, read, lastSignal }, timeoutMs, signal) {
   return new Promise((resolve) => {
     if (signal.aborted || timeoutMs <= 0) return void resolve('unanswered');
-    const child = startProgram(file, args, { stdio: ['ignore', 'pipe', 'ignore'], lastSignal });
+    const child = /** @type {any} */ (startProgram(file, args, { stdio: ['ignore', 'pipe', 'ignore'], lastSignal }));
     if (!child) return void resolve('unavailable');
     let output = '';
     let isOver = false;

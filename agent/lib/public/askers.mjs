@@ -25,7 +25,10 @@ export async function askers(env, lines) {
     hasScreen ? zenity(lines) : null,
     hasScreen ? kdialog(lines) : null,
   ];
-  return usable.filter(Boolean).map((each) => ({ ...each, file: findProgram(each.name, env) })).filter(({ file }) => file);
+  return usable.flatMap((each) => {
+    const file = each && findProgram(each.name, env);
+    return file ? [{ ...each, file }] : [];
+  });
 }
 
 // libnotify's program turns \n, \t and \101 into other characters, kdialog the first.
@@ -33,22 +36,26 @@ const escapeBackslashes = (text) => text.replaceAll('\\', '\\\\');
 const escapeMarkup = (text) => text.replaceAll('&', '&amp;').replaceAll('<', '&lt;').replaceAll('>', '&gt;');
 const pressed = (output) => (/^allow$/m.test(output) ? 'allow' : /^deny$/m.test(output) ? 'deny' : 'dismissed');
 
-/** Of libnotify. The text is markup to servers that say so, and shown as it is by others. */
+/** @typedef {Omit<Asker, 'file'> & { name: string }} Kind */
+
+/** Of libnotify. The text is markup to servers that say so, and shown as it is by others. @returns {Kind} */
 export function notifySend(lines, isMarkup) {
   const text = escapeBackslashes(lines.join('\n'));
   return {
     name: 'notify-send',
     // Critical ones stay on the screen until they are answered.
-    args: ['-a', 'Zemrak Printer', '-u', 'critical', '--wait', '--action', `allow=${ALLOW}`, '--action', `deny=${DENY}`, '--',
-      TITLE, isMarkup ? escapeMarkup(text) : text],
+    args: ['-a', 'Zemrak Printer', '-u', 'critical', '--wait', '--action', `allow=${ALLOW}`,
+      '--action', `deny=${DENY}`, '--', TITLE, isMarkup ? escapeMarkup(text) : text],
     lastSignal: 'INT',
     read: (status, output) => (status === 0 ? pressed(output) : 'unavailable'),
   };
 }
 
 /**
- * Told that the text is no markup, it takes backslashes as they are as well. Its own two buttons cannot be told from closing it. The first of ours has the keyboard: Enter, with which every barcode
- * that is read ends, must answer nothing.
+ * Told that the text is no markup, it takes backslashes as they are as well. Its own two buttons cannot be told from
+ * closing it. The first of ours has the keyboard: Enter, with which every barcode that is read ends, must answer
+ * nothing.
+ * @returns {Kind}
  */
 export function zenity(lines) {
   return {
@@ -63,7 +70,10 @@ export function zenity(lines) {
   };
 }
 
-/** It guesses whether a text is markup: made to be sure. Its third button is what closing it counts as. */
+/**
+ * It guesses whether a text is markup: made to be sure. Its third button is what closing it counts as.
+ * @returns {Kind}
+ */
 export function kdialog(lines) {
   return {
     name: 'kdialog',
@@ -78,7 +88,7 @@ export function kdialog(lines) {
 async function notificationCapabilities(gdbus) {
   if (!gdbus) return DEFAULT_CAPABILITIES;
   const path = `/${BUS_NAME.replaceAll('.', '/')}`;
-  const args = ['call', '--session', '--timeout', '3', '--dest', BUS_NAME, '--object-path', path, '--method', `${BUS_NAME}.GetCapabilities`];
-  const { status, stdout } = await runProgram(gdbus, args);
+  const where = ['--dest', BUS_NAME, '--object-path', path, '--method', `${BUS_NAME}.GetCapabilities`];
+  const { status, stdout } = await runProgram(gdbus, ['call', '--session', '--timeout', '3', ...where]);
   return status === 0 ? [...stdout.matchAll(/'([^']*)'/g)].map(([, name]) => name) : [];
 }

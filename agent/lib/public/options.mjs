@@ -26,8 +26,8 @@ const CHECKS = {
 
 /**
  * Checks a job's options.
- * @param {unknown} given undefined = none
- * @returns {object} the same ones
+ * @param {any} given undefined = none
+ * @returns {Record<string, any>} the same ones
  * @throws {ApiError} 400 invalid_options, naming the option
  */
 export function checkOptions(given = {}) {
@@ -45,7 +45,7 @@ export function invalidOptions(key) {
 
 /**
  * Dots in a line: as the job says, as the printer is set, as 80 mm paper has.
- * @param {object} options checked
+ * @param {Record<string, any>} options checked
  * @param {{ dots?: number }} profile
  */
 export function dotsOf({ dots, paperWidthMm }, profile) {

@@ -3,8 +3,8 @@ import { isAllowed, originNotAllowed } from './access.mjs';
 import { RateLimit, retryAfter } from './rate-limit.mjs';
 
 /**
- * Milliseconds: the person has to answer within `ask`; a site whose question was refused, or came to nothing, may not ask
- * again for `cooldown`; one user's programs must not use up another's questions, and ask once in `others`.
+ * Milliseconds: the person has to answer within `ask`; a site whose question was refused, or came to nothing, may not
+ * ask again for `cooldown`; one user's programs must not use up another's questions, and ask once in `others`.
  */
 export const TIMES = Object.freeze({ ask: 60_000, cooldown: 30_000, others: 300_000 });
 
@@ -21,15 +21,18 @@ const MESSAGES = {
   refused: 'رُفض الاقتران قبل قليل أو لم يُجب عليه أحد. انتظر 30 ثانية ثم حاول.',
 };
 
-/** @typedef {{ name: string, number?: string, token: string | null, signal: AbortSignal,
+/**
+ * @typedef {{ name: string, number?: string, token: string | null, signal: AbortSignal,
  *   peer: () => Promise<import('../system/peers.mjs').Peer | null> }} PairRequest
- *   number = what the page shows, for the person to compare; token = one that stands, to be renewed; peer = who sent it */
+ *   number = what the page shows, for the person to compare; token = one that stands, to be renewed; peer = who sent it
+ */
 
 /** Gives sites their tokens, once the person at the computer has said yes: one question for one request. */
 export class Pairing {
   #parts;
   #times;
   #now;
+  /** @type {AbortController | null} */
   #standing = null;
   #questions;
   #unasked;
@@ -70,6 +73,7 @@ export class Pairing {
   /** Takes the question off the screen. */
   stop() { this.#standing?.abort(); }
 
+  /** @param {string} origin @param {PairRequest} request */
   async #approve(origin, { name, number, peer: findPeer, signal }) {
     if (this.#standing) throw cooldown('standing', this.#times.cooldown / 10);
     if (this.#questions.wait('') > 0) throw cooldown('many', this.#questions.wait(''));
@@ -83,7 +87,8 @@ export class Pairing {
       const peer = await findPeer();
       const names = peer?.isOtherUser ? [`${origin} ${peer.userId}`, 'others'] : [origin];
       this.#checkWait(names);
-      const answer = await this.#parts.ask({ origin, name, number, peer, timeoutMs: this.#times.ask, signal: standing.signal });
+      const question = { origin, name, number, peer };
+      const answer = await this.#parts.ask({ ...question, timeoutMs: this.#times.ask, signal: standing.signal });
       this.#judge(answer, { origin, names, isAbandoned: standing.signal.aborted });
     } finally {
       this.#standing = null;
@@ -91,7 +96,8 @@ export class Pairing {
     }
   }
 
-  #judge(answer, { origin, names: [name, others], isAbandoned }) {
+  #judge(answer, { origin, names, isAbandoned }) {
+    const [name, others] = names;
     if (answer === 'unavailable') {
       const message = 'تعذر عرض طلب الاقتران على هذا الجهاز. فعّل الموافقة التلقائية من إعدادات البرنامج.';
       throw new ApiError(503, 'pairing_unavailable', message);

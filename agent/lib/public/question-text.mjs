@@ -28,7 +28,8 @@ export function questionText({ origin, name, number, peer }) {
 }
 
 function whoAsks(site, peer) {
-  if (!peer || (peer.isBrowser && !peer.isOtherUser)) return `يطلب الموقع ${site}${peer ? ` في المتصفح ${isolated(shown(peer.program))}` : ''}`;
+  if (!peer) return `يطلب الموقع ${site}`;
+  if (peer.isBrowser && !peer.isOtherUser) return `يطلب الموقع ${site} في المتصفح ${isolated(shown(peer.program))}`;
   const program = peer.program ? `البرنامج ${isolated(shown(peer.program))}` : 'برنامج غير معروف';
   return `يطلب ${program} للمستخدم ${isolated(shown(peer.user))} باسم الموقع ${site}`;
 }

@@ -14,7 +14,9 @@ export class RateLimit {
   #message;
   #now;
 
-  /** @param {{ most?: number, message?: string, now?: () => number }} how now = milliseconds of a clock that nobody sets */
+  /**
+   * @param {{ most?: number, message?: string, now?: () => number }} how now = milliseconds of a clock that nobody sets
+   */
   constructor({ most = MAX_REQUESTS, message = TOO_MANY, now = () => performance.now() } = {}) {
     this.#most = most;
     this.#message = message;
@@ -31,7 +33,8 @@ export class RateLimit {
   count(name) {
     const recent = this.#recent(name);
     // Names come and go.
-    if (recent.length === 0) for (const each of this.#times.keys()) if (this.#recent(each).length === 0) this.#times.delete(each);
+    const idle = recent.length === 0 ? [...this.#times.keys()].filter((each) => this.#recent(each).length === 0) : [];
+    for (const each of idle) this.#times.delete(each);
     this.#times.set(name, [...recent, this.#now()]);
   }
 

@@ -19,7 +19,7 @@ export const MAX_WAIT_MS = 25_000;
 
 /**
  * The sites' commands, by method and path.
- * @param {object} service see service.mjs
+ * @param {any} service the parts of service.mjs
  */
 export function publicRoutes(service) {
   const { printers, jobs, siteJobs, pairing, pairings, rateLimit, listeners } = service;
@@ -52,13 +52,15 @@ export function publicRoutes(service) {
     'GET /v1/hello': ({ request: { headers } }) => ({
       body: {
         service: 'zemrak-local-print', version: VERSION, platform: process.platform,
-        paired: pairings.isPaired(headers.origin), httpPort: listeners.httpPort, httpsPort: listeners.tls ? listeners.httpsPort : null,
+        paired: pairings.isPaired(headers.origin),
+        httpPort: listeners.httpPort, httpsPort: listeners.tls ? listeners.httpsPort : null,
       },
     }),
 
     'POST /v1/pair': async ({ request, signal }) => {
       const { origin } = request.headers;
-      const { clientName: name = new URL(origin).host, number } = await readSmall(request);
+      const body = /** @type {Record<string, any>} */ (await readSmall(request));
+      const { clientName: name = new URL(origin).host, number } = body;
       if (!isShownText(name)) throw invalidRequest('قيمة clientName غير صالحة.');
       if (number !== undefined && !isNumber(number)) throw invalidRequest('قيمة number غير صالحة.');
       const shown = bearerToken(request.headers);
@@ -86,7 +88,8 @@ export function publicRoutes(service) {
     'GET /v1/jobs': paired(async ({ origin, query, signal }) => {
       const ids = (query.get('ids') ?? '').split(',').filter(Boolean);
       const after = (query.get('after') ?? '').split(',').filter(Boolean);
-      if (ids.length === 0 || ids.length > MAX_FOLLOWED || new Set(ids).size < ids.length) throw invalidRequest('قيمة ids غير صالحة.');
+      const areGood = ids.length > 0 && ids.length <= MAX_FOLLOWED && new Set(ids).size === ids.length;
+      if (!areGood) throw invalidRequest('قيمة ids غير صالحة.');
       if (after.length !== 0 && after.length !== ids.length) throw invalidRequest('قيمة after غير صالحة.');
       const revisions = after.map((each) => whole(each, 'after'));
       const jobsNow = await siteJobs.followAll(origin, ids, { after: revisions, waitMs: waitOf(query), signal });
@@ -95,13 +98,20 @@ export function publicRoutes(service) {
 
     'GET /v1/jobs/:id': paired(async ({ origin, params, query, signal }) => {
       const after = query.get('after') ? whole(query.get('after'), 'after') : undefined;
-      return { body: { job: jobView(await siteJobs.follow(origin, params.id, { after, waitMs: waitOf(query), signal })) } };
+      const job = await siteJobs.follow(origin, params.id, { after, waitMs: waitOf(query), signal });
+      return { body: { job: jobView(job) } };
     }),
 
-    'DELETE /v1/jobs/:id': paired(({ origin, params }) => ({ body: { job: jobView(siteJobs.cancel(origin, params.id)) } })),
+    'DELETE /v1/jobs/:id': paired(({ origin, params }) => (
+      { body: { job: jobView(siteJobs.cancel(origin, params.id)) } }
+    )),
   });
 }
 
+const tooManyOpen = () => {
+  const message = 'طلبات كثيرة من هذا الموقع لم تكتمل بعد.';
+  return new ApiError(429, 'rate_limited', message, retryAfter(1000));
+};
 const readSmall = (request) => readJsonBody(request, SMALL_BODY_BYTES);
 const isNumber = (value) => typeof value === 'string' && /^\d{2,6}$/.test(value);
 
@@ -111,7 +121,7 @@ function bounded(routes) {
   const counted = (handler) => async (call) => {
     const { origin } = call.request.headers;
     const others = open.get(origin) ?? 0;
-    if (others >= MAX_OPEN) throw new ApiError(429, 'rate_limited', 'طلبات كثيرة من هذا الموقع لم تكتمل بعد.', retryAfter(1000));
+    if (others >= MAX_OPEN) throw tooManyOpen();
     open.set(origin, others + 1);
     try {
       return await handler(call);

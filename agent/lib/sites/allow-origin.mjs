@@ -21,13 +21,13 @@ export async function allowOriginCommand(text) {
     return EX_DATAERR;
   }
   const paths = configPaths();
-  const read = readSettings(paths.settings);
+  const read = /** @type {any} */ (readSettings(paths.settings));
   const port = Number(process.env.ZEMRAK_LP_HTTP_PORT) || read.settings.httpPort;
   const answer = await askService(port, paths.token, origin);
   if (answer === null) {
     if (read.broken) throw new Error(`settings.json cannot be used (${read.broken})`);
     ensurePrivateFolder(paths.root);
-    await new Settings(paths.settings, read).update((draft) => addOrigin(draft, origin));
+    await new Settings(paths.settings, read).update((/** @type {any} */ draft) => addOrigin(draft, origin));
   } else if (!answer.includes('"origin"')) {
     throw new Error('the running service refused it');
   }

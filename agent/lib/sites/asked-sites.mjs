@@ -41,6 +41,7 @@ export class AskedSites {
    * @returns {{ origin: string, askedAt: number }[]} askedAt = milliseconds since 1970
    */
   list(isAllowed) {
-    return [...this.#times].filter(([origin]) => !isAllowed(origin)).map(([origin, askedAt]) => ({ origin, askedAt })).reverse();
+    const asking = [...this.#times].filter(([origin]) => !isAllowed(origin));
+    return asking.map(([origin, askedAt]) => ({ origin, askedAt })).reverse();
   }
 }

@@ -16,7 +16,8 @@ export class Pairings {
   #settings;
   #clock;
   #usedAt = new Map();
-  #timer = null;
+  /** @type {NodeJS.Timeout | undefined} */
+  #timer = undefined;
 
   /** @param {import('../store/settings.mjs').Settings} settings @param {TokenClock} [clock] */
   constructor(settings, clock = new TokenClock(settings.values.tokenClock ?? null)) {
@@ -53,7 +54,7 @@ export class Pairings {
    * @returns {Promise<{ token: string, expiresAt: number }>} milliseconds since 1970
    * @throws the file system's error
    */
-  async issue(origin, name, { replaces = null } = {}) {
+  async issue(origin, name, how = {}) {
     const token = randomBytes(32).toString('base64url');
     await this.#settings.update((draft) => {
       let site = draft.sites.find((each) => each.origin === origin);
@@ -61,13 +62,14 @@ export class Pairings {
         site = { id: `site-${randomUUID()}`, origin, name, createdAt: Date.now() };
         draft.sites.push(site);
       }
-      const old = replaces && digest(replaces);
+      const old = how.replaces && digest(how.replaces);
       const standing = (site.tokens ?? []).filter((each) => this.#stands(each));
       Object.assign(site, { name, createdAt: standing.length > 0 ? site.createdAt : Date.now() });
       const kept = standing.filter((each) => each.digest !== old);
       const used = (each) => this.#usedAt.get(each.digest) ?? -1;
-      if (kept.length >= MAX_TOKENS) kept.splice(kept.indexOf(kept.reduce((least, each) => (used(each) < used(least) ? each : least))), 1);
-      site.tokens = [...kept, { digest: digest(token), expiresAt: this.#clock.now() + TOKEN_MS }];
+      const first = kept.reduce((least, each) => (used(each) < used(least) ? each : least), kept[0]);
+      const staying = kept.filter((each) => kept.length < MAX_TOKENS || each !== first);
+      site.tokens = [...staying, { digest: digest(token), expiresAt: this.#clock.now() + TOKEN_MS }];
       draft.tokenClock = this.#clock.record();
     });
     return { token, expiresAt: this.#clock.shown(TOKEN_MS) };
@@ -77,7 +79,9 @@ export class Pairings {
   #tidy() {
     if (!this.#settings.values.sites.some((site) => Array.isArray(site.tokens) && site.tokens.length > 0)) return null;
     return this.#settings.update((draft) => {
-      for (const site of draft.sites) if (Array.isArray(site.tokens)) site.tokens = site.tokens.filter((each) => this.#stands(each));
+      for (const site of draft.sites) {
+        if (Array.isArray(site.tokens)) site.tokens = site.tokens.filter((each) => this.#stands(each));
+      }
       draft.tokenClock = this.#clock.record();
     }).catch(() => {}); // a full disk: tried again tomorrow
   }

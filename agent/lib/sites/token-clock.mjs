@@ -4,8 +4,9 @@ const DAY_MS = 86_400_000;
 const MOST_OFF_MS = 31 * DAY_MS;
 
 /**
- * The clock that the tokens' time is counted by. It begins as the computer's own one and then goes by itself: setting that
- * one ends no pairing and brings none back. While the service does not run, the computer's clock is believed, within limits.
+ * The clock that the tokens' time is counted by. It begins as the computer's own one and then goes by itself: setting
+ * that one ends no pairing and brings none back. While the service does not run, the computer's clock is believed,
+ * within limits.
  */
 export class TokenClock {
   #offset;
@@ -14,7 +15,8 @@ export class TokenClock {
 
   /**
    * @param {{ at: number, wall: number } | null} saved what record() gave in an earlier run
-   * @param {{ wall?: () => number, steady?: () => number }} clocks milliseconds; wall = since 1970; steady = nobody sets it
+   * @param {{ wall?: () => number, steady?: () => number }} clocks milliseconds; wall = since 1970; steady = of a clock
+   *   that nobody sets
    */
   constructor(saved, { wall = Date.now, steady = () => performance.now() } = {}) {
     const begin = saved ? saved.at + Math.min(Math.max(wall() - saved.wall, 0), MOST_OFF_MS) : wall();

@@ -6,6 +6,7 @@ import { Worker } from 'node:worker_threads';
  */
 export function endBy(ms) {
   try {
-    new Worker(`setTimeout(() => process.kill(process.pid, 'SIGKILL'), ${ms})`, { eval: true }).on('error', () => {}).unref();
+    const killer = new Worker(`setTimeout(() => process.kill(process.pid, 'SIGKILL'), ${ms})`, { eval: true });
+    killer.on('error', () => {}).unref();
   } catch { /* no memory for another thread: what called has a timer of its own */ }
 }

@@ -6,7 +6,8 @@ import { nextTurn } from './next-turn.mjs';
 const TABLES = ['/proc/net/tcp', '/proc/net/tcp6'];
 const MAPPED = '0000000000000000FFFF0000';
 const ONE = '00000000000000000000000001000000';
-const BROWSERS = /^(?:google-)?chrom(?:e|ium)(?:-\w+)?$|^(?:microsoft-edge|msedge|brave|opera|vivaldi)(?:-\w+)?$|^(?:firefox|librewolf)(?:-\w+)?$|^(?:epiphany|falkon|konqueror|WebKitNetworkProcess|QtWebEngineProcess)$/;
+const BROWSERS = new RegExp('^(?:(?:chrome|chromium|google-chrome|microsoft-edge|msedge|brave|opera|vivaldi|firefox|'
+  + 'librewolf)(?:-\\w+)?|epiphany|falkon|konqueror|WebKitNetworkProcess|QtWebEngineProcess)$');
 
 /**
  * Who holds the other end of a connection.
@@ -18,7 +19,8 @@ const BROWSERS = /^(?:google-)?chrom(?:e|ium)(?:-\w+)?$|^(?:microsoft-edge|msedg
  * The holders of the other ends of all connections to a local port, as the kernel lists them (proc(5)).
  * Takes some milliseconds for each hundred processes, in small pieces.
  * @param {number} port of this process
- * @returns {Promise<Map<string, { userId: number, processId: number | null }>>} by peerKey(); empty where there is no /proc
+ * @returns {Promise<Map<string, { userId: number, processId: number | null }>>} by peerKey(); empty where there is no
+ *   /proc
  */
 export async function peersOf(port) {
   const sockets = new Map();
@@ -28,7 +30,8 @@ export async function peersOf(port) {
       const [, local, remote, , , , , userId, , inode] = line.trim().split(/\s+/);
       if (inode === undefined || inode === '0' || parseInt(remote.split(':')[1], 16) !== port) continue;
       const [address, from] = local.split(':');
-      sockets.set(inode, { key: `${addressOf(address)} ${parseInt(from, 16)}`, userId: Number(userId), processId: null });
+      const key = `${addressOf(address)} ${parseInt(from, 16)}`;
+      sockets.set(inode, { key, userId: Number(userId), processId: null });
     }
   }
   if ([...sockets.values()].some(({ userId }) => userId === process.getuid?.())) await findProcesses(sockets);
@@ -46,10 +49,10 @@ export function peerKey({ remoteAddress = '', remotePort }) {
  * @returns {Promise<Peer | null>} null when the system does not tell
  */
 export async function peerOf(socket) {
-  const holder = (await peersOf(socket.localPort)).get(peerKey(socket));
+  const holder = (await peersOf(socket.localPort ?? 0)).get(peerKey(socket));
   if (!holder) return null;
   const { userId, processId } = holder;
-  const program = processId && await programOf(processId);
+  const program = processId === null ? null : await programOf(processId);
   return {
     userId, processId, program, user: await userName(userId), isOtherUser: userId !== process.getuid?.(),
     isBrowser: program !== null && BROWSERS.test(program),
@@ -84,7 +87,8 @@ async function programOf(processId) {
 
 async function userName(userId) {
   const users = await readFile('/etc/passwd', 'utf8').catch(() => '');
-  return users.split('\n').map((line) => line.split(':')).find((fields) => fields[2] === String(userId))?.[0] ?? `uid ${userId}`;
+  const user = users.split('\n').map((line) => line.split(':')).find((fields) => fields[2] === String(userId));
+  return user?.[0] ?? `uid ${userId}`;
 }
 
 function list(folder) {

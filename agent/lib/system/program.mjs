@@ -36,7 +36,8 @@ const SETPRIV = '/usr/bin/setpriv';
 export function startProgram(file, args, { lastSignal, ...options }) {
   const bound = lastSignal && existsSync(SETPRIV);
   try {
-    const child = bound ? spawn(SETPRIV, ['--pdeathsig', lastSignal, '--', file, ...args], options) : spawn(file, args, options);
+    const command = bound ? [SETPRIV, '--pdeathsig', lastSignal, '--', file, ...args] : [file, ...args];
+    const child = spawn(command[0], command.slice(1), options);
     if (child.stdout) return child;
     child.on('error', () => {});
   } catch { /* null says it */ }
@@ -59,8 +60,8 @@ export function closeSoonAfterExit(child) {
  * @param {string} file absolute path
  * @param {string[]} args
  * @param {{ timeoutMs?: number, input?: Uint8Array, signal?: AbortSignal, cwd?: string }} options
- * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>} status -1 when it was killed
- *   or could not start
+ * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>}
+ *   status -1 when it was killed or could not start
  */
 export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } = {}) {
   return new Promise((resolve) => {
