@@ -6,13 +6,13 @@
  *   await connectLocalPrint({ clientName: 'My POS' });
  *   await printCommands([{ type: 'text', text: 'Hello' }], { printerName: 'Kitchen' });
  *
- * While the person at the computer is asked, the page shows a short number that the question repeats, so that they can tell
- * which page it is about: in a note of this file's own, or as `showNumber` does it.
+ * While the person at the computer is asked, the page shows a short number that the question repeats, so that they can
+ * tell which page it is about: in a note of this file's own, or as `showNumber` does it.
  *
  * Every function throws LocalPrintError. "unavailable" means that nothing has been sent. A job that failed with
- * "interrupted" or "uncertain_after_restart" may be on the paper: never send it again, here or elsewhere, without asking
- * a person. "interrupted" is also thrown when the service went away after the request had left; `job` is then its last
- * known state (null when it was never answered for). What is always safe, within 10 minutes of the first call, is the
+ * "interrupted" or "uncertain_after_restart" may be on the paper: never send it again, here or elsewhere, without
+ * asking a person. "interrupted" is also thrown when the service went away after the request had left; `job` is then its
+ * last known state (null when it was never answered for). What is always safe, within 10 minutes of the first call, is the
  * very same call with the same `idempotencyKey`, the error's own: it gives that job, and no second paper.
  */
 
@@ -39,8 +39,12 @@ const LOOK_TIME = 1000;
 const UNJUDGED = [401, 403, 429, 503];
 
 const isBrowser = typeof window !== 'undefined' && typeof document !== 'undefined';
-const settings = { clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined, showNumber: undefined };
+const settings = {
+  clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined, showNumber: undefined,
+};
+/** @type {string | null} */
 let base = null;
+/** @type {Promise<void> | null} */
 let pairing = null;
 
 /**
@@ -49,7 +53,9 @@ let pairing = null;
  * `isLate`: something is there, but gave no answer in time.
  */
 export class LocalPrintError extends Error {
-  constructor(code, message, { status = 0, retryAfter = null, job = null, idempotencyKey = null, isLate = false, cause } = {}) {
+  constructor(code, message, {
+    status = 0, retryAfter = null, job = null, idempotencyKey = null, isLate = false, cause,
+  } = {}) {
     super(message, { cause });
     this.name = 'LocalPrintError';
     this.code = code;
@@ -66,8 +72,8 @@ export class LocalPrintError extends Error {
  * @param {{ clientName?: string, origin?: string, token?: string, baseUrls?: string[],
  *   showNumber?: (number: string) => (() => void) }} options
  *   clientName = shown to the person; origin = needed outside browsers, an address on the list of allowed sites;
- *   token = one kept from earlier (Node.js: else from ZEMRAK_PRINTER_TOKEN); baseUrls = where to look instead of the usual
- *   ports; showNumber = shows the number while the person is asked, and gives back what takes it away
+ *   token = one kept from earlier (Node.js: else from ZEMRAK_PRINTER_TOKEN); baseUrls = where to look instead of the
+ *   usual ports; showNumber = shows the number while the person is asked, and gives back what takes it away
  * @returns {Promise<{ baseUrl: string, version: string, platform: string, token: string }>}
  */
 export async function connectLocalPrint(options = {}) {
@@ -81,8 +87,9 @@ export async function connectLocalPrint(options = {}) {
 }
 
 /**
- * What the service says about itself; null when it is not running or cannot be reached. Never throws for that, but it does
- * where the service is there and this site may not print (origin_not_allowed): the person can allow it in the program.
+ * What the service says about itself; null when it is not running or cannot be reached. Never throws for that, but it
+ * does where the service is there and this site may not print (origin_not_allowed): the person can allow it in the
+ * program.
  */
 export async function isLocalPrintAvailable() {
   try {
@@ -108,26 +115,35 @@ export async function getLocalPrinterStatus(printerName) {
  * @param {object[]} commands
  * @param {{ printerName: string, options?: object, jobName?: string, idempotencyKey?: string, wait?: boolean,
  *   onUpdate?: (job: object) => void, signal?: AbortSignal }} job
- *   idempotencyKey = one that stays the same for the same paper (an order's number, say): within 10 minutes a second call
- *   with it, a double click, prints nothing; wait: false = return the accepted job at once; onUpdate = told of every change
+ *   idempotencyKey = one that stays the same for the same paper (an order's number, say): within 10 minutes a second
+ *   call with it, a double click, prints nothing; wait: false = return the accepted job at once; onUpdate = told of
+ *   every change
  * @returns {Promise<object>} the job, completed
  */
 export function printCommands(commands, job) { return print({ kind: 'commands', commands }, job); }
 
 /** Sends a ready raster payload: bytes, their base64, or an object with either in `data`. */
-export function printThermalRasterPayload(raster, job) { return print({ kind: 'raster', data: base64Of(raster?.data ?? raster) }, job); }
+export function printThermalRasterPayload(raster, job) {
+  return print({ kind: 'raster', data: base64Of(raster?.data ?? raster) }, job);
+}
 
 /** Prints a PNG picture given as a data URL (or as plain base64), at paper width. */
-export function printPngDataUrl(dataUrl, job) { return print({ kind: 'image', data: String(dataUrl).replace(/^data:image\/png;base64,/i, '') }, job); }
+export function printPngDataUrl(dataUrl, job) {
+  return print({ kind: 'image', data: String(dataUrl).replace(/^data:image\/png;base64,/i, '') }, job);
+}
 
 /** Prints a PDF document given as base64. */
-export function printPdfBase64(base64, job) { return print({ kind: 'pdf', data: String(base64).replace(/^data:application\/pdf;base64,/i, '') }, job); }
+export function printPdfBase64(base64, job) {
+  return print({ kind: 'pdf', data: String(base64).replace(/^data:application\/pdf;base64,/i, '') }, job);
+}
 
 /** Sends ESC/POS bytes as they are, in hex. */
 export function sendEscposHex(hex, job) { return print({ kind: 'raw', encoding: 'hex', data: hex }, job); }
 
 /** Opens the cash drawer; pin "2", "5" or "both", or as the printer is set. */
-export function openCashDrawer({ pin, ...job } = {}) { return command('drawer', pin === undefined ? {} : { pin }, job); }
+export function openCashDrawer({ pin, ...job } = {}) {
+  return command('drawer', pin === undefined ? {} : { pin }, job);
+}
 
 /** Cuts the paper. */
 export function cutPaper(job) { return command('cut', {}, job); }
@@ -155,8 +171,14 @@ export function getConnectionHelp() {
   const allowed = 'تأكد أن عنوان هذا الموقع مضاف في صفحة «المواقع المصرّح لها» في البرنامج.';
   const steps = {
     safari: [running, 'فعّل «HTTPS لـ Safari» من إعدادات البرنامج.', 'أعد تشغيل Safari ثم حدّث الصفحة.'],
-    firefox: [running, 'أوقف مانع الإعلانات لهذا الموقع إن كان يحجب 127.0.0.1.', 'اسمح للموقع بالوصول إلى الشبكة المحلية إن سألك Firefox.'],
-    chromium: [running, 'اسمح للموقع بالوصول إلى الشبكة المحلية عندما يسألك المتصفح.', 'إن رفضت سابقًا: اضغط أيقونة القفل بجانب العنوان، ثم إعدادات الموقع، ثم اسمح بالشبكة المحلية.'],
+    firefox: [
+      running, 'أوقف مانع الإعلانات لهذا الموقع إن كان يحجب 127.0.0.1.',
+      'اسمح للموقع بالوصول إلى الشبكة المحلية إن سألك Firefox.',
+    ],
+    chromium: [
+      running, 'اسمح للموقع بالوصول إلى الشبكة المحلية عندما يسألك المتصفح.',
+      'إن رفضت سابقًا: اضغط أيقونة القفل بجانب العنوان، ثم إعدادات الموقع، ثم اسمح بالشبكة المحلية.',
+    ],
     node: [running, 'استخدم origin لموقع مصرّح له.'],
   };
   const browser = browserName();
@@ -172,7 +194,8 @@ function browserName() {
 
 function candidates() {
   if (base) return [base];
-  return settings.baseUrls ?? { safari: [HTTPS], firefox: [HTTP], chromium: [HTTP, HTTPS], node: [HTTP] }[browserName()];
+  const usual = { safari: [HTTPS], firefox: [HTTP], chromium: [HTTP, HTTPS], node: [HTTP] };
+  return settings.baseUrls ?? usual[browserName()];
 }
 
 async function findService() {
@@ -191,7 +214,7 @@ async function findService() {
   throw failure;
 }
 
-/** Browsers may ask the person for leave to reach this computer: no answer within seconds then says nothing about the service. */
+/** Browsers may ask the person for leave to reach this computer: silence for seconds then says nothing of the service. */
 async function helloTimeout() {
   // Today's name and the one before it; the first that the browser knows counts.
   for (const name of isBrowser && navigator.permissions ? ['loopback-network', 'local-network-access'] : []) {
@@ -231,7 +254,8 @@ function showNumber(number) {
   note.setAttribute('role', 'status');
   note.dir = 'rtl';
   note.textContent = text;
-  note.style.cssText = 'position:fixed;inset:auto 0 0 0;z-index:2147483647;padding:16px;background:#222;color:#fff;font:bold 18px sans-serif;text-align:center';
+  note.style.cssText = 'position:fixed;inset:auto 0 0 0;z-index:2147483647;padding:16px;background:#222;color:#fff;'
+    + 'font:bold 18px sans-serif;text-align:center';
   (document.body ?? document.documentElement).append(note);
   return () => note.remove();
 }
@@ -239,13 +263,14 @@ function showNumber(number) {
 async function request(method, path, content = {}) {
   if (!base) await findService();
   if (!readToken()) await pair();
+  const how = { timeout: REQUEST_TIMEOUT, signal: content.signal };
   try {
-    return await send(base, method, path, content, { token: readToken(), timeout: REQUEST_TIMEOUT, signal: content.signal });
+    return await send(base, method, path, content, { ...how, token: readToken() });
   } catch (error) {
     if (error.code !== 'unauthorized') throw error;
     keepToken(null);
     await pair();
-    return send(base, method, path, content, { token: readToken(), timeout: REQUEST_TIMEOUT, signal: content.signal });
+    return send(base, method, path, content, { ...how, token: readToken() });
   }
 }
 
@@ -264,7 +289,9 @@ async function send(url, method, path, { body, key }, { token, timeout, signal }
   let response;
   let answer;
   try {
-    response = await (settings.fetch ?? globalThis.fetch)(url + path, { method, headers, body: body === undefined ? undefined : JSON.stringify(body), signal: limit.signal, cache: 'no-store' });
+    const text = body === undefined ? undefined : JSON.stringify(body);
+    const options = { method, headers, body: text, signal: limit.signal, cache: 'no-store' };
+    response = await (settings.fetch ?? globalThis.fetch)(url + path, options);
     answer = await response.json();
   } catch {
     if (signal?.aborted) throw new LocalPrintError('aborted', 'أُلغي الانتظار.');
@@ -275,11 +302,13 @@ async function send(url, method, path, { body, key }, { token, timeout, signal }
   }
   if (response.ok) return answer;
   const { code = 'unknown', message = '' } = answer?.error ?? {};
-  throw new LocalPrintError(code, message, { status: response.status, retryAfter: Number(response.headers.get('Retry-After')) || null });
+  const retryAfter = Number(response.headers.get('Retry-After')) || null;
+  throw new LocalPrintError(code, message, { status: response.status, retryAfter });
 }
 
 async function print(content, { printerName, options, jobName, ...rest } = {}) {
-  return submit('/v1/jobs', { printer: nameOf(printerName), ...content, ...(options ? { options } : {}), ...(jobName ? { jobName } : {}) }, rest);
+  const more = { ...(options ? { options } : {}), ...(jobName ? { jobName } : {}) };
+  return submit('/v1/jobs', { printer: nameOf(printerName), ...content, ...more }, rest);
 }
 
 async function command(name, body, { printerName, ...rest } = {}) {
@@ -299,7 +328,8 @@ async function submit(path, body, { idempotencyKey = newKey(), wait = true, onUp
   try {
     ({ job: known.job } = await patiently(accept, signal, { away: JOB_RESTART_TIME, late: ACCEPT_TIME }));
   } catch (error) {
-    throw isUnanswered && (error.code === 'unavailable' || UNJUDGED.includes(error.status)) ? interrupted(error, known) : told(error, known);
+    const isUnknown = isUnanswered && (error.code === 'unavailable' || UNJUDGED.includes(error.status));
+    throw isUnknown ? interrupted(error, known) : told(error, known);
   }
   onUpdate?.(known.job);
   return wait ? follow(known, onUpdate, signal) : known.job;
@@ -331,7 +361,12 @@ let joining = null;
 /** The job once it is another than the given one. */
 function changeOf({ id, revision }, signal) {
   return new Promise((resolve, reject) => {
-    const entry = { id, revision, settle: (call, value) => { followed.delete(entry); signal?.removeEventListener('abort', abort); call(value); }, resolve, reject };
+    const settle = (call, value) => {
+      followed.delete(entry);
+      signal?.removeEventListener('abort', abort);
+      call(value);
+    };
+    const entry = { id, revision, settle, resolve, reject };
     const abort = () => entry.settle(reject, new LocalPrintError('aborted', 'أُلغي الانتظار.'));
     if (signal?.aborted) return void abort();
     signal?.addEventListener('abort', abort, { once: true });
@@ -346,7 +381,9 @@ async function followAll() {
     joining = new AbortController();
     const entries = [...followed].slice(0, MAX_FOLLOWED);
     try {
-      const { jobs, isWhole } = await patiently(() => lookAt(entries, joining.signal), joining.signal, { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME });
+      const { signal } = joining;
+      const patience = { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME };
+      const { jobs, isWhole } = await patiently(() => lookAt(entries, signal), signal, patience);
       for (const entry of entries) {
         const now = jobs.find(({ id }) => id === entry.id);
         if (now ? now.revision !== entry.revision || ENDED.includes(now.status) : isWhole) {
@@ -381,7 +418,8 @@ async function lookAt(entries, signal) {
 
 const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
 const told = (error, known) => (error instanceof LocalPrintError ? Object.assign(error, known) : error);
-const interrupted = (cause, known) => new LocalPrintError('interrupted', 'انقطع الاتصال بخدمة الطباعة بعد إرسال الوظيفة. تحقق من الورق قبل إعادة الطباعة.', { ...known, cause });
+const INTERRUPTED = 'انقطع الاتصال بخدمة الطباعة بعد إرسال الوظيفة. تحقق من الورق قبل إعادة الطباعة.';
+const interrupted = (cause, known) => new LocalPrintError('interrupted', INTERRUPTED, { ...known, cause });
 
 /**
  * Repeats what is safe to repeat: while the service restarts for up to `away` milliseconds, and while it is there but
@@ -404,7 +442,8 @@ async function patiently(attempt, signal, { away = RESTART_TIME, late = RESTART_
 }
 
 function nameOf(printerName) {
-  if (typeof printerName !== 'string' || printerName === '') throw new LocalPrintError('invalid_request', 'حدّد الطابعة في printerName.');
+  const isName = typeof printerName === 'string' && printerName !== '';
+  if (!isName) throw new LocalPrintError('invalid_request', 'حدّد الطابعة في printerName.');
   return printerName;
 }
 
