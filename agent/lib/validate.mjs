@@ -7,12 +7,12 @@ export function isPlainText(value, max = 128) {
 }
 
 /**
- * A plain text that can be shown beside others and be taken for nothing else: nothing that is not seen, turns the line's
- * direction or covers what is next to it. Joiners, which some scripts are written with, may stand in it.
+ * A plain text that can be shown beside others and be taken for nothing else: nothing that is not seen, turns the
+ * line's direction or covers what is next to it. Joiners, which some scripts are written with, may stand in it.
  */
 export function isShownText(value, max) {
   if (!isPlainText(value, max)) return false;
-  const seen = value.replace(/[\u200c\u200d\ufe0f]/g, '');
+  const seen = value.replace(/\u200c|\u200d|\ufe0f/g, '');
   return seen.trim() !== '' && !/[\p{Cf}\p{Co}\p{Default_Ignorable_Code_Point}]|\p{M}{5}/u.test(seen);
 }
 
