@@ -19,7 +19,6 @@ export function configPaths(env = process.env) {
     // Where earlier versions kept what is in the journal now.
     formerJobs: path.join(root, 'jobs.json'),
     formerAlerts: path.join(root, 'alerts.json'),
-    previews: path.join(root, 'previews'),
     updates: path.join(root, 'updates'),
     portConflict: path.join(root, 'port-conflict.json'),
     tls,

@@ -16,8 +16,8 @@ import { AdminJobs } from './jobs/submit.mjs';
 import { SiteJobs } from './jobs/site-jobs.mjs';
 import { AddressKeeper } from './printers/address-keeper.mjs';
 import { NetworkMonitor } from './printers/monitor.mjs';
-import { CupsQueues } from './printers/cups.mjs';
-import { Printers } from './printers/registry.mjs';
+import { CupsQueues, rememberedQueues } from './printers/cups.mjs';
+import { Printers, networkPrinters } from './printers/registry.mjs';
 import { sender } from './printers/send.mjs';
 import { Router } from './http/router.mjs';
 import { refuseBroken } from './http/answer.mjs';
@@ -135,12 +135,21 @@ function compose({ env, log, paths, read, listeners }) {
   const history = new JobHistory(journal, log);
   const nameOf = (id) => settings.values.profiles[id]?.alias
     ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
-  const monitor = new NetworkMonitor(() => settings.values.printers, alerts, nameOf);
-  const cups = new CupsQueues(() => printers.noteSystemQueues(), env);
+  const onLearnFailure = (error) => log.error(`settings.json not written: ${error.code ?? error.message}`);
+  const learn = (id, learnt) => void printers.learn(id, learnt).catch(onLearnFailure);
+  const monitor = new NetworkMonitor(() => networkPrinters(settings), alerts, nameOf, learn);
+  const cups = new CupsQueues({
+    alerts,
+    nameOf: (id) => printers.list().find((each) => each.id === id)?.displayName ?? id,
+    changed: () => printers.noteSystemQueues(),
+    remembered: () => rememberedQueues(settings.values.systemQueues),
+    remember: (queues) => {
+      void settings.update((draft) => { draft.systemQueues = queues; }).catch(onLearnFailure);
+    },
+  }, env);
   const printers = new Printers({ settings, monitor, cups, alerts });
   const relocate = (printer) => ({ ...printer, ...settings.values.printers.find(({ id }) => id === printer.id) });
-  const queue = new JobQueue({ history, alerts, log, relocate,
-    send: sender({ monitor, cups, previews: paths.previews }) });
+  const queue = new JobQueue({ history, alerts, log, relocate, send: sender({ monitor, cups }) });
   const addresses = new AddressKeeper({ settings, monitor, alerts, log, nameOf, jobs: queue });
   printers.watchJobs((id) => queue.isBusy(id));
   const onFailure = (why) => log.warn(`text engine: ${why}`);
@@ -196,11 +205,9 @@ async function openPorts({ env, paths, settings, door }) {
   try {
     secure = material && await openOrTaken({ ...door, port: httpsPort, tls: material });
   } catch (error) {
-    if (error instanceof PortTaken) {
-      await plain.close();
-      throw error;
-    }
-    log.error(`HTTPS is off: the certificate does not load (${error.code ?? error.message})`);
+    // Everything but one browser prints without it.
+    if (error instanceof PortTaken) log.error(`HTTPS is off: ${error.message}; HTTP goes on at port ${plain.port}`);
+    else log.error(`HTTPS is off: the certificate does not load (${error.code ?? error.message})`);
   }
   const listeners = { httpPort: plain.port, httpsPort: secure?.port ?? httpsPort, tls: Boolean(secure) };
   const unwatch = watchCertificate(paths, material, async (fresh) => {

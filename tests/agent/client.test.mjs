@@ -15,7 +15,7 @@ test('the client pairs, prints every kind and follows jobs to their end', async 
   assert.deepEqual([typeof token, version, (await client.isLocalPrintAvailable()).paired], ['string', '1.0.0', true]);
   const printer = await fakePrinter(t);
   const id = await service.addPrinter(printer.port);
-  assert.deepEqual((await client.listLocalPrinters()).map((each) => each.id), [id, 'preview']);
+  assert.deepEqual((await client.listLocalPrinters()).map((each) => each.id), [id]);
   assert.equal((await client.getLocalPrinterStatus('Kitchen')).paper, 'unknown');
   printer.jobs.length = 0;
 

@@ -141,13 +141,13 @@ test('lines', () => {
 });
 
 test('a receipt through the service comes out on the paper it was designed for', async (t) => {
-  const service = await startService(t);
-  await service.post('/admin/profile', { id: 'preview', profile: { dots: 384, cut: 'none' } });
-  const { status, body } = await service.post('/admin/designer/print', { printer: 'preview', doc: designerDoc({ paperWidthMm: 80 }) });
+  const service = await startService(t, { paper: true });
+  await service.post('/admin/profile', { id: 'paper', profile: { dots: 384, cut: 'none' } });
+  const { status, body } = await service.post('/admin/designer/print', { printer: 'paper', doc: designerDoc({ paperWidthMm: 80 }) });
   assert.equal(status, 202);
   assert.equal((await service.ended(body.job.id)).status, 'completed');
   const longest = designerDoc({ items: Array.from({ length: 300 }, () => item('1', '1', 'ش'.repeat(2000))) });
-  assert.equal((await service.post('/admin/designer/print', { printer: 'preview', doc: longest })).status, 202);
+  assert.equal((await service.post('/admin/designer/print', { printer: 'paper', doc: longest })).status, 202);
   const tooLong = { ...longest, more: 'x'.repeat(DESIGNER_BODY_BYTES) };
-  assert.equal((await service.post('/admin/designer/print', { printer: 'preview', doc: tooLong })).status, 413);
+  assert.equal((await service.post('/admin/designer/print', { printer: 'paper', doc: tooLong })).status, 413);
 });

@@ -7,7 +7,7 @@ import { configFolder, fakePrinter, fakeProgram, privateHome, readConfig, startS
 import { localAddresses, parseTargets } from '../../agent/lib/discovery/network.mjs';
 import { discoverBonjour, unescapeName } from '../../agent/lib/discovery/bonjour.mjs';
 import { discoverUsb, isDeviceUri } from '../../agent/lib/discovery/usb.mjs';
-import { parseQueueStates } from '../../agent/lib/printers/cups.mjs';
+import { parseQueueStates } from '../../agent/lib/printers/queue-state.mjs';
 
 test('the network search finds what listens, in order', async (t) => {
   const [one, two, gone] = [await fakePrinter(t), await fakePrinter(t), await fakePrinter(t)];
@@ -107,13 +107,13 @@ test('the system\'s print queues', async (t) => {
   writeFileSync(path.join(home, 'names'), 'Office\nSlip\nGone\n');
   const states = (office) => writeFileSync(path.join(home, 'states'), `printer Office is idle.  enabled since today\n\tAlerts: ${office}\nprinter Slip now printing Slip-1.  enabled since today\n\tAlerts: none\nprinter Gone disabled since today -\n\treason unknown\n`);
   states('none');
-  fakeProgram(home, 'lpstat', `case "$*" in -e) cat "${home}/names";; "-l -p") cat "${home}/states";; esac`);
+  fakeProgram(home, 'lpstat', `case "$*" in "-W not-completed -o Office") [ -e "${spool}/cancelled" ] || echo "Office-7  cashier  1024  today";; -e) cat "${home}/names";; "-l -p") cat "${home}/states";; esac`);
   fakeProgram(home, 'lp', `cat > "${spool}/last"; echo "$@" > "${spool}/args"; echo "request id is Office-7 (0 file(s))"`);
   fakeProgram(home, 'cancel', `echo "$@" > "${spool}/cancelled"`);
   fakeProgram(home, 'lpadmin', `echo "$@" > "${spool}/admin"; case "$*" in *refuse*) echo "queue forbidden" >&2; exit 1;; esac; [ "$1" = -x ] || echo "$2" >> "${home}/names"`);
   const service = await startService(t, { home });
   const shown = Object.fromEntries((await service.state()).printers.map(({ id, state }) => [id, state]));
-  assert.deepEqual(shown, { 'cups-Office': 'ready', 'cups-Slip': 'busy', 'cups-Gone': 'error', preview: 'ready' });
+  assert.deepEqual(shown, { 'cups-Office': 'ready', 'cups-Slip': 'busy', 'cups-Gone': 'error' });
 
   const job = (await service.post('/admin/test', { printer: 'cups-Office' })).body.job;
   assert.equal((await service.ended(job.id)).status, 'completed');
@@ -124,11 +124,12 @@ test('the system\'s print queues', async (t) => {
   await service.ended((await service.post('/admin/printers/action', { id: 'cups-Office', action: 'cut' })).body.job.id);
   assert.match(readFileSync(path.join(spool, 'args'), 'utf8'), /-o raw\n$/);
   assert.equal((await service.post('/admin/printers/action', { id: 'cups-Office', action: 'clear-queue' })).status, 200);
-  assert.equal(readFileSync(path.join(spool, 'cancelled'), 'utf8'), '-a Office\n');
+  assert.equal(readFileSync(path.join(spool, 'cancelled'), 'utf8'), 'Office-7\n', 'each by its own: all at once is the administrators\' right');
 
   states('offline-report');
   assert.equal((await service.post('/admin/scan')).body.printers[0].state, 'offline');
-  assert.deepEqual((await service.alerts()).map(({ key, resolvedAt }) => [key, resolvedAt]), [['printer:cups-Office:offline', undefined]]);
+  const [office, gone] = await service.alerts();
+  assert.deepEqual([office.key, gone.key, gone.title.includes('موقوف')], ['printer:cups-Office:offline', 'printer:cups-Gone:error', true], 'a paused queue is said to be paused');
 
   const uri = 'usb://ACME/POS80?serial=A1';
   const added = await service.post('/admin/printers/add-usb', { name: 'طابعة Slip', uri });

@@ -81,11 +81,11 @@ test('commands with every field wrong in turn', async (t) => {
   }
 
   // One of each through the door: refused as a whole, by place and field, with nothing on record.
-  const service = await startService(t);
+  const service = await startService(t, { paper: true });
   const site = await siteOf(service).pair();
   for (const [type, fields] of Object.entries(FIELDS)) {
     for (const name of Object.keys(fields)) {
-      const answer = await site.post('/v1/jobs', { printer: 'preview', kind: 'commands', commands: [...text('first').commands, { type, ...SOUND[type], [name]: {} }] });
+      const answer = await site.post('/v1/jobs', { printer: 'paper', kind: 'commands', commands: [...text('first').commands, { type, ...SOUND[type], [name]: {} }] });
       assert.deepEqual([answer.status, answer.body.error?.code], [400, 'invalid_payload'], `${type}.${name}`);
       assert.ok(answer.body.error.message.includes('2') && answer.body.error.message.includes(name), answer.body.error.message);
     }
@@ -94,7 +94,7 @@ test('commands with every field wrong in turn', async (t) => {
 });
 
 test('500 clients at once, of every kind, are all answered, and the service stays what it was', async (t) => {
-  const service = await startService(t);
+  const service = await startService(t, { paper: true });
   const sites = await Promise.all(Array.from({ length: 5 }, async (_, n) => {
     await service.post('/admin/origins/add', { origin: `https://till-${n}.example` });
     return siteOf(service, `https://till-${n}.example`).pair();
@@ -107,7 +107,7 @@ test('500 clients at once, of every kind, are all answered, and the service stay
   const watch = setInterval(() => { peak = Math.max(peak, memory()); }, 50);
   t.after(() => clearInterval(watch));
 
-  const big = JSON.stringify({ printer: 'preview', kind: 'raw', data: 'QUJD'.repeat(400_000) });
+  const big = JSON.stringify({ printer: 'paper', kind: 'raw', data: 'QUJD'.repeat(400_000) });
   const requests = [
     ['GET', '/v1/hello'], ['GET', '/v1/printers'], ['GET', `/v1/printers/${id}/status`], ['POST', '/v1/jobs', JSON.stringify({ printer: id, ...text('x') })], ['POST', '/v1/jobs', big],
     ['POST', '/v1/jobs', '{'], ['GET', '/v1/jobs/nothing?wait=20000'], ['POST', '/v1/pair', '{"clientName":"Till"}'], ['DELETE', '/v1/jobs/nothing'], ['OPTIONS', '/v1/jobs'],

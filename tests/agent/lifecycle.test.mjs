@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync, statSync } from 'node:fs';
 import net from 'node:net';
-import { SCRIPT, command, configFolder, designerDoc, fakePrinter, fakeProgram, launch, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { SCRIPT, command, configFolder, designerDoc, fakePrinter, fakeProgram, launch, plant, plantPaper, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { storedJobs } from './support/store.mjs';
 
 const isAlive = (pid) => { try { process.kill(pid, 0); return true; } catch { return false; } };
@@ -20,12 +20,12 @@ test('wrong command lines', async (t) => {
 
 test('a second copy leaves with 78 and touches nothing', async (t) => {
   const home = privateHome(t);
-  const first = await startService(t, { home });
-  await first.post('/admin/test', { printer: 'preview' });
+  const first = await startService(t, { home, paper: true });
+  await first.post('/admin/test', { printer: 'paper' });
   const folder = configFolder(home);
   const snapshot = () => readdirSync(folder).map((name) => [name, statSync(`${folder}/${name}`).mtimeMs, statSync(`${folder}/${name}`).ino]);
   await until(async () => (await first.state()).recentJobs[0].status === 'completed', 'the job to end');
-  await until(() => !readdirSync(folder).some((name) => name.endsWith('.tmp')), 'its record to be on disk');
+  await until(() => readConfig(home, 'jobs.json').includes('"completed"') && !readdirSync(folder).some((name) => name.endsWith('.tmp')), 'its record to be on disk');
   plant(home, 'settings.json', '{broken');
   const before = snapshot();
   const second = await command(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: String(first.port) });
@@ -128,13 +128,14 @@ test('ends with its parent', async (t) => {
 
 test('a reader of its output that has gone does not end it', async (t) => {
   const home = privateHome(t);
+  await plantPaper(t, home);
   const run = launch(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0' });
   await until(() => /listening on http.*\n/.test(run.stdout), 'the service to listen');
   const port = Number(/:(\d+)\n/.exec(run.stdout)[1]);
   run.child.stdout.destroy();
   run.child.stderr.destroy();
   const call = (route, body) => fetch(`http://127.0.0.1:${port}${route}`, { method: body ? 'POST' : 'GET', body, headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') } });
-  for (let n = 0; n < 20; n += 1) assert.equal((await call('/admin/test', '{"printer":"preview"}')).status, 202);
+  for (let n = 0; n < 20; n += 1) assert.equal((await call('/admin/test', '{"printer":"paper"}')).status, 202);
   assert.equal((await call('/admin/state')).status, 200);
   assert.equal(run.child.exitCode, null);
   const [user, system] = readFileSync(`/proc/${run.child.pid}/stat`, 'utf8').split(') ')[1].split(' ').slice(11, 13).map(Number);

@@ -136,7 +136,7 @@ test('documents: pages as pictures; cut off, locked, endless ones are refused', 
     assert.deepEqual([answer.status, answer.body.error?.code], [400, 'unsupported_image'], name);
     assert.ok(Date.now() - began < 5000, `${name} took ${Date.now() - began} ms`);
   }
-  const without = await startService(t);
-  const answer = await (await siteOf(without).pair()).post('/v1/jobs', { printer: 'preview', kind: 'pdf', data: whole.toString('base64') });
+  const without = await startService(t, { paper: true });
+  const answer = await (await siteOf(without).pair()).post('/v1/jobs', { printer: 'paper', kind: 'pdf', data: whole.toString('base64') });
   assert.deepEqual([answer.status, answer.body.error.code], [501, 'no_pdf_tool']);
 });

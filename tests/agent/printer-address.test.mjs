@@ -141,10 +141,10 @@ test('a job that waits follows its printer', async (t) => {
   const [old, moved] = [await fakePrinter(t), await fakePrinter(t)];
   await old.close();
   const history = testHistory(t);
-  const monitor = { hold: async () => {}, release: () => {} };
+  const monitor = { hold: async () => ({ stalled() {}, release() {} }) };
   let { port } = old;
   const queue = new JobQueue({
-    history, alerts: { happened() {}, resolve() {} }, log: new Log(null), retryMs: 10, relocate: (printer) => ({ ...printer, port }), send: sender({ monitor, cups: {}, previews: '' }),
+    history, alerts: { add() {} }, log: new Log(null), retryMs: 10, relocate: (printer) => ({ ...printer, port }), send: sender({ monitor, cups: {} }),
   });
   const target = { id: 'p', displayName: 'P', type: 'net', transport: 'raw', host: '127.0.0.1', port };
   const { id } = await queue.accept(target, 'raw', { bytes: Buffer.from('receipt'), text: '', raw: true }, { maxWaitMs: 60_000 });

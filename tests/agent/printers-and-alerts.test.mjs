@@ -53,7 +53,6 @@ test('a printer that goes and comes back: one alert for each time', async (t) =>
   await again.post('/admin/alerts/clear');
   assert.deepEqual((await again.get('/admin/alerts')).body, { alerts: [], unread: 0 });
   assert.equal((await again.post('/admin/printers/remove', { id })).status, 404);
-  assert.equal((await again.post('/admin/printers/remove', { id: 'preview' })).status, 409);
 });
 
 test('the connection check names printers by alias and counts those that answer', async (t) => {
@@ -69,9 +68,8 @@ test('the connection check names printers by alias and counts those that answer'
     printers: [
       { id: ready, name: 'كاشير', state: 'ready' },
       { id: offline, name: 'Back', state: 'offline', reason: 'unreachable' },
-      { id: 'preview', name: 'طابعة المعاينة', state: 'ready' },
     ],
-    connected: 2,
+    connected: 1,
   });
 });
 
@@ -85,57 +83,92 @@ test('additions are checked', async (t) => {
     assert.equal(answer.status, 400, JSON.stringify(change));
     assert.equal(answer.body.error.code, 'invalid_request');
   }
-  assert.equal((await service.state()).printers.length, 1);
+  assert.equal((await service.state()).printers.length, 0);
   for (const [route, body] of [['/admin/test', { printer: 'x' }], ['/admin/test', {}], ['/admin/printers/action', { id: 'x', action: 'cut' }],
     ['/admin/printers/action', { id: 'x', action: 'clear-queue' }], ['/admin/designer/print', { printer: 'x', doc: {} }]]) {
     const answer = await service.post(route, body);
     assert.deepEqual([answer.status, answer.body.error.code], [404, 'printer_not_found'], route);
   }
+  const id = await service.addPrinter(9);
   for (const action of ['eject', 'constructor', 5, undefined]) {
-    assert.equal((await service.post('/admin/printers/action', { id: 'preview', action })).status, 400);
+    assert.equal((await service.post('/admin/printers/action', { id, action })).status, 400);
   }
 });
 
-test('silence counts from the second time on, an answer at once', async (t) => {
-  const quiet = new Log(null);
-  const printers = [{ id: 'p', host: '127.0.0.1', port: 9 }];
-  const results = [];
-  const alerts = new Alerts(testJournal(t), quiet);
-  const monitor = new NetworkMonitor(() => printers, alerts, () => 'P', async () => results.shift());
-  const step = async (result) => {
-    results.push(result);
-    await monitor.probeAll();
-    return [monitor.status('p').state, alerts.isActive(offlineOf('p'))];
+/** A monitor of one printer that knows its language, with a clock to be set and answers to be given. */
+function watched(t, printer = {}) {
+  const world = { now: 0, answers: [], asked: 0, learnt: [] };
+  const printers = [{ id: 'p', host: '127.0.0.1', port: 9, dialogue: { language: 'escpos' }, ...printer }];
+  world.alerts = new Alerts(testJournal(t), new Log(null));
+  const ask = async () => { world.asked += 1; return world.answers.shift() ?? world.last; };
+  world.monitor = new NetworkMonitor(() => printers, world.alerts, () => 'P', (id, learnt) => world.learnt.push(learnt), { ask, now: () => world.now });
+  world.step = async (answer, seconds = 3) => {
+    world.now += seconds * 1000;
+    world.answers.push(answer);
+    await world.monitor.probeAll();
+    const { state, reason, problem } = world.monitor.status('p');
+    const lasting = world.alerts.list().filter(({ resolvedAt }) => !resolvedAt).map(({ key }) => key.split(':').at(-1));
+    return [state, reason ?? problem ?? '', lasting.join()];
   };
-  const silence = { ok: false, reason: 'unreachable', certain: false };
-  assert.equal(monitor.status('p').state, 'unknown');
-  assert.deepEqual(await step(silence), ['offline', false], 'a printer never heard of is not called ready, nor news');
-  assert.deepEqual(await step({ ok: true }), ['ready', false]);
-  assert.deepEqual(await step(silence), ['ready', false]);
-  assert.deepEqual(await step({ ok: true }), ['ready', false]);
-  assert.deepEqual(await step(silence), ['ready', false]);
-  assert.deepEqual(await step(silence), ['offline', true]);
-  assert.deepEqual(await step({ ok: true }), ['ready', false]);
-  assert.deepEqual(await step({ ok: false, reason: 'no_route', certain: true }), ['offline', true]);
-  assert.equal(monitor.status('p').reason, 'no_route');
-  assert.equal(await monitor.ask(printers[0], async () => 'paper'), 'paper');
-  assert.equal(monitor.status('p').state, 'ready', 'one that answers a question is there');
-  // Questions nobody takes: each is a probe that found silence, however often somebody asks.
-  results.push(silence, { ok: false, reason: 'no_route', certain: true });
-  for (let n = 0; n < 2; n += 1) assert.equal(await monitor.ask(printers[0], async () => null), null);
-  await monitor.probeAll();
-  assert.equal(monitor.status('p').state, 'offline', 'one that takes no question is not');
+  return world;
+}
 
-  let answer;
-  let isOver = false;
-  const question = monitor.ask(printers[0], () => new Promise((resolve) => { answer = resolve; }).finally(() => { isOver = true; }));
-  const job = monitor.hold('p').then(() => assert.ok(isOver, 'a job waits until the question is over'));
-  setImmediate(() => answer(null));
-  await job;
-  await question;
-  assert.equal(await monitor.ask(printers[0], () => assert.fail('not asked while it is printed to')), null);
-  await monitor.probeAll();
-  assert.equal(monitor.status('p').state, 'offline', 'not probed while it is printed to');
+const says = (condition) => ({ ok: true, isAsked: true, condition: { paper: 'ok', cover: 'closed', error: 'none', online: true, ...condition } });
+const silence = { ok: false, cause: 'timeout' };
+const refusal = { ok: false, cause: 'ECONNREFUSED' };
+const mute = { ok: true, isAsked: true, condition: null };
+
+test('what a printer says, does not say, and does not take, becomes its state and its alerts', async (t) => {
+  const world = watched(t);
+  const rows = [
+    [silence, 0, ['offline', 'unreachable', ''], 'a printer never heard of is not called ready, nor news'],
+    [says({}), 3, ['ready', '', '']],
+    [silence, 3, ['ready', '', ''], 'one lost answer is common on a busy wireless network'],
+    [says({}), 1.5, ['ready', '', '']],
+    [silence, 3, ['ready', '', '']],
+    [silence, 2, ['offline', 'unreachable', 'offline']],
+    [says({}), 3, ['ready', '', '']],
+    [refusal, 3, ['ready', '', '']],
+    [refusal, 3, ['ready', '', ''], 'one that serves another computer refuses for as long as a receipt takes'],
+    [refusal, 1.6, ['offline', 'unreachable', 'offline']],
+    [{ ok: false, cause: 'EHOSTUNREACH' }, 3, ['offline', 'no_route', 'offline']],
+    [says({ paper: 'low' }), 3, ['ready', '', 'paper-low']],
+    [says({ paper: 'out', online: false }), 3, ['error', 'paper_out', 'error']],
+    [says({ paper: 'out', cover: 'open', online: false }), 3, ['error', 'cover_open', 'error'], 'the alert stays the one that was told'],
+    [says({ cover: 'open', online: false }), 3, ['error', 'cover_open', 'error']],
+    [says({ error: 'cutter', online: false }), 3, ['error', 'cutter_error', 'error']],
+    [says({ online: false }), 3, ['error', 'offline_button', 'error']],
+    [mute, 3, ['error', 'offline_button', 'error'], 'serving somebody else, perhaps'],
+    [mute, 16, ['unknown', '', 'error'], 'what was not answered is neither fine nor broken'],
+    [says({}), 3, ['ready', '', '']],
+  ];
+  for (const [answer, seconds, wanted, why] of rows) assert.deepEqual(await world.step(answer, seconds), wanted, why ?? JSON.stringify([answer, wanted]));
+  const told = world.alerts.list().filter(({ key }) => key.endsWith(':error')).map(({ title }) => title.split(':')[0]);
+  assert.deepEqual(told.reverse(), ['انتهى ورق الطابعة', 'غطاء الطابعة مفتوح', 'قاطع الورق عالق', 'الطابعة موقوفة من زرها']);
+});
+
+test('two askers share an answer, a job has the printer for itself, and a printer that does not answer is asked no more', async (t) => {
+  const world = watched(t);
+  world.last = says({});
+  await Promise.all([world.monitor.probeAll(), world.monitor.physical({ id: 'p' }), world.monitor.probe({ id: 'p' })]);
+  assert.equal(world.asked, 1);
+  assert.deepEqual(await world.monitor.physical({ id: 'p' }), { paper: 'ok', cover: 'closed' });
+  assert.equal(world.asked, 1, 'a second old at most');
+  const held = await world.monitor.hold({ id: 'p' });
+  await world.monitor.probeAll();
+  assert.equal(world.asked, 1, 'not asked while it is printed to');
+  held.stalled('silent');
+  assert.deepEqual([world.monitor.status('p').state, world.alerts.isActive(offlineOf('p'))], ['offline', true], 'at once when a job meets it');
+  held.stalled(null);
+  assert.equal(world.monitor.status('p').state, 'ready');
+  held.heard({ paper: 'out' });
+  assert.equal(world.monitor.status('p').problem, 'paper_out');
+  held.release(null);
+  await world.monitor.probeAll();
+  assert.deepEqual([world.asked, world.monitor.status('p').state], [2, 'ready']);
+  const stranger = watched(t, { dialogue: undefined });
+  for (let n = 0; n < 2; n += 1) await stranger.step(mute);
+  assert.deepEqual(stranger.learnt, [{ language: 'none' }]);
 });
 
 test('the list of alerts has an end, and problems that last outlive resolved ones', async (t) => {
@@ -145,9 +178,9 @@ test('the list of alerts has an end, and problems that last outlive resolved one
   plant(home, 'alerts.json', { alerts: [...planted.slice(0, 5), { id: 'no alert' }, null, ...planted.slice(5)] });
   const service = await startService(t, { home });
   const id = await service.addPrinter((await fakePrinter(t).then(async (gone) => { await gone.close(); return gone; })).port);
+  await until(async () => (await service.alerts())[0].key === offlineOf(id), 'the printer to be lost');
   const alerts = await service.alerts();
   assert.equal(alerts.length, MAX_ALERTS);
-  assert.equal(alerts[0].key, offlineOf(id));
   assert.equal(alerts.at(-1).id, 'a1', 'the lasting one is the oldest');
   assert.equal(alerts.at(-2).id, 'a3', 'the oldest resolved one made room');
 });

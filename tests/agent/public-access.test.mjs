@@ -181,30 +181,30 @@ test('120 print requests a minute and site', async (t) => {
   limit.take('a');
   assert.throws(() => limit.take('a'), { code: 'rate_limited' });
 
-  const service = await startService(t);
+  const service = await startService(t, { paper: true });
   const site = await siteOf(service).pair();
-  const answers = await Promise.all(Array.from({ length: 125 }, (_, n) => site.post(n % 2 ? '/v1/printers/preview/drawer' : '/v1/jobs', n % 2 ? {} : { printer: 'nobody' })));
+  const answers = await Promise.all(Array.from({ length: 125 }, (_, n) => site.post(n % 2 ? '/v1/printers/paper/drawer' : '/v1/jobs', n % 2 ? {} : { printer: 'nobody' })));
   assert.equal(answers.filter(({ status }) => status === 429).length, 5);
   assert.equal((await site.get('/v1/printers')).status, 200, 'questions are free');
 });
 
 test('bodies: 25 MB for data, 1 MB for everything else', async (t) => {
-  const service = await startService(t);
+  const service = await startService(t, { paper: true });
   const site = await siteOf(service).pair();
   const filled = (bytes, make) => make('A'.repeat(bytes - JSON.stringify(make('')).length));
-  const job = (data) => ({ printer: 'preview', kind: 'raw', data });
+  const job = (data) => ({ printer: 'paper', kind: 'raw', data });
   const [more, most, long] = [[JOB_BODY_BYTES + 1, job], [JOB_BODY_BYTES, job], [BODY_BYTES + 1, job]].map(([bytes, make]) => filled(bytes, make));
-  const inside = (jobName) => ({ ...text('x'), printer: 'preview', jobName });
+  const inside = (jobName) => ({ ...text('x'), printer: 'paper', jobName });
   const rows = [
     [more, 413, 'too_large'], [most, 202, undefined], [{ ...long, data: `${long.data}!` }, 400, 'invalid_payload'],
-    [`{"printer":"preview","kind":"raw","options":{"cut":false},"data" : "${'\\/'.repeat(1 << 20)}"}`, 202, undefined],
+    [`{"printer":"paper","kind":"raw","options":{"cut":false},"data" : "${'\\/'.repeat(1 << 20)}"}`, 202, undefined],
     [{ ...job(''), options: { data: long.data } }, 413, 'too_large'], [inside('A'.repeat(BODY_BYTES)), 413, 'too_large'],
     [inside(`"data":"${'A'.repeat(BODY_BYTES)}"`), 413, 'too_large'], [JSON.stringify(long).replace('A"}', '"}x'), 400, 'invalid_json'],
-    [{ printer: 'preview', kind: 'commands', commands: Array(60_000).fill({ type: 'feed', lines: 1 }) }, 413, 'too_large'],
+    [{ printer: 'paper', kind: 'commands', commands: Array(60_000).fill({ type: 'feed', lines: 1 }) }, 413, 'too_large'],
     [`{"data":"${'A'.repeat(BODY_BYTES)}\u0001"}`, 400, 'invalid_json'], ['{"printer":', 400, 'invalid_json'],
   ];
   for (const [index, [body, status, code]] of rows.entries()) assert.deepEqual(await codes(site.post('/v1/jobs', body)), [status, code], `row ${index}`);
-  assert.equal((await site.post('/v1/printers/preview/cut', { padding: 'x'.repeat(BODY_BYTES) })).status, 413);
+  assert.equal((await site.post('/v1/printers/paper/cut', { padding: 'x'.repeat(BODY_BYTES) })).status, 413);
 });
 
 test('the HTTPS listener serves the same', async (t) => {

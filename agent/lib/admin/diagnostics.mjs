@@ -1,7 +1,13 @@
 import os from 'node:os';
 import { VERSION } from '../version.mjs';
+import { confirmedOf } from '../jobs/confirmed.mjs';
 import { mapTexts, redactor, textsIn } from './redact.mjs';
 import { pick } from './pick.mjs';
+
+const PRINTER_KEYS = [
+  'id', 'name', 'type', 'state', 'reason', 'problem', 'paper', 'cover', 'protocol', 'host', 'port', 'transport', 'dialogue',
+  'profile',
+];
 
 /**
  * What support needs to see, and nothing that belongs to the shop's customers: no token, no receipt,
@@ -25,13 +31,13 @@ export function diagnostics({ settings, printers, history, alerts, queue, listen
       jobsPending: queue.depth, alertsUnread: alerts.unread,
     },
     printers: known.map((printer) =>
-      pick(printer, ['id', 'name', 'type', 'state', 'reason', 'protocol', 'host', 'port', 'transport', 'profile']),
+      pick(printer, PRINTER_KEYS),
     ),
     jobs: history
       .recent()
       .map((job) => ({
         ...pick(job, ['id', 'printerId', 'createdAt', 'updatedAt']),
-        ...codes(pick(job, ['kind', 'status', 'errorCode'])),
+        ...codes({ ...pick(job, ['kind', 'status', 'errorCode', 'waitingFor']), confirmed: confirmedOf(job) }),
       })),
     alerts: alerts
       .list()

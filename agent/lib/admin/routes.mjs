@@ -27,7 +27,7 @@ export function adminRoutes(service) {
       return { body: DONE };
     },
     '/admin/scan': async () => {
-      await Promise.all([monitor.probeAll(), cups.refresh()]);
+      await Promise.all([monitor.check(), cups.refresh()]);
       return { body: scanResult(printers) };
     },
     '/admin/discover/network': async (_, signal) => ({ body: { hosts: await discoverNetwork({ signal }) } }),
@@ -39,7 +39,11 @@ export function adminRoutes(service) {
     ...siteRoutes(service),
   };
   return {
-    'GET /admin/state': () => ({ body: agentState(service) }),
+    // Who asks looks at the printers, unless he says that his window is closed.
+    'GET /admin/state': ({ query }) => {
+      if (query.get('window') !== 'closed') for (const each of [monitor, cups]) each.looked();
+      return { body: agentState(service) };
+    },
     'GET /admin/alerts': () => ({ body: { alerts: alerts.list(), unread: alerts.unread } }),
     'GET /admin/diagnostics': () => ({ body: diagnostics(service) }),
     ...Object.fromEntries(Object.entries(post).map(([path, command]) => [

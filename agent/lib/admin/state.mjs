@@ -1,10 +1,13 @@
 import { VERSION } from '../version.mjs';
 import { isAllowed } from '../public/access.mjs';
 import { DEFAULT_ORIGINS } from '../sites/origins.mjs';
+import { confirmedOf } from '../jobs/confirmed.mjs';
 import { pick } from './pick.mjs';
 
-const PRINTER_KEYS = ['id', 'name', 'type', 'state', 'reason', 'protocol', 'profile'];
-const JOB_KEYS = ['id', 'printerId', 'printerName', 'kind', 'status', 'errorCode', 'createdAt', 'updatedAt'];
+const PRINTER_KEYS = ['id', 'name', 'type', 'state', 'reason', 'problem', 'paper', 'cover', 'protocol', 'profile'];
+const JOB_KEYS = [
+  'id', 'printerId', 'printerName', 'kind', 'status', 'errorCode', 'waitingFor', 'createdAt', 'updatedAt',
+];
 
 /**
  * The snapshot the companion reads every two seconds; every key is always there. An older companion leaves out what it
@@ -23,7 +26,7 @@ export function agentState({ settings, printers, history, alerts, listeners, ask
     tls: listeners.tls,
     printers: printers.list().map((printer) => pick(printer, PRINTER_KEYS)),
     pairedSites: sites.map((site) => pick(site, ['id', 'origin', 'name', 'createdAt'])),
-    recentJobs: history.recent().map((job) => pick(job, JOB_KEYS)),
+    recentJobs: history.recent().map((job) => ({ ...pick(job, JOB_KEYS), confirmed: confirmedOf(job) })),
     allowedOrigins: [...DEFAULT_ORIGINS, ...origins],
     defaultOrigins: [...DEFAULT_ORIGINS],
     autoApprovePairing,
@@ -32,9 +35,9 @@ export function agentState({ settings, printers, history, alerts, listeners, ask
   };
 }
 
-/** Printers as a connection check reports them. */
+/** Printers as a connection check reports them: one that is printing has answered. */
 export function scanResult(printers) {
-  const found = printers.list();
+  const found = printers.list().map((printer) => ({ ...printer, state: printer.state === 'busy' ? 'ready' : printer.state }));
   return {
     printers: found.map(({ id, displayName, state, reason }) =>
       pick({ id, name: displayName, state, reason }, ['id', 'name', 'state', 'reason']),

@@ -13,6 +13,45 @@ export function printerOffline(id, name, reason) {
 
 export const offlineKey = (id) => `printer:${id}:offline`;
 
+const PROBLEMS = {
+  paper_out: ['انتهى ورق الطابعة', 'ضع لفة ورق جديدة وأغلق الغطاء، وستكمل الطباعة وحدها.'],
+  cover_open: ['غطاء الطابعة مفتوح', 'أغلق غطاء الطابعة جيدًا، وستكمل الطباعة وحدها.'],
+  cutter_error: ['قاطع الورق عالق', 'افتح غطاء الطابعة وأزل الورق العالق عند القاطع، ثم أغلقها وأعد تشغيلها.'],
+  printer_error: ['في الطابعة خطأ', 'أطفئ الطابعة ثم شغّلها. إن تكرر الخطأ فاتصل بالصيانة.'],
+  offline_button: ['الطابعة موقوفة من زرها', 'اضغط زر التشغيل (Online أو Feed) على الطابعة لتعود إلى الطباعة.'],
+  jam: ['الورق عالق في الطابعة', 'افتح الطابعة وأزل الورق العالق، ثم أغلقها.'],
+  paused: ['طابور الطابعة موقوف مؤقتًا', 'استأنف الطباعة لهذه الطابعة من إعدادات الطابعات في النظام.'],
+  not_reading: ['الطابعة لا تستقبل البيانات', 'تحقق من الورق والغطاء، ثم أطفئ الطابعة وشغّلها إن لم تكمل الطباعة.'],
+};
+
+/** A printer is there and cannot print. @param {string} problem see printers/condition.mjs */
+export function printerProblem(id, name, problem) {
+  const [what, todo] = PROBLEMS[problem] ?? PROBLEMS.printer_error;
+  return { key: problemKey(id), severity: 'critical', title: `${what}: «${isolated(name)}»`, message: todo, action: 'printers' };
+}
+
+export const problemKey = (id) => `printer:${id}:error`;
+
+/** A printer's roll ends soon. */
+export function paperLow(id, name) {
+  return {
+    key: lowKey(id), severity: 'warning', title: `ورق الطابعة «${isolated(name)}» على وشك النفاد`,
+    message: 'جهّز لفة ورق جديدة. الطباعة تعمل حتى ينتهي الورق.', action: 'printers',
+  };
+}
+
+export const lowKey = (id) => `printer:${id}:paper-low`;
+
+export const SCHEDULER_KEY = 'system:print-scheduler';
+
+/** The system's own print service does not run. */
+export function schedulerStopped() {
+  return {
+    key: SCHEDULER_KEY, severity: 'critical', title: 'خدمة الطباعة في النظام متوقفة',
+    message: 'طابعات النظام لا تعمل حتى تعود خدمة الطباعة (CUPS). أعد تشغيل الجهاز، أو اطلب من المسؤول تشغيلها.', action: 'scan',
+  };
+}
+
 const FAILURES = {
   offline: 'لم تُطبع الورقة لأن الطابعة غير متصلة.',
   interrupted: 'انقطعت الطباعة قبل اكتمالها، وقد يكون جزء من الورقة طُبع. تحقق من الورق قبل الإعادة.',
@@ -20,14 +59,19 @@ const FAILURES = {
   timeout: 'لم يؤكد نظام الطباعة ما جرى للوظيفة، وقد يكون جزء منها طُبع أو يُطبع لاحقًا. تحقق من الورق قبل الإعادة.',
 };
 
-/** A print did not reach the paper, or may not have. */
-export function printFailed(id, name, errorCode) {
+/**
+ * A print did not reach the paper, or may not have. Each is told until it has been read.
+ * @param {string} [waitsFor] what kept it back, see printers/send-error.mjs
+ */
+export function printFailed(id, name, errorCode, waitsFor) {
+  const [what] = (errorCode === 'offline' && PROBLEMS[waitsFor]) || [];
   return {
     key: failedKey(id),
     severity: 'warning',
     title: `فشلت طباعة على «${isolated(name)}»`,
-    message: FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
+    message: what ? `لم تُطبع الورقة: ${what}.` : FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
     action: 'jobs',
+    untilRead: true,
   };
 }
 

@@ -85,7 +85,7 @@ export async function discoverNetwork({ signal, env = process.env } = {}) {
   const until = performance.now() + TOTAL_MS;
   const found = await inParallel(targets, WIDTH, async (target) => {
     if (signal?.aborted || performance.now() > until) return false;
-    return (await probe(target, CONNECT_MS, signal)).ok;
+    return (await probe(target, { timeoutMs: CONNECT_MS, signal })).ok;
   });
   return targets.filter((_, index) => found[index]);
 }

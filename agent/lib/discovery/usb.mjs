@@ -3,6 +3,7 @@ import path from 'node:path';
 import { findProgram, runProgram } from '../system/program.mjs';
 
 const PRINTER_CLASS = '07';
+const SYSTEM_DEVICES = '/sys/bus/usb/devices';
 
 /** Whether a text may be given to the print system as the address of a USB device. */
 export function isDeviceUri(uri) {
@@ -21,27 +22,39 @@ function parseDeviceList(text) {
 }
 
 /**
+ * What the kernel knows of the printers that are plugged in.
+ * @param {string} root folder of its list of devices
+ * @returns {Promise<{ folder: string, vendor: string, product: string, serial: string, id: string }[]>} id = the printer's own
+ *   description of itself (IEEE 1284), where a driver has read it
+ */
+export async function usbPrinters(root = SYSTEM_DEVICES) {
+  const entries = (await readdir(root).catch(() => [])).sort();
+  const holders = new Map();
+  // Interfaces are named <device>:<configuration>.<interface>.
+  for (const entry of entries.filter((name) => name.includes(':'))) {
+    if (await readText(root, entry, 'bInterfaceClass') === PRINTER_CLASS) holders.set(entry.split(':')[0], entry);
+  }
+  return Promise.all([...holders].map(async ([device, entry]) => {
+    const folder = path.join(root, device);
+    const [vendor, product, serial] = await Promise.all(['manufacturer', 'product', 'serial'].map((name) => readText(folder, name)));
+    return { folder, vendor, product, serial, id: await readText(root, entry, 'ieee1284_id') };
+  }));
+}
+
+/**
  * USB printers plugged in now.
  * @param {{ root?: string, env?: NodeJS.ProcessEnv }} options root = folder of the kernel's device list
  * @returns {Promise<{ vendor: string | null, product: string, uri: string }[]>}
  */
-export async function discoverUsb({ root = '/sys/bus/usb/devices', env = process.env } = {}) {
-  const entries = (await readdir(root).catch(() => [])).sort();
-  const holders = new Set();
-  // Interfaces are named <device>:<configuration>.<interface>.
-  for (const entry of entries.filter((name) => name.includes(':'))) {
-    if (await readText(root, entry, 'bInterfaceClass') === PRINTER_CLASS) holders.add(entry.split(':')[0]);
-  }
-  if (holders.size === 0) return [];
+export async function discoverUsb({ root, env = process.env } = {}) {
+  const printers = await usbPrinters(root ?? env.ZEMRAK_LP_USB_DEVICES);
+  if (printers.length === 0) return [];
   const lister = findProgram('lpinfo', env);
   const listed = lister ? parseDeviceList((await runProgram(lister, ['-v'], { timeoutMs: 10_000 })).stdout) : [];
-  return Promise.all([...holders].map((device) => describe(path.join(root, device), listed)));
+  return printers.map((printer) => describe(printer, listed));
 }
 
-async function describe(folder, listed) {
-  const [vendor, product, serial] = await Promise.all(
-    ['manufacturer', 'product', 'serial'].map((name) => readText(folder, name)),
-  );
+function describe({ vendor, product, serial }, listed) {
   const made = makeUri(vendor, product, serial);
   const known = listed.find((uri) => uri === made)
     ?? listed.find((uri) => serial !== '' && uri.includes(`serial=${encodeURIComponent(serial)}`))

@@ -1,19 +1,26 @@
-import { failedKey, printFailed } from '../alerts/texts.mjs';
+import { printFailed } from '../alerts/texts.mjs';
 import { SendError } from '../printers/send-error.mjs';
 
-/** Milliseconds between two tries to reach a printer that is off. */
+/** Milliseconds between two tries to reach a printer that is off, or that says that it cannot print. */
 export const RETRY_MS = 1000;
+
+// A job that is printed in less than that is not recorded as being printed in between (milliseconds).
+const SOON_MS = 300;
 
 /**
  * The jobs of one printer, sent one at a time in the order they came.
  * A job is on record as "sending" before its first byte leaves, and is never tried again once one may have left.
- * A printer that is off is tried until the job's time is over.
+ * A printer that is off, or cannot print just now, is tried until the job's time is over.
  */
 export class Lane {
-  /** Entries not yet begun: { id (null until on disk), printer, payload, deadline (by performance.now(): the wall clock may be set) } */
+  /**
+   * Entries not yet begun: { id (null until on disk), kind, printer, payload, deadline, mendBy } (times by performance.now(): the
+   * wall clock may be set). mendBy = deadline for a printer that is there and has to be seen to
+   */
   waiting = [];
   #current = null;
-  #running = null;
+  #ending = new Set();
+  #running = new Set();
   #stopping = false;
   #parts;
 
@@ -23,108 +30,152 @@ export class Lane {
   get isSending() { return this.#current?.sending === true; }
 
   /** Jobs of this printer that are not over. */
-  get depth() { return this.waiting.length + (this.#current ? 1 : 0); }
+  get depth() { return this.#entries.length; }
 
   /** Bytes of the jobs that are not over. */
-  get bytes() { return [this.#current, ...this.waiting].reduce((sum, entry) => sum + (entry?.payload.bytes.length ?? 0), 0); }
+  get bytes() { return this.#entries.reduce((sum, entry) => sum + entry.payload.bytes.length, 0); }
+
+  get #entries() { return [...this.#ending, ...(this.#current ? [this.#current] : []), ...this.waiting]; }
 
   /** Begins the next job when there is one. The first in line may still be on its way to the disk: then the caller comes again. */
   pump() {
     if (this.#current || this.#stopping || !this.waiting[0]?.id) return;
     const entry = this.waiting.shift();
+    entry.calledOff = new AbortController();
     this.#current = entry;
-    this.#running = this.#run(entry)
+    const running = this.#run(entry)
       .catch((error) => this.#parts.log.error(`job ${entry.id}: ${error.message}`))
-      .finally(() => { this.#current = null; this.pump(); });
+      .finally(() => {
+        this.#running.delete(running);
+        this.#ending.delete(entry);
+        this.#advance(entry);
+      });
+    this.#running.add(running);
   }
 
   /**
-   * Cancels the jobs that the test picks and of which no byte has left.
+   * Cancels the jobs that the test picks, as long as not all of one has left. One that is being sent ends between two bands,
+   * with its paper marked and cut.
    * @param {(id: string) => boolean} test
+   * @param {boolean} isStuck also one of which all has left and that the printer has not printed: nobody waits for it any longer
    * @returns {number} how many
    */
-  cancel(test) {
+  cancel(test, isStuck = false) {
     const picked = this.waiting.filter(({ id }) => id !== null && test(id));
     this.waiting = this.waiting.filter((entry) => !picked.includes(entry));
+    for (const { id } of picked) this.#mark(id, 'cancelled');
     const first = this.#current;
-    if (first && !first.sending && !first.cancelled && test(first.id)) {
-      first.cancelled = true;
-      first.wake?.();
-      picked.unshift(first);
-    }
-    for (const { id } of picked) void this.#parts.history.mark(id, 'cancelled');
-    return picked.length;
+    if (!first || (first.isOut && !isStuck) || first.calledOff.signal.aborted || !test(first.id)) return picked.length;
+    first.calledOff.abort();
+    first.wake?.();
+    if (!first.sending) this.#mark(first.id, 'cancelled');
+    return picked.length + 1;
   }
 
-  /** Begins nothing any more. @returns {Promise<void> | null} the end of the job being sent */
+  /** Begins nothing any more. @returns {Promise<unknown> | null} the end of the jobs being sent */
   stop() {
     this.#stopping = true;
     this.#current?.wake?.();
-    return this.#running;
+    return this.#running.size > 0 ? Promise.all(this.#running) : null;
   }
 
   async #run(entry) {
     const { history, alerts, log } = this.#parts;
-    const { id, printer } = entry;
+    const { id, printer, calledOff: { signal } } = entry;
     entry.printer = this.#parts.relocate?.(printer) ?? printer;
     for (;;) {
-      const error = await this.#try(entry);
-      if (entry.cancelled) return;
-      if (!error) break;
+      const { error, confirmed } = await this.#try(entry);
+      if (!error) {
+        log.info(`job ${id} completed, confirmed: ${confirmed}`);
+        // The paper is out: nobody waits for the disk to say so.
+        return this.#mark(id, 'completed', { confirmed });
+      }
       const code = error instanceof SendError ? error.code : 'interrupted';
-      if (!error.untouched) return this.#fail(entry, code, error.message);
+      if (code === 'cancelled' || (error.untouched && signal.aborted)) return this.#mark(id, 'cancelled');
+      if (!error.untouched) return this.#fail(entry, code, error);
       if (this.#stopping) return;
-      if (performance.now() >= entry.deadline) return this.#fail(entry, code, error.message);
-      if (!entry.waits || entry.sending) await history.mark(id, 'waiting');
-      Object.assign(entry, { waits: true, sending: false });
-      await this.#pause(entry);
-      if (entry.cancelled || this.#stopping) return;
+      if (performance.now() >= this.#deadline(entry, error)) return this.#fail(entry, code, error);
+      if (entry.waitsFor !== error.waitsFor || entry.sending) {
+        await history.mark(id, 'waiting', undefined, { waitingFor: error.waitsFor });
+      }
+      Object.assign(entry, { waitsFor: error.waitsFor, sending: false, isOut: false });
+      await this.#pause(entry, error);
+      if (signal.aborted || this.#stopping) return;
       // It may be off because it is reached at another address by now.
       entry.printer = this.#parts.relocate?.(entry.printer) ?? entry.printer;
-      this.#expire();
+      this.#expire(error);
     }
-    log.info(`job ${id} completed`);
-    alerts.resolve(failedKey(printer.id));
-    await history.mark(id, 'completed');
   }
 
   async #try(entry) {
     const { history, send } = this.#parts;
+    let soon = null;
+    let told;
+    const tell = (waitingFor) => {
+      told = waitingFor;
+      if (entry.sending) this.#mark(entry.id, 'printing', { waitingFor: waitingFor ?? undefined });
+    };
     try {
-      await send(entry.printer, { ...entry.payload, jobId: entry.id }, {
+      const confirmed = await send(entry.printer, { ...entry.payload, kind: entry.kind, jobId: entry.id }, {
+        signal: entry.calledOff.signal,
         sending: async () => {
-          if (entry.cancelled || this.#stopping) throw new SendError('offline', 'called off');
+          if (entry.calledOff.signal.aborted || this.#stopping) throw new SendError('offline', 'called off');
           entry.sending = true;
-          await history.mark(entry.id, 'sending');
+          await history.mark(entry.id, 'sending', undefined, { waitingFor: undefined });
         },
-        printing: () => void history.mark(entry.id, 'printing'),
+        printing: (waitingFor, isOut = false) => {
+          entry.isOut ||= isOut;
+          if (waitingFor !== (told ?? null)) tell(waitingFor);
+          else if (isOut) soon ??= setTimeout(tell, SOON_MS, waitingFor);
+        },
+        left: () => {
+          this.#ending.add(entry);
+          this.#advance(entry);
+        },
       });
-      return null;
+      return { confirmed };
     } catch (error) {
-      return error;
+      return { error };
+    } finally {
+      clearTimeout(soon);
     }
   }
 
-  async #fail({ id, printer }, code, detail) {
+  /** The printer is free for the next job. */
+  #advance(entry) {
+    if (this.#current === entry) this.#current = null;
+    this.pump();
+  }
+
+  #mark(id, status, more) {
+    void this.#parts.history.mark(id, status, undefined, { waitingFor: undefined, ...(status === 'cancelled' ? { confirmed: 'no' } : {}), ...more });
+  }
+
+  async #fail({ id, printer }, code, { message, waitsFor }) {
     const { history, alerts, log } = this.#parts;
-    log.warn(`job ${id} failed: ${code} (${detail})`);
-    alerts.happened(printFailed(printer.id, printer.displayName, code));
-    await history.mark(id, 'failed', code);
+    log.warn(`job ${id} failed: ${code} (${message})`);
+    alerts.add(printFailed(printer.id, printer.displayName, code, waitsFor));
+    await history.mark(id, 'failed', code, { confirmed: 'no', waitingFor: undefined });
+  }
+
+  #deadline({ deadline, mendBy = deadline }, { waitsFor }) {
+    return waitsFor === undefined || waitsFor === 'offline' ? deadline : Math.max(deadline, mendBy);
   }
 
   /** Waits a little, or until the job is cancelled or the service stops. */
-  #pause(entry) {
-    if (entry.cancelled || this.#stopping) return null;
+  #pause(entry, error) {
+    if (entry.calledOff.signal.aborted || this.#stopping) return null;
     return new Promise((resolve) => {
-      const timer = setTimeout(resolve, Math.max(1, Math.min(this.#parts.retryMs ?? RETRY_MS, entry.deadline - performance.now())));
+      const left = this.#deadline(entry, error) - performance.now();
+      const timer = setTimeout(resolve, Math.max(1, Math.min(this.#parts.retryMs ?? RETRY_MS, left)));
       entry.wake = () => { clearTimeout(timer); resolve(); };
     });
   }
 
   /** Jobs behind one that waits for the printer do not wait longer than their own time. */
-  #expire() {
-    const over = this.waiting.filter(({ id, deadline }) => id !== null && deadline <= performance.now());
+  #expire(error) {
+    const over = this.waiting.filter((entry) => entry.id !== null && this.#deadline(entry, error) <= performance.now());
     this.waiting = this.waiting.filter((entry) => !over.includes(entry));
-    for (const entry of over) void this.#fail(entry, 'offline', 'waited long enough');
+    for (const entry of over) void this.#fail(entry, 'offline', error);
   }
 }

@@ -8,6 +8,10 @@ export const MAX_WAITING = 30;
 /** Bytes of all jobs that are not over. */
 export const MAX_BYTES = 256 * 1024 * 1024;
 
+// A page that the person at the printer has asked for waits this long for paper and cover, in milliseconds.
+const MEND_MS = 30_000;
+const PATIENT = ['test', 'designer', 'codepage-test'];
+
 /** Takes jobs in and hands each to its printer's lane. */
 export class JobQueue {
   #parts;
@@ -16,7 +20,7 @@ export class JobQueue {
 
   /**
    * @param {{ history: import('./history.mjs').JobHistory, alerts: import('../alerts/alerts.mjs').Alerts,
-   *   send: (printer: object, payload: object, hooks: { sending: () => Promise<void>, printing: () => void }) => Promise<void>,
+   *   send: (printer: object, payload: object, hooks: import('../printers/send.mjs').Hooks) => Promise<'yes'|'unknown'>,
    *   log: import('../log.mjs').Log, relocate?: (printer: object) => object, retryMs?: number }} parts `send` as in printers/send.mjs;
    *   relocate = the same printer with the address it has now
    */
@@ -55,7 +59,8 @@ export class JobQueue {
   async accept(printer, kind, payload, { maxWaitMs = 0, record = {} } = {}) {
     this.checkRoom(printer.id, payload.bytes.length);
     const lane = this.#lane(printer.id);
-    const entry = { id: null, printer, payload, deadline: performance.now() + maxWaitMs };
+    const now = performance.now();
+    const entry = { id: null, kind, printer, payload, deadline: now + maxWaitMs, mendBy: now + (PATIENT.includes(kind) ? MEND_MS : 0) };
     lane.waiting.push(entry);
     const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'queued', ...record };
     const job = await this.#parts.history.add(fields, { payload, waitMs: maxWaitMs });
@@ -80,14 +85,14 @@ export class JobQueue {
   async refuse(printer, kind, errorCode, { key, digest, ...record } = {}) {
     const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'failed', errorCode, ...record };
     const job = await this.#parts.history.add(fields);
-    this.#parts.alerts.happened(printFailed(printer.id, printer.displayName, errorCode));
+    this.#parts.alerts.add(printFailed(printer.id, printer.displayName, errorCode));
     return job;
   }
 
-  /** Cancels what waits for a printer. @returns {number} how many */
-  cancelWaiting(printerId) { return this.#lanes.get(printerId)?.cancel(() => true) ?? 0; }
+  /** Cancels what waits for a printer, and gives up what is being sent or was not printed. @returns {number} how many */
+  cancelWaiting(printerId) { return this.#lanes.get(printerId)?.cancel(() => true, true) ?? 0; }
 
-  /** Cancels one job. @returns {boolean} false when some of it may have left, or it is over */
+  /** Cancels one job. @returns {boolean} false when all of it has left, or it is over */
   cancel(id) { return [...this.#lanes.values()].some((lane) => lane.cancel((each) => each === id) > 0); }
 
   /**

@@ -159,7 +159,7 @@ export class AddressKeeper {
     const targets = new Map(missing.flatMap(({ port, network }) => network.around.filter((host) => !known.has(host)).map((host) => [`${host}:${port}`, { host, port }])));
     this.#log.info(`looking for ${missing.length} printers at ${targets.size} addresses`);
     await inParallel([...targets.values()], WIDTH, async (target) => {
-      if (!this.#jobs.isSending) await this.#system.ask(target, CONNECT_MS);
+      if (!this.#jobs.isSending) await this.#system.ask(target, { timeoutMs: CONNECT_MS });
     });
   }
 }

@@ -1,5 +1,6 @@
 import { SendError } from './send-error.mjs';
 import { jobReport } from './ipp-job.mjs';
+import { parseQueueStates, queueStatus, waitsForDevice } from './queue-state.mjs';
 import { runProgram } from '../system/program.mjs';
 
 /**
@@ -11,18 +12,26 @@ export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: 100
 // How the print system says that it has failed and will begin again after a while.
 const WILL_RETRY = /^\s+Alerts:.*\bresources-are-not-ready\b/m;
 
+// What a person sees to before the printer goes on.
+const MENDABLE = ['paper_out', 'cover_open', 'jam'];
+
 /** A job that the print system has taken. */
 export class CupsJob {
   #programs;
   #env;
   #queue;
   #request;
+  #isTold;
+  // Whether the print system has ever been seen at it without waiting for its device; null = not seen at it yet.
+  #hasReached = null;
 
   /**
    * @param {{ lpstat: string, cancel: string | null }} programs
-   * @param {{ queue: string, request: string, env: NodeJS.ProcessEnv }} which request = as lp named it, such as "Office-7"
+   * @param {{ queue: string, request: string, env: NodeJS.ProcessEnv, isTold?: boolean }} which request = as lp named it, such as "Office-7";
+   *   isTold = the printer itself tells the print system when it has printed
    */
-  constructor({ lpstat, cancel }, { queue, request, env }) {
+  constructor({ lpstat, cancel }, { queue, request, env, isTold = false }) {
+    this.#isTold = isTold;
     this.#programs = { lpstat, cancel };
     this.#queue = queue;
     this.#request = request;
@@ -32,32 +41,61 @@ export class CupsJob {
   /**
    * Waits until the job is out. Headway = jobs before it leave, more of it is out, or the printer tells something else, such as the
    * page it prints.
-   * @throws {SendError} "queue_stalled" when it makes no headway, or somebody else has cancelled it, before any of it was printed;
+   * @param {{ times?: typeof TIMES, signal?: AbortSignal, onWait?: (waitsFor: string | null) => void }} how signal = cancels it; onWait hears what
+   *   keeps the printer from it
+   * @returns {Promise<'yes'|'unknown'>} whether the printer itself said so
+   * @throws {SendError} "cancelled"; "queue_stalled" when it makes no headway, or somebody else has cancelled it, before any of it was printed;
    *   "interrupted" when some of it may have been, or the device failed; "timeout" when the print system does not say what has
    *   become of it, or does not cancel it
    */
-  async finished(times = TIMES) {
+  async finished({ times = TIMES, signal, onWait = () => {} } = {}) {
     const { lpstat } = this.#programs;
+    const done = () => (this.#isTold ? 'yes' : 'unknown');
     const began = performance.now();
     const last = { told: null, at: began, newAt: began, headway: '' };
     const told = new Set();
     for (;;) {
       const [line, printer, report] = await Promise.all([this.#listed('not-completed'), runProgram(lpstat, ['-p', this.#queue]), this.#report()]);
       const now = performance.now();
-      if (line && !line.own && await this.#isPrinted()) return;
+      if (line && !line.own && await this.#isPrinted()) return done();
+      if (signal?.aborted && await this.cancel()) throw new SendError('cancelled', 'called off');
+      const waitsFor = this.#watch(printer.stdout);
+      onWait(waitsFor);
       if (WILL_RETRY.test(line?.own)) await this.#preventRetry();
       // A system that does not answer tells nothing.
       if (line && printer.status === 0) {
         last.headway = report?.headway ?? last.headway;
         const telling = JSON.stringify([line.before, line.own, printer.stdout, last.headway]);
-        if (telling !== last.told || this.#isAtAnother(printer.stdout)) Object.assign(last, { told: telling, at: now });
+        if (telling !== last.told || this.#isAtAnother(printer.stdout) || MENDABLE.includes(waitsFor)) Object.assign(last, { told: telling, at: now });
         if (!told.has(telling)) last.newAt = now;
         told.add(telling);
       }
-      if (now - last.at > times.stall || now - last.newAt > times.most) return this.#giveUp();
-      await new Promise((resolve) => { setTimeout(resolve, times.poll); });
+      if (now - last.at > times.stall || now - last.newAt > times.most) return this.#giveUp().then(done);
+      await new Promise((resolve) => {
+        const timer = setTimeout(wake, times.poll);
+        function wake() { clearTimeout(timer); signal?.removeEventListener('abort', wake); resolve(); }
+        if (!signal?.aborted) signal?.addEventListener('abort', wake, { once: true });
+      });
     }
   }
+
+  /** @returns {Promise<boolean>} false when the print system does not cancel it */
+  async cancel() {
+    const { cancel } = this.#programs;
+    return cancel !== null && (await runProgram(cancel, [this.#request])).status === 0;
+  }
+
+  /** Notes whether the print system has got through to the device with this job. @returns {string | null} what it waits for */
+  #watch(told) {
+    const state = parseQueueStates(told).get(this.#queue);
+    if (!state) return null;
+    const away = waitsForDevice(`${state.reasons.join(' ')} ${state.message}`);
+    if (new RegExp(`^printer \\S+ now printing ${escaped(this.#request)}\\.`, 'm').test(told)) this.#hasReached = this.#hasReached === true || !away;
+    return away ?? queueStatus(state).problems[0] ?? null;
+  }
+
+  /** Whether nothing of it has left this computer: it was not begun, or only ever waited for its device. */
+  #isUntouched(report) { return report?.isUntouched === true || this.#hasReached === false; }
 
   /**
    * Reads one of the print system's two lists of jobs.
@@ -84,9 +122,11 @@ export class CupsJob {
 
   /** Whether the job, out of the line, was printed; false while that is not known. @throws {SendError} when it was not, or not all of it */
   async #isPrinted() {
-    const { state, isUntouched } = await this.#report() ?? { state: await this.#listedState(), isUntouched: false };
+    const report = await this.#report() ?? { state: await this.#listedState(), isUntouched: false };
+    const { state } = report;
+    const isUntouched = this.#isUntouched(report);
     if (state === 'cancelled') throw new SendError(isUntouched ? 'queue_stalled' : 'interrupted', 'cancelled in the print queue');
-    if (state === 'aborted') throw new SendError('interrupted', 'given up by the print system');
+    if (state === 'aborted') throw new SendError(isUntouched ? 'queue_stalled' : 'interrupted', 'given up by the print system');
     if (state !== 'forgotten') return state === 'completed';
     const records = await this.#listed('completed');
     // Older ones go first, if they go at all: the print system has crashed, and lost the job with what it had not stored yet.
@@ -106,25 +146,21 @@ export class CupsJob {
 
   /** The device failed, and the print system is about to print the job again from its beginning. @throws {SendError} */
   async #preventRetry() {
-    if (await this.#cancel()) throw new SendError('interrupted', 'the device failed');
+    if (await this.cancel()) throw new SendError(this.#isUntouched(null) ? 'queue_stalled' : 'interrupted', 'the device failed');
   }
 
   async #giveUp() {
-    if (await this.#cancel()) {
+    if (await this.cancel()) {
       // Asked only now: it may have been begun, and have come out, at the last moment.
       const report = await this.#report();
       if (report?.state === 'completed') return;
-      throw new SendError(report?.isUntouched ? 'queue_stalled' : 'interrupted', 'no headway in the print queue');
+      throw new SendError(this.#isUntouched(report) ? 'queue_stalled' : 'interrupted', 'no headway in the print queue');
     }
     // It may have come out just now; else it is still there, and comes out when it likes.
     const line = await this.#listed('not-completed');
     if (line && !line.own && await this.#isPrinted()) return;
     throw new SendError('timeout', 'the job cannot be cancelled');
   }
-
-  /** @returns {Promise<boolean>} false when the print system does not cancel it */
-  async #cancel() {
-    const { cancel } = this.#programs;
-    return cancel !== null && (await runProgram(cancel, [this.#request])).status === 0;
-  }
 }
+
+const escaped = (text) => text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&');

@@ -1,35 +1,37 @@
-import net from 'node:net';
+import { dialogueFor } from './dialogues.mjs';
+import { TcpLink, connectPrinter } from './tcp-link.mjs';
+import { askAll, listen } from './transport-raw.mjs';
 
-/** Milliseconds a printer has to accept a connection. */
+/** Milliseconds a printer has to accept a connection, and to answer the first question. */
 export const PROBE_MS = 900;
-
-const NO_ROUTE = new Set(['ENETUNREACH', 'EHOSTUNREACH', 'EPERM', 'EACCES', 'ENETDOWN', 'EHOSTDOWN']);
+const ANSWER_MS = 700;
 
 /**
- * Opens a connection and closes it at once.
- * @param {{ host: string, port: number }} target
- * @param {number} timeoutMs
- * @param {AbortSignal} [signal] gives up early, as timed out
- * @returns {Promise<{ ok: boolean, reason?: 'unreachable'|'no_route', certain?: boolean }>} certain = an answer, not silence; never rejects
+ * Opens a connection, asks the printer how it is if it is known to answer, and closes it.
+ * @param {object} printer host and port, and what dialogueFor() wants to know; without that it is not asked
+ * @param {{ timeoutMs?: number, signal?: AbortSignal }} how signal = gives up early, as timed out
+ * @returns {Promise<{ ok: boolean, cause?: string, isAsked?: boolean, condition?: object | null, language?: string }>}
+ *   cause = why nobody has accepted it: the system's code, "timeout" or "name"; never rejects
  */
-export function probe({ host, port }, timeoutMs = PROBE_MS, signal) {
-  return new Promise((resolve) => {
-    const socket = net.connect({ host, port });
-    const settle = (result) => {
-      clearTimeout(timer);
-      signal?.removeEventListener('abort', silent);
-      socket.destroy();
-      resolve(result);
-    };
-    const silent = () => settle({ ok: false, reason: 'unreachable', certain: false });
-    const timer = setTimeout(silent, timeoutMs);
-    signal?.addEventListener('abort', silent, { once: true });
-    if (signal?.aborted) return silent();
-    socket.on('connect', () => settle({ ok: true }));
-    socket.on('error', (error) => settle(NO_ROUTE.has(error.code)
-      ? { ok: false, reason: 'no_route', certain: true }
-      : { ok: false, reason: 'unreachable', certain: error.code === 'ECONNREFUSED' }));
-  });
+export async function probe(printer, { timeoutMs = PROBE_MS, signal } = {}) {
+  let socket;
+  try {
+    socket = await connectPrinter(printer, timeoutMs, signal);
+  } catch ({ cause }) {
+    return { ok: false, cause };
+  }
+  const { dialogue, mayTry } = dialogueFor(printer);
+  const link = new TcpLink(socket);
+  const stop = () => link.destroy();
+  signal?.addEventListener('abort', stop, { once: true });
+  try {
+    if (!dialogue || mayTry) return { ok: true, isAsked: false };
+    const condition = await askAll(link, dialogue, listen(link, dialogue), ANSWER_MS);
+    return { ok: true, isAsked: true, condition, language: dialogue.language };
+  } finally {
+    signal?.removeEventListener('abort', stop);
+    link.close();
+  }
 }
 
 /**

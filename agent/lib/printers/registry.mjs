@@ -1,13 +1,12 @@
 import { randomBytes } from 'node:crypto';
 import { ApiError, invalidRequest, printerNotFound } from '../api-error.mjs';
-import { failedKey, offlineKey, printerOffline } from '../alerts/texts.mjs';
+import { failedKey } from '../alerts/texts.mjs';
 import { checkProfile, displayName, mergeProfile, sameAlias } from './profile.mjs';
-import { PREVIEW } from './preview.mjs';
 
 /** Network printers that may be added. */
 const MAX_PRINTERS = 200;
 
-/** All printers: network ones in the order they were added, the system's queues, the preview printer. */
+/** All printers: network ones in the order they were added, then the system's queues. */
 export class Printers {
   #settings;
   #monitor;
@@ -26,16 +25,19 @@ export class Printers {
   /** @param {(id: string) => boolean} isBusy whether a job is being sent to a printer */
   watchJobs(isBusy) { this.#isBusy = isBusy; }
 
-  /** @returns {object[]} id, name, displayName, type, state, reason?, protocol, profile, and host, port, transport or queue */
+  /** @returns {object[]} id, name, displayName, type, state, reason?, problem?, protocol, profile, and host, port, transport or queue */
   list() {
-    const { printers, profiles, queues } = this.#settings.values;
-    const networked = printers.map((printer) => ({ ...printer, type: 'net', ...this.#monitor.status(printer.id) }));
-    return [...networked, ...this.#cups.list(), { ...PREVIEW, state: 'ready' }].map((printer) => {
+    const { profiles, queues } = this.#settings.values;
+    const networked = networkPrinters(this.#settings).map((printer) => ({ ...printer, ...this.#monitor.status(printer.id) }));
+    return [...networked, ...this.#cups.list()].map((printer) => {
       const profile = profiles[printer.id] ?? {};
-      const state = this.#isBusy(printer.id) && printer.state !== 'error' ? { state: 'busy', reason: undefined } : {};
+      const isPrinting = this.#isBusy(printer.id) && !['error', 'offline'].includes(printer.state);
       // A system queue with a driver takes text; its device's bytes are the driver's business.
-      const usual = printer.type === 'cups' && !queues.includes(printer.queue) ? 'none' : 'escpos';
-      return { ...printer, ...state, displayName: displayName(printer, profile), protocol: profile.protocol ?? usual, profile };
+      const usual = printer.type === 'cups' && !printer.isRaw && !queues.includes(printer.queue) ? 'none' : 'escpos';
+      return {
+        ...printer, ...(isPrinting ? { state: 'busy', reason: undefined } : {}), displayName: displayName(printer, profile),
+        protocol: profile.protocol ?? usual, profile,
+      };
     });
   }
 
@@ -56,7 +58,7 @@ export class Printers {
     const byId = all.find(({ id }) => id === text);
     if (byId) return byId;
     const named = all.filter(({ displayName }) => sameAlias(displayName, text));
-    const found = named.length > 0 ? named : all.filter(({ name }) => sameAlias(name, text));
+    const found = named.length > 0 ? named : all.filter(({ name, queue = name }) => sameAlias(name, text) || queue === text);
     if (found.length > 1) throw new ApiError(409, 'printer_ambiguous', 'أكثر من طابعة بهذا الاسم. استخدم المعرّف (id).');
     if (found.length === 0) throw printerNotFound();
     return found[0];
@@ -105,7 +107,6 @@ export class Printers {
   /** @throws {ApiError} 404; 409 for printers that are not this service's to remove */
   async remove(id) {
     const printer = this.get(id);
-    if (printer.type === 'preview') throw new ApiError(409, 'not_removable', 'طابعة المعاينة لا تُحذف.');
     if (printer.type === 'cups') {
       if (!this.#settings.values.queues.includes(printer.queue)) {
         throw new ApiError(409, 'not_removable', 'هذه طابعة من طابعات النظام، احذفها من إعدادات النظام.');
@@ -118,7 +119,7 @@ export class Printers {
       delete draft.profiles[id];
     });
     this.#monitor.forget(id);
-    this.#alerts.resolve(failedKey(id));
+    this.#alerts.resolveWhere((key) => key === failedKey(id));
   }
 
   /**
@@ -133,27 +134,44 @@ export class Printers {
     if (!checked) throw invalidRequest('إعدادات الطابعة غير صالحة. الاسم المستعار حروف وأرقام ومسافات فقط.');
     await this.#settings.update((draft) => {
       if (checked.alias && this.#aliasTaken(draft, checked.alias, id)) throw invalidRequest('هذا الاسم مستخدم لطابعة أخرى.');
+      const before = draft.profiles[id]?.protocol;
       draft.profiles[id] = mergeProfile(draft.profiles[id], checked);
+      // Whether it answers was found out in the language that it had before.
+      if (draft.profiles[id].protocol !== before) delete draft.printers.find((each) => each.id === id)?.dialogue;
+    });
+    if ('protocol' in checked || 'role' in checked) this.#monitor.renew(id);
+  }
+
+  /** Keeps what was learnt of a network printer. @param {import('./dialogues.mjs').Learnt} learnt */
+  async learn(id, learnt) {
+    await this.#settings.update((draft) => {
+      const printer = draft.printers.find((each) => each.id === id);
+      if (printer) printer.dialogue = learnt;
     });
   }
 
-  /** After the system's queues were read: raises and ends their offline alerts, and ends those of printers that are gone. */
+  /** After the system's queues were read: ends the alerts of printers that are gone. */
   noteSystemQueues() {
     const ids = new Set(this.list().map(({ id }) => id));
     this.#alerts.resolveWhere((key) => {
-      const [, id] = /^(?:printer|job):(.*):(?:offline|failed)$/.exec(key) ?? [];
+      const [, id] = /^(?:printer|job):(.*):(?:offline|failed|error|paper-low)$/.exec(key) ?? [];
       return id !== undefined && !ids.has(id);
     });
-    for (const printer of this.list().filter(({ type }) => type === 'cups')) {
-      if (printer.state === 'offline') this.#alerts.ensure(printerOffline(printer.id, printer.displayName, printer.reason));
-      else this.#alerts.resolve(offlineKey(printer.id));
-    }
   }
 
   #aliasTaken(settings, alias, ownId) {
     const names = this.list().filter(({ id }) => id !== ownId).map(({ id, name }) => settings.profiles[id]?.alias ?? name);
     return names.some((name) => sameAlias(name, alias));
   }
+}
+
+/** The network printers with all that is known of how to speak to them. @returns {object[]} */
+export function networkPrinters(settings) {
+  const { printers, profiles } = settings.values;
+  return printers.map((printer) => {
+    const profile = profiles[printer.id] ?? {};
+    return { ...printer, type: 'net', protocol: profile.protocol ?? 'escpos', profile };
+  });
 }
 
 /** A print queue's name made of a printer's: ASCII, free among `taken`. */

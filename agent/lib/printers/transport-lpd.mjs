@@ -1,56 +1,83 @@
 import os from 'node:os';
 import { SendError } from './send-error.mjs';
-import { TIMES, connectPrinter, streamAll, within } from './transport-raw.mjs';
+import { TcpLink, connectPrinter } from './tcp-link.mjs';
 
 // Print servers accept any queue name for their only port; "lp" is the customary one.
 const QUEUE = 'lp';
 
+// Milliseconds for the print server's word on each step before the receipt, and on the receipt: it may spool to a slow printer.
+const STEP_MS = 10_000;
+
 /**
- * Sends a job by the line printer daemon protocol (RFC 1179).
+ * Opens a way to a print server that speaks the line printer daemon protocol (RFC 1179). It asks nothing of the printer behind it.
  * @param {{ host: string, port: number }} printer
- * @param {Uint8Array} bytes
- * @param {{ stallMs?: number, sending?: () => Promise<void> }} how sending = awaited before the first byte of the receipt
- * @throws {SendError} "offline" before the first byte of the receipt, "interrupted" after it, also when the server then refuses it
- *   or has not accepted it within `stallMs`
+ * @param {{ watcher: object, stepMs?: number }} context watcher as of NetworkMonitor.watcher()
+ * @returns {Promise<import('./send.mjs').Link>}
  */
-export async function sendLpd(printer, bytes, { stallMs = TIMES.stall, sending = async () => {} } = {}) {
-  const socket = await connectPrinter(printer, TIMES.connect);
-  const host = os.hostname().replace(/[^A-Za-z0-9.-]/g, '').slice(0, 31) || 'localhost';
-  const control = Buffer.from(`H${host}\nPzemrak\nldfA001${host}\nUdfA001${host}\nNreceipt\n`, 'latin1');
-  let answer;
-  try {
-    await exchange(socket, `\x02${QUEUE}\n`, stallMs);
-    await exchange(socket, `\x02${control.length} cfA001${host}\n`, stallMs);
-    await exchange(socket, Buffer.concat([control, Buffer.of(0)]), stallMs);
-    await exchange(socket, `\x03${bytes.length} dfA001${host}\n`, stallMs);
-    answer = accepted(socket);
-    await sending();
-  } catch {
-    socket.destroy();
-    throw new SendError('offline', 'refused by the print server');
+export async function openLpd(printer, { watcher, stepMs = STEP_MS }) {
+  return new LpdLink(new TcpLink(await connectPrinter(printer), watcher.stalled), stepMs);
+}
+
+class LpdLink {
+  #link;
+  #stepMs;
+  #answers = [];
+  #waiting = null;
+
+  constructor(link, stepMs) {
+    this.#link = link;
+    this.#stepMs = stepMs;
+    link.onData((data) => {
+      this.#answers.push(...data);
+      this.#waiting?.();
+    });
   }
-  await streamAll(socket, Buffer.concat([bytes, Buffer.of(0)]), { stallMs, confirmed: () => within(stallMs, answer) });
-}
 
-/** The print server's word on the receipt, one zero byte; rejects with "interrupted" when it is another one, or none comes any more. */
-function accepted(socket) {
-  const answer = new Promise((resolve, reject) => {
-    const refused = () => reject(new SendError('interrupted', 'not accepted by the print server'));
-    socket.once('data', (data) => { data[0] === 0 ? resolve() : refused(); });
-    socket.once('end', refused).once('close', refused);
-  });
-  // Nobody looks at it when the link breaks before.
-  answer.catch(() => {});
-  return answer;
-}
+  async ready() { /* the protocol has a question for jobs only */ }
 
-/** Writes a step and waits for its acknowledgement, one zero byte. */
-function exchange(socket, step, stallMs) {
-  return within(stallMs, new Promise((resolve, reject) => {
-    const answered = (data) => { done(); data[0] === 0 ? resolve() : reject(new Error('refused')); };
-    const lost = (error) => { done(); reject(error ?? new Error('closed')); };
-    const done = () => { socket.off('data', answered).off('error', lost).off('end', lost).off('close', lost); };
-    socket.on('data', answered).on('error', lost).on('end', lost).on('close', lost);
-    socket.write(step);
-  }));
+  /** Announces the receipt. @throws {SendError} "offline", untouched */
+  async begin(_, bytes) {
+    const host = os.hostname().replace(/[^A-Za-z0-9.-]/g, '').slice(0, 31) || 'localhost';
+    const control = Buffer.from(`H${host}\nPzemrak\nldfA001${host}\nUdfA001${host}\nNreceipt\n`, 'latin1');
+    const steps = [`\x02${QUEUE}\n`, `\x02${control.length} cfA001${host}\n`, Buffer.concat([control, Buffer.of(0)]), `\x03${bytes} dfA001${host}\n`];
+    try {
+      for (const step of steps) {
+        await this.#link.write(step);
+        if (await this.#answer(this.#stepMs) !== 0) throw new Error('refused');
+      }
+    } catch {
+      throw new SendError('offline', 'refused by the print server', { waitsFor: 'busy' });
+    }
+  }
+
+  send(band) { return this.#link.write(band); }
+
+  /** @returns {Promise<'unknown'>} the server has it; whether the printer behind it printed, it does not say */
+  async confirm(_, left) {
+    await this.#link.write(Buffer.of(0));
+    const answer = await this.#answer(null);
+    if (answer !== 0) throw new SendError('interrupted', 'not accepted by the print server');
+    left();
+    return 'unknown';
+  }
+
+  /** A receipt that is broken off is not printed by the server. */
+  async cancel() { this.#link.destroy(); }
+
+  close() { this.#link.close(); }
+
+  destroy() { this.#link.destroy(); }
+
+  /** The server's next octet; undefined when it closes, or says nothing for `ms`. null = as long as it is there */
+  async #answer(ms) {
+    let timer;
+    const next = new Promise((resolve) => {
+      const take = () => { if (this.#answers.length > 0) resolve(this.#answers.shift()); };
+      this.#waiting = take;
+      take();
+      if (ms !== null) timer = setTimeout(resolve, ms);
+      void this.#link.ended.then(() => setImmediate(resolve));
+    });
+    return this.#link.patiently(next).finally(() => clearTimeout(timer));
+  }
 }

@@ -1,156 +1,248 @@
-import net from 'node:net';
+import { finish } from '../print/finish.mjs';
+import { UNKNOWN, isTold, mergeConditions, problemsOf } from './condition.mjs';
+import { dialogueFor, languageOf } from './dialogues.mjs';
 import { SendError } from './send-error.mjs';
-import { unacknowledgedBytes } from './socket-backlog.mjs';
+import { TcpLink, connectPrinter } from './tcp-link.mjs';
 
-const CHUNK_BYTES = 16 * 1024;
-
-export const ESC = 0x1b;
+const ESC = 0x1b;
 
 /** Milliseconds. */
-export const TIMES = Object.freeze({
-  connect: 3000,
-  // No byte taken for this long: the printer has stopped reading.
-  stall: 10_000,
-  // After the last byte, a printer that leaves the connection open may still refuse it.
-  settle: 500,
-  poll: 100,
+export const ASK = Object.freeze({
+  // A printer that has answered before may serve somebody else first.
+  first: 3000,
+  // One of which that is not known answers at once or not at all.
+  trial: 400,
+  // The further questions.
+  next: 300,
+  // Between two looks at a printer that has not confirmed yet.
+  poll: 1000,
+  // Time for a confirmation of the better kind behind one of the other kind.
+  better: 250,
+  // To confirm when nothing is wrong, on top of what the slowest head needs for the bytes.
+  confirm: 10_000,
+  // A lone ESC is refused at once or taken.
+  escape: 3000,
 });
 
+// Bytes that the slowest printer prints in a millisecond.
+const SLOWEST = 0.5;
+
+let lastId = Math.floor(Math.random() * 10_000);
+const nextId = () => String(lastId = (lastId + 1) % 10_000).padStart(4, '0');
+
 /**
- * Opens a connection to a printer.
- * @throws {SendError} "offline" when nobody answers within `connectMs`
- * @returns {Promise<net.Socket>} half-open allowed: the printer closing its side does not end ours
+ * Asks a printer all its questions over an open connection.
+ * @param {TcpLink} link
+ * @param {object} dialogue
+ * @param {object} reader of this connection; its other events go to `other`
+ * @param {number} firstMs time for the first answer
+ * @returns {Promise<import('./condition.mjs').Condition | null>} null when none is answered; never rejects
  */
-export function connectPrinter({ host, port }, connectMs = TIMES.connect) {
-  return new Promise((resolve, reject) => {
-    const socket = net.connect({ host, port, allowHalfOpen: true });
-    const fail = (error) => {
-      clearTimeout(timer);
-      socket.destroy();
-      reject(new SendError('offline', error?.code ?? 'no answer'));
-    };
-    const timer = setTimeout(() => fail(), connectMs);
-    socket.once('error', fail);
-    socket.once('connect', () => {
-      clearTimeout(timer);
-      socket.off('error', fail);
-      // A link may break while nobody looks; whoever uses it next finds it destroyed.
-      socket.on('error', () => {});
-      socket.setNoDelay(true);
-      resolve(socket);
+export async function askAll(link, dialogue, reader, firstMs) {
+  let condition = UNKNOWN;
+  for (const [index, question] of dialogue.questions.entries()) {
+    const answer = new Promise((resolve) => { reader.onAnswer = resolve; });
+    reader.asked(index);
+    const written = link.write(question).catch(() => {});
+    const told = await Promise.race([answer, link.ended.then(() => null), written.then(() => pause(index === 0 ? firstMs : ASK.next))]);
+    reader.onAnswer = null;
+    if (!told && index === 0) return null;
+    if (told) condition = mergeConditions(condition, told);
+  }
+  return condition;
+}
+
+/** A reader whose events have takers; onCondition gets what the printer tells unasked. */
+export function listen(link, dialogue, { onCondition = () => {}, onConfirmed = () => {} } = {}) {
+  const reader = Object.assign(dialogue.reader(), { onAnswer: null, onConfirmed });
+  link.onData((data) => {
+    for (const event of reader.read(data)) {
+      if (event.isAnswer) reader.onAnswer?.(event.condition);
+      else if (event.condition) onCondition(event.condition);
+      if (event.confirmed) reader.onConfirmed(event);
+    }
+  });
+  return reader;
+}
+
+/**
+ * Opens a way to a printer that takes a plain stream of bytes.
+ * @param {object} printer as of Printers.list()
+ * @param {{ isOwn: boolean, watcher: object }} context isOwn = the job's bytes were made here, in the printer's language;
+ *   watcher = hears what the printer tells, see NetworkMonitor.watcher()
+ * @returns {Promise<import('./send.mjs').Link>}
+ */
+export async function openRaw(printer, context) {
+  return new RawLink(printer, context, new TcpLink(await connectPrinter(printer), context.watcher.stalled));
+}
+
+class RawLink {
+  #printer;
+  #watcher;
+  #link;
+  #how;
+  #reader = null;
+  #condition = UNKNOWN;
+  #isOwn;
+  #hasEscape = false;
+
+  constructor(printer, { isOwn, watcher }, link) {
+    this.#printer = printer;
+    this.#isOwn = isOwn;
+    this.#watcher = watcher;
+    this.#link = link;
+    this.#how = dialogueFor(printer);
+    if (this.#how.mayTry && !isOwn) this.#how = { ...this.#how, dialogue: null };
+    if (this.#how.dialogue) this.#listen();
+  }
+
+  /** Asks a printer that is known to answer. @throws {SendError} "offline", untouched: what keeps it from printing */
+  async ready() {
+    if (this.#how.dialogue && !this.#how.mayTry) {
+      const { dialogue, isLearnt } = this.#how;
+      const condition = await askAll(this.#link, dialogue, this.#reader, isLearnt ? ASK.first : ASK.trial);
+      if (condition && !isLearnt) this.#learn({ language: dialogue.language });
+      if (condition) return this.#judge(condition);
+      if (this.#link.isHalfClosed) throw refused();
+      // It may be serving another computer; or another printer stands at its place by now.
+      if (isLearnt && !this.#watcher.isSilent()) throw new SendError('offline', 'does not answer', { waitsFor: 'busy' });
+      if (isLearnt || this.#watcher.unanswered()) this.#learn({ language: 'none' });
+      this.#how = { ...this.#how, dialogue: null };
+    }
+  }
+
+  /** The first bytes. @throws {SendError} "offline", untouched */
+  async begin(first) {
+    // One that serves another computer just now may take the connection and drop it.
+    if (this.#link.isGone || (this.#how.dialogue && this.#link.isHalfClosed)) throw refused();
+    if (this.#how.dialogue && this.#how.mayTry) {
+      await this.#link.write(this.#how.dialogue.begin);
+      const condition = await askAll(this.#link, this.#how.dialogue, this.#reader, ASK.trial);
+      if (!condition && this.#link.isHalfClosed) throw refused();
+      if (condition) this.#learn({ language: this.#how.dialogue.language });
+      else if (this.#watcher.unanswered()) this.#learn({ language: 'none' });
+      if (condition) this.#judge(condition);
+      else this.#how = { ...this.#how, dialogue: null };
+    }
+    if (this.#how.dialogue) return this.#link.write(this.#how.dialogue.watch);
+    if (this.#link.isHalfClosed) await this.#knock(first);
+  }
+
+  /** @param {Buffer} band @throws {SendError} "interrupted" */
+  send(band) {
+    const rest = this.#hasEscape ? band.subarray(1) : band;
+    this.#hasEscape = false;
+    return this.#link.write(rest);
+  }
+
+  /**
+   * Waits until all of it is out.
+   * @param {number} bytes how many there were
+   * @param {() => void} left called when the printer is free for the next job
+   * @returns {Promise<'yes'|'unknown'>}
+   * @throws {SendError} "interrupted", or "timeout" when the printer answers and does not confirm
+   */
+  async confirm(bytes, left) {
+    if (!this.#how.dialogue) {
+      await this.#link.finish(left);
+      return 'unknown';
+    }
+    const method = await this.#confirmed(bytes);
+    if (method !== this.#how.confirm) this.#learn({ language: this.#how.dialogue.language, confirm: method });
+    // Letters of a question that it does not know may stand in its line.
+    const isNew = this.#how.confirm === null && method !== 'process';
+    await this.#link.write(Buffer.concat([...(isNew ? [this.#how.dialogue.begin] : []), this.#how.dialogue.unwatch])).catch(() => {});
+    return 'yes';
+  }
+
+  /** Ends the paper of a job that is called off between two bands. */
+  async cancel() {
+    const { protocol, profile } = this.#printer;
+    const language = languageOf(protocol);
+    const cut = finish({ feedLines: 2, cut: true }, { protocol, profile, cuts: true });
+    await this.#link.write(language.cancelled(cut));
+  }
+
+  close() { this.#link.close(); }
+
+  destroy() { this.#link.destroy(); }
+
+  #listen() {
+    this.#reader = listen(this.#link, this.#how.dialogue, {
+      onCondition: (condition) => this.#hear(condition),
     });
-  });
-}
+  }
 
-/**
- * Sends all bytes over an open connection, in pieces and no faster than the printer reads, and closes it.
- * A printer that closes only its own side goes on printing: nothing but a link that is reset, or stands still, is broken.
- * @param {net.Socket} socket
- * @param {Uint8Array} bytes
- * @param {{ stallMs?: number, settleMs?: number, confirmed?: () => Promise<void> }} how confirmed = awaited once everything has
- *   arrived, before the link is closed; what it throws is passed on
- * @throws {SendError} "interrupted" when the link broke or stalled: some of it may be on the paper
- */
-export async function streamAll(socket, bytes, { stallMs = TIMES.stall, settleMs = TIMES.settle, confirmed = async () => {} } = {}) {
-  if (socket.destroyed) throw new SendError('interrupted', 'closed early');
-  const link = linkOf(socket);
-  const isTracked = unacknowledgedBytes(link) !== null;
-  const broken = new Promise((_, reject) => {
-    socket.once('error', (error) => reject(new SendError('interrupted', error.code)));
-  });
-  broken.catch(() => {});
-  const closedByPrinter = socket.readableEnded ? Promise.resolve()
-    : new Promise((resolve) => { socket.once('end', resolve).once('close', resolve); });
-  // Without the kernel's table nobody can tell a printer that has closed its side from one that has gone.
-  const gone = isTracked ? broken : Promise.race([broken, closedByPrinter.then(() => { throw new SendError('interrupted', 'closed early'); })]);
-  gone.catch(() => {});
-  // Status bytes nobody reads would turn our closing into a reset.
-  socket.resume();
-  try {
-    for (let at = 0; at < bytes.length; at += CHUNK_BYTES) {
-      const piece = bytes.subarray(at, at + CHUNK_BYTES);
-      await within(stallMs, Promise.race([settled((done) => socket.write(piece, done)), gone]));
+  #hear(condition) {
+    this.#condition = mergeConditions(this.#condition, condition);
+    this.#watcher.heard(this.#condition);
+  }
+
+  #learn(learnt) { this.#watcher.learnt(learnt); }
+
+  #judge(condition) {
+    this.#hear(condition);
+    const [problem] = problemsOf(condition);
+    if (problem) throw new SendError('offline', problem, { waitsFor: problem });
+  }
+
+  /** @returns {Promise<'process'|'status'|'counter'|'answer'>} the way in which it has confirmed */
+  async #confirmed(bytes) {
+    const { dialogue, confirm } = this.#how;
+    const id = nextId();
+    let other = null;
+    const word = new Promise((resolve) => {
+      this.#reader.onConfirmed = (event) => {
+        if (event.id !== undefined && event.id !== id) return;
+        if (event.confirmed === 'status' && confirm === null) other ??= setTimeout(() => resolve('status'), ASK.better);
+        else if (confirm === null || event.confirmed === confirm) resolve(event.confirmed);
+      };
+    });
+    const over = this.#link.ended.then(() => { throw new SendError('interrupted', 'closed before it confirmed'); });
+    over.catch(() => {});
+    try {
+      if (confirm !== 'answer') await this.#link.write(dialogue.confirm(id, confirm));
+      return await this.#link.patiently(Promise.race([word, over, this.#poll(bytes, word)]));
+    } finally {
+      clearTimeout(other);
+      this.#reader.onConfirmed = () => {};
     }
-    if (isTracked) await Promise.race([broken, arrived(socket, link, { stallMs, settleMs })]);
-    await Promise.race([gone, confirmed()]);
-    await within(stallMs, Promise.race([settled((done) => socket.end(done)), broken]));
-    await Promise.race([broken, closedByPrinter, acknowledged(link, stallMs, settleMs)]);
-    // A reset that arrived together with the end is still a broken link.
-    await Promise.race([broken, new Promise((resolve) => { setImmediate(resolve); })]);
-  } finally {
-    socket.destroy();
   }
-}
 
-/**
- * Sends the ESC that a receipt begins with to a printer that has already closed its side of the connection: one that is
- * busy with another computer answers it by a reset. A lone ESC prints nothing, so the receipt may be tried again then.
- * @returns {Promise<boolean>} false when the printer did not take it
- */
-export async function takesEscape(socket) {
-  const link = linkOf(socket);
-  try {
-    await within(TIMES.connect, settled((done) => socket.write(Buffer.of(ESC), done)));
-    await arrived(socket, link, { stallMs: TIMES.connect, settleMs: 0 });
-    return true;
-  } catch {
-    return false;
-  }
-}
-
-/** Ports and addresses are noted before the socket closes. */
-const linkOf = ({ localPort, remotePort, remoteAddress, remoteFamily }) => ({ localPort, remotePort, remoteAddress, family: remoteFamily });
-
-/**
- * Settles once the printer has acknowledged every byte, while our side is still open: only so long does the kernel's table
- * tell a link that was reset. Node.js reports no reset any more after the printer has closed its side, so the look is
- * repeated after `settleMs` then.
- * @throws {SendError} "interrupted"
- */
-async function arrived(socket, link, { stallMs, settleMs }) {
-  if (!await drained(link, stallMs)) throw new SendError('interrupted', 'reset');
-  if (!socket.readableEnded) return;
-  await pause(settleMs);
-  if (unacknowledgedBytes(link) === null) throw new SendError('interrupted', 'reset');
-}
-
-/** Settles once the printer has acknowledged everything and has kept quiet for `settleMs`; gives up after `stallMs` without progress. */
-async function acknowledged(link, stallMs, settleMs) {
-  await drained(link, stallMs);
-  await pause(settleMs);
-}
-
-/**
- * Waits until nothing is left unacknowledged.
- * @returns {Promise<boolean>} false when the link is not in the kernel's table (any more)
- * @throws {SendError} "interrupted" after `stallMs` without progress
- */
-async function drained(link, stallMs) {
-  let left = Number.POSITIVE_INFINITY;
-  let since = performance.now();
-  for (;;) {
-    const now = unacknowledgedBytes(link);
-    if (!now) return now === 0;
-    if (now < left) {
-      left = now;
-      since = performance.now();
-    } else if (performance.now() - since >= stallMs) {
-      throw new SendError('interrupted', 'stalled');
+  /** Asks the printer how it is until it has confirmed. @throws {SendError} "timeout" when nothing keeps it, and it does not */
+  async #poll(bytes, word) {
+    const { dialogue, confirm } = this.#how;
+    const patience = ASK.confirm + bytes / SLOWEST;
+    let since = performance.now();
+    let isOver = false;
+    void word.then(() => { isOver = true; });
+    for (;;) {
+      if (confirm !== 'answer') await Promise.race([word, pause(ASK.poll)]);
+      if (isOver) return word;
+      const condition = await askAll(this.#link, dialogue, this.#reader, ASK.first);
+      if (condition) this.#hear(condition);
+      const isFine = isTold(condition) && problemsOf(condition).length === 0;
+      if (isFine && confirm === 'answer') return 'answer';
+      if (!isFine) since = performance.now();
+      if (performance.now() - since >= patience) {
+        // A few printers know none of the ways to confirm; they answer after the bytes, which is what there is.
+        if (confirm === null) return 'answer';
+        throw new SendError('timeout', 'not confirmed');
+      }
+      if (confirm === 'answer') await pause(ASK.poll);
     }
-    await pause(TIMES.poll);
+  }
+
+  /**
+   * Sends the ESC that a receipt begins with to a printer that has already closed its side of the connection: one that is
+   * busy with another computer answers it by a reset. A lone ESC prints nothing, so the receipt may be tried again then.
+   */
+  async #knock(first) {
+    if (first?.[0] !== ESC) return;
+    await this.#link.write(Buffer.of(ESC)).then(() => this.#link.settled()).catch(() => { throw refused(); });
+    this.#hasEscape = true;
   }
 }
 
-/** The stream call, as a promise; a failure is a broken link. */
-const settled = (call) => new Promise((resolve, reject) => {
-  call((error) => { error ? reject(new SendError('interrupted', error.code)) : resolve(); });
-});
-
+const refused = () => new SendError('offline', 'closed before the first byte', { waitsFor: 'busy' });
 const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
-
-/** The promise, or "interrupted" when it takes longer than `ms`. */
-export function within(ms, promise) {
-  let timer;
-  const late = new Promise((_, reject) => { timer = setTimeout(() => reject(new SendError('interrupted', 'stalled')), ms); });
-  return Promise.race([promise, late]).finally(() => clearTimeout(timer));
-}

@@ -3,7 +3,6 @@ import { SMALL_BODY_BYTES, readJobBody, readJsonBody } from '../http/body.mjs';
 import { peerOf } from '../system/peers.mjs';
 import { isShownText } from '../validate.mjs';
 import { VERSION } from '../version.mjs';
-import { UNKNOWN, paperStatus } from '../printers/paper-status.mjs';
 import { bearerToken, unauthorized } from './access.mjs';
 import { retryAfter } from './rate-limit.mjs';
 import { jobView, printerView } from './views.mjs';
@@ -142,15 +141,7 @@ function whole(text, name) {
   return Number(text);
 }
 
-// What prints labels or sheets might print the question.
-const UNASKED = ['label', 'a4'];
-
-/** Asks a network printer itself, unless it is busy with a job: some serve one connection only. */
-async function physicalStatus({ monitor, queue }, printer) {
-  if (printer.type !== 'net' || queue.depthOf(printer.id) > 0) return UNKNOWN;
-  await monitor.probe(printer);
-  const { protocol, transport, profile } = printer;
-  const speaks = protocol === 'escpos' && transport === 'raw' && !UNASKED.includes(profile.role);
-  if (monitor.status(printer.id).state === 'offline' || !speaks || queue.depthOf(printer.id) > 0) return UNKNOWN;
-  return await monitor.ask(printer, () => paperStatus(printer)) ?? UNKNOWN;
+/** What a network printer says of itself, asked now. */
+async function physicalStatus({ monitor }, printer) {
+  return printer.type === 'net' ? monitor.physical(printer) : { paper: 'unknown', cover: 'unknown' };
 }

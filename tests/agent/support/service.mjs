@@ -1,5 +1,5 @@
 import { spawn } from 'node:child_process';
-import { chmodSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { chmodSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import net from 'node:net';
 import os from 'node:os';
 import path from 'node:path';
@@ -81,8 +81,22 @@ export async function command(t, home, args, env) {
   return { status: await run.exited, stdout: run.stdout, stderr: run.stderr };
 }
 
-/** A running service, with a client for its private commands. */
-export async function startService(t, { home = privateHome(t), env = {}, script } = {}) {
+/**
+ * Adds a printer to the settings of a service that has not been started: it has the id "paper", takes everything and says nothing.
+ * @returns {Promise<object>} as of fakePrinter()
+ */
+export async function plantPaper(t, home) {
+  const printer = await fakePrinter(t);
+  const file = path.join(configFolder(home), 'settings.json');
+  const settings = existsSync(file) ? JSON.parse(readFileSync(file, 'utf8')) : {};
+  const record = { id: 'paper', name: 'Paper', host: '127.0.0.1', port: printer.port, transport: 'raw', dialogue: { language: 'none' } };
+  plant(home, 'settings.json', { ...settings, printers: [...settings.printers ?? [], record] });
+  return printer;
+}
+
+/** A running service, with a client for its private commands; `paper` = with a printer of that id, as of plantPaper(). */
+export async function startService(t, { home = privateHome(t), env = {}, script, paper = false } = {}) {
+  const planted = paper ? await plantPaper(t, home) : null;
   const run = launch(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ...env }, script);
   await until(() => /listening on http:.*\n/.test(run.stdout) || run.child.exitCode !== null, 'the service to listen');
   const port = Number(/listening on http:\/\/127\.0\.0\.1:(\d+)/.exec(run.stdout)?.[1]);
@@ -101,6 +115,7 @@ export async function startService(t, { home = privateHome(t), env = {}, script 
   return Object.assign(run, {
     home,
     port,
+    paper: planted,
     get: (route) => call(route),
     post: (route, body = {}) => call(route, body),
     state,
@@ -117,7 +132,8 @@ export async function startService(t, { home = privateHome(t), env = {}, script 
 }
 
 /**
- * A TCP listener in a printer's place. Connections without a byte (probes) leave no trace.
+ * A TCP listener in a printer's place. Connections without a byte (probes) leave no trace, nor does the question that the first
+ * receipts begin with.
  * @param {(socket: net.Socket) => void} onConnection in place of reading everything
  */
 export async function fakePrinter(t, { onConnection, port = 0, allowHalfOpen = false } = {}) {
@@ -129,7 +145,10 @@ export async function fakePrinter(t, { onConnection, port = 0, allowHalfOpen = f
     if (onConnection) return void onConnection(socket, printer);
     const chunks = [];
     socket.on('data', (chunk) => chunks.push(chunk));
-    socket.on('end', () => { if (chunks.length > 0) printer.jobs.push(Buffer.concat(chunks)); });
+    socket.on('end', () => {
+      const receipt = withoutQuestion(Buffer.concat(chunks));
+      if (receipt.length > 0) printer.jobs.push(receipt);
+    });
   });
   await new Promise((resolve, reject) => { server.once('error', reject).listen(port, '127.0.0.1', resolve); });
   printer.port = server.address().port;
@@ -140,6 +159,9 @@ export async function fakePrinter(t, { onConnection, port = 0, allowHalfOpen = f
   t.after(() => printer.close());
   return printer;
 }
+
+const QUESTIONS = ['\x1b@\x10\x04\x01', '\x1b\x06\x01', '\x10\x04\x01'].map((text) => Buffer.from(text, 'latin1'));
+const withoutQuestion = (bytes) => bytes.subarray(QUESTIONS.find((each) => bytes.subarray(0, each.length).equals(each))?.length ?? 0);
 
 /** Sends bytes to a port and gives back everything that comes until the other end closes. */
 export function exchange(port, ...pieces) {
