@@ -165,6 +165,7 @@ function compose({ env, log, paths, read, listeners }) {
     ...sites, log, settings, journal, storage, alerts, history, monitor, cups, addresses, printers, queue, jobs,
       updates,
     listeners,
+    folder: paths.root,
     portConflict: () => lastPortConflict(paths.portConflict),
     startedAt: performance.now(),
   };

@@ -4,7 +4,7 @@ import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import net from 'node:net';
 import { configFolder, fakePrinter, fakeProgram, privateHome, readConfig, startService, until } from './support/service.mjs';
-import { localAddresses, parseTargets } from '../../agent/lib/discovery/network.mjs';
+import { discoverNetwork, localAddresses, parseTargets } from '../../agent/lib/discovery/network.mjs';
 import { discoverBonjour, unescapeName } from '../../agent/lib/discovery/bonjour.mjs';
 import { discoverUsb, isDeviceUri } from '../../agent/lib/discovery/usb.mjs';
 import { parseQueueStates } from '../../agent/lib/printers/queue-state.mjs';
@@ -52,7 +52,11 @@ test('addresses of the own networks', () => {
 
 test('printers that announce themselves', async (t) => {
   const home = privateHome(t);
-  assert.deepEqual(await discoverBonjour({ env: { PATH: path.join(home, 'bin') } }), [], 'no browser installed');
+  const unsearched = await discoverBonjour({ env: { PATH: path.join(home, 'bin') } });
+  assert.deepEqual([unsearched.services, unsearched.problem], [[], 'no_browser']);
+  fakeProgram(home, 'avahi-browse', 'echo "Failed to create client object: Daemon not running" >&2; exit 1');
+  assert.equal((await discoverBonjour({ env: { PATH: path.join(home, 'bin') } })).problem, 'no_daemon');
+  assert.equal((await discoverNetwork({ env: {}, interfaces: {} })).problem, 'no_network');
   const lines = {
     '_pdl-datastream._tcp': [
       '+;eth0;IPv4;Kitchen;_pdl-datastream._tcp;local',
@@ -150,7 +154,7 @@ test('the system\'s print queues', async (t) => {
   const file = path.join(configFolder(home), 'settings.json');
   rmSync(file);
   mkdirSync(path.join(file, 'in the way'), { recursive: true });
-  assert.equal((await service.post('/admin/printers/add-usb', { name: 'Lost', uri })).status, 500);
+  assert.equal((await service.post('/admin/printers/add-usb', { name: 'Lost', uri })).status, 507);
   assert.equal(readFileSync(path.join(spool, 'admin'), 'utf8'), '-x Lost\n', 'no print queue is left that nobody knows');
   assert.equal(parseQueueStates('').size, 0);
 });

@@ -4,6 +4,7 @@ import { fakePrinter, plant, privateHome, startService, until } from './support/
 import { stored, testJournal } from './support/store.mjs';
 import { NetworkMonitor } from '../../agent/lib/printers/monitor.mjs';
 import { Alerts, MAX_ALERTS } from '../../agent/lib/alerts/alerts.mjs';
+import { understandAddress } from '../../agent/lib/printers/address.mjs';
 import { Log } from '../../agent/lib/log.mjs';
 
 const offlineOf = (id) => `printer:${id}:offline`;
@@ -63,7 +64,8 @@ test('the connection check names printers by alias and counts those that answer'
   await gone.close();
   const offline = await service.addPrinter(gone.port, 'Back');
   await service.post('/admin/profile', { id: ready, profile: { alias: 'كاشير' } });
-  const { body } = await service.post('/admin/scan');
+  const { body: { checks, ...body } } = await service.post('/admin/scan');
+  assert.deepEqual([checks.httpPort, checks.httpsPort, checks.folder, checks.printSystem], [true, null, true, null]);
   assert.deepEqual(body, {
     printers: [
       { id: ready, name: 'كاشير', state: 'ready' },
@@ -76,7 +78,7 @@ test('the connection check names printers by alias and counts those that answer'
 test('additions are checked', async (t) => {
   const service = await startService(t);
   const good = { type: 'net', name: 'K', host: '127.0.0.1', port: 9, transport: 'raw' };
-  const bad = [{ type: 'usb' }, { name: '' }, { name: 'a\u0007b' }, { name: 'x'.repeat(129) }, { name: '\ud800' }, { name: 5 }, { host: '-oProxy' }, { host: 'a b' }, { host: '' },
+  const bad = [{ type: 'usb' }, { name: '' }, { name: 'a\u0007b' }, { name: 'x'.repeat(129) }, { name: '\ud800' }, { name: 5 }, { host: '-oProxy' }, { host: 'a b' }, { host: '' }, { host: '10.0.0.256' }, { host: 'http://' }, { host: '10.0.0.5:99999' },
     { port: 0 }, { port: 65536 }, { port: '9100' }, { port: 91.5 }, { transport: 'ipp' }];
   for (const change of bad) {
     const answer = await service.post('/admin/printers/add', { ...good, ...change });
@@ -84,6 +86,9 @@ test('additions are checked', async (t) => {
     assert.equal(answer.body.error.code, 'invalid_request');
   }
   assert.equal((await service.state()).printers.length, 0);
+  const typed = [[' 10.0.0.5 ', '10.0.0.5', 9], ['١٠.٠.٠.٥', '10.0.0.5', 9], ['۱۰٫۰٫0.5', '10.0.0.5', 9], ['http://10.0.0.5/', '10.0.0.5', 9], ['socket://Printer.local:9101/x?y', 'Printer.local', 9101],
+    ['10.0.0.5:9100', '10.0.0.5', 9100], ['[::1]:9100', '::1', 9100], ['fe80::1', 'fe80::1', 9], ['‎10.0.0.5', '10.0.0.5', 9]];
+  for (const [text, host, port] of typed) assert.deepEqual(understandAddress(text, 9), { host, port }, text);
   for (const [route, body] of [['/admin/test', { printer: 'x' }], ['/admin/test', {}], ['/admin/printers/action', { id: 'x', action: 'cut' }],
     ['/admin/printers/action', { id: 'x', action: 'clear-queue' }], ['/admin/designer/print', { printer: 'x', doc: {} }]]) {
     const answer = await service.post(route, body);

@@ -5,8 +5,8 @@ import { mapTexts, redactor, textsIn } from './redact.mjs';
 import { pick } from './pick.mjs';
 
 const PRINTER_KEYS = [
-  'id', 'name', 'type', 'state', 'reason', 'problem', 'paper', 'cover', 'protocol', 'host', 'port', 'transport', 'dialogue',
-  'profile',
+  'id', 'name', 'type', 'state', 'reason', 'problem', 'paper', 'cover', 'protocol', 'host', 'port', 'transport',
+  'dialogue', 'profile',
 ];
 
 /**

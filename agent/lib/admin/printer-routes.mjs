@@ -1,5 +1,6 @@
 import { invalidRequest } from '../api-error.mjs';
-import { isHost, isObject, isPlainText, isPort, isTransport } from '../validate.mjs';
+import { understandAddress } from '../printers/address.mjs';
+import { isObject, isPlainText, isTransport } from '../validate.mjs';
 import { isDeviceUri } from '../discovery/usb.mjs';
 import { pick } from './pick.mjs';
 
@@ -35,8 +36,8 @@ export function printerRoutes({ printers, jobs, cups }) {
       if (action === 'clear-queue') {
         const printer = printers.get(id);
         const cancelled = jobs.cancelWaiting(id);
-        if (printer.type === 'cups') await cups.clear(printer.queue);
-        return { body: { ok: true, cancelled } };
+        const cleared = printer.type === 'cups' ? await cups.clear(printer.queue) : 0;
+        return { body: { ok: true, cancelled, cleared } };
       }
       if (typeof action !== 'string' || !Object.hasOwn(actions, action)) throw invalidRequest('أمر غير معروف.');
       return accepted(await actions[action]({ id, pin }, { signal }));
@@ -45,10 +46,10 @@ export function printerRoutes({ printers, jobs, cups }) {
     '/admin/printers/add': async ({ type, name, host, port, transport = 'raw' }) => {
       if (type !== 'net') throw invalidRequest('نوع الطابعة غير صالح.');
       if (!isPlainText(name)) throw invalidRequest('اسم الطابعة غير صالح.');
-      if (!isHost(host)) throw invalidRequest('عنوان الطابعة غير صالح.');
-      if (!isPort(port)) throw invalidRequest('منفذ الطابعة غير صالح.');
       if (!isTransport(transport)) throw invalidRequest('طريقة الاتصال غير صالحة.');
-      const printer = await printers.addNetwork({ name: name.trim(), host, port, transport });
+      const address = understandAddress(host, port);
+      if ('hint' in address) throw invalidRequest(address.hint);
+      const printer = await printers.addNetwork({ name: name.trim(), ...address, transport });
       return { body: { printer: pick(printer, ['id', 'type', 'state', 'reason']) } };
     },
 

@@ -3,6 +3,7 @@ import { ADMIN_BODY_BYTES, DESIGNER_BODY_BYTES, readJsonBody } from '../http/bod
 import { discoverBonjour } from '../discovery/bonjour.mjs';
 import { discoverNetwork } from '../discovery/network.mjs';
 import { discoverUsb } from '../discovery/usb.mjs';
+import { tryPermissions } from './checks.mjs';
 import { agentState, scanResult } from './state.mjs';
 import { diagnostics } from './diagnostics.mjs';
 import { printerRoutes } from './printer-routes.mjs';
@@ -27,11 +28,11 @@ export function adminRoutes(service) {
       return { body: DONE };
     },
     '/admin/scan': async () => {
-      await Promise.all([monitor.check(), cups.refresh()]);
-      return { body: scanResult(printers) };
+      const [checks] = await Promise.all([tryPermissions(service), monitor.check(), cups.refresh()]);
+      return { body: { ...scanResult(printers), checks } };
     },
-    '/admin/discover/network': async (_, signal) => ({ body: { hosts: await discoverNetwork({ signal }) } }),
-    '/admin/discover/bonjour': async (_, signal) => ({ body: { services: await discoverBonjour({ signal }) } }),
+    '/admin/discover/network': async (_, signal) => ({ body: await discoverNetwork({ signal }) }),
+    '/admin/discover/bonjour': async (_, signal) => ({ body: await discoverBonjour({ signal }) }),
     '/admin/discover/usb': async () => ({ body: { devices: await discoverUsb() } }),
     '/admin/update/check': async () => ({ body: await updates.check() }),
     '/admin/update/stage': async (_, signal) => ({ body: await updates.stage(signal) }),

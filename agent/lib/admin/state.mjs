@@ -37,7 +37,8 @@ export function agentState({ settings, printers, history, alerts, listeners, ask
 
 /** Printers as a connection check reports them: one that is printing has answered. */
 export function scanResult(printers) {
-  const found = printers.list().map((printer) => ({ ...printer, state: printer.state === 'busy' ? 'ready' : printer.state }));
+  const isPrinting = ({ state }) => state === 'busy';
+  const found = printers.list().map((printer) => ({ ...printer, ...(isPrinting(printer) ? { state: 'ready' } : {}) }));
   return {
     printers: found.map(({ id, displayName, state, reason }) =>
       pick({ id, name: displayName, state, reason }, ['id', 'name', 'state', 'reason']),

@@ -5,6 +5,10 @@ import { isHost, isPort } from '../validate.mjs';
 const SERVICES = { '_pdl-datastream._tcp': 'raw', '_printer._tcp': 'lpd', '_ipp._tcp': 'ipp' };
 const TOTAL_MS = 6000;
 
+const ELSEWHERE = 'ابحث في الشبكة، أو أدخل العنوان يدويًا.';
+const NO_BROWSER = `هذا البحث يحتاج برنامج Avahi (الحزمة avahi-utils) وهو غير مثبّت. ${ELSEWHERE}`;
+const NO_DAEMON = `خدمة Avahi متوقفة على هذا الجهاز فلم يجرِ البحث. ${ELSEWHERE}`;
+
 /** Names come with \DDD for every byte that is not a plain letter, in decimal, and \c for a character as it is. */
 export function unescapeName(text) {
   const bytes = [];
@@ -38,16 +42,20 @@ function parseBrowse(output, transport) {
 }
 
 /**
- * Printers that announce themselves; none where the system has no browser for that.
+ * Printers that announce themselves.
  * @param {{ signal?: AbortSignal, env?: NodeJS.ProcessEnv }} options
- * @returns {Promise<{ name: string, host: string, port: number, transport: string }[]>} within 6 s
+ * @returns {Promise<{ services: { name: string, host: string, port: number, transport: string }[],
+ *   problem?: 'no_browser'|'no_daemon', message?: string }>} within 6 s; problem = nobody could search, message says so in Arabic
  */
 export async function discoverBonjour({ signal, env = process.env } = {}) {
   const browser = findProgram('avahi-browse', env);
-  if (!browser) return [];
-  const lists = await Promise.all(Object.entries(SERVICES).map(async ([type, transport]) => {
-    const { stdout } = await runProgram(browser, ['-rptk', type], { timeoutMs: TOTAL_MS, signal });
-    return parseBrowse(stdout, transport);
+  if (!browser) return { services: [], problem: 'no_browser', message: NO_BROWSER };
+  const outcomes = await Promise.all(Object.entries(SERVICES).map(async ([type, transport]) => {
+    const browsed = await runProgram(browser, ['-rptk', type], { timeoutMs: TOTAL_MS, signal });
+    const { status, stdout, timedOut } = browsed;
+    return { services: parseBrowse(stdout, transport), hasFailed: status !== 0 && !timedOut };
   }));
-  return lists.flat();
+  const services = outcomes.flatMap((each) => each.services);
+  const hasFailed = outcomes.every((each) => each.hasFailed);
+  return { services, ...(hasFailed ? { problem: 'no_daemon', message: NO_DAEMON } : {}) };
 }

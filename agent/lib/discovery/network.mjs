@@ -11,6 +11,8 @@ const TOTAL_MS = 30_000;
 // 1022 addresses: what a search can visit in its time.
 const LARGEST_PREFIX = 22;
 
+const NO_NETWORK = 'هذا الجهاز غير متصل بأي شبكة فلم يجرِ البحث. وصّل كابل الشبكة أو الواي فاي ثم ابحث.';
+
 const toNumber = (address) => address.split('.').reduce((sum, part) => sum * 256 + Number(part), 0);
 const toAddress = (number) => [24, 16, 8, 0].map((shift) => Math.floor(number / 2 ** shift) % 256).join('.');
 
@@ -75,17 +77,20 @@ export function parseTargets(list) {
 
 /**
  * Finds what accepts connections on the printers' port nearby.
- * @param {{ signal?: AbortSignal, env?: NodeJS.ProcessEnv }} options signal = the asker has gone
- * @returns {Promise<{ host: string, port: number }[]>} in the order searched; ends within 30 s
+ * @param {{ signal?: AbortSignal, env?: NodeJS.ProcessEnv,
+ *   interfaces?: ReturnType<typeof os.networkInterfaces> }} options signal = the asker has gone
+ * @returns {Promise<{ hosts: { host: string, port: number }[], problem?: 'no_network', message?: string }>} in the
+ *   order searched; ends within 30 s; problem = there is nowhere to search, message says so in Arabic
  */
-export async function discoverNetwork({ signal, env = process.env } = {}) {
+export async function discoverNetwork({ signal, env = process.env, interfaces } = {}) {
   const named = env.ZEMRAK_LP_SCAN_HOSTS;
-  const targets =
-    named !== undefined ? parseTargets(named) : localAddresses().map((host) => ({ host, port: PRINTER_PORT }));
+  const nearby = () => localAddresses(interfaces).map((host) => ({ host, port: PRINTER_PORT }));
+  const targets = named !== undefined ? parseTargets(named) : nearby();
+  if (named === undefined && targets.length === 0) return { hosts: [], problem: 'no_network', message: NO_NETWORK };
   const until = performance.now() + TOTAL_MS;
   const found = await inParallel(targets, WIDTH, async (target) => {
     if (signal?.aborted || performance.now() > until) return false;
     return (await probe(target, { timeoutMs: CONNECT_MS, signal })).ok;
   });
-  return targets.filter((_, index) => found[index]);
+  return { hosts: targets.filter((_, index) => found[index]) };
 }

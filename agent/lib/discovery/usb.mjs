@@ -24,7 +24,7 @@ function parseDeviceList(text) {
 /**
  * What the kernel knows of the printers that are plugged in.
  * @param {string} root folder of its list of devices
- * @returns {Promise<{ folder: string, vendor: string, product: string, serial: string, id: string }[]>} id = the printer's own
+ * @returns {Promise<{ vendor: string, product: string, serial: string, id: string }[]>} id = the printer's own
  *   description of itself (IEEE 1284), where a driver has read it
  */
 export async function usbPrinters(root = SYSTEM_DEVICES) {
@@ -36,8 +36,9 @@ export async function usbPrinters(root = SYSTEM_DEVICES) {
   }
   return Promise.all([...holders].map(async ([device, entry]) => {
     const folder = path.join(root, device);
-    const [vendor, product, serial] = await Promise.all(['manufacturer', 'product', 'serial'].map((name) => readText(folder, name)));
-    return { folder, vendor, product, serial, id: await readText(root, entry, 'ieee1284_id') };
+    const texts = ['manufacturer', 'product', 'serial'].map((name) => readText(folder, name));
+    const [vendor, product, serial] = await Promise.all(texts);
+    return { vendor, product, serial, id: await readText(root, entry, 'ieee1284_id') };
   }));
 }
 

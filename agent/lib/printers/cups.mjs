@@ -60,6 +60,12 @@ export class CupsQueues {
     this.#devices = new Devices({ root: env.ZEMRAK_LP_USB_DEVICES });
   }
 
+  /** Whether the print system is installed. */
+  get hasPrograms() { return this.#programs.lpstat !== null; }
+
+  /** Whether it is installed and does not run. */
+  get isStopped() { return this.#isStopped; }
+
   /** Looks now, and goes on looking until stop(). */
   async start() {
     if (!this.#programs.lpstat) return this.#hooks.changed();
