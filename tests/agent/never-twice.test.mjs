@@ -17,7 +17,7 @@ import { Log } from '../../agent/lib/log.mjs';
 
 const BYTES = 256 * 1024;
 const WHOLE = 1_000_000;
-const watcher = { stalled() {}, heard() {}, learnt() {}, unanswered: () => false, isSilent: () => false, release() {} };
+const watcher = { stalled() {}, heard() {}, learnt() {}, unanswered: () => false, muted() {}, release() {} };
 const monitor = { hold: async () => watcher };
 const quiet = { add() {} };
 

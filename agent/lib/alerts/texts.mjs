@@ -52,6 +52,12 @@ export function schedulerStopped() {
   };
 }
 
+// What else keeps a job back, when its time is over.
+const KEPT_BACK = {
+  busy: 'الطابعة لا تجيب. لعلها تطبع لجهاز آخر، أو استُبدلت بغيرها: عندها احذفها وأضفها من جديد',
+  scheduler_stopped: 'خدمة الطباعة في النظام متوقفة',
+};
+
 const FAILURES = {
   offline: 'لم تُطبع الورقة لأن الطابعة غير متصلة.',
   interrupted: 'انقطعت الطباعة قبل اكتمالها، وقد يكون جزء من الورقة طُبع. تحقق من الورق قبل الإعادة.',
@@ -64,7 +70,7 @@ const FAILURES = {
  * @param {string} [waitsFor] what kept it back, see printers/send-error.mjs
  */
 export function printFailed(id, name, errorCode, waitsFor) {
-  const [what] = (errorCode === 'offline' && PROBLEMS[waitsFor]) || [];
+  const what = errorCode === 'offline' ? PROBLEMS[waitsFor]?.[0] ?? KEPT_BACK[waitsFor] : undefined;
   return {
     key: failedKey(id),
     severity: 'warning',

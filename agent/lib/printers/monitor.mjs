@@ -3,8 +3,11 @@ import { PrinterAlerts } from './printer-alerts.mjs';
 import { probe } from './probe.mjs';
 import { reasonOf } from './tcp-link.mjs';
 
-/** Milliseconds between two questions to a printer: while something is wrong or somebody looks; else. */
-export const PERIOD = Object.freeze({ near: 3000, far: 10_000, doubt: 1500 });
+/**
+ * Milliseconds between two questions to a printer: while something is wrong or somebody looks, so that a change is told within three
+ * seconds with the time for the answer; else.
+ */
+export const PERIOD = Object.freeze({ near: 2700, far: 10_000, doubt: 1500 });
 
 // Somebody who looks asks for the state this often, at least; two askers share an answer this young (milliseconds).
 const LOOK_MS = 5000;
@@ -103,7 +106,7 @@ export class NetworkMonitor {
    * Keeps a printer for a job: questions that are under way are broken off, and there are no others until its release.
    * @param {object} printer
    * @param {(waitsFor: string | null) => void} onWait hears what keeps the printer from going on; null = nothing any more
-   * @returns {Promise<object>} takes what the job learns of the printer: stalled, heard, learnt, isSilent, unanswered, release
+   * @returns {Promise<object>} takes what the job learns of the printer: stalled, heard, learnt, muted, unanswered, release
    */
   async hold({ id }, onWait = () => {}) {
     const record = this.#record(id);
@@ -124,11 +127,8 @@ export class NetworkMonitor {
         onWait(facts.problems[0] ?? null);
       },
       learnt: (learnt) => this.#learn(id, learnt),
-      /** Whether it has taken connections and answered none of the questions it used to, for so long that it is another printer. */
-      isSilent: () => {
-        this.#note(id, () => facts.unanswered(now()));
-        return facts.isStale(now());
-      },
+      /** It has taken a connection and not answered, though it used to. */
+      muted: () => this.#note(id, () => facts.unanswered(now())),
       unanswered: () => { record.tries += 1; return record.tries >= TRIES; },
       /** @param {Error | null} error how the job ended */
       release: (error) => {

@@ -146,7 +146,7 @@ export class Printers {
   async learn(id, learnt) {
     await this.#settings.update((draft) => {
       const printer = draft.printers.find((each) => each.id === id);
-      if (printer) printer.dialogue = learnt;
+      if (printer) printer.dialogue = printer.dialogue?.language === learnt.language ? { ...printer.dialogue, ...learnt } : learnt;
     });
   }
 

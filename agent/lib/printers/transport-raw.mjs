@@ -104,9 +104,12 @@ class RawLink {
       if (condition && !isLearnt) this.#learn({ language: dialogue.language });
       if (condition) return this.#judge(condition);
       if (this.#link.isHalfClosed) throw refused();
-      // It may be serving another computer; or another printer stands at its place by now.
-      if (isLearnt && !this.#watcher.isSilent()) throw new SendError('offline', 'does not answer', { waitsFor: 'busy' });
-      if (isLearnt || this.#watcher.unanswered()) this.#learn({ language: 'none' });
+      // It may be serving another computer. What it were sent now would lie there, and nobody would know whether it is read.
+      if (isLearnt) {
+        this.#watcher.muted();
+        throw new SendError('offline', 'does not answer', { waitsFor: 'busy' });
+      }
+      if (this.#watcher.unanswered()) this.#learn({ language: 'none' });
       this.#how = { ...this.#how, dialogue: null };
     }
   }
