@@ -48,6 +48,7 @@ packages_test=(
   desktop-file-utils libglib2.0-bin # a desktop's own reading of the login item
   chromium curl jq php-cli php-curl python3 python3-requests # what the code samples of the guide run in
   iproute2                        # a network of its own for them
+  cups cups-client                # the real print system, for the queues
 )
 packages_valgrind=(
   valgrind libc6-dbg              # the checker, and the names it needs of the C library

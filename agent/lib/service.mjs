@@ -17,7 +17,7 @@ import { SiteJobs } from './jobs/site-jobs.mjs';
 import { AddressKeeper } from './printers/address-keeper.mjs';
 import { NetworkMonitor } from './printers/monitor.mjs';
 import { CupsQueues, rememberedQueues } from './printers/cups.mjs';
-import { Printers, networkPrinters } from './printers/registry.mjs';
+import { Printers } from './printers/registry.mjs';
 import { sender } from './printers/send.mjs';
 import { Router } from './http/router.mjs';
 import { refuseBroken } from './http/answer.mjs';
@@ -137,7 +137,7 @@ function compose({ env, log, paths, read, listeners }) {
     ?? settings.values.printers.find((each) => each.id === id)?.name ?? id;
   const onLearnFailure = (error) => log.error(`settings.json not written: ${error.code ?? error.message}`);
   const learn = (id, learnt) => void printers.learn(id, learnt).catch(onLearnFailure);
-  const monitor = new NetworkMonitor(() => networkPrinters(settings), alerts, nameOf, learn);
+  const monitor = new NetworkMonitor(() => printers.network(), alerts, nameOf, learn);
   const cups = new CupsQueues({
     alerts,
     nameOf: (id) => printers.list().find((each) => each.id === id)?.displayName ?? id,
@@ -148,7 +148,7 @@ function compose({ env, log, paths, read, listeners }) {
     },
   }, env);
   const printers = new Printers({ settings, monitor, cups, alerts });
-  const relocate = (printer) => ({ ...printer, ...settings.values.printers.find(({ id }) => id === printer.id) });
+  const relocate = (printer) => ({ ...printer, ...printers.network().find(({ id }) => id === printer.id) });
   const queue = new JobQueue({ history, alerts, log, relocate, send: sender({ monitor, cups }) });
   const addresses = new AddressKeeper({ settings, monitor, alerts, log, nameOf, jobs: queue });
   printers.watchJobs((id) => queue.isBusy(id));

@@ -90,7 +90,8 @@ test('twelve faults before, during and after a job: a network printer that answe
     const twin = await startTwin(t);
     const id = await service.addPrinter(twin.port, name);
     // The first page shows that it answers.
-    await service.ended((await service.post('/admin/test', { printer: id })).body.job.id);
+    const first = await service.ended((await service.post('/admin/test', { printer: id })).body.job.id);
+    assert.equal(first.confirmed, 'yes', 'the first page');
     return { twin, id };
   }, true);
 });

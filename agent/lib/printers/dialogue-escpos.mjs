@@ -11,6 +11,8 @@ const FIXED = 0x93;
 const REAL_TIME = 0x12;
 const AUTOMATIC = 0x10;
 const BUFFERED = 0x90;
+// Each of the two sensors is told by two bits.
+const PAPER_ANSWERS = [0x00, 0x03, 0x0c, 0x0f];
 const PROCESS = [0x37, 0x22];
 const INFORMATION = 0x5f;
 const AUTOMATIC_BYTES = 4;
@@ -89,7 +91,7 @@ class EscposReader {
       this.#open = [byte];
       return null;
     }
-    if ((byte & BUFFERED) !== 0) return null;
+    if (!PAPER_ANSWERS.includes(byte)) return null;
     const paper = byte & 0x0c ? 'out' : byte & 0x03 ? 'low' : 'ok';
     return [{ condition: { ...UNKNOWN, paper } }, { confirmed: 'status' }];
   }

@@ -13,6 +13,8 @@ export class Printers {
   #cups;
   #alerts;
   #isBusy = () => false;
+  // What was learnt of printers in this run.
+  #learnt = new Map();
 
   /** @param {{ settings: object, monitor: object, cups: object, alerts: object }} parts */
   constructor({ settings, monitor, cups, alerts }) {
@@ -28,7 +30,7 @@ export class Printers {
   /** @returns {object[]} id, name, displayName, type, state, reason?, problem?, protocol, profile, and host, port, transport or queue */
   list() {
     const { profiles, queues } = this.#settings.values;
-    const networked = networkPrinters(this.#settings).map((printer) => ({ ...printer, ...this.#monitor.status(printer.id) }));
+    const networked = this.network().map((printer) => ({ ...printer, ...this.#monitor.status(printer.id) }));
     return [...networked, ...this.#cups.list()].map((printer) => {
       const profile = profiles[printer.id] ?? {};
       const isPrinting = this.#isBusy(printer.id) && !['error', 'offline'].includes(printer.state);
@@ -38,6 +40,16 @@ export class Printers {
         ...printer, ...(isPrinting ? { state: 'busy', reason: undefined } : {}), displayName: displayName(printer, profile),
         protocol: profile.protocol ?? usual, profile,
       };
+    });
+  }
+
+  /** The network printers with all that is known of how to speak to them. @returns {object[]} */
+  network() {
+    const { printers, profiles } = this.#settings.values;
+    return printers.map((printer) => {
+      const profile = profiles[printer.id] ?? {};
+      const dialogue = this.#learnt.get(printer.id) ?? printer.dialogue;
+      return { ...printer, type: 'net', protocol: profile.protocol ?? 'escpos', profile, dialogue };
     });
   }
 
@@ -118,6 +130,7 @@ export class Printers {
       draft.queues = draft.queues.filter((queue) => queue !== printer.queue);
       delete draft.profiles[id];
     });
+    this.#learnt.delete(id);
     this.#monitor.forget(id);
     this.#alerts.resolveWhere((key) => key === failedKey(id));
   }
@@ -137,16 +150,22 @@ export class Printers {
       const before = draft.profiles[id]?.protocol;
       draft.profiles[id] = mergeProfile(draft.profiles[id], checked);
       // Whether it answers was found out in the language that it had before.
-      if (draft.profiles[id].protocol !== before) delete draft.printers.find((each) => each.id === id)?.dialogue;
+      if (draft.profiles[id].protocol === before) return;
+      this.#learnt.delete(id);
+      delete draft.printers.find((each) => each.id === id)?.dialogue;
     });
     if ('protocol' in checked || 'role' in checked) this.#monitor.renew(id);
   }
 
   /** Keeps what was learnt of a network printer. @param {import('./dialogues.mjs').Learnt} learnt */
   async learn(id, learnt) {
+    // The next job may come before the disk has it.
+    const before = this.#learnt.get(id);
+    this.#learnt.set(id, before?.language === learnt.language ? { ...before, ...learnt } : learnt);
     await this.#settings.update((draft) => {
       const printer = draft.printers.find((each) => each.id === id);
-      if (printer) printer.dialogue = printer.dialogue?.language === learnt.language ? { ...printer.dialogue, ...learnt } : learnt;
+      const known = this.#learnt.get(id);
+      if (printer && known) printer.dialogue = known;
     });
   }
 
@@ -163,15 +182,6 @@ export class Printers {
     const names = this.list().filter(({ id }) => id !== ownId).map(({ id, name }) => settings.profiles[id]?.alias ?? name);
     return names.some((name) => sameAlias(name, alias));
   }
-}
-
-/** The network printers with all that is known of how to speak to them. @returns {object[]} */
-export function networkPrinters(settings) {
-  const { printers, profiles } = settings.values;
-  return printers.map((printer) => {
-    const profile = profiles[printer.id] ?? {};
-    return { ...printer, type: 'net', protocol: profile.protocol ?? 'escpos', profile };
-  });
 }
 
 /** A print queue's name made of a printer's: ASCII, free among `taken`. */

@@ -11,7 +11,7 @@ export const ASK = Object.freeze({
   // A printer that has answered before may serve somebody else first.
   first: 3000,
   // One of which that is not known answers at once or not at all.
-  trial: 400,
+  trial: 700,
   // The further questions.
   next: 300,
   // Between two looks at a printer that has not confirmed yet.
@@ -36,9 +36,10 @@ const nextId = () => String(lastId = (lastId + 1) % 10_000).padStart(4, '0');
  * @param {object} dialogue
  * @param {object} reader of this connection; its other events go to `other`
  * @param {number} firstMs time for the first answer
+ * @param {boolean} [isBrief] no further question to a printer that says it is on line
  * @returns {Promise<import('./condition.mjs').Condition | null>} null when none is answered; never rejects
  */
-export async function askAll(link, dialogue, reader, firstMs) {
+export async function askAll(link, dialogue, reader, firstMs, isBrief = false) {
   let condition = UNKNOWN;
   for (const [index, question] of dialogue.questions.entries()) {
     const answer = new Promise((resolve) => { reader.onAnswer = resolve; });
@@ -48,6 +49,7 @@ export async function askAll(link, dialogue, reader, firstMs) {
     reader.onAnswer = null;
     if (!told && index === 0) return null;
     if (told) condition = mergeConditions(condition, told);
+    if (isBrief && condition.online) break;
   }
   return condition;
 }
@@ -100,7 +102,7 @@ class RawLink {
   async ready() {
     if (this.#how.dialogue && !this.#how.mayTry) {
       const { dialogue, isLearnt } = this.#how;
-      const condition = await askAll(this.#link, dialogue, this.#reader, isLearnt ? ASK.first : ASK.trial);
+      const condition = await askAll(this.#link, dialogue, this.#reader, isLearnt ? ASK.first : ASK.trial, true);
       if (condition && !isLearnt) this.#learn({ language: dialogue.language });
       if (condition) return this.#judge(condition);
       if (this.#link.isHalfClosed) throw refused();

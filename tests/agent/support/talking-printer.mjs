@@ -2,6 +2,8 @@ import { fakePrinter } from './service.mjs';
 
 const GS = 0x1d;
 const ESC = 0x1b;
+// Bytes that it takes before it has printed them.
+const FULL = 64 * 1024;
 
 /**
  * A receipt printer with a network card, as far as the service speaks to one: answers the questions of its language, prints bytes in their
@@ -27,8 +29,10 @@ export async function talkingPrinter(t, { language = 'escpos', confirms = 'proce
       link.isWorking = true;
       while (link.buffer.length > 0) {
         if (isStuck()) await new Promise((resolve) => { wakers.add(resolve); });
-        if (knobs.rate !== Infinity) await new Promise((resolve) => { setTimeout(resolve, Math.min(100, link.buffer.length) / knobs.rate * 1000); });
-        link.buffer = speak.print(link, link.buffer.subarray(0, knobs.rate === Infinity ? undefined : 100), knobs, confirms, link.buffer);
+        const piece = knobs.rate === Infinity ? link.buffer.length : Math.ceil(knobs.rate / 50);
+        if (knobs.rate !== Infinity) await new Promise((resolve) => { setTimeout(resolve, 20); });
+        link.buffer = speak.print(link, link.buffer.subarray(0, piece), knobs, confirms, link.buffer);
+        if (link.buffer.length < FULL) socket.resume();
       }
       link.isWorking = false;
       if (link.isEnded) finish(link);
@@ -36,6 +40,7 @@ export async function talkingPrinter(t, { language = 'escpos', confirms = 'proce
     socket.on('data', (data) => {
       const rest = speak.realTime(link, data, knobs);
       link.buffer = Buffer.concat([link.buffer, rest]);
+      if (link.buffer.length >= FULL && knobs.rate !== Infinity) socket.pause();
       void work();
     });
     socket.on('end', () => { link.isEnded = true; if (link.buffer.length === 0) finish(link); socket.end(); });
