@@ -5,11 +5,12 @@ import path from 'node:path';
 import { probe } from '../printers/probe.mjs';
 
 /**
- * What a connection check tries besides the printers: the service's own ports, its folder, the network and the print system.
+ * What a connection check tries besides the printers: the service's own ports, its folder, the network and the print
+ * system.
  * @param {{ listeners: { httpPort: number, httpsPort: number, tls: boolean }, folder: string,
  *   cups: { isStopped: boolean, hasPrograms: boolean } }} parts
- * @returns {Promise<Record<'httpPort'|'httpsPort'|'folder'|'network'|'printSystem', boolean | null>>} true = it was tried
- *   and works; null = there is none, and none is missed
+ * @returns {Promise<Record<'httpPort'|'httpsPort'|'folder'|'network'|'printSystem', boolean | null>>} true = it was
+ *   tried and works; null = there is none, and none is missed
  */
 export async function tryPermissions({ listeners, folder, cups }) {
   const isOpen = async (port) => (await probe({ host: '127.0.0.1', port })).ok;

@@ -12,8 +12,8 @@ const JOB_KEYS = [
 /**
  * The snapshot the companion reads every two seconds; every key is always there. An older companion leaves out what it
  * does not know:
- * - `askedOrigins`, a list of { origin, askedAt }, the newest first, 20 at most: sites that wanted to print and are
- *   not on the list. `origin` is as /admin/origins/add takes it, after which it stands in `allowedOrigins` in place of
+ * - `askedOrigins`, a list of { origin, askedAt }, the newest first, 20 at most: sites that wanted to print and are not
+ *   on the list. `origin` is as /admin/origins/add takes it, after which it stands in `allowedOrigins` in place of
  *   here; `askedAt` = milliseconds since 1970.
  * @param {import('../service.mjs').Service} service
  */

@@ -45,7 +45,8 @@ function parseBrowse(output, transport) {
  * Printers that announce themselves.
  * @param {{ signal?: AbortSignal, env?: NodeJS.ProcessEnv }} options
  * @returns {Promise<{ services: { name: string, host: string, port: number, transport: string }[],
- *   problem?: 'no_browser'|'no_daemon', message?: string }>} within 6 s; problem = nobody could search, message says so in Arabic
+ *   problem?: 'no_browser'|'no_daemon', message?: string }>} within 6 s; problem = nobody could search, message says so
+ *   in Arabic
  */
 export async function discoverBonjour({ signal, env = process.env } = {}) {
   const browser = findProgram('avahi-browse', env);

@@ -14,8 +14,8 @@ const SOON_MS = 300;
  */
 export class Lane {
   /**
-   * Entries not yet begun: { id (null until on disk), kind, printer, payload, deadline, mendBy } (times by performance.now(): the
-   * wall clock may be set). mendBy = deadline for a printer that is there and has to be seen to
+   * Entries not yet begun: { id (null until on disk), kind, printer, payload, deadline, mendBy } (times by
+   * performance.now(): the wall clock may be set). mendBy = deadline for a printer that is there and has to be seen to
    */
   waiting = [];
   #current = null;
@@ -24,7 +24,10 @@ export class Lane {
   #stopping = false;
   #parts;
 
-  /** @param {{ history: object, alerts: object, send: Function, log: object, relocate?: Function, retryMs?: number }} parts as of JobQueue */
+  /**
+   * @param {{ history: object, alerts: object, send: Function, log: object, relocate?: Function, retryMs?: number }}
+   *   parts as of JobQueue
+   */
   constructor(parts) { this.#parts = parts; }
 
   get isSending() { return this.#current?.sending === true; }
@@ -37,7 +40,10 @@ export class Lane {
 
   get #entries() { return [...this.#ending, ...(this.#current ? [this.#current] : []), ...this.waiting]; }
 
-  /** Begins the next job when there is one. The first in line may still be on its way to the disk: then the caller comes again. */
+  /**
+   * Begins the next job when there is one. The first in line may still be on its way to the disk: then the caller comes
+   * again.
+   */
   pump() {
     if (this.#current || this.#stopping || !this.waiting[0]?.id) return;
     const entry = this.waiting.shift();
@@ -54,10 +60,11 @@ export class Lane {
   }
 
   /**
-   * Cancels the jobs that the test picks, as long as not all of one has left. One that is being sent ends between two bands,
-   * with its paper marked and cut.
+   * Cancels the jobs that the test picks, as long as not all of one has left. One that is being sent ends between two
+   * bands, with its paper marked and cut.
    * @param {(id: string) => boolean} test
-   * @param {boolean} isStuck also one of which all has left and that the printer has not printed: nobody waits for it any longer
+   * @param {boolean} isStuck also one of which all has left and that the printer has not printed: nobody waits for it
+   *   any longer
    * @returns {number} how many
    */
   cancel(test, isStuck = false) {
@@ -80,7 +87,7 @@ export class Lane {
   }
 
   async #run(entry) {
-    const { history, alerts, log } = this.#parts;
+    const { history, log } = this.#parts;
     const { id, printer, calledOff: { signal } } = entry;
     entry.printer = this.#parts.relocate?.(printer) ?? printer;
     for (;;) {

@@ -20,9 +20,9 @@ export class JobQueue {
 
   /**
    * @param {{ history: import('./history.mjs').JobHistory, alerts: import('../alerts/alerts.mjs').Alerts,
-   *   send: (printer: object, payload: object, hooks: import('../printers/send.mjs').Hooks) => Promise<'yes'|'unknown'>,
-   *   log: import('../log.mjs').Log, relocate?: (printer: object) => object, retryMs?: number }} parts `send` as in printers/send.mjs;
-   *   relocate = the same printer with the address it has now
+   *   send: (printer: object, payload: object, hooks: import('../printers/send.mjs').Hooks) =>
+   *   Promise<'yes'|'unknown'>, log: import('../log.mjs').Log, relocate?: (printer: object) => object, retryMs?: number
+   *   }} parts `send` as in printers/send.mjs; relocate = the same printer with the address it has now
    */
   constructor(parts) { this.#parts = parts; }
 
@@ -52,7 +52,8 @@ export class JobQueue {
    * @param {object} printer with id and displayName
    * @param {string} kind "test", "cut", "drawer", "designer", "codepage-test", or a kind of the sites' jobs
    * @param {{ bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number, media?: string }} payload
-   * @param {{ maxWaitMs?: number, record?: object }} how maxWaitMs = time to wait for a printer that is off; record = more fields of its record
+   * @param {{ maxWaitMs?: number, record?: object }} how maxWaitMs = time to wait for a printer that is off; record =
+   *   more fields of its record
    * @returns {Promise<object>} its record, on disk as queued
    * @throws {ApiError} 409 queue_busy, 503 while the service stops
    */
@@ -89,7 +90,9 @@ export class JobQueue {
     return job;
   }
 
-  /** Cancels what waits for a printer, and gives up what is being sent or was not printed. @returns {number} how many */
+  /**
+   * Cancels what waits for a printer, and gives up what is being sent or was not printed. @returns {number} how many
+   */
   cancelWaiting(printerId) { return this.#lanes.get(printerId)?.cancel(() => true, true) ?? 0; }
 
   /** Cancels one job. @returns {boolean} false when all of it has left, or it is over */

@@ -18,8 +18,8 @@ const CONNECT_MS = 400;
 
 /**
  * Follows network printers to new addresses. A router that was restarted may hand out other addresses; the card of a
- * printer keeps its number, which is noted while the printer answers. Addresses that are not this network's own are left
- * alone, and so are printers that are being printed to.
+ * printer keeps its number, which is noted while the printer answers. Addresses that are not this network's own are
+ * left alone, and so are printers that are being printed to.
  */
 export class AddressKeeper {
   #settings;
@@ -36,8 +36,8 @@ export class AddressKeeper {
   /**
    * @param {{ settings: object, monitor: object, alerts: object, log: object, nameOf: (id: string) => string,
    *   jobs: { isSending: boolean, isBusy: (id: string) => boolean } }} parts
-   * @param {{ neighbours?: typeof readNeighbours, interfaces?: typeof os.networkInterfaces, ask?: typeof probe, now?: () => number }} system
-   *   now = milliseconds of a clock that nobody sets
+   * @param {{ neighbours?: typeof readNeighbours, interfaces?: typeof os.networkInterfaces, ask?: typeof probe, now?:
+   *   () => number }} system now = milliseconds of a clock that nobody sets
    */
   constructor({ settings, monitor, alerts, log, nameOf, jobs }, system = {}) {
     this.#settings = settings;
@@ -144,7 +144,9 @@ export class AddressKeeper {
     return gone.filter(({ id }) => !found.some((move) => move?.id === id));
   }
 
-  /** Not while anything is being printed; at once for a printer that was not looked for before, ever more seldom else. */
+  /**
+   * Not while anything is being printed; at once for a printer that was not looked for before, ever more seldom else.
+   */
   #maySearch(ids) {
     const now = this.#system.now();
     const count = ids.every((id) => this.#searches.ids.includes(id)) ? this.#searches.count : 0;
@@ -153,7 +155,9 @@ export class AddressKeeper {
     return true;
   }
 
-  /** Knocks at the addresses nearby whose owner is not known: whoever is there enters the table of neighbours by that. */
+  /**
+   * Knocks at the addresses nearby whose owner is not known: whoever is there enters the table of neighbours by that.
+   */
   async #search(missing, table) {
     const known = new Set([...table.map(({ address }) => address), ...this.#settings.values.printers.map(({ host }) => host)]);
     const targets = new Map(missing.flatMap(({ port, network }) => network.around.filter((host) => !known.has(host)).map((host) => [`${host}:${port}`, { host, port }])));

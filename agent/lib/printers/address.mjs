@@ -10,11 +10,12 @@ const latinDigits = (text) => text
   .replace(/\u066b/g, '.');
 
 /**
- * Understands a printer's address as people type and paste it: with blanks around it, Arabic-Indic digits, a scheme, a path, or a port.
+ * Understands a printer's address as people type and paste it: with blanks around it, Arabic-Indic digits, a scheme, a
+ * path, or a port.
  * @param {unknown} typed
  * @param {unknown} port as given beside it
- * @returns {{ host: string, port: number } | { hint: string }} hint = an Arabic sentence that says what is wrong with it. A port in the
- *   address goes before the one beside it
+ * @returns {{ host: string, port: number } | { hint: string }} hint = an Arabic sentence that says what is wrong with
+ *   it. A port in the address goes before the one beside it
  */
 export function understandAddress(typed, port) {
   if (typeof typed !== 'string') return { hint: HINT };

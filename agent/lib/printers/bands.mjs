@@ -36,8 +36,8 @@ function starSymbol(bytes, at) {
 const PREFIXES = [ESC, GS, FS, 0x10];
 
 /**
- * Cuts a job's bytes into bands: between two of them no command of the printer's is open, so that questions may be asked there
- * and the job be called off.
+ * Cuts a job's bytes into bands: between two of them no command of the printer's is open, so that questions may be
+ * asked there and the job be called off.
  * @param {{ bytes: Buffer, repeats?: number }} payload repeats = how often the bytes hold the same receipt
  * @param {'escpos'|'starline'|'none'} protocol
  * @returns {Buffer[]} one band for bytes of which no end of a command is known; copies are bands in any case

@@ -11,7 +11,8 @@
 export const UNKNOWN = Object.freeze({ paper: null, cover: null, error: null, online: null });
 
 /**
- * Codes of what keeps a printer from printing, the one to be mended first in front: nobody changes paper under a closed cover.
+ * Codes of what keeps a printer from printing, the one to be mended first in front: nobody changes paper under a closed
+ * cover.
  * @typedef {'cover_open'|'paper_out'|'cutter_error'|'printer_error'|'offline_button'|'paused'} Problem
  */
 

@@ -4,8 +4,8 @@ import { parseQueueStates, queueStatus, waitsForDevice } from './queue-state.mjs
 import { runProgram } from '../system/program.mjs';
 
 /**
- * Milliseconds: a job is stalled that has made no headway for `stall`, unless the printer is at work on another one meanwhile,
- * or has told nothing new for `most`: a printer that swings between two states gets nowhere.
+ * Milliseconds: a job is stalled that has made no headway for `stall`, unless the printer is at work on another one
+ * meanwhile, or has told nothing new for `most`: a printer that swings between two states gets nowhere.
  */
 export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: 1000 });
 
@@ -27,8 +27,8 @@ export class CupsJob {
 
   /**
    * @param {{ lpstat: string, cancel: string | null }} programs
-   * @param {{ queue: string, request: string, env: NodeJS.ProcessEnv, isTold?: boolean }} which request = as lp named it, such as "Office-7";
-   *   isTold = the printer itself tells the print system when it has printed
+   * @param {{ queue: string, request: string, env: NodeJS.ProcessEnv, isTold?: boolean }} which request = as lp named
+   *   it, such as "Office-7"; isTold = the printer itself tells the print system when it has printed
    */
   constructor({ lpstat, cancel }, { queue, request, env, isTold = false }) {
     this.#isTold = isTold;
@@ -39,14 +39,14 @@ export class CupsJob {
   }
 
   /**
-   * Waits until the job is out. Headway = jobs before it leave, more of it is out, or the printer tells something else, such as the
-   * page it prints.
-   * @param {{ times?: typeof TIMES, signal?: AbortSignal, onWait?: (waitsFor: string | null) => void }} how signal = cancels it; onWait hears what
-   *   keeps the printer from it
+   * Waits until the job is out. Headway = jobs before it leave, more of it is out, or the printer tells something else,
+   * such as the page it prints.
+   * @param {{ times?: typeof TIMES, signal?: AbortSignal, onWait?: (waitsFor: string | null) => void }} how signal =
+   *   cancels it; onWait hears what keeps the printer from it
    * @returns {Promise<'yes'|'unknown'>} whether the printer itself said so
-   * @throws {SendError} "cancelled"; "queue_stalled" when it makes no headway, or somebody else has cancelled it, before any of it was printed;
-   *   "interrupted" when some of it may have been, or the device failed; "timeout" when the print system does not say what has
-   *   become of it, or does not cancel it
+   * @throws {SendError} "cancelled"; "queue_stalled" when it makes no headway, or somebody else has cancelled it,
+   *   before any of it was printed; "interrupted" when some of it may have been, or the device failed; "timeout" when
+   *   the print system does not say what has become of it, or does not cancel it
    */
   async finished({ times = TIMES, signal, onWait = () => {} } = {}) {
     const { lpstat } = this.#programs;
@@ -85,7 +85,10 @@ export class CupsJob {
     return cancel !== null && (await runProgram(cancel, [this.#request])).status === 0;
   }
 
-  /** Notes whether the print system has got through to the device with this job. @returns {string | null} what it waits for */
+  /**
+   * Notes whether the print system has got through to the device with this job. @returns {string | null} what it waits
+   * for
+   */
   #watch(told) {
     const state = parseQueueStates(told).get(this.#queue);
     if (!state) return null;
@@ -99,8 +102,8 @@ export class CupsJob {
 
   /**
    * Reads one of the print system's two lists of jobs.
-   * @returns {Promise<{ before: string[], own?: string, hasOthers: boolean } | null>} the requests in line before the job, what is
-   *   said of the job, and whether there are any others; null when nobody says
+   * @returns {Promise<{ before: string[], own?: string, hasOthers: boolean } | null>} the requests in line before the
+   *   job, what is said of the job, and whether there are any others; null when nobody says
    */
   async #listed(which) {
     const { status, stdout } = await runProgram(this.#programs.lpstat, ['-l', '-W', which, '-o', this.#queue]);
@@ -120,7 +123,10 @@ export class CupsJob {
     return request !== undefined && request !== this.#request;
   }
 
-  /** Whether the job, out of the line, was printed; false while that is not known. @throws {SendError} when it was not, or not all of it */
+  /**
+   * Whether the job, out of the line, was printed; false while that is not known. @throws {SendError} when it was not,
+   * or not all of it
+   */
   async #isPrinted() {
     const report = await this.#report() ?? { state: await this.#listedState(), isUntouched: false };
     const { state } = report;
@@ -129,12 +135,16 @@ export class CupsJob {
     if (state === 'aborted') throw new SendError(isUntouched ? 'queue_stalled' : 'interrupted', 'given up by the print system');
     if (state !== 'forgotten') return state === 'completed';
     const records = await this.#listed('completed');
-    // Older ones go first, if they go at all: the print system has crashed, and lost the job with what it had not stored yet.
+    // Older ones go first, if they go at all: the print system has crashed, and lost the job with what it had not
+    // stored yet.
     if (records?.hasOthers) throw new SendError('timeout', 'the print system has lost the job');
     return records !== null;
   }
 
-  /** What the list of the jobs that are over says, where the print system itself cannot be asked; not all of its versions tell there. */
+  /**
+   * What the list of the jobs that are over says, where the print system itself cannot be asked; not all of its
+   * versions tell there.
+   */
   async #listedState() {
     const line = await this.#listed('completed');
     if (!line) return null;

@@ -8,14 +8,18 @@ import { SCHEDULER_KEY, schedulerStopped } from '../alerts/texts.mjs';
 import { findProgram, runProgram } from '../system/program.mjs';
 import { ApiError } from '../api-error.mjs';
 
-/** Milliseconds between two looks: while something is wrong or somebody looks; with a device that may be unplugged; else. */
+/**
+ * Milliseconds between two looks: while something is wrong or somebody looks; with a device that may be unplugged;
+ * else.
+ */
 const PERIOD = Object.freeze({ near: 3000, plugged: 4000, far: 10_000 });
 const LOOK_MS = 5000;
 
 // Bytes of a receipt that any printer prints in a millisecond.
 const SLOWEST = 2;
 
-// Milliseconds for half a metre of paper and the knife: a plain text has few bytes for a lot of paper, and its copies add up.
+// Milliseconds for half a metre of paper and the knife: a plain text has few bytes for a lot of paper, and its copies
+// add up.
 const REPEAT_MS = 5000;
 
 // After a failure the print system would print a receipt again from its beginning, by itself.
@@ -47,8 +51,8 @@ export class CupsQueues {
 
   /**
    * @param {{ changed?: () => void, alerts?: object, nameOf?: (id: string) => string, remembered?: () => object[],
-   *   remember?: (records: object[]) => void }} hooks changed = called after every refresh; remember = keeps the queues for a start without
-   *   the print system, and remembered gives them back
+   *   remember?: (records: object[]) => void }} hooks changed = called after every refresh; remember = keeps the queues
+   *   for a start without the print system, and remembered gives them back
    * @param {NodeJS.ProcessEnv} env ZEMRAK_LP_USB_DEVICES = folder in place of the kernel's list of USB devices
    */
   constructor(hooks = {}, env = process.env, times = TIMES) {
@@ -85,7 +89,10 @@ export class CupsQueues {
   /** Somebody looks at the printers' states now. */
   looked() { this.#lookedAt = performance.now(); }
 
-  /** @returns {{ id: string, name: string, type: 'cups', queue: string, isRaw: boolean, state: string, reason?: string, problem?: string }[]} */
+  /**
+   * @returns {{ id: string, name: string, type: 'cups', queue: string, isRaw: boolean, state: string, reason?: string,
+   *   problem?: string }[]}
+   */
   list() {
     return this.#records.map((record) => {
       const { queue, info, isRaw = false } = record;
@@ -112,8 +119,9 @@ export class CupsQueues {
 
   /**
    * Hands a job to a print queue.
-   * @param {{ raw: boolean, title: string, repeats?: number, copies?: number, media?: string }} how raw = bytes go to the device as they
-   *   are; repeats = how often they hold the same receipt; copies and media (a paper size's name) are for the print system to see to
+   * @param {{ raw: boolean, title: string, repeats?: number, copies?: number, media?: string }} how raw = bytes go to
+   *   the device as they are; repeats = how often they hold the same receipt; copies and media (a paper size's name)
+   *   are for the print system to see to
    * @returns {Promise<{ finished: CupsJob['finished'], cancel: () => Promise<void> }>}
    * @throws {SendError} "offline" when the queue refused it, "timeout" when nobody says whether it was taken
    */

@@ -8,8 +8,8 @@ const PORTS = { socket: 9100, lpd: 515, ipp: 631, ipps: 631, http: 80, https: 44
 const ASK_MS = 2000;
 
 /**
- * Tells of queues' devices whether they are there: USB printers by what the kernel lists, files by their path, network addresses
- * by asking them. An address that is of no known kind is taken to be there.
+ * Tells of queues' devices whether they are there: USB printers by what the kernel lists, files by their path, network
+ * addresses by asking them. An address that is of no known kind is taken to be there.
  */
 export class Devices {
   #root;
@@ -20,8 +20,8 @@ export class Devices {
 
   /**
    * @param {string[]} uris device addresses of the print system
-   * @returns {Promise<Map<string, { isMissing: boolean, reason?: string, told?: { state: number, reasons: string[] } }>>}
-   *   told = what a network printer says of itself
+   * @returns {Promise<Map<string, { isMissing: boolean, reason?: string, told?: { state: number, reasons: string[] }
+   *   }>>} told = what a network printer says of itself
    */
   async look(uris) {
     const usb = uris.some((uri) => uri.startsWith('usb:')) ? await usbPrinters(this.#root) : [];
@@ -74,8 +74,8 @@ async function ownWord({ host, ...server }, uri) {
 const plain = (text) => text.toLowerCase().replace(/[^a-z0-9]/g, '');
 
 /**
- * Whether the device of an address is plugged in. Makers write their names differently in a device's several descriptions: only what
- * certainly is another device counts as one.
+ * Whether the device of an address is plugged in. Makers write their names differently in a device's several
+ * descriptions: only what certainly is another device counts as one.
  */
 function isPlugged(uri, usb) {
   if (usb.length === 0) return false;

@@ -18,7 +18,10 @@ const INFORMATION = 0x5f;
 const AUTOMATIC_BYTES = 4;
 const LONGEST = 80;
 
-/** Real-time questions are answered at once, whatever else the printer does; each answer is one byte, in the order asked. */
+/**
+ * Real-time questions are answered at once, whatever else the printer does; each answer is one byte, in the order
+ * asked.
+ */
 const REAL_TIME_READERS = [
   [1, (byte) => ({ online: (byte & 0x08) === 0 })],
   [2, (byte) => ({
@@ -43,7 +46,10 @@ export const escposDialogue = Object.freeze({
   language: 'escpos',
   /** Clears what a job that was broken off may have left in the line. */
   begin: Buffer.of(ESC, 0x40),
-  /** Asked one after the other: an answer does not say which question it belongs to, and not every printer knows all of them. */
+  /**
+   * Asked one after the other: an answer does not say which question it belongs to, and not every printer knows all of
+   * them.
+   */
   questions: Object.freeze(REAL_TIME_READERS.map(([number]) => Buffer.of(DLE, EOT, number))),
   /** Status by itself from now on, whenever it changes: on line or not, errors, paper. */
   watch: Buffer.of(GS, 0x61, 0x0e),
@@ -77,8 +83,8 @@ class EscposReader {
 
   /**
    * @param {Uint8Array} bytes
-   * @returns {({ condition: import('./condition.mjs').Condition, isAnswer?: boolean } | { confirmed: 'process'|'status', id?: string })[]}
-   *   isAnswer = to the question asked last
+   * @returns {({ condition: import('./condition.mjs').Condition, isAnswer?: boolean } | { confirmed:
+   *   'process'|'status', id?: string })[]} isAnswer = to the question asked last
    */
   read(bytes) {
     return [...bytes].flatMap((byte) => this.#byte(byte) ?? []);
@@ -105,7 +111,8 @@ class EscposReader {
   #continue(byte) {
     const open = this.#open;
     const isAutomatic = (open[0] & FIXED) === AUTOMATIC;
-    // The bytes after the first one of an automatic status have both of these bits clear: one that has not begins something else.
+    // The bytes after the first one of an automatic status have both of these bits clear: one that has not begins
+    // something else.
     if (isAutomatic && (byte & BUFFERED) !== 0) {
       this.#open = null;
       return this.#byte(byte);

@@ -23,10 +23,12 @@ export function isLearnt(value) {
 /**
  * How a printer may be spoken to.
  * A printer is asked when it answered before, or when the person has said what language it speaks. One of which neither
- * is known may be a laser or label printer that prints the question: it is asked inside the first receipt made here, never else.
+ * is known may be a laser or label printer that prints the question: it is asked inside the first receipt made here,
+ * never else.
  * @param {object} printer as of Printers.list(): type, transport, protocol, profile, dialogue
- * @returns {{ dialogue: object | null, mayTry: boolean, isLearnt: boolean, confirm: string | null }} dialogue = its questions; mayTry = they
- *   may be asked inside a receipt only; isLearnt = it has answered before; confirm = the way to be used, null when that is to be found out
+ * @returns {{ dialogue: object | null, mayTry: boolean, isLearnt: boolean, confirm: string | null }} dialogue = its
+ *   questions; mayTry = they may be asked inside a receipt only; isLearnt = it has answered before; confirm = the way
+ *   to be used, null when that is to be found out
  */
 export function dialogueFor({ type, transport, protocol, profile = {}, dialogue: learnt }) {
   const silent = { dialogue: null, mayTry: false, isLearnt: false, confirm: null };

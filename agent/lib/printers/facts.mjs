@@ -1,8 +1,8 @@
 import { isTold, problemsOf } from './condition.mjs';
 
 /**
- * Milliseconds that a printer has to fail before it is called offline. A printer that serves one computer at a time refuses others,
- * for as long as a receipt takes; a network may be gone for two seconds.
+ * Milliseconds that a printer has to fail before it is called offline. A printer that serves one computer at a time
+ * refuses others, for as long as a receipt takes; a network may be gone for two seconds.
  */
 export const GRACE = Object.freeze({ refused: 4500, silent: 2000 });
 
@@ -18,7 +18,10 @@ export class Facts {
   #silentSince = null;
   #condition = null;
 
-  /** @returns {{ state: 'ready'|'offline'|'error'|'unknown', reason?: string, problem?: string, paper?: string, cover?: string }} */
+  /**
+   * @returns {{ state: 'ready'|'offline'|'error'|'unknown', reason?: string, problem?: string, paper?: string, cover?:
+   *   string }}
+   */
   status(now) {
     if (this.#reach === 'down') return { state: 'offline', reason: this.#reason };
     if (this.#reach === 'unknown' || this.isStale(now)) return { state: 'unknown' };
@@ -71,8 +74,8 @@ export class Facts {
 
   /**
    * Nobody has taken a connection.
-   * @param {{ reason: string, refused: boolean, since: number, isCertain?: boolean }} failure since = when the try began; isCertain = a job
-   *   has met it: that is told at once
+   * @param {{ reason: string, refused: boolean, since: number, isCertain?: boolean }} failure since = when the try
+   *   began; isCertain = a job has met it: that is told at once
    * @param {number} now
    */
   failed({ reason, refused, since, isCertain = false }, now) {

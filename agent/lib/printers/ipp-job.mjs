@@ -7,12 +7,13 @@ const HEADWAY = Object.freeze(['job-impressions-completed', 'job-media-sheets-co
 const BEGUN_AT = 'time-at-processing';
 
 /**
- * Asks the print system what has become of a job. Its programs tell nobody: a job that was given up looks there as one that was printed.
+ * Asks the print system what has become of a job. Its programs tell nobody: a job that was given up looks there as one
+ * that was printed.
  * @param {number} id the number of the job's request
  * @param {NodeJS.ProcessEnv} env CUPS_SERVER = path of a socket or host[:port], as the print system's programs read it
- * @returns {Promise<{ state: 'underway' | 'completed' | 'cancelled' | 'aborted' | 'forgotten', isUntouched: boolean, headway: string } | null>}
- *   forgotten = no job (any more) of this number; isUntouched = known not to have been begun; headway = another text whenever
- *   more of it is out; null = no answer; never rejects
+ * @returns {Promise<{ state: 'underway' | 'completed' | 'cancelled' | 'aborted' | 'forgotten', isUntouched: boolean,
+ *   headway: string } | null>} forgotten = no job (any more) of this number; isUntouched = known not to have been
+ *   begun; headway = another text whenever more of it is out; null = no answer; never rejects
  */
 export async function jobReport(id, env = process.env) {
   try {

@@ -13,7 +13,10 @@ const TAG = Object.freeze({ operation: 0x01, end: 0x03, noValue: 0x13, integer: 
 const FIRST_VALUE_TAG = 0x10;
 const FAILED = 0x0100;
 
-/** Where the print system listens. @param {string} [name] path of a socket or host[:port], as its programs read CUPS_SERVER */
+/**
+ * Where the print system listens. @param {string} [name] path of a socket or host[:port], as its programs read
+ * CUPS_SERVER
+ */
 export function serverOf(name = SOCKET) {
   if (name.startsWith('/')) return { socketPath: name };
   const [, host, port = PORT] = /^\[?([^\]]*?)\]?(?::(\d+))?$/.exec(name);
@@ -22,10 +25,12 @@ export function serverOf(name = SOCKET) {
 
 /**
  * Asks one question.
- * @param {{ socketPath?: string, host?: string, port?: number, path?: string, isSecure?: boolean, timeoutMs?: number }} server isSecure = by TLS,
- *   with whatever certificate: printers make their own, and nothing secret is said
- * @param {{ operation: number, target?: [string, string], wanted: string[] }} question target = name and value of the attribute that says of what
- * @returns {Promise<{ status: number, groups: { tag: number, attributes: Record<string, (string | number | boolean | null)[]> }[] }>}
+ * @param {{ socketPath?: string, host?: string, port?: number, path?: string, isSecure?: boolean, timeoutMs?: number }}
+ *   server isSecure = by TLS, with whatever certificate: printers make their own, and nothing secret is said
+ * @param {{ operation: number, target?: [string, string], wanted: string[] }} question target = name and value of the
+ *   attribute that says of what
+ * @returns {Promise<{ status: number, groups: { tag: number, attributes: Record<string, (string | number | boolean |
+ *   null)[]> }[] }>}
  * @throws when nobody answers in time, or not in this protocol
  */
 export async function askIpp(server, { operation, target, wanted }) {

@@ -4,8 +4,8 @@ import { probe } from './probe.mjs';
 import { reasonOf } from './tcp-link.mjs';
 
 /**
- * Milliseconds between two questions to a printer: while something is wrong or somebody looks, so that a change is told within three
- * seconds with the time for the answer; else.
+ * Milliseconds between two questions to a printer: while something is wrong or somebody looks, so that a change is told
+ * within three seconds with the time for the answer; else.
  */
 export const PERIOD = Object.freeze({ near: 2700, far: 10_000, doubt: 1500 });
 
@@ -17,8 +17,8 @@ const SHARED_MS = 1000;
 const TRIES = 2;
 
 /**
- * Watches the network printers: whether each can be reached and what it says of itself, while idle and while a job goes to it.
- * One connection serves for both questions, and there is none while a job holds the printer.
+ * Watches the network printers: whether each can be reached and what it says of itself, while idle and while a job goes
+ * to it. One connection serves for both questions, and there is none while a job holds the printer.
  */
 export class NetworkMonitor {
   #printers;
@@ -105,8 +105,10 @@ export class NetworkMonitor {
   /**
    * Keeps a printer for a job: questions that are under way are broken off, and there are no others until its release.
    * @param {object} printer
-   * @param {(waitsFor: string | null) => void} onWait hears what keeps the printer from going on; null = nothing any more
-   * @returns {Promise<object>} takes what the job learns of the printer: stalled, heard, learnt, muted, unanswered, release
+   * @param {(waitsFor: string | null) => void} onWait hears what keeps the printer from going on; null = nothing any
+   *   more
+   * @returns {Promise<object>} takes what the job learns of the printer: stalled, heard, learnt, muted, unanswered,
+   *   release
    */
   async hold({ id }, onWait = () => {}) {
     const record = this.#record(id);

@@ -10,8 +10,8 @@ const WAIT_MS = 2500;
 const HOSTS = '/etc/hosts';
 
 /**
- * Looks names up without the thread pool that the whole service shares: a name server that does not answer delays only those
- * who ask for the name. An answer is kept, and stands in for a later one that does not come.
+ * Looks names up without the thread pool that the whole service shares: a name server that does not answer delays only
+ * those who ask for the name. An answer is kept, and stands in for a later one that does not come.
  */
 export class Names {
   #known = new Map();
@@ -20,8 +20,8 @@ export class Names {
   #system;
 
   /**
-   * @param {{ resolver?: dns.promises.Resolver, hosts?: string, getent?: string | null, now?: () => number, waitMs?: number }} system
-   *   hosts = the file of fixed names; getent = the program that also knows names of the local link
+   * @param {{ resolver?: dns.promises.Resolver, hosts?: string, getent?: string | null, now?: () => number, waitMs?:
+   *   number }} system hosts = the file of fixed names; getent = the program that also knows names of the local link
    */
   constructor(system = {}) {
     this.#resolver = system.resolver ?? new dns.promises.Resolver({ timeout: 1000, tries: 2 });

@@ -1,6 +1,6 @@
 import { dialogueFor } from './dialogues.mjs';
 import { TcpLink, connectPrinter } from './tcp-link.mjs';
-import { askAll, listen } from './transport-raw.mjs';
+import { askAll, listen } from './questions.mjs';
 
 /** Milliseconds a printer has to accept a connection, and to answer the first question. */
 export const PROBE_MS = 900;

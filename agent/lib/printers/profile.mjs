@@ -2,7 +2,9 @@ import { isObject } from '../validate.mjs';
 
 const oneOf = (...values) => (value) => values.includes(value);
 
-/** Letters of any script with their marks, decimal digits of any script and blanks; 1 to 64 characters, not only blanks. */
+/**
+ * Letters of any script with their marks, decimal digits of any script and blanks; 1 to 64 characters, not only blanks.
+ */
 export function isAlias(value) {
   return typeof value === 'string' && [...value].length <= 64 && /^[\p{L}\p{M}\p{Nd} ]+$/u.test(value) && value.trim() !== '';
 }
@@ -48,7 +50,8 @@ export function checkProfile(given) {
 /**
  * Takes a stored profile apart. A value that this version cannot use is a later version's: the key counts as not set.
  * @param {object} stored
- * @returns {{ profile: object, foreign: object }} foreign = such values by their keys; keys that are not known stay in the profile
+ * @returns {{ profile: object, foreign: object }} foreign = such values by their keys; keys that are not known stay in
+ *   the profile
  */
 export function partProfile(stored) {
   const isForeign = ([key, value]) => Object.hasOwn(KEYS, key) && checkProfile({ [key]: value }) === null;

@@ -9,7 +9,8 @@ const RAW_MODEL = /\braw (?:printer|queue)\b/i;
 
 /**
  * One of the system's print queues as the print system tells of it.
- * @typedef {{ queue: string, info?: string, isRaw?: boolean, uri?: string, state: number, reasons: string[], message: string }} QueueRecord
+ * @typedef {{ queue: string, info?: string, isRaw?: boolean, uri?: string, state: number, reasons: string[], message:
+ *   string }} QueueRecord
  */
 
 /** A name that may be given to the print system's programs. */
@@ -19,7 +20,8 @@ export const isQueueName = (name) => /^[^\s/#-][^\s/#]{0,121}$/.test(name);
  * Reads the system's print queues: from the print system itself, else by its programs.
  * @param {string} lpstat the program
  * @param {NodeJS.ProcessEnv} env
- * @returns {Promise<{ queues: QueueRecord[] } | { isStopped: true } | null>} isStopped = the print system does not run; null = nobody says
+ * @returns {Promise<{ queues: QueueRecord[] } | { isStopped: true } | null>} isStopped = the print system does not run;
+ *   null = nobody says
  */
 export async function readQueues(lpstat, env) {
   const told = await askSystem(env);

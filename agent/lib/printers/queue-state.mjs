@@ -1,4 +1,5 @@
-// Words of the print system (RFC 8011, PWG 5100.x keywords without their -report, -warning or -error), and what they mean here.
+// Words of the print system (RFC 8011, PWG 5100.x keywords without their -report, -warning or -error), and what they
+// mean here.
 const REASONS = [
   [/^(?:offline|shutdown)/, { state: 'offline', reason: 'not_connected' }],
   [/^connecting-to-device/, { state: 'offline', reason: 'not_connected' }],
@@ -35,7 +36,10 @@ export function queueStatus({ state, reasons, message = '' }, { isMissing = fals
   return { state: state === PROCESSING || IS_BUSY.test(message) ? 'busy' : 'ready', problems, ...low };
 }
 
-/** Whether a queue's words say that its job waits for a device that is not reached, or not free. @returns {'offline'|'busy'|null} */
+/**
+ * Whether a queue's words say that its job waits for a device that is not reached, or not free. @returns
+ * {'offline'|'busy'|null}
+ */
 export function waitsForDevice(text) {
   if (IS_BUSY.test(text)) return 'busy';
   return IS_AWAY.test(text) || /connecting-to-device|\boffline\b/.test(text) ? 'offline' : null;

@@ -27,7 +27,10 @@ export class Printers {
   /** @param {(id: string) => boolean} isBusy whether a job is being sent to a printer */
   watchJobs(isBusy) { this.#isBusy = isBusy; }
 
-  /** @returns {object[]} id, name, displayName, type, state, reason?, problem?, protocol, profile, and host, port, transport or queue */
+  /**
+   * @returns {object[]} id, name, displayName, type, state, reason?, problem?, protocol, profile, and host, port,
+   *   transport or queue
+   */
   list() {
     const { profiles, queues } = this.#settings.values;
     const networked = this.network().map((printer) => ({ ...printer, ...this.#monitor.status(printer.id) }));

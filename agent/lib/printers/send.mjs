@@ -8,10 +8,11 @@ import { SendError } from './send-error.mjs';
  * A way to one printer, for one job. Every transport has the same six steps; each throws a SendError.
  * @typedef {object} Link
  * @property {() => Promise<void>} ready "offline" and untouched when the printer says that it cannot print
- * @property {(first: Buffer, bytes: number) => Promise<void>} begin what goes ahead of the receipt; "offline" as long as none of it has left
+ * @property {(first: Buffer, bytes: number) => Promise<void>} begin what goes ahead of the receipt; "offline" as long
+ *   as none of it has left
  * @property {(band: Buffer) => Promise<void>} send settles when it is taken; "interrupted" when the link is dead
- * @property {(bytes: number, left: () => void) => Promise<'yes'|'unknown'>} confirm waits until all of it is out, as far as anybody
- *   says; `left` = the printer takes the next job; "interrupted" or "timeout" when it is not
+ * @property {(bytes: number, left: () => void) => Promise<'yes'|'unknown'>} confirm waits until all of it is out, as
+ *   far as anybody says; `left` = the printer takes the next job; "interrupted" or "timeout" when it is not
  * @property {() => Promise<void>} cancel ends the paper between two bands
  * @property {() => void} close  @property {() => void} destroy without waiting for anything
  */
@@ -25,12 +26,14 @@ const CANCEL_MS = 3000;
 /**
  * Makes the function that carries a job to its printer.
  * @param {{ monitor: import('./monitor.mjs').NetworkMonitor, cups: import('./cups.mjs').CupsQueues }} parts
- * @returns {(printer: object, payload: { jobId: string, kind?: string, bytes: Buffer, text: string, raw: boolean, repeats?: number,
- *   copies?: number, media?: string }, hooks: Hooks) => Promise<'yes'|'unknown'>} whether the printer itself said that all of it is out
+ * @returns {(printer: object, payload: { jobId: string, kind?: string, bytes: Buffer, text: string, raw: boolean,
+ *   repeats?: number, copies?: number, media?: string }, hooks: Hooks) => Promise<'yes'|'unknown'>} whether the printer
+ *   itself said that all of it is out
  *
  * @typedef {object} Hooks
  * @property {() => Promise<void>} sending awaited before the first byte leaves; what it throws keeps everything back
- * @property {(waitsFor: string | null, isOut?: boolean) => void} [printing] the printer keeps it waiting, and why; isOut = all of it has left
+ * @property {(waitsFor: string | null, isOut?: boolean) => void} [printing] the printer keeps it waiting, and why;
+ *   isOut = all of it has left
  * @property {() => void} [left] the printer takes the next job
  * @property {AbortSignal} [signal] calls the job off, which ends it with "cancelled"; not once all of it has left
  */

@@ -72,8 +72,8 @@ export class TcpLink {
 
   /**
    * @param {net.Socket} socket
-   * @param {(why: 'silent'|'unread'|null) => void} onStall called once a second while nothing moves: nobody answers, or somebody does
-   *   and does not read; null = it moves again
+   * @param {(why: 'silent'|'unread'|null) => void} onStall called once a second while nothing moves: nobody answers, or
+   *   somebody does and does not read; null = it moves again
    */
   constructor(socket, onStall = () => {}, times = TIMES) {
     this.#socket = socket;
@@ -83,7 +83,8 @@ export class TcpLink {
     this.#place = { localPort, remotePort, remoteAddress, remoteFamily };
     this.#broken = new Promise((_, reject) => {
       socket.once('error', (error) => reject(new SendError('interrupted', error.code)));
-      // Node.js reports no reset any more after the printer has closed its side; its own destroy() comes without an error.
+      // Node.js reports no reset any more after the printer has closed its side; its own destroy() comes without an
+      // error.
       socket.once('close', () => reject(new SendError('interrupted', 'closed')));
       if (socket.destroyed) reject(new SendError('interrupted', 'closed early'));
     });
@@ -159,7 +160,8 @@ export class TcpLink {
   settled() { return this.#acknowledged(); }
 
   /**
-   * Ends our side, and waits until the printer's end has all of it. For printers that say nothing: those that do confirm.
+   * Ends our side, and waits until the printer's end has all of it. For printers that say nothing: those that do
+   * confirm.
    * @param {() => void} left called when all of it has arrived: nothing but a refusal may still come
    * @throws {SendError} "interrupted"
    */

@@ -1,11 +1,13 @@
 import { readFileSync } from 'node:fs';
 
 /**
- * What the kernel knows of a TCP connection and tells no program that holds it: a flushed socket only says that the kernel took
- * the bytes. Reading its table takes about a millisecond, so nobody looks while bytes flow.
- * @param {{ localPort: number, remotePort: number, remoteAddress: string, remoteFamily: string }} link noted before the socket closes
- * @returns {{ unacknowledged: number, isSilent: boolean } | null | undefined} unacknowledged = bytes that the other end has not confirmed;
- *   isSilent = several packets in a row were answered by nobody; null = no such connection (any more); undefined = no such table
+ * What the kernel knows of a TCP connection and tells no program that holds it: a flushed socket only says that the
+ * kernel took the bytes. Reading its table takes about a millisecond, so nobody looks while bytes flow.
+ * @param {{ localPort: number, remotePort: number, remoteAddress: string, remoteFamily: string }} link noted before the
+ *   socket closes
+ * @returns {{ unacknowledged: number, isSilent: boolean } | null | undefined} unacknowledged = bytes that the other end
+ *   has not confirmed; isSilent = several packets in a row were answered by nobody; null = no such connection (any
+ *   more); undefined = no such table
  */
 export function lookUpLink({ localPort, remotePort, remoteAddress, remoteFamily }) {
   const table = readTable(remoteFamily === 'IPv6' ? '/proc/net/tcp6' : '/proc/net/tcp');

@@ -5,11 +5,13 @@ import { TcpLink, connectPrinter } from './tcp-link.mjs';
 // Print servers accept any queue name for their only port; "lp" is the customary one.
 const QUEUE = 'lp';
 
-// Milliseconds for the print server's word on each step before the receipt, and on the receipt: it may spool to a slow printer.
+// Milliseconds for the print server's word on each step before the receipt, and on the receipt: it may spool to a slow
+// printer.
 const STEP_MS = 10_000;
 
 /**
- * Opens a way to a print server that speaks the line printer daemon protocol (RFC 1179). It asks nothing of the printer behind it.
+ * Opens a way to a print server that speaks the line printer daemon protocol (RFC 1179). It asks nothing of the printer
+ * behind it.
  * @param {{ host: string, port: number }} printer
  * @param {{ watcher: object, stepMs?: number }} context watcher as of NetworkMonitor.watcher()
  * @returns {Promise<import('./send.mjs').Link>}

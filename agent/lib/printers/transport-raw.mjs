@@ -1,28 +1,11 @@
 import { finish } from '../print/finish.mjs';
 import { UNKNOWN, isTold, mergeConditions, problemsOf } from './condition.mjs';
 import { dialogueFor, languageOf } from './dialogues.mjs';
+import { ASK, askAll, listen, pause } from './questions.mjs';
 import { SendError } from './send-error.mjs';
 import { TcpLink, connectPrinter } from './tcp-link.mjs';
 
 const ESC = 0x1b;
-
-/** Milliseconds. */
-export const ASK = Object.freeze({
-  // A printer that has answered before may serve somebody else first.
-  first: 3000,
-  // One of which that is not known answers at once or not at all.
-  trial: 700,
-  // The further questions.
-  next: 300,
-  // Between two looks at a printer that has not confirmed yet.
-  poll: 1000,
-  // Time for a confirmation of the better kind behind one of the other kind.
-  better: 250,
-  // To confirm when nothing is wrong, on top of what the slowest head needs for the bytes.
-  confirm: 10_000,
-  // A lone ESC is refused at once or taken.
-  escape: 3000,
-});
 
 // Bytes that the slowest printer prints in a millisecond.
 const SLOWEST = 0.5;
@@ -31,47 +14,10 @@ let lastId = Math.floor(Math.random() * 10_000);
 const nextId = () => String(lastId = (lastId + 1) % 10_000).padStart(4, '0');
 
 /**
- * Asks a printer all its questions over an open connection.
- * @param {TcpLink} link
- * @param {object} dialogue
- * @param {object} reader of this connection; its other events go to `other`
- * @param {number} firstMs time for the first answer
- * @param {boolean} [isBrief] no further question to a printer that says it is on line
- * @returns {Promise<import('./condition.mjs').Condition | null>} null when none is answered; never rejects
- */
-export async function askAll(link, dialogue, reader, firstMs, isBrief = false) {
-  let condition = UNKNOWN;
-  for (const [index, question] of dialogue.questions.entries()) {
-    const answer = new Promise((resolve) => { reader.onAnswer = resolve; });
-    reader.asked(index);
-    const written = link.write(question).catch(() => {});
-    const told = await Promise.race([answer, link.ended.then(() => null), written.then(() => pause(index === 0 ? firstMs : ASK.next))]);
-    reader.onAnswer = null;
-    if (!told && index === 0) return null;
-    if (told) condition = mergeConditions(condition, told);
-    if (isBrief && condition.online) break;
-  }
-  return condition;
-}
-
-/** A reader whose events have takers; onCondition gets what the printer tells unasked. */
-export function listen(link, dialogue, { onCondition = () => {}, onConfirmed = () => {} } = {}) {
-  const reader = Object.assign(dialogue.reader(), { onAnswer: null, onConfirmed });
-  link.onData((data) => {
-    for (const event of reader.read(data)) {
-      if (event.isAnswer) reader.onAnswer?.(event.condition);
-      else if (event.condition) onCondition(event.condition);
-      if (event.confirmed) reader.onConfirmed(event);
-    }
-  });
-  return reader;
-}
-
-/**
  * Opens a way to a printer that takes a plain stream of bytes.
  * @param {object} printer as of Printers.list()
- * @param {{ isOwn: boolean, watcher: object }} context isOwn = the job's bytes were made here, in the printer's language;
- *   watcher = hears what the printer tells, see NetworkMonitor.watcher()
+ * @param {{ isOwn: boolean, watcher: object }} context isOwn = the job's bytes were made here, in the printer's
+ *   language; watcher = hears what the printer tells, see NetworkMonitor.watcher()
  * @returns {Promise<import('./send.mjs').Link>}
  */
 export async function openRaw(printer, context) {
@@ -106,7 +52,8 @@ class RawLink {
       if (condition && !isLearnt) this.#learn({ language: dialogue.language });
       if (condition) return this.#judge(condition);
       if (this.#link.isHalfClosed) throw refused();
-      // It may be serving another computer. What it were sent now would lie there, and nobody would know whether it is read.
+      // It may be serving another computer. What it were sent now would lie there, and nobody would know whether it is
+      // read.
       if (isLearnt) {
         this.#watcher.muted();
         throw new SendError('offline', 'does not answer', { waitsFor: 'busy' });
@@ -214,7 +161,10 @@ class RawLink {
     }
   }
 
-  /** Asks the printer how it is until it has confirmed. @throws {SendError} "timeout" when nothing keeps it, and it does not */
+  /**
+   * Asks the printer how it is until it has confirmed. @throws {SendError} "timeout" when nothing keeps it, and it does
+   * not
+   */
   async #poll(bytes, word) {
     const { dialogue, confirm } = this.#how;
     const patience = ASK.confirm + bytes / SLOWEST;
@@ -239,15 +189,16 @@ class RawLink {
   }
 
   /**
-   * Sends the ESC that a receipt begins with to a printer that has already closed its side of the connection: one that is
-   * busy with another computer answers it by a reset. A lone ESC prints nothing, so the receipt may be tried again then.
+   * Sends the ESC that a receipt begins with to a printer that has already closed its side of the connection: one that
+   * is busy with another computer answers it by a reset. A lone ESC prints nothing, so the receipt may be tried again
+   * then.
    */
   async #knock(first) {
     if (first?.[0] !== ESC) return;
-    await this.#link.write(Buffer.of(ESC)).then(() => this.#link.settled()).catch(() => { throw refused(); });
+    const taken = this.#link.write(Buffer.of(ESC)).then(() => this.#link.settled()).then(() => true, () => false);
+    if (!await Promise.race([taken, pause(ASK.escape).then(() => false)])) throw refused();
     this.#hasEscape = true;
   }
 }
 
 const refused = () => new SendError('offline', 'closed before the first byte', { waitsFor: 'busy' });
-const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
