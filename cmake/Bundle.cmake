@@ -33,7 +33,7 @@ function(zemrak_bundle executable)
       -DSOURCE=${PROJECT_SOURCE_DIR} -DBUNDLE=${ZEMRAK_BUNDLE_DIR} -DNODE=${ZEMRAK_NODE}
       -DVERSION=${PROJECT_VERSION}
       -P ${PROJECT_SOURCE_DIR}/cmake/AssembleBundle.cmake
-    DEPENDS ${executable} zemrak-window textrender pdfrender service
+    DEPENDS ${executable} zemrak-window textrender pdfrender paper-twin service
     COMMENT "Assembling the application bundle"
     VERBATIM)
 endfunction()

@@ -24,6 +24,8 @@ packages_run=(
   qt6-declarative-dev             # Qt Quick: the window
   qt6-declarative-dev-tools       # its compiler and linter
   qt6-svg-dev                     # symbols
+  qt6-httpserver-dev qt6-websockets-dev # the paper twin's knobs over HTTP; the first cannot be found without the second
+  libzint-dev                     # barcodes and QR codes on the paper twin's paper
   libicu-dev                      # relative times in Arabic words
   qml6-module-qtquick qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-window
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript # what the window imports
@@ -45,6 +47,7 @@ packages_test=(
   dbus-daemon xvfb                # private session buses and displays
   clang-format shellcheck         # gates
   procps util-linux               # what the fake services of the tests use
+  libzxing-dev                    # reads them back
   desktop-file-utils libglib2.0-bin # a desktop's own reading of the login item
   chromium curl jq php-cli php-curl python3 python3-requests # what the code samples of the guide run in
   iproute2                        # a network of its own for them

@@ -1,5 +1,7 @@
 #include "twin/twin.h"
+#include "twin/window/twinwindow.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QSocketNotifier>
@@ -9,6 +11,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <memory>
 
 using namespace zemrak::twin;
 
@@ -39,7 +42,9 @@ int main(int argc, char **argv)
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication::setApplicationName(QStringLiteral("paper-twin"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ZEMRAK_VERSION));
-    const QCoreApplication app(argc, argv);
+    const bool headless = wantsNoWindow(argc, argv);
+    const std::unique_ptr<QCoreApplication> app(
+        headless ? new QCoreApplication(argc, argv) : new QApplication(argc, argv));
     QString problem;
     const std::optional<Options> options = readOptions(QCoreApplication::arguments(), &problem);
     if (!options)
@@ -53,5 +58,15 @@ int main(int argc, char **argv)
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     input.setEnabled(options->untilInputEnds);
     endWithInput(input);
+    std::unique_ptr<TwinWindow> window;
+    if (!headless) {
+        Look::loadTypeface();
+        const QJsonObject places = twin.places();
+        const int port = places.value(QStringLiteral("port")).toInt();
+        window = std::make_unique<TwinWindow>(twin.printer(),
+            port == 0 ? QString()
+                      : QStringLiteral("%1:%2").arg(places.value(QStringLiteral("address")).toString()).arg(port));
+        window->show();
+    }
     return QCoreApplication::exec();
 }

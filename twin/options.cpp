@@ -17,9 +17,10 @@ QString text(const char *what)
 
 QString description()
 {
-    QString all = text("A receipt printer in software: it takes what a till sends to a printer, draws the paper dot by dot,\n"
-                       "and answers as a printer does. With --headless there is no window; the line of JSON on standard output\n"
-                       "says where it listens.\n\nKnobs, for --set and for HTTP (the first choice is the usual one):\n");
+    QString all = text(
+        "A receipt printer in software: it takes what a till sends to a printer, draws the paper dot by dot,\n"
+        "and answers as a printer does. With --headless there is no window; the line of JSON on standard output\n"
+        "says where it listens.\n\nKnobs, for --set and for HTTP (the first choice is the usual one):\n");
     for (const KnobSpec &spec : knobSpecs()) {
         const QString values = *spec.choices != '\0'
             ? QString::fromLatin1(spec.choices).replace(u' ', QStringLiteral(", "))
@@ -55,7 +56,8 @@ bool wantsNoWindow(int argc, char **argv)
 {
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument(argv[i]);
-        if (argument == "--headless" || argument == "--help" || argument == "-h" || argument == "--version" || argument == "-v")
+        if (argument == "--headless" || argument == "--help" || argument == "-h" || argument == "--version"
+            || argument == "-v")
             return true;
     }
     return false;
@@ -75,11 +77,14 @@ std::optional<Options> readOptions(const QStringList &arguments, QString *proble
         {text("serial"), text("Be a serial printer too, on a pseudo-terminal.")},
         {text("serial-link"), text("Likewise, and link to it from this path."), text("path")},
         {text("control-port"), text("Port on 127.0.0.1 for knobs over HTTP; without it there is none."), text("port")},
-        {text("folder"), text("Write each receipt into this folder: its picture, its bytes and what was printed."), text("folder")},
+        {text("folder"), text("Write each receipt into this folder: its picture, its bytes and what was printed."),
+            text("folder")},
         {text("dots"), text("Width of the paper in dots, as 384, 512, 576 or 832."), text("dots"), text("576")},
         {text("language"), text("What it speaks: escpos or star."), text("language"), text("escpos")},
-        {text("set"), text("Turn a knob before the start, as paper=out; may be given more than once."), text("knob=value")},
-        {text("until-input-ends"), text("End when standard input does, as when the program that started it has ended.")},
+        {text("set"), text("Turn a knob before the start, as paper=out; may be given more than once."),
+            text("knob=value")},
+        {text("until-input-ends"),
+            text("End when standard input does, as when the program that started it has ended.")},
     });
     parser.process(arguments);
 
@@ -97,7 +102,9 @@ std::optional<Options> readOptions(const QStringList &arguments, QString *proble
     if (!options.address.setAddress(parser.value(text("address"))))
         *problem = QStringLiteral("--address must be an address, as 127.0.0.2");
     if (options.dots < paper::limits::minimumDots || options.dots > paper::limits::maximumDots)
-        *problem = QStringLiteral("--dots must be from %1 to %2").arg(paper::limits::minimumDots).arg(paper::limits::maximumDots);
+        *problem = QStringLiteral("--dots must be from %1 to %2")
+                       .arg(paper::limits::minimumDots)
+                       .arg(paper::limits::maximumDots);
     const QString language = parser.value(text("language"));
     if (language == QLatin1String("star"))
         options.language = paper::Language::StarLine;

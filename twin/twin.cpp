@@ -30,8 +30,9 @@ QString Twin::open()
         return m_receipts.problem();
     const auto door = [this](Door &which, std::optional<quint16> port) {
         const QString problem = port ? which.open(m_options.address, *port) : QString();
-        return problem.isEmpty() ? QString()
-                                 : QStringLiteral("port %1 of %2: %3").arg(*port).arg(m_options.address.toString(), problem);
+        return problem.isEmpty()
+            ? QString()
+            : QStringLiteral("port %1 of %2: %3").arg(*port).arg(m_options.address.toString(), problem);
     };
     if (const QString problem = door(m_raw, m_options.port); !problem.isEmpty())
         return problem;

@@ -64,10 +64,12 @@ test('the Debian package holds the bundle, and what a desktop wants to know of i
   assert.deepEqual(
     files.filter((file) => file.startsWith('usr/')).sort(),
     [
-      ...sizes, 'usr/bin/zemrak-printer', 'usr/share/applications/com.zemrak.Printer.desktop',
+      ...sizes, 'usr/bin/paper-twin', 'usr/bin/zemrak-printer',
+      'usr/share/applications/com.zemrak.Printer.desktop',
       'usr/share/bash-completion/completions/zemrak-printer', 'usr/share/doc/zemrak-printer/changelog.gz',
       'usr/share/doc/zemrak-printer/copyright', 'usr/share/icons/hicolor/scalable/apps/com.zemrak.Printer.svg',
-      'usr/share/lintian/overrides/zemrak-printer', 'usr/share/man/man1/zemrak-printer.1.gz',
+      'usr/share/lintian/overrides/zemrak-printer',
+      'usr/share/man/man1/paper-twin.1.gz', 'usr/share/man/man1/zemrak-printer.1.gz',
       'usr/share/metainfo/com.zemrak.Printer.metainfo.xml',
     ].sort(),
   );
@@ -112,7 +114,8 @@ test('the archive is the bundle in one folder, and replaceable', () => {
     spawnSync(program, ['--status'], { env, encoding: 'utf8' }).stderr, 'zemrak-printer: no copy is running\n',
   );
   // The names that people saw when they built it are nobody's business.
-  for (const file of ['bin/zemrak-printer', 'lib/libzemrak-window.so', 'resources/textrender', 'resources/pdfrender']) {
+  const programs = ['bin/zemrak-printer', 'bin/paper-twin', 'lib/libzemrak-window.so'];
+  for (const file of [...programs, 'resources/textrender', 'resources/pdfrender']) {
     assert.ok(!readFileSync(path.join(folder, file)).includes(tree('.')), `${file} names the folder it was built in`);
   }
 });
@@ -122,12 +125,12 @@ test('the checkers find nothing', () => {
   const root = path.join(work, 'root/usr/share');
   assert.equal(passes('desktop-file-validate', path.join(root, 'applications/com.zemrak.Printer.desktop')), '');
   passes('appstreamcli', 'validate', '--no-net', path.join(root, 'metainfo/com.zemrak.Printer.metainfo.xml'));
-  assert.equal(
-    passes('man', '--warnings', '-E', 'UTF-8', '-l', '-Tutf8', '-Z', tree('packaging/zemrak-printer.1')).match(
-      /warning/,
-    ),
-    null,
-  );
+  for (const page of ['zemrak-printer.1', 'paper-twin.1']) {
+    assert.equal(
+      passes('man', '--warnings', '-E', 'UTF-8', '-l', '-Tutf8', '-Z', tree(`packaging/${page}`)).match(/warning/),
+      null,
+    );
+  }
 });
 
 test('help, manual and completion offer the same options', () => {
@@ -135,6 +138,11 @@ test('help, manual and completion offer the same options', () => {
   const offered = new Set([...help.matchAll(/--[a-z-]+/g)].map(([option]) => option));
   const manual = read('packaging/zemrak-printer.1').replaceAll('\\', '');
   for (const option of offered) assert.ok(manual.includes(option), `${option} in the manual`);
+  const twin = read('packaging/paper-twin.1').replaceAll('\\', '');
+  const twinHelp = run(path.join(bundle, 'bin/paper-twin'), ['--help']);
+  for (const [, word] of twinHelp.matchAll(/(--[a-z-]+|^ {2}[a-z]\w+(?=:))/gim)) {
+    assert.ok(twin.includes(word.trim()), `${word} in the twin's manual`);
+  }
   const complete = (...words) =>
     run('bash', [
       '-c', `. "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zemrak_printer; printf '%s\\n' "\${COMPREPLY[@]}"`,

@@ -12,7 +12,8 @@ using Status = QHttpServerResponder::StatusCode;
 const char Control::usage[]
     = "GET /status             model, knobs, what was received, asked and answered, and the receipts' list\n"
       "GET /knobs              how they stand\n"
-      "PATCH /knobs            a JSON object of those to turn; with \"afterBytes\": N they turn when N more bytes have\n"
+      "PATCH /knobs            a JSON object of those to turn; with \"afterBytes\": N they turn when N more bytes "
+      "have\n"
       "                        been printed\n"
       "GET /receipts/N.json    what was printed on a receipt; .png its picture, .bin its bytes\n"
       "DELETE /receipts        forgets receipts and counts\n"
@@ -38,15 +39,19 @@ Control::Control(Printer &printer, Receipts &receipts)
     , m_receipts(receipts)
 {
     m_server.route(QStringLiteral("/status"), Method::Get, [this] { return status(); });
-    m_server.route(QStringLiteral("/knobs"), Method::Get, [this] { return QHttpServerResponse(m_printer.knobs().toJson()); });
-    m_server.route(QStringLiteral("/knobs"), Method::Patch, [this](const QHttpServerRequest &request) { return turn(request); });
-    m_server.route(QStringLiteral("/receipts"), Method::Get, [this] { return QHttpServerResponse(m_receipts.summary()); });
+    m_server.route(
+        QStringLiteral("/knobs"), Method::Get, [this] { return QHttpServerResponse(m_printer.knobs().toJson()); });
+    m_server.route(
+        QStringLiteral("/knobs"), Method::Patch, [this](const QHttpServerRequest &request) { return turn(request); });
+    m_server.route(
+        QStringLiteral("/receipts"), Method::Get, [this] { return QHttpServerResponse(m_receipts.summary()); });
     m_server.route(QStringLiteral("/receipts"), Method::Delete, [this] {
         m_receipts.clear();
         m_printer.journal().clear();
         return QHttpServerResponse(Status::NoContent);
     });
-    m_server.route(QStringLiteral("/receipts/<arg>"), Method::Get, [this](const QString &name) { return receipt(name); });
+    m_server.route(
+        QStringLiteral("/receipts/<arg>"), Method::Get, [this](const QString &name) { return receipt(name); });
     m_server.route(QStringLiteral("/power"), Method::Post, [this](const QHttpServerRequest &request) {
         if (!isJson(request))
             return refusal(Status::UnsupportedMediaType, QStringLiteral("the content type must be application/json"));

@@ -14,17 +14,20 @@ constexpr int megabytes = 1 << 20;
 constexpr std::array<KnobSpec, knobCount> specs{{
     {Knob::Paper, "paper", "ok low out", 0, 0, 0, "what the paper sensors see; printing stops without paper"},
     {Knob::Cover, "cover", "closed open", 0, 0, 0, "printing stops while it is open"},
-    {Knob::Button, "button", "online offline", 0, 0, 0, "the button on the printer; printing stops while it is offline"},
+    {Knob::Button, "button", "online offline", 0, 0, 0,
+        "the button on the printer; printing stops while it is offline"},
     {Knob::Error, "error", "none cutter overheated fatal", 0, 0, 0, "printing stops while there is one"},
     {Knob::Drawer, "drawer", "closed open", 0, 0, 0, "the cash drawer, whose pin is high while it is open"},
     {Knob::Speed, "speed", "", 0, 100 * megabytes, 0, "bytes printed in a second; 0 = at once"},
     {Knob::Reading, "reading", "steady never lumps", 0, 0, 0, "how it takes bytes from its lines"},
     {Knob::LumpBytes, "lumpBytes", "", 1, megabytes, 1024, "bytes of a lump"},
     {Knob::LumpEvery, "lumpEvery", "", 1, minuteMs, 1000, "milliseconds from one lump to the next"},
-    {Knob::CloseAfter, "closeAfter", "", 0, 1000 * megabytes, 0, "closes a connection after so many bytes of it; 0 = never"},
+    {Knob::CloseAfter, "closeAfter", "", 0, 1000 * megabytes, 0,
+        "closes a connection after so many bytes of it; 0 = never"},
     {Knob::CloseWith, "closeWith", "end reset", 0, 0, 0, "how it closes then"},
     {Knob::Connections, "connections", "many one-waits one-refuses refuse hold unreachable", 0, 0, 0,
-        "TCP connections: any number, one while others wait unread or are refused, none, accepted by the system but never"
+        "TCP connections: any number, one while others wait unread or are refused, none, accepted by the system but "
+        "never"
         " looked at, or no answer to them at all"},
     {Knob::Answers, "answers", "true realtime-only silent all-well out-of-paper nonsense", 0, 0, 0,
         "to questions: the truth, only to DLE EOT, nothing, or a lie"},
@@ -81,7 +84,8 @@ QJsonObject Knobs::toJson() const
     for (const KnobSpec &spec : specs) {
         const int value = (*this)[spec.knob];
         const QStringList choices = choicesOf(spec);
-        object.insert(QLatin1String(spec.name), choices.isEmpty() ? QJsonValue(value) : QJsonValue(choices.value(value)));
+        object.insert(
+            QLatin1String(spec.name), choices.isEmpty() ? QJsonValue(value) : QJsonValue(choices.value(value)));
     }
     return object;
 }
@@ -90,8 +94,8 @@ std::optional<Knobs> Knobs::changed(const QJsonObject &change, QString *problem)
 {
     Knobs result = *this;
     for (auto each = change.begin(); each != change.end(); ++each) {
-        const auto *spec = std::find_if(specs.begin(), specs.end(),
-            [&](const KnobSpec &one) { return each.key() == QLatin1String(one.name); });
+        const auto *spec = std::find_if(
+            specs.begin(), specs.end(), [&](const KnobSpec &one) { return each.key() == QLatin1String(one.name); });
         if (spec == specs.end()) {
             *problem = QStringLiteral("there is no knob \"%1\"").arg(each.key());
             return {};

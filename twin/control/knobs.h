@@ -10,7 +10,8 @@
 namespace zemrak::twin {
 
 /// What can be turned on a twin, at any moment.
-enum class Knob {
+enum class Knob
+{
     Paper,
     Cover,
     Button,
@@ -31,15 +32,63 @@ enum class Knob {
 inline constexpr std::size_t knobCount = 16;
 
 // The choices of the knobs that have some, in the order of their names.
-enum Paper { PaperOk, PaperLow, PaperOut };
-enum Cover { CoverClosed, CoverOpen };
-enum Button { ButtonOnline, ButtonOffline };
-enum Error { ErrorNone, ErrorCutter, ErrorOverheated, ErrorFatal };
-enum Drawer { DrawerClosed, DrawerOpen };
-enum Reading { ReadingSteady, ReadingNever, ReadingLumps };
-enum CloseWith { CloseWithEnd, CloseWithReset };
-enum Connections { ManyConnections, OneWaits, OneRefuses, RefuseAll, HoldAll, Unreachable };
-enum Answers { AnswersTrue, AnswersRealTimeOnly, AnswersSilent, AnswersAllWell, AnswersOutOfPaper, AnswersNonsense };
+enum Paper
+{
+    PaperOk,
+    PaperLow,
+    PaperOut
+};
+enum Cover
+{
+    CoverClosed,
+    CoverOpen
+};
+enum Button
+{
+    ButtonOnline,
+    ButtonOffline
+};
+enum Error
+{
+    ErrorNone,
+    ErrorCutter,
+    ErrorOverheated,
+    ErrorFatal
+};
+enum Drawer
+{
+    DrawerClosed,
+    DrawerOpen
+};
+enum Reading
+{
+    ReadingSteady,
+    ReadingNever,
+    ReadingLumps
+};
+enum CloseWith
+{
+    CloseWithEnd,
+    CloseWithReset
+};
+enum Connections
+{
+    ManyConnections,
+    OneWaits,
+    OneRefuses,
+    RefuseAll,
+    HoldAll,
+    Unreachable
+};
+enum Answers
+{
+    AnswersTrue,
+    AnswersRealTimeOnly,
+    AnswersSilent,
+    AnswersAllWell,
+    AnswersOutOfPaper,
+    AnswersNonsense
+};
 
 /// What a knob is called and may be set to.
 struct KnobSpec

@@ -6,8 +6,8 @@
 
 namespace zemrak::twin {
 
-/// An open descriptor, a socket's or a terminal's, that is read only as far as it is asked to be: what is not read stays
-/// with the system, and the other side feels it.
+/// An open descriptor, a socket's or a terminal's, that is read only as far as it is asked to be: what is not read
+/// stays with the system, and the other side feels it.
 class Connection : public QObject
 {
     Q_OBJECT

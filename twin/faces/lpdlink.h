@@ -19,7 +19,13 @@ public:
     ~LpdLink() override;
 
 private:
-    enum class State { Command, Subcommand, ControlFile, DataFile };
+    enum class State
+    {
+        Command,
+        Subcommand,
+        ControlFile,
+        DataFile
+    };
 
     void take(const QByteArray &bytes);
     [[nodiscard]] bool takeCommand();

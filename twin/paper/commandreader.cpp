@@ -44,7 +44,8 @@ qsizetype CommandReader::step(QByteArrayView rest)
 {
     const auto first = static_cast<uchar>(rest.front());
     if (isText(first)) {
-        const auto *end = std::find_if_not(rest.begin(), rest.end(), [this](char byte) { return isText(static_cast<uchar>(byte)); });
+        const auto *end = std::find_if_not(
+            rest.begin(), rest.end(), [this](char byte) { return isText(static_cast<uchar>(byte)); });
         text(rest.first(end - rest.begin()), m_offset);
         return end - rest.begin();
     }

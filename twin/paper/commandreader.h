@@ -12,17 +12,19 @@ using LengthOf = qint64 (*)(QByteArrayView after);
 
 /// Lengths that many commands share.
 namespace length {
-template<int n> qint64 fixed(QByteArrayView)
+template <int n> qint64 fixed(QByteArrayView)
 {
     return n;
 }
 /// `skip` bytes, a number of two bytes, the lower first, and as many bytes.
-template<int skip> qint64 counted(QByteArrayView after)
+template <int skip> qint64 counted(QByteArrayView after)
 {
-    return after.size() < skip + 2 ? -1 : skip + 2 + static_cast<uchar>(after[skip]) + 256 * static_cast<uchar>(after[skip + 1]);
+    return after.size() < skip + 2
+        ? -1
+        : skip + 2 + static_cast<uchar>(after[skip]) + 256 * static_cast<uchar>(after[skip + 1]);
 }
 /// Up to a byte of the value `end`, which belongs to it; `most` bytes at most.
-template<char end, int most> qint64 until(QByteArrayView after)
+template <char end, int most> qint64 until(QByteArrayView after)
 {
     const qsizetype place = after.indexOf(end);
     return place >= 0 && place < most ? place + 1 : after.size() >= most ? most : -1;

@@ -59,7 +59,7 @@ void Dots::set(int x, int y)
     m_bits[static_cast<std::size_t>(y) * m_stride + x / 8] |= maskOf(x);
 }
 
-template<typename Function> void Dots::eachIn(const QRect &area, Function change)
+template <typename Function> void Dots::eachIn(const QRect &area, Function change)
 {
     const QRect inside = area & QRect(0, 0, m_width, m_height);
     for (int y = inside.top(); y <= inside.bottom(); ++y)
@@ -147,8 +147,8 @@ QImage Dots::toImage() const
     image.setColorTable({qRgb(255, 255, 255), qRgb(0, 0, 0)});
     image.fill(0);
     for (int y = 0; y < m_height; ++y)
-        std::memcpy(image.scanLine(y), &m_bits[static_cast<std::size_t>(y) * m_stride],
-            static_cast<std::size_t>(m_stride));
+        std::memcpy(
+            image.scanLine(y), &m_bits[static_cast<std::size_t>(y) * m_stride], static_cast<std::size_t>(m_stride));
     return image;
 }
 

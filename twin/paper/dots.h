@@ -44,7 +44,7 @@ public:
     bool operator==(const Dots &) const = default;
 
 private:
-    template<typename Function> void eachIn(const QRect &area, Function change);
+    template <typename Function> void eachIn(const QRect &area, Function change);
 
     int m_width = 0;
     int m_height = 0;

@@ -6,8 +6,8 @@
 
 namespace zemrak::paper {
 
-/// ESC/POS in its standard mode. Facts: ESC/POS command reference. A vertical or horizontal unit is a dot, at 8 dots for
-/// a millimetre, unless GS P says otherwise.
+/// ESC/POS in its standard mode. Facts: ESC/POS command reference. A vertical or horizontal unit is a dot, at 8 dots
+/// for a millimetre, unless GS P says otherwise.
 class EscPos : public PrinterLanguage
 {
 public:
@@ -27,7 +27,7 @@ private:
         LengthOf length;
         void (EscPos::*action)(Bytes parameters);
     };
-    static const std::span<const Entry> table;
+    static std::span<const Entry> table();
 
     // escpostext.cpp
     void lineFeed(Bytes);
@@ -101,7 +101,6 @@ private:
     void qr(int function, Bytes parameters);
     void pdf417(int function, Bytes parameters);
     void dataMatrix(int function, Bytes parameters);
-
 
     int m_unitX = 0; ///< of GS P; 0 = a unit is a dot
     int m_unitY = 0;

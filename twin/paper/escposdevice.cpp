@@ -4,8 +4,8 @@
 
 namespace zemrak::paper {
 
-// GS V: ESC/POS command reference; 0 and 1 (also as digits) cut here, 65 and 66 after a feed. Those from 97 on cut later,
-// at a place that would need a sheet of its own.
+// GS V: ESC/POS command reference; 0 and 1 (also as digits) cut here, 65 and 66 after a feed. Those from 97 on cut
+// later, at a place that would need a sheet of its own.
 void EscPos::cutPaper(Bytes parameters)
 {
     const int mode = byteAt(parameters, 0);
@@ -56,7 +56,8 @@ void EscPos::buzzer(Bytes)
 void EscPos::buzzerByTime(Bytes parameters)
 {
     press().note(QStringLiteral("buzzer"),
-        {{QStringLiteral("times"), byteAt(parameters, 0)}, {QStringLiteral("milliseconds"), 50 * byteAt(parameters, 1)}});
+        {{QStringLiteral("times"), byteAt(parameters, 0)},
+            {QStringLiteral("milliseconds"), 50 * byteAt(parameters, 1)}});
 }
 
 void EscPos::status(Bytes parameters)

@@ -31,7 +31,8 @@ void EscPos::bitImage(Bytes parameters)
         const int room = press().areaWidth() - press().pen();
         if (image.width() * density.across > room)
             problem(QStringLiteral("the picture is %1 dots wide, and there is room for %2")
-                        .arg(image.width() * density.across).arg(room));
+                        .arg(image.width() * density.across)
+                        .arg(room));
         if (!image.isEmpty())
             press().inlinePicture(image.scaled(density.across, density.down), QStringLiteral("ESC *"));
         return;
@@ -52,7 +53,8 @@ void EscPos::printEnlarged(const Dots &picture, int mode, const QString &command
     const Dots large = picture.scaled((mode & 1) != 0 ? 2 : 1, (mode & 2) != 0 ? 2 : 1);
     if (!press().picture(large, {QStringLiteral("image"), {}, {{QStringLiteral("command"), command}}}))
         problem(QStringLiteral("the picture is %1 dots wide, and there is room for %2")
-                    .arg(large.width()).arg(press().areaWidth()));
+                    .arg(large.width())
+                    .arg(press().areaWidth()));
 }
 
 void EscPos::raster(Bytes parameters)
@@ -109,7 +111,8 @@ void EscPos::graphicsFunction(Bytes function)
         const QByteArrayView dots = function.sliced(graphicsHeader + 2);
         Dots picture(width, height);
         picture.stamp(number == 112 ? Dots::fromRows(dots, (width + 7) / 8, height)
-                                    : Dots::fromColumns(dots, (height + 7) / 8, width), 0, 0);
+                                    : Dots::fromColumns(dots, (height + 7) / 8, width),
+            0, 0);
         m_buffered = picture.scaled(across, down);
         return;
     }

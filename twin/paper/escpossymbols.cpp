@@ -103,8 +103,8 @@ void EscPos::barcode(Bytes parameters)
     Bytes data = given <= 6 ? parameters.sliced(1) : parameters.sliced(2);
     if (given <= 6 && data.endsWith('\0'))
         data.chop(1);
-    const auto *found = std::find_if(std::begin(barcodes), std::end(barcodes),
-        [code](const Coded &each) { return each.code == code; });
+    const auto *found = std::find_if(
+        std::begin(barcodes), std::end(barcodes), [code](const Coded &each) { return each.code == code; });
     if (found == std::end(barcodes)) {
         problem(QStringLiteral("this printer does not have this barcode"));
         return;

@@ -98,9 +98,10 @@ void EscPos::turn(Bytes parameters)
 
 void EscPos::upsideDown(Bytes parameters)
 {
+    const bool wanted = (byteAt(parameters, 0) & 1) != 0;
     if (press().atLineStart())
-        press().upsideDown = (byteAt(parameters, 0) & 1) != 0;
-    else
+        press().upsideDown = wanted;
+    else if (press().upsideDown != wanted)
         problem(QStringLiteral("only works at the start of a line"));
 }
 
@@ -134,7 +135,7 @@ void EscPos::align(Bytes parameters)
         problem(QStringLiteral("unknown alignment"));
     else if (press().atLineStart())
         press().edge = static_cast<Edge>(edge);
-    else
+    else if (press().edge != static_cast<Edge>(edge))
         problem(QStringLiteral("only works at the start of a line"));
 }
 

@@ -8,10 +8,16 @@
 
 namespace zemrak::paper {
 
-enum class Language { EscPos, StarLine };
+enum class Language
+{
+    EscPos,
+    StarLine
+};
 
-/// What a command asks of the printer as a device, beyond its paper. The parameters are the command's, after its prefix.
-enum class Request {
+/// What a command asks of the printer as a device, beyond its paper. The parameters are the command's, after its
+/// prefix.
+enum class Request
+{
     Initialise, ///< ESC @
     TransmitStatus, ///< GS r: 1 byte
     TransmitPaperSensor, ///< ESC v
@@ -31,7 +37,7 @@ public:
     virtual ~Listener() = default;
     virtual void finished(Receipt receipt) = 0;
     /// In the order of the bytes: all that stood before it has been printed.
-    virtual void asked(Request, QByteArrayView) {}
+    virtual void asked(Request, QByteArrayView) { }
 };
 
 /// Draws what a printer would print from its bytes. Knows commands and paper; no network, no time. Needs a

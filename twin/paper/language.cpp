@@ -10,9 +10,9 @@ namespace {
 
 // ESC R: ESC/POS command reference, the international character sets, in the order of their numbers. They replace
 // # $ @ [ \ ] ^ ` { | } ~
-constexpr std::array<const char16_t *, 11> countries{u"#$@[\\]^`{|}~", u"#$à°ç§^`éùè¨", u"#$§ÄÖÜ^`äöüß", u"£$@[\\]^`{|}~",
-    u"#$@ÆØÅ^`æøå~", u"#¤ÉÄÖÅÜéäöåü", u"#$@°\\é^ùàòèì", u"₧$@¡Ñ¿^`¨ñ}~", u"#$@[¥]^`{|}~", u"#¤ÉÆØÅÜéæøåü",
-    u"#$ÉÆØÅÜéæøåü"};
+constexpr std::array<const char16_t *, 11> countries{u"#$@[\\]^`{|}~", u"#$à°ç§^`éùè¨", u"#$§ÄÖÜ^`äöüß",
+    u"£$@[\\]^`{|}~", u"#$@ÆØÅ^`æøå~", u"#¤ÉÄÖÅÜéäöåü", u"#$@°\\é^ùàòèì", u"₧$@¡Ñ¿^`¨ñ}~", u"#$@[¥]^`{|}~",
+    u"#¤ÉÆØÅÜéæøåü", u"#$ÉÆØÅÜéæøåü"};
 
 CodePage usualPage()
 {
@@ -74,7 +74,7 @@ void PrinterLanguage::undefinedByte(uchar byte, qint64 offset)
     if (meant == 0)
         m_press.letter(0xfffd);
     problem(offset, QByteArrayView(&character, 1),
-        !m_pageKnown   ? QStringLiteral("a letter of an unknown code page")
+        !m_pageKnown     ? QStringLiteral("a letter of an unknown code page")
             : meant == 0 ? QStringLiteral("code page %1 has no such letter").arg(m_page.name())
                          : QStringLiteral("the built-in font has no U+%1").arg(uint{meant}, 4, 16, QLatin1Char('0')));
 }
@@ -116,8 +116,8 @@ void PrinterLanguage::cut(const QString &mode)
 
 void PrinterLanguage::pulse(int pin, int milliseconds)
 {
-    m_press.note(QStringLiteral("pulse"),
-        {{QStringLiteral("pin"), pin}, {QStringLiteral("milliseconds"), milliseconds}});
+    m_press.note(
+        QStringLiteral("pulse"), {{QStringLiteral("pin"), pin}, {QStringLiteral("milliseconds"), milliseconds}});
 }
 
 void PrinterLanguage::symbol(const SymbolRequest &request)

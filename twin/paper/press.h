@@ -22,7 +22,12 @@ struct Style
     bool operator==(const Style &) const = default;
 };
 
-enum class Edge { Left, Center, Right };
+enum class Edge
+{
+    Left,
+    Center,
+    Right
+};
 
 /// Puts letters and pictures on lines and lines on the paper, dot by dot. All lengths are dots.
 class Press

@@ -38,7 +38,8 @@ void StarLine::columnImage(Bytes parameters)
     const Dots large = fine ? image : image.scaled(m_fixed, 3);
     if (large.width() > press().areaWidth() - press().pen())
         problem(QStringLiteral("the picture is %1 dots wide, and there is room for %2")
-                    .arg(large.width()).arg(press().areaWidth() - press().pen()));
+                    .arg(large.width())
+                    .arg(press().areaWidth() - press().pen()));
     if (!large.isEmpty())
         press().inlinePicture(large, fine ? QStringLiteral("ESC X") : QStringLiteral("ESC K"));
 }
@@ -48,7 +49,8 @@ void StarLine::rowImage(Bytes parameters)
     const Dots image = Dots::fromRows(parameters.sliced(2), wordAt(parameters, 0), bandRows);
     if (image.width() > press().areaWidth() - press().pen())
         problem(QStringLiteral("the picture is %1 dots wide, and there is room for %2")
-                    .arg(image.width()).arg(press().areaWidth() - press().pen()));
+                    .arg(image.width())
+                    .arg(press().areaWidth() - press().pen()));
     if (!image.isEmpty())
         press().inlinePicture(image, QStringLiteral("ESC k"));
 }
@@ -64,7 +66,8 @@ void StarLine::raster(Bytes parameters)
     const Dots image = Dots::fromRows(parameters.sliced(6), stride, rows);
     if (!press().picture(image, {QStringLiteral("image"), {}, commandFacts("ESC GS S")}))
         problem(QStringLiteral("the picture is %1 dots wide, and there is room for %2")
-                    .arg(image.width()).arg(press().areaWidth()));
+                    .arg(image.width())
+                    .arg(press().areaWidth()));
 }
 
 void StarLine::rasterMode(Bytes)
@@ -82,7 +85,8 @@ void StarLine::rasterRow(Bytes parameters)
     }
     if (!press().picture(row, {QStringLiteral("image"), {}, commandFacts("b")}))
         problem(QStringLiteral("the row is %1 dots wide, and there is room for %2")
-                    .arg(row.width()).arg(press().areaWidth()));
+                    .arg(row.width())
+                    .arg(press().areaWidth()));
     if (m_fixed == 0)
         press().feed(-1); // the next row is drawn over it
 }
@@ -103,8 +107,8 @@ void StarLine::barcode(Bytes parameters)
     const int code = digitAt(parameters, 0);
     const int place = digitAt(parameters, 1);
     const int mode = digitAt(parameters, 2);
-    const auto *found = std::find_if(std::begin(barcodes), std::end(barcodes),
-        [code](const Coded &each) { return each.code == code; });
+    const auto *found = std::find_if(
+        std::begin(barcodes), std::end(barcodes), [code](const Coded &each) { return each.code == code; });
     if (found == std::end(barcodes) || place < 1 || place > 4 || mode < 1 || mode > 9) {
         problem(QStringLiteral("unknown barcode"));
         return;

@@ -51,8 +51,8 @@ using Encoded = std::unique_ptr<zint_symbol, decltype([](zint_symbol *symbol) { 
 
 const Symbology &symbologyOf(SymbolType type)
 {
-    return *std::find_if(std::begin(symbologies), std::end(symbologies),
-        [type](const Symbology &each) { return each.type == type; });
+    return *std::find_if(
+        std::begin(symbologies), std::end(symbologies), [type](const Symbology &each) { return each.type == type; });
 }
 
 Encoded encode(const SymbolRequest &request, const Symbology &symbology, QString *problem)
@@ -162,14 +162,16 @@ Dots drawSymbol(const SymbolRequest &request, int widest, QString *problem)
     Dots picture = symbology.stacked ? modules(*symbol, request) : bars(*symbol, request, symbology.wideBars);
     if (picture.width() > widest) {
         *problem = QStringLiteral("%1 is %2 dots wide and does not fit into %3")
-                       .arg(QLatin1String(symbology.name)).arg(picture.width()).arg(widest);
+                       .arg(QLatin1String(symbology.name))
+                       .arg(picture.width())
+                       .arg(widest);
         return {};
     }
     if (symbology.stacked || request.caption == Caption::None)
         return picture;
     const QString text = QString::fromUtf8(reinterpret_cast<const char *>(symbol->text));
-    return captioned(picture, captionOf(text.isEmpty() ? QString::fromLatin1(request.data) : text, request.captionFontB),
-        request.caption);
+    return captioned(picture,
+        captionOf(text.isEmpty() ? QString::fromLatin1(request.data) : text, request.captionFontB), request.caption);
 }
 
 } // namespace zemrak::paper

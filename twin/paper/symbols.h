@@ -8,7 +8,8 @@
 
 namespace zemrak::paper {
 
-enum class SymbolType {
+enum class SymbolType
+{
     UpcA,
     UpcE,
     Ean13,
@@ -29,7 +30,13 @@ enum class SymbolType {
 };
 
 /// Where the data stands in letters beside a barcode.
-enum class Caption { None = 0, Above = 1, Below = 2, Both = 3 };
+enum class Caption
+{
+    None = 0,
+    Above = 1,
+    Below = 2,
+    Both = 3
+};
 
 struct SymbolRequest
 {

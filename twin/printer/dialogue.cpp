@@ -109,8 +109,8 @@ QByteArray identity(int n, const QByteArray &serial)
 
 QByteArray automaticStatus(const Knobs &state)
 {
-    QByteArray bytes = one(automaticMark | drawerBit(state) | when(isOffline(state), 0x08)
-        | when(state[Knob::Cover] == CoverOpen, 0x20));
+    QByteArray bytes = one(
+        automaticMark | drawerBit(state) | when(isOffline(state), 0x08) | when(state[Knob::Cover] == CoverOpen, 0x20));
     bytes += one(errorBits(state));
     bytes += one(sensorBits(state));
     bytes += one(0x0f);

@@ -28,7 +28,8 @@ void Journal::asked(const QString &line, const QString &question)
 void Journal::answered(const QString &line, const QByteArray &bytes)
 {
     ++m_answers;
-    add(line, QStringLiteral("answered"), QString::fromLatin1(bytes.first(std::min(bytes.size(), shownBytes)).toHex(' ')));
+    add(line, QStringLiteral("answered"),
+        QString::fromLatin1(bytes.first(std::min(bytes.size(), shownBytes)).toHex(' ')));
 }
 
 void Journal::add(const QString &line, const QString &what, const QString &detail)

@@ -10,8 +10,16 @@ namespace zemrak::twin {
 class Journal
 {
 public:
-    void connected(const QString &line) { ++m_connections; add(line, QStringLiteral("connected"), {}); }
-    void refused(const QString &line) { ++m_refused; add(line, QStringLiteral("refused"), {}); }
+    void connected(const QString &line)
+    {
+        ++m_connections;
+        add(line, QStringLiteral("connected"), {});
+    }
+    void refused(const QString &line)
+    {
+        ++m_refused;
+        add(line, QStringLiteral("refused"), {});
+    }
     void ended(const QString &line, bool lost);
     void received(qsizetype bytes) { m_received += bytes; }
     void printed(qsizetype bytes) { m_printed += bytes; }

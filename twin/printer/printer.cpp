@@ -88,7 +88,8 @@ Line *Printer::openLine(const QString &name)
 
 int Printer::openLines() const
 {
-    return static_cast<int>(std::count_if(m_lines.begin(), m_lines.end(), [](Line *line) { return !line->hasEnded(); }));
+    return static_cast<int>(
+        std::count_if(m_lines.begin(), m_lines.end(), [](Line *line) { return !line->hasEnded(); }));
 }
 
 bool Printer::isBusy() const
@@ -167,13 +168,17 @@ void Printer::work()
     giveRoom();
     m_working = false;
     const bool more = !dialogue::isOffline(m_knobs)
-        && (m_printing != nullptr ? !m_printing->waiting().isEmpty() || m_printing->hasEnded() : lineToPrint() != nullptr);
+        && (m_printing != nullptr ? !m_printing->waiting().isEmpty() || m_printing->hasEnded()
+                                  : lineToPrint() != nullptr);
     if (more && m_knobs[Knob::Speed] == 0 && !m_workQueued) {
         m_workQueued = true;
-        QMetaObject::invokeMethod(this, [this] {
-            m_workQueued = false;
-            work();
-        }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_workQueued = false;
+                work();
+            },
+            Qt::QueuedConnection);
     }
 }
 
@@ -204,7 +209,8 @@ void Printer::giveRoom()
         return; // the timer gives it
     const QList<Line *> lines = m_lines;
     for (Line *line : lines) {
-        const qsizetype room = m_knobs[Knob::Reading] == ReadingNever ? 0 : m_knobs[Knob::Buffer] - line->waiting().size();
+        const qsizetype room
+            = m_knobs[Knob::Reading] == ReadingNever ? 0 : m_knobs[Knob::Buffer] - line->waiting().size();
         const qint64 most = m_knobs[Knob::CloseAfter];
         if (most > 0 && line->received() >= most && !line->hasEnded()) {
             Q_EMIT line->closeWanted(m_knobs[Knob::CloseWith] == CloseWithReset);

@@ -54,7 +54,8 @@ void Printer::obey(Line *line, const RealTimeCommand &command)
     using Kind = RealTimeCommand::Kind;
     switch (command.kind) {
     case Kind::Status:
-        return answer(line, QStringLiteral("DLE EOT %1").arg(command.n), dialogue::realTimeStatus(told(), command.n), true);
+        return answer(
+            line, QStringLiteral("DLE EOT %1").arg(command.n), dialogue::realTimeStatus(told(), command.n), true);
     case Kind::StarStatus:
         answer(line, QStringLiteral("ESC ACK SOH"), dialogue::starStatus(told(), m_ends, m_endUntold), true);
         m_endUntold = false;
@@ -101,7 +102,8 @@ void Printer::asked(paper::Request request, QByteArrayView parameters)
     case paper::Request::TransmitPeripheral:
         return answer(line, QStringLiteral("ESC u"), dialogue::transmittedStatus(told(), 2));
     case paper::Request::Identify:
-        return answer(line, QStringLiteral("GS I %1").arg(n >= 49 && n <= 51 ? n - 48 : n), dialogue::identity(n, m_model.serial));
+        return answer(line, QStringLiteral("GS I %1").arg(n >= 49 && n <= 51 ? n - 48 : n),
+            dialogue::identity(n, m_model.serial));
     case paper::Request::AutomaticStatus:
         line->automaticStatus = n;
         return answer(line, star ? QStringLiteral("ESC RS a %1").arg(n) : QStringLiteral("GS a %1").arg(n),
@@ -134,13 +136,15 @@ void Printer::tellLines(const Knobs &before)
 {
     if (m_knobs[Knob::Answers] == AnswersAllWell || m_knobs[Knob::Answers] == AnswersOutOfPaper)
         return;
-    const bool goesOffline = !dialogue::isOffline(before) && dialogue::isOffline(m_knobs)
-        && m_knobs[Knob::Button] == before[Knob::Button];
+    const bool goesOffline
+        = !dialogue::isOffline(before) && dialogue::isOffline(m_knobs) && m_knobs[Knob::Button] == before[Knob::Button];
     const QList<Line *> lines = m_lines;
     for (Line *line : lines) {
         const bool star = m_model.language == paper::Language::StarLine;
-        if (dialogue::isWorthTelling(before, m_knobs, star && line->automaticStatus != 0 ? 0xff : line->automaticStatus))
-            answer(line, {}, star ? dialogue::starStatus(m_knobs, m_ends, m_endUntold) : dialogue::automaticStatus(m_knobs));
+        if (dialogue::isWorthTelling(
+                before, m_knobs, star && line->automaticStatus != 0 ? 0xff : line->automaticStatus))
+            answer(line, {},
+                star ? dialogue::starStatus(m_knobs, m_ends, m_endUntold) : dialogue::automaticStatus(m_knobs));
         if (goesOffline && line->offlineResponse != 0)
             answer(line, {}, dialogue::offlineResponse(m_knobs, line->offlineResponse));
     }

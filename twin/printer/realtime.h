@@ -8,7 +8,16 @@ namespace zemrak::twin {
 /// A command that a printer obeys when it arrives, wherever in the stream it stands, even within another's data.
 struct RealTimeCommand
 {
-    enum class Kind { Status, Recover, Pulse, Clear, StarStatus, StarReset } kind = Kind::Status;
+    enum class Kind
+    {
+        Status,
+        Recover,
+        Pulse,
+        Clear,
+        StarStatus,
+        StarReset
+    } kind
+        = Kind::Status;
     int n = 0; ///< its parameter
     int time = 0; ///< of Pulse, in units of 100 ms
 };
