@@ -20,10 +20,10 @@ export function siteRoutes({ settings }) {
 
     '/admin/origins/remove': async (body) => {
       const origin = normaliseOrigin(body.origin);
-      if (DEFAULT_ORIGINS.includes(origin)) {
+      if (origin !== null && DEFAULT_ORIGINS.includes(origin)) {
         throw new ApiError(409, 'not_removable', 'هذا الموقع مسموح دائمًا ولا يُحذف.');
       }
-      if (!settings.values.origins.includes(origin)) {
+      if (origin === null || !settings.values.origins.includes(origin)) {
         throw new ApiError(404, 'site_not_found', 'هذا الموقع ليس في القائمة.');
       }
       await settings.update((draft) => {

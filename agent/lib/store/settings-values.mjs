@@ -8,7 +8,19 @@ import { isClockRecord } from '../sites/token-clock.mjs';
 export const DEFAULT_HTTP_PORT = 17731;
 export const DEFAULT_HTTPS_PORT = 17732;
 
-/** Fresh defaults: no printers, no sites, pairing asks, updates are not looked for anywhere. */
+/**
+ * @typedef {{ id: string, name: string, host: string, port: number, transport: string, mac?: string }} NetworkPrinter
+ * @typedef {{ id: string, origin: string, name: string, createdAt: number, tokens?: any[] }} Site
+ * @typedef {{ httpPort: number, httpsPort: number, autoApprovePairing: boolean, printers: NetworkPrinter[],
+ *   queues: string[], profiles: Record<string, Record<string, any>>, origins: string[], sites: Site[],
+ *   tokenClock: any, releaseFolder: string | null }} SettingsValues queues = of the print system, made by this program;
+ *   profiles = by printer's id
+ */
+
+/**
+ * Fresh defaults: no printers, no sites, pairing asks, updates are not looked for anywhere.
+ * @returns {SettingsValues}
+ */
 export function defaultSettings() {
   return {
     httpPort: DEFAULT_HTTP_PORT,
@@ -71,8 +83,8 @@ const LISTS = {
  * Takes settings apart into what can be used and what cannot: one bad value costs that value. Keys that are not known
  * stay where they are.
  * @param {any} stored
- * @returns {{ values: any, kept: Kept, wrong: string[] }} wrong = where values are that should have been usable, in
- *   English; values of a printer's profile are not among them, as later versions may know more of those
+ * @returns {{ values: SettingsValues, kept: Kept, wrong: string[] }} wrong = where values are that should have been
+ *   usable, in English; values of a printer's profile are not among them, as later versions may know more of those
  */
 export function understand(stored) {
   const values = { ...defaultSettings(), ...stored };

@@ -80,7 +80,8 @@ export class Settings {
   /**
    * Changes the settings one caller at a time: on disk first, then in memory.
    * @template T
-   * @param {(draft: object) => T} change edits the draft; what it throws leaves everything as it was
+   * @param {(draft: import('./settings-values.mjs').SettingsValues) => T} change edits the draft; what it throws leaves
+   *   everything as it was
    * @returns {Promise<T>} what `change` returned
    * @throws {ApiError} 507 when it cannot be stored; nothing has changed then
    */
