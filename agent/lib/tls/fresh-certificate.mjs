@@ -4,7 +4,7 @@ import { renewIfDue } from './certificates.mjs';
 // Milliseconds. How soon after "trust-ca" has made a certificate the listener has it, too.
 const LOOK_MS = 4000;
 /** Milliseconds between two looks at how long the certificate lasts. */
-export const RENEW_MS = 6 * 3_600_000;
+const RENEW_MS = 6 * 3_600_000;
 
 /**
  * What the HTTPS listener needs.
