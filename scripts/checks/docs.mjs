@@ -85,6 +85,11 @@ const routes = new Set(
 );
 for (const route of routes) if (!told.has(route)) faults.push(`docs/service.md: ${route} is missing`);
 for (const route of told) if (!routes.has(route)) faults.push(`docs/service.md: the service knows no ${route}`);
+// So has that of the snapshot's keys.
+const snapshot = /\nexport function agentState\([^]*?\n}\n/.exec(readFileSync('agent/lib/admin/state.mjs', 'utf8'))[0];
+const keys = [...snapshot.matchAll(/^ {4}(\w+)[:,]/gm)].map(([, key]) => key);
+const keyTable = table.slice(table.indexOf('| key | value |'));
+for (const key of keys) if (!keyTable.includes(`\`${key}\``)) faults.push(`docs/service.md: the key ${key} is missing`);
 const credits = readFileSync('THIRD_PARTY.md', 'utf8');
 for (const name of Object.keys(JSON.parse(readFileSync('package.json', 'utf8')).dependencies ?? {})) {
   if (!credits.includes(`\`${name}\``)) faults.push(`THIRD_PARTY.md: \`${name}\` is shipped and not named`);
