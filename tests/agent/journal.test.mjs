@@ -307,8 +307,11 @@ test('on a full disk the service starts, prints, says so, and honours every key 
 test('a journal that cannot be read stops no shop from printing, and the person is told', async (t) => {
   const home = privateHome(t);
   plant(home, 'journal.1/in-the-way', '');
-  const service = await startService(t, { home, paper: true });
-  assert.equal((await service.ended((await service.post('/admin/test', { printer: 'paper' })).body.job.id)).status, 'completed');
+  const service = await startService(t, { home });
+  const printer = await fakePrinter(t);
+  const id = await service.addPrinter(printer.port);
+  const { job } = (await service.post('/admin/test', { printer: id })).body;
+  assert.equal((await service.ended(job.id)).status, 'completed');
   const [alert] = await service.alerts();
   assert.equal(alert.key, 'storage:journal');
   assert.ok(alert.message.includes('journal.1'));

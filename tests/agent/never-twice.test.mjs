@@ -120,7 +120,7 @@ test('a printer that is busy drops connections: no word of success, and one rece
     let refusals = 3;
     const printer = await fakePrinter(t, { onConnection: (socket, self) => {
       accepted += 1;
-      if (refusals > 0) { refusals -= 1; refuse(socket); return; }
+      if (refusals > 0) { refusals -= 1; void refuse(socket); return; }
       let got = 0;
       socket.on('data', (data) => { got += data.length; }).on('end', () => self.jobs.push(got));
     } });
