@@ -27,7 +27,8 @@ const PROBLEMS = {
 /** A printer is there and cannot print. @param {string} problem see printers/condition.mjs */
 export function printerProblem(id, name, problem) {
   const [what, todo] = PROBLEMS[problem] ?? PROBLEMS.printer_error;
-  return { key: problemKey(id), severity: 'critical', title: `${what}: «${isolated(name)}»`, message: todo, action: 'printers' };
+  const title = `${what}: «${isolated(name)}»`;
+  return { key: problemKey(id), severity: 'critical', title, message: todo, action: 'printers' };
 }
 
 export const problemKey = (id) => `printer:${id}:error`;
@@ -48,7 +49,8 @@ export const SCHEDULER_KEY = 'system:print-scheduler';
 export function schedulerStopped() {
   return {
     key: SCHEDULER_KEY, severity: 'critical', title: 'خدمة الطباعة في النظام متوقفة',
-    message: 'طابعات النظام لا تعمل حتى تعود خدمة الطباعة (CUPS). أعد تشغيل الجهاز، أو اطلب من المسؤول تشغيلها.', action: 'scan',
+    message: 'طابعات النظام لا تعمل حتى تعود خدمة الطباعة (CUPS). أعد تشغيل الجهاز، أو اطلب من المسؤول تشغيلها.',
+    action: 'scan',
   };
 }
 
@@ -75,7 +77,8 @@ export function printFailed(id, name, errorCode, waitsFor) {
     key: failedKey(id),
     severity: 'warning',
     title: `فشلت طباعة على «${isolated(name)}»`,
-    message: what ? `لم تُطبع الورقة: ${what}.` : FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
+    message: what ? `لم تُطبع الورقة: ${what}.`
+      : FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
     action: 'jobs',
     untilRead: true,
   };
