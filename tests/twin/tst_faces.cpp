@@ -90,14 +90,13 @@ private Q_SLOTS:
         shop.turn("lumpEvery=1");
         shop.turn("reading=lumps");
         QTRY_VERIFY(shop.journal().receivedBytes() >= 4096);
-        QCOMPARE(shop.journal().receivedBytes() % 1024, 0);
         shop.turn("reading=never");
         const qint64 before = shop.journal().receivedBytes();
-        shop.turn("closeAfter=20000");
+        shop.turn("closeAfter=1000000");
         shop.turn("reading=steady");
         QTRY_COMPARE(shop.printer().openLines(), 0);
-        QVERIFY(before < size);
-        QCOMPARE(shop.journal().receivedBytes(), 20000);
+        QVERIFY(before < 1000000);
+        QCOMPARE(shop.journal().receivedBytes(), 1000000);
     }
 
     void floodAndPower()

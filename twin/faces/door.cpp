@@ -36,6 +36,14 @@ Door::Door(Printer &printer, const QString &name, std::function<QObject *(int, c
     connect(&printer, &Printer::knobsChanged, this, &Door::follow);
 }
 
+Door::~Door()
+{
+    for (const int descriptor : std::as_const(m_held))
+        closeWithReset(descriptor);
+    if (m_filler >= 0)
+        closeWithReset(m_filler);
+}
+
 QString Door::open(const QHostAddress &address, quint16 port)
 {
     m_address = address;
@@ -92,7 +100,10 @@ void Door::follow()
         m_retry.start(); // another has the port just now
         return;
     }
-    if (way == Unreachable || way == HoldAll || (way == OneWaits && m_open > 0))
+    const bool closed = way == Unreachable || way == HoldAll;
+    while (!m_held.isEmpty() && !closed && (m_open == 0 || way == ManyConnections))
+        admit(m_held.takeFirst());
+    if (closed || (way == OneWaits && m_open > 0))
         pauseAccepting();
     else
         resumeAccepting();
@@ -103,19 +114,25 @@ void Door::follow()
 void Door::incomingConnection(qintptr descriptor)
 {
     const int way = m_printer.knobs()[Knob::Connections];
-    const QString name = QStringLiteral("%1-%2").arg(m_name).arg(++m_count);
-    if ((way == OneRefuses && m_open > 0) || m_open >= connectionsMost) {
-        m_printer.journal().refused(name);
+    if ((way == OneRefuses && m_open > 0) || m_open + m_held.size() >= connectionsMost) {
+        m_printer.journal().refused(QStringLiteral("%1-%2").arg(m_name).arg(++m_count));
         closeWithReset(static_cast<int>(descriptor));
-        return;
+    } else if (way == HoldAll || way == Unreachable || (way == OneWaits && m_open > 0)) {
+        m_held.append(static_cast<int>(descriptor)); // several are accepted in one go
+    } else {
+        admit(static_cast<int>(descriptor));
     }
+    follow();
+}
+
+void Door::admit(int descriptor)
+{
     ++m_open;
-    QObject *connection = m_opened(static_cast<int>(descriptor), name);
+    QObject *connection = m_opened(descriptor, QStringLiteral("%1-%2").arg(m_name).arg(++m_count));
     connect(connection, &QObject::destroyed, this, [this] {
         --m_open;
         follow();
     });
-    follow();
 }
 
 } // namespace zemrak::twin

@@ -20,6 +20,8 @@ public:
     /// destroyed() frees the place
     Door(Printer &printer, const QString &name, std::function<QObject *(int descriptor, const QString &name)> opened);
 
+    ~Door() override;
+
     /// @param port 0 = any free one
     /// @returns an empty string, or why it cannot
     [[nodiscard]] QString open(const QHostAddress &address, quint16 port);
@@ -33,6 +35,7 @@ private:
     [[nodiscard]] bool listenAgain(int backlog);
     void follow();
     void fillQueue();
+    void admit(int descriptor);
 
     Printer &m_printer;
     QString m_name;
@@ -42,6 +45,7 @@ private:
     int m_backlog = 0;
     int m_open = 0;
     int m_count = 0;
+    QList<int> m_held; ///< accepted while they ought to wait
     int m_filler = -1; ///< a connection to ourselves that takes the last place of the queue
     QTimer m_retry;
 };

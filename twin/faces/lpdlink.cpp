@@ -115,7 +115,6 @@ bool LpdLink::takeSubcommand()
         m_state = State::DataFile;
         m_left = size == 0 ? -1 : size + 1; // of a size of 0 the sender does not know it
         m_line = m_printer.openLine(QStringLiteral("%1-file%2").arg(m_name).arg(++m_files));
-        connect(m_line, &Line::answer, this, [] {}); // this protocol has no way back
         connect(m_line, &Line::roomChanged, this, &LpdLink::want);
         connect(m_line, &Line::closeWanted, this, [this](bool reset) {
             m_connection.close(reset);
