@@ -36,7 +36,7 @@ import { drawCommandTexts, drawText } from './print/pictures.mjs';
 import { personAsker } from './public/ask-person.mjs';
 import { isAllowed, originGuard } from './public/access.mjs';
 import { Pairing } from './public/pairing.mjs';
-import { RateLimit } from './public/rate-limit.mjs';
+import { RateLimit } from './system/rate-limit.mjs';
 import { publicRoutes } from './public/routes.mjs';
 
 // A job being sent may take this long to end after the service was told to stop (milliseconds).

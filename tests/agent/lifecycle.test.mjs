@@ -123,7 +123,7 @@ test('ends with its parent', async (t) => {
   t.after(() => { if (isAlive(pid)) process.kill(pid, 'SIGKILL'); });
   assert.ok(isAlive(pid));
   parent.kill('SIGKILL');
-  await until(() => !isAlive(pid), 'the service to end', 5000);
+  await until(() => !isAlive(pid), 'the service to end', 3000);
 });
 
 test('a reader of its output that has gone does not end it', async (t) => {

@@ -4,7 +4,7 @@ import https from 'node:https';
 import { existsSync } from 'node:fs';
 import { command, exchange, fakeProgram, privateHome, readConfig, startService } from './support/service.mjs';
 import { ORIGIN, siteOf, text } from './support/site.mjs';
-import { RateLimit } from '../../agent/lib/public/rate-limit.mjs';
+import { RateLimit } from '../../agent/lib/system/rate-limit.mjs';
 import { AskedSites } from '../../agent/lib/sites/asked-sites.mjs';
 import { Pairings, TOKEN_MS } from '../../agent/lib/sites/pairings.mjs';
 import { TokenClock } from '../../agent/lib/sites/token-clock.mjs';

@@ -20,7 +20,8 @@ export function originGuard(settings, asked) {
     const isListed = isAllowed(settings, origin);
     answerHeaders.Vary = 'Origin';
     if (origin !== undefined) answerHeaders['Access-Control-Allow-Origin'] = isListed ? origin : '*';
-    if (origin !== undefined && method === 'OPTIONS' && headers['access-control-request-method'] !== undefined) {
+    const isAsking = isListed || (origin !== undefined && headers['access-control-request-method'] !== undefined);
+    if (method === 'OPTIONS' && isAsking) {
       Object.assign(answerHeaders, preflight(headers));
       return;
     }

@@ -1,6 +1,6 @@
 import { ApiError } from '../api-error.mjs';
 import { isAllowed, originNotAllowed } from './access.mjs';
-import { RateLimit, retryAfter } from './rate-limit.mjs';
+import { RateLimit, retryAfter } from '../system/rate-limit.mjs';
 
 /**
  * Milliseconds: the person has to answer within `ask`; a site whose question was refused, or came to nothing, may not

@@ -4,7 +4,7 @@ import { peerOf } from '../system/peers.mjs';
 import { isShownText } from '../validate.mjs';
 import { VERSION } from '../version.mjs';
 import { bearerToken, unauthorized } from './access.mjs';
-import { retryAfter } from './rate-limit.mjs';
+import { retryAfter } from '../system/rate-limit.mjs';
 import { jobView, printerView } from './views.mjs';
 
 // Requests of one site that have no answer yet.

@@ -1,4 +1,4 @@
-import { RateLimit } from '../public/rate-limit.mjs';
+import { RateLimit } from '../system/rate-limit.mjs';
 import { normaliseOrigin } from './origins.mjs';
 
 /** Sites that are remembered. */
