@@ -1,7 +1,10 @@
 import { pick } from '../admin/pick.mjs';
 import { confirmedOf } from '../jobs/confirmed.mjs';
 
-/** A job as its site sees it. Times are milliseconds since 1970; `revision` grows with every change. */
+/**
+ * A job as its site sees it. Times are milliseconds since 1970; `revision` grows with every change.
+ * @param {any} job its record
+ */
 export function jobView({ printerId, revision = 0, ...job }) {
   return {
     ...pick(job, ['id', 'kind', 'jobName', 'status', 'errorCode', 'waitingFor']), confirmed: confirmedOf(job),
