@@ -118,6 +118,15 @@ test('a running service takes certificates that are made meanwhile, and renews i
   plant(home, 'tls/server.crt', 'not a certificate');
   await until(() => /the new certificate is not used/.test(service.stdout), 'the refusal', 15_000);
   assert.equal(await shown(httpsPort, second), good, 'the last good one stays');
+
+  // Only the port for HTTPS is somebody else's: everything but that goes on, and says so.
+  await made();
+  const otherHome = privateHome(t);
+  for (const name of ['ca.crt', 'ca.key', 'server.crt', 'server.key']) plant(otherHome, `tls/${name}`, readConfig(home, `tls/${name}`));
+  const other = await startService(t, { home: otherHome, env: { ...system, ZEMRAK_LP_HTTPS_PORT: String(httpsPort) } });
+  const state = await other.state();
+  assert.deepEqual([state.tls, state.httpPort], [false, other.port]);
+  assert.match(other.stdout + other.stderr, /HTTPS is off: port \d+ is already in use; HTTP goes on/);
 });
 
 test('without a working openssl nothing is half made', { skip }, async (t) => {

@@ -32,7 +32,7 @@ test('who may be asked, and in which language', () => {
 
 test('answers, told apart from each other and from noise, in whatever pieces they come', () => {
   const rows = [
-    [escposDialogue, 0, [0x12], ['online']], [escposDialogue, 0, [0x1a], ['offline']],
+    [escposDialogue, 0, [0x12], ['online closed none']], [escposDialogue, 0, [0x1a], ['offline']],
     [escposDialogue, 1, [0x36], ['open out']], [escposDialogue, 2, [0x1a], ['cutter']], [escposDialogue, 3, [0x1e], ['low']],
     [escposDialogue, 1, [0x10, 0x00, 0x0c, 0x0f, 0x12], ['online closed none out', 'closed']],
     [escposDialogue, null, [0x12, 0xff, 0x41, 0x03], ['low', 'confirmed status']],

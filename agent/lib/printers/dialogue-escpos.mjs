@@ -23,7 +23,7 @@ const LONGEST = 80;
  * asked.
  */
 const REAL_TIME_READERS = [
-  [1, (byte) => ({ online: (byte & 0x08) === 0 })],
+  [1, (byte) => (byte & 0x08 ? { online: false } : { online: true, cover: 'closed', error: 'none' })],
   [2, (byte) => ({
     cover: byte & 0x04 ? 'open' : 'closed', ...(byte & 0x20 ? { paper: 'out' } : {}), ...(byte & 0x40 ? { error: 'other' } : {}),
   })],
