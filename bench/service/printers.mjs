@@ -1,6 +1,6 @@
 // Measures the print service with printers in software: how long a job takes from the accepted request to its last byte, receipts a
 // second through one printer, connections to an idle printer, and the processor's time for idle printers.
-// Usage: node bench/service/printers.mjs PAPER_TWIN [SERVICE_SCRIPT] (bounded: about two minutes)
+// Usage: [PARTS="time rate idle"] node bench/service/printers.mjs PAPER_TWIN [SERVICE_SCRIPT] (bounded: about two minutes)
 import { spawn } from 'node:child_process';
 import { mkdtempSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import net from 'node:net';
@@ -148,7 +148,6 @@ async function idle() {
 }
 
 console.log(`load ${os.loadavg()[0].toFixed(1)} on ${os.cpus().length} processors, Node.js ${process.version}`);
-await endToEnd();
-if (TWIN) await receiptsASecond();
-await idle();
+const parts = { time: endToEnd, rate: receiptsASecond, idle };
+for (const part of (process.env.PARTS ?? 'time rate idle').split(' ')) await parts[part]();
 process.exit(0);

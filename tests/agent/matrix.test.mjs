@@ -1,5 +1,6 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
+import net from 'node:net';
 import { privateHome, startService, until } from './support/service.mjs';
 import { hasCups, realCups } from './support/real-cups.mjs';
 import { hasTwin, startTwin } from './support/twin.mjs';
@@ -115,4 +116,24 @@ test('twelve faults before, during and after a job: a queue of the print system'
     await until(async () => (await service.printer(`cups-${queue}`))?.state === 'ready', 'the queue to be known', 15_000);
     return { twin, id: `cups-${queue}` };
   }, false);
+});
+
+test('a printer that serves one computer at a time, and another one just now, is not called lost', { skip: !hasTwin }, async (t) => {
+  const service = await startService(t);
+  await Promise.all(['one-waits', 'one-refuses'].map(async (connections) => {
+    const twin = await startTwin(t);
+    const id = await service.addPrinter(twin.port, connections === 'one-waits' ? 'Waits' : 'Refuses');
+    await service.ended((await service.post('/admin/test', { printer: id })).body.job.id);
+    await twin.turn({ connections });
+    const other = net.connect(twin.port, '127.0.0.1').on('error', () => {});
+    t.after(() => other.destroy());
+    const seen = new Set();
+    const until4s = performance.now() + 4000;
+    await until(async () => { seen.add((await service.printer(id)).state); return performance.now() > until4s; }, 'the other one to be served');
+    const job = (await service.post('/admin/test', { printer: id })).body.job?.id;
+    other.destroy();
+    assert.deepEqual([...seen], ['ready'], connections);
+    assert.ok(!(await service.alerts()).some(({ key }) => key === `printer:${id}:offline`), connections);
+    if (connections === 'one-waits') assert.deepEqual([(await service.ended(job)).status, (await service.ended(job)).confirmed], ['completed', 'yes']);
+  }));
 });
