@@ -68,7 +68,7 @@ test('a job that is being sent is called off between two bands, and its paper sa
   const printer = await talkingPrinter(t, { confirms: 'process' });
   const id = await service.addPrinter(printer.port);
   await site.ended(await site.print(id, text('first')));
-  printer.turn({ rate: 1_000_000 });
+  printer.turn({ rate: 4_000_000 });
   const lines = Array.from({ length: 60_000 }, (_, n) => `line ${n} of a very long receipt\n`).join('');
   const job = await site.print(id, raw(`\x1b@${lines}`, { copies: 4 }));
   await site.reaches(job, 'sending');
@@ -76,7 +76,7 @@ test('a job that is being sent is called off between two bands, and its paper sa
   assert.equal((await site.call('DELETE', `/v1/jobs/${job}`)).status, 200);
   const { status, confirmed } = await site.ended(job);
   assert.deepEqual([status, confirmed], ['cancelled', 'no']);
-  await until(() => printer.knobs.printed.some((bytes) => bytes.includes('CANCELLED')), 'the mark', 20_000);
+  await until(() => printer.knobs.printed.some((bytes) => bytes.includes('CANCELLED')), 'the mark', 30_000);
   const paper = printer.knobs.printed.at(-1);
   assert.ok(paper.length < 4 * lines.length && paper.subarray(-40).includes('\x1dV'), 'cut off, and not all of it');
   assert.equal((await site.ended(await site.print(id, text('next')))).status, 'completed', 'the printer is free');

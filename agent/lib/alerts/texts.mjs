@@ -60,6 +60,8 @@ const KEPT_BACK = {
   scheduler_stopped: 'خدمة الطباعة في النظام متوقفة',
 };
 
+const UNFINISHED = 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.';
+
 const FAILURES = {
   offline: 'لم تُطبع الورقة لأن الطابعة غير متصلة.',
   interrupted: 'انقطعت الطباعة قبل اكتمالها، وقد يكون جزء من الورقة طُبع. تحقق من الورق قبل الإعادة.',
@@ -77,8 +79,7 @@ export function printFailed(id, name, errorCode, waitsFor) {
     key: failedKey(id),
     severity: 'warning',
     title: `فشلت طباعة على «${isolated(name)}»`,
-    message: what ? `لم تُطبع الورقة: ${what}.`
-      : FAILURES[errorCode] ?? 'لم تكتمل الطباعة. تحقق من الطابعة ثم أعد المحاولة.',
+    message: what ? `لم تُطبع الورقة: ${what}.` : FAILURES[errorCode] ?? UNFINISHED,
     action: 'jobs',
     untilRead: true,
   };

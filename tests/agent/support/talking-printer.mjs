@@ -91,7 +91,14 @@ const escposVoice = {
   print(link, piece, knobs, confirms, all) {
     let at = 0;
     while (at < piece.length) {
-      const length = all[at] !== GS ? 1 : all[at + 1] === 0x28 && all[at + 2] === 0x48 ? 11 : [0x61, 0x72].includes(all[at + 1]) ? 3 : all[at + 1] === 0x76 ? 8 + (all[at + 4] + 256 * all[at + 5]) * (all[at + 6] + 256 * all[at + 7]) : 1;
+      if (all[at] !== GS) {
+        const next = all.indexOf(GS, at);
+        const end = Math.min(piece.length, next < 0 ? piece.length : next);
+        link.receipt.push(all.subarray(at, end));
+        at = end;
+        continue;
+      }
+      const length = all[at + 1] === 0x28 && all[at + 2] === 0x48 ? 11 : [0x61, 0x72].includes(all[at + 1]) ? 3 : all[at + 1] === 0x76 ? 8 + (all[at + 4] + 256 * all[at + 5]) * (all[at + 6] + 256 * all[at + 7]) : 1;
       if (at + length > all.length) return at === 0 && length > 1 && link.isEnded ? Buffer.alloc(0) : wait(link, all.subarray(at));
       const command = all.subarray(at, at + length);
       at += length;
