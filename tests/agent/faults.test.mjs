@@ -112,7 +112,7 @@ test('500 clients at once, of every kind, are all answered, and the service stay
   const big = JSON.stringify({ printer: 'paper', kind: 'raw', data: 'QUJD'.repeat(400_000) });
   const requests = [
     ['GET', '/v1/hello'], ['GET', '/v1/printers'], ['GET', `/v1/printers/${id}/status`], ['POST', '/v1/jobs', JSON.stringify({ printer: id, ...text('x') })], ['POST', '/v1/jobs', big],
-    ['POST', '/v1/jobs', '{'], ['GET', '/v1/jobs/nothing?wait=20000'], ['POST', '/v1/pair', '{"clientName":"Till"}'], ['DELETE', '/v1/jobs/nothing'], ['OPTIONS', '/v1/jobs'],
+    ['POST', '/v1/jobs', '{'], ['GET', '/v1/jobs/nothing?wait=20000'], ['GET', '/v1/hello?again'], ['DELETE', '/v1/jobs/nothing'], ['OPTIONS', '/v1/jobs'],
   ];
   // A connection each: all 500 stand at the same time.
   const ask = (n) => new Promise((resolve, reject) => {
