@@ -31,8 +31,7 @@ import { readCertificate, watchCertificate } from './tls/fresh-certificate.mjs';
 import { Updates } from './update/updates.mjs';
 import { AskedSites } from './sites/asked-sites.mjs';
 import { Pairings } from './sites/pairings.mjs';
-import { Pictures } from './print/picture-files.mjs';
-import { drawCommandTexts, drawText } from './print/pictures.mjs';
+import { PayloadMaker } from './workers/payload-maker.mjs';
 import { personAsker } from './public/ask-person.mjs';
 import { isAllowed, originGuard } from './public/access.mjs';
 import { Pairing } from './public/pairing.mjs';
@@ -152,11 +151,9 @@ function compose({ env, log, paths, read, listeners }) {
   const queue = new JobQueue({ history, alerts, log, relocate, send: sender({ monitor, cups }) });
   const addresses = new AddressKeeper({ settings, monitor, alerts, log, nameOf, jobs: queue });
   printers.watchJobs((id) => queue.isBusy(id));
-  const onFailure = (why) => log.warn(`text engine: ${why}`);
-  const jobs = new AdminJobs({ printers, queue, draw: (operations, target) =>
-    drawText(operations, target, { onFailure }) });
-  const drawTexts = (commands, target) => drawCommandTexts(commands, target, { onFailure });
-  const siteJobs = new SiteJobs({ printers, queue, history, pictures: new Pictures(env), drawTexts });
+  const maker = new PayloadMaker({ env, log });
+  const jobs = new AdminJobs({ printers, queue, maker });
+  const siteJobs = new SiteJobs({ printers, queue, history, maker });
   const pairings = new Pairings(settings);
   const pairing = new Pairing({ settings, pairings, ask: personAsker(env), log });
   const sites = { siteJobs, pairings, pairing, rateLimit: new RateLimit(), asked: new AskedSites() };

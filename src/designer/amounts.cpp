@@ -1,5 +1,6 @@
 #include "designer/amounts.h"
 
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -39,6 +40,11 @@ double num(QString text)
 double amountOf(const QString &text)
 {
     return std::max(0.0, num(text));
+}
+
+QString inFull(double value)
+{
+    return QString::number(value, 'f', QLocale::FloatingPointShortest);
 }
 
 double roundToCents(double amount)

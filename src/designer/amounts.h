@@ -11,6 +11,9 @@ namespace zemrak {
 /// The same, a negative number giving 0.
 [[nodiscard]] double amountOf(const QString &text);
 
+/// A number of 0 or more in full, as it is printed: no exponent, as few digits as tell it from others.
+[[nodiscard]] QString inFull(double value);
+
 /// To the nearest hundredth, halves away from zero. Halves are those of the decimal number that the double stands for
 /// (15 digits): 1.005 gives 1.01 although its nearest double lies a little below. Always finite.
 [[nodiscard]] double roundToCents(double amount);

@@ -5,6 +5,7 @@
 #include <QJsonArray>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace zemrak {
@@ -54,11 +55,19 @@ DesignerTotals DesignerDoc::totals() const
 
 QString DesignerDoc::money(double value) const
 {
+    const QString digits = moneyWithoutCurrency(value);
+    return currency.isEmpty() ? digits : digits + u' ' + currency;
+}
+
+QString DesignerDoc::moneyWithoutCurrency(double value)
+{
     double amount = roundToCents(value);
     if (amount == 0)
         amount = 0; // not -0
-    const QString digits = QString::number(amount, 'f', 2);
-    return currency.isEmpty() ? digits : digits + u' ' + currency;
+    // From here on the digits that do not tell it from others are zeros, as on paper.
+    constexpr double largestWithCents = 1e21;
+    return std::abs(amount) < largestWithCents ? QString::number(amount, 'f', 2)
+                                               : inFull(amount) + QStringLiteral(".00");
 }
 
 QJsonObject DesignerDoc::json() const

@@ -101,6 +101,7 @@ public:
 
     /// Two decimals, then the currency where there is one. Never "inf", "nan" or a negative zero.
     [[nodiscard]] QString money(double value) const;
+    [[nodiscard]] static QString moneyWithoutCurrency(double value);
 
     /// What is posted to the service: the 26 fields, nothing left out, text as typed.
     [[nodiscard]] QJsonObject json() const;

@@ -23,22 +23,37 @@ struct Symbology
     Alphabet alphabet;
     int fullLength; ///< with the check digit, which may be left out; 0 = any length
     int maximumLength; ///< that the service accepts; 0 = see fullLength
-    // Width in dots with modules two dots wide, wide bars five: fixed + perCharacter × length.
-    int fixedDots;
-    int dotsPerCharacter;
+    // Widths of all bars and gaps together: fixed + perCharacter × length, in modules and in wide elements.
+    int fixedModules;
+    int modulesPerCharacter;
+    int fixedWide;
+    int widePerCharacter;
 };
 
 constexpr std::array symbologies{
-    Symbology{u"code128", u"Code 128", Alphabet::PrintableAscii, 0, 80, 2 * (11 + 11 + 13), 2 * 11},
-    Symbology{u"code39", u"Code 39", Alphabet::Code39, 0, 60, 2 * 29 - 2, 29},
-    Symbology{u"ean13", u"EAN-13", Alphabet::Digits, 13, 0, 2 * 95, 0},
-    Symbology{u"ean8", u"EAN-8", Alphabet::Digits, 8, 0, 2 * 67, 0},
-    Symbology{u"upca", u"UPC-A", Alphabet::Digits, 12, 0, 2 * 95, 0},
-    Symbology{u"itf", u"ITF", Alphabet::Digits, 0, 80, 4 * 2 + 5 + 2 * 2, 3 * 2 + 2 * 5},
+    Symbology{u"code128", u"Code 128", Alphabet::PrintableAscii, 0, 80, 11 + 11 + 13, 11, 0, 0},
+    Symbology{u"code39", u"Code 39", Alphabet::Code39, 0, 60, 2 * 7 - 1, 7, 2 * 3, 3},
+    Symbology{u"ean13", u"EAN-13", Alphabet::Digits, 13, 0, 95, 0, 0, 0},
+    Symbology{u"ean8", u"EAN-8", Alphabet::Digits, 8, 0, 67, 0, 0, 0},
+    Symbology{u"upca", u"UPC-A", Alphabet::Digits, 12, 0, 95, 0, 0, 0},
+    Symbology{u"itf", u"ITF", Alphabet::Digits, 0, 80, 6, 3, 1, 2},
 };
 
-// Width of a character, of which a line holds a whole number; QR codes have to fit into those.
-constexpr int dotsPerColumn = 12;
+// Dots of a module and of a wide element: as the service asks for, and where that is too wide for the paper. Some
+// printers do not know the narrow ones and leave such a barcode out.
+struct BarWidths
+{
+    int module;
+    int wide;
+};
+constexpr BarWidths usualBars{2, 5};
+constexpr BarWidths narrowBars{1, 2};
+
+constexpr int widthOf(const Symbology &symbology, int length, BarWidths bars)
+{
+    return (symbology.fixedModules + symbology.modulesPerCharacter * length) * bars.module
+        + (symbology.fixedWide + symbology.widePerCharacter * length) * bars.wide;
+}
 
 // The service has barcodes printed so high.
 constexpr int barcodeHeight = 80;
@@ -108,9 +123,11 @@ QString lengthProblem(const Symbology &symbology, const QString &data)
 
 QString widthProblem(const Symbology &symbology, const QString &data, int paperWidthMm)
 {
-    if (symbology.dotsPerCharacter == 0)
+    const int fixed = widthOf(symbology, 0, usualBars);
+    const int perCharacter = widthOf(symbology, 1, usualBars) - fixed;
+    if (perCharacter == 0)
         return {};
-    int fitting = (dotsOfPaper(paperWidthMm) - symbology.fixedDots) / symbology.dotsPerCharacter;
+    int fitting = (dotsOfPaper(paperWidthMm) - fixed) / perCharacter;
     if (symbology.alphabet == Alphabet::Digits)
         fitting -= fitting % 2;
     const bool fits = data.size() <= fitting;
@@ -135,7 +152,7 @@ QSize qrDots(const QString &data, int size, int paperWidthMm)
     const auto *holding = std::ranges::lower_bound(qrCapacities, int(data.toUtf8().size()));
     const int version = std::min(int(holding - qrCapacities.begin()) + 1, int(qrCapacities.size()));
     const int modules = 17 + 4 * version;
-    const int fitting = std::max(1, dotsOfPaper(paperWidthMm) / dotsPerColumn * dotsPerColumn / modules);
+    const int fitting = std::max(1, dotsOfPaper(paperWidthMm) / modules);
     const int edge = modules * std::clamp(size, 1, fitting);
     return {edge, edge};
 }
@@ -145,9 +162,11 @@ QSize barcodeDots(const QString &format, const QString &data, int paperWidthMm)
     const Symbology *symbology = symbologyOf(format);
     if (!symbology)
         symbology = symbologies.data();
-    const qsizetype length = std::min<qsizetype>(data.size(), symbology->maximumLength);
-    const int width = symbology->fixedDots + symbology->dotsPerCharacter * int(length);
-    return {std::min(width, dotsOfPaper(paperWidthMm)), barcodeHeight};
+    const int paper = dotsOfPaper(paperWidthMm);
+    const int length = int(std::min<qsizetype>(data.size(), symbology->maximumLength));
+    const int usual = widthOf(*symbology, length, usualBars);
+    const int width = usual <= paper ? usual : widthOf(*symbology, length, narrowBars);
+    return {std::min(width, paper), barcodeHeight};
 }
 
 QString barcodeProblem(const QString &format, const QString &data, int paperWidthMm)

@@ -1,13 +1,13 @@
-import { test } from 'node:test';
+import { after, test } from 'node:test';
 import assert from 'node:assert/strict';
-import { chmodSync, existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { chmodSync, existsSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
-import { designerReceipt } from '../../agent/lib/print/designer-receipt.mjs';
-import { drawText } from '../../agent/lib/print/pictures.mjs';
+import { drawText } from '../../agent/lib/print/draw-text.mjs';
+import { ownJob } from '../../agent/lib/print/own-jobs.mjs';
 import { render } from '../../agent/lib/print/render.mjs';
-import { drawPictures } from '../../agent/lib/print/textrender.mjs';
+import { TextEngine } from '../../agent/lib/print/textrender.mjs';
 import { codePageTest } from '../../agent/lib/print/test-page.mjs';
 import { bitmap, fromPng, toPng } from './support/bitmap.mjs';
 import { readPaper } from './support/escpos-reader.mjs';
@@ -34,10 +34,14 @@ const crowded = (changes = {}) => sample({
   qrData: `https://pos.zemrak.example/?t=${'x'.repeat(300)}`, qrSize: 10, barcodeEnabled: true, barcodeFormat: 'ean13', barcodeData: '4006381333931', drawer: true, beep: true, ...changes,
 });
 
-const print = async (doc, { profile = {}, protocol = 'escpos', columns = 48, program = TEXTRENDER, onFailure } = {}) => {
-  const target = { profile, protocol, columns };
-  const receipt = designerReceipt(doc, { cut: 'partial', drawerPin: '2', now: new Date(2026, 0, 31, 13, 5) });
-  return render(await drawText(receipt, target, { program, onFailure }), target);
+const engine = new TextEngine(TEXTRENDER);
+after(() => engine.close());
+
+const print = async (doc, { profile = {}, protocol = 'escpos', tools = { engine } } = {}) => {
+  const now = new Date(2026, 0, 31, 13, 5);
+  const { operations, dots } = ownJob({ kind: 'designer', printer: { protocol, profile }, doc, now });
+  const target = { profile, protocol, dots };
+  return render(await drawText(operations, target, tools), target);
 };
 
 /** Compares dot for dot with the stored picture; a picture that differs is left in the temporary folder. */
@@ -78,62 +82,74 @@ for (const [mm, dots] of Object.entries(DOTS)) {
 }
 
 test('columns of drawn and printed lines are the same', async () => {
-  for (const [columns, dots] of [[32, 384], [42, 512], [48, 576]]) {
-    const { bytes, text } = await print(sample(), { columns });
+  for (const [mm, dots] of Object.entries(DOTS)) {
+    const { bytes, text } = await print(sample({ paperWidthMm: Number(mm), phone: 'plain', items: [item('Gel', '2', '35.5')] }));
     const { events } = readPaper(bytes, dots);
-    const row = events.find(({ text: line }) => /2 x 35\.50/.test(line ?? ''));
-    assert.match(row.text, /^71\.00 SAR +2 x 35\.50$/, 'amount left, quantity right');
-    assert.equal(row.text.length, columns);
-    for (const { width } of events.filter(({ kind }) => kind === 'picture')) assert.equal(width, columns * 12);
-    assert.match(text, /2 x 35\.50 +71\.00 SAR\n/, 'read as typed');
-    assert.match(text, /الإجمالي +484\.15 SAR\n/);
+    assert.ok(events.some(({ text: line, left }) => line === 'plain' && left === Math.floor((dots - 5 * 12) / 2)));
+    for (const { width } of events.filter(({ kind }) => kind === 'picture')) assert.equal(width, Math.floor(dots / 12) * 12);
+    assert.match(text, /2 × 35\.50 +71\.00 SAR\n/, 'read as typed');
   }
 });
 
 test('lines are drawn only where that helps', async () => {
-  const plain = await print(sample(), { program: '' });
+  const plain = await print(sample(), { tools: { engine: null } });
   for (const unchanged of [{ profile: { codepage: { encoding: 'windows-1256', escT: 22 } } }, { protocol: 'none' }]) {
     const drawn = await print(sample(), unchanged);
-    const { bytes } = await print(sample(), { ...unchanged, program: '' });
+    const { bytes } = await print(sample(), { ...unchanged, tools: { engine: null } });
     assert.deepEqual(drawn.bytes, bytes);
   }
+  const target = { protocol: 'escpos', profile: {}, dots: 576 };
   const pages = codePageTest({ cut: 'full' });
-  assert.equal(await drawText(pages, { protocol: 'escpos', profile: {}, columns: 48 }, { program: TEXTRENDER }), pages);
+  assert.equal(await drawText(pages, target, { engine }), pages);
   const ascii = [{ op: 'text', text: 'plain \u200e text' }, { op: 'row', left: 'a', right: 'b' }];
-  assert.equal(await drawText(ascii, { protocol: 'escpos', profile: {}, columns: 48 }, { program: '/nowhere' }), ascii);
+  assert.equal(await drawText(ascii, target, { engine: new TextEngine('/nowhere') }), ascii);
   assert.ok(!plain.bytes.includes(Buffer.from([0x1d, 0x76, 0x30])));
 
   const star = (await print(sample(), { protocol: 'starline' })).bytes;
   assert.ok(star.includes(Buffer.from([0x1b, 0x6b, 72, 0])) && !star.includes(Buffer.from([0x1d, 0x76, 0x30])));
 });
 
-test('a text engine that fails leaves the code page', async (t) => {
+test('a text engine that fails leaves the code page, and the next receipt gets another one', async (t) => {
   const home = privateHome(t);
-  const { bytes: expected } = await print(sample(), { program: '' });
-  const endings = { 'exit 3': /ended with 3/, 'echo broken >&2; exit 1': /broken/, 'cat >/dev/null': /0 answers/, 'printf "\\000\\000\\377\\377x"': /0 answers/ };
+  const program = path.join(home, 'bin', 'textrender');
+  const { bytes: expected } = await print(sample(), { tools: { engine: null } });
+  const failing = async (batchMs) => {
+    const reasons = [];
+    const { bytes } = await print(sample(), { tools: { engine: new TextEngine(program, { batchMs }), onFailure: (why) => reasons.push(why) } });
+    assert.deepEqual(bytes, expected);
+    return reasons.join();
+  };
+  const endings = { 'exit 3': /ended with 3/, 'echo broken >&2; exit 1': /broken/, 'printf "\\000\\000\\377\\377x"': /0 of \d+ answers/ };
   for (const [script, reason] of Object.entries(endings)) {
     fakeProgram(home, 'textrender', script);
-    const reasons = [];
-    const { bytes } = await print(sample(), { program: path.join(home, 'bin', 'textrender'), onFailure: (why) => reasons.push(why) });
-    assert.deepEqual(bytes, expected);
-    assert.match(reasons.join(), reason);
+    assert.match(await failing(), reason);
   }
-  chmodSync(path.join(home, 'bin', 'textrender'), 0o600);
-  for (const program of ['/nowhere/textrender', path.join(home, 'bin', 'textrender')]) assert.deepEqual((await print(sample(), { program })).bytes, expected);
+  fakeProgram(home, 'textrender', 'exec cat >/dev/null');
+  assert.match(await failing(100), /not done in 100 ms/);
+  chmodSync(program, 0o600);
+  assert.match(await failing(), /EACCES/);
+  rmSync(program);
+  assert.match(await failing(), /ENOENT/);
 
-  fakeProgram(home, 'textrender', 'exec sleep 60');
-  const began = Date.now();
-  await assert.rejects(drawPictures([{ text: 'x', width: 64 }], { program: path.join(home, 'bin', 'textrender'), timeoutMs: 100 }), /not done in 100 ms/);
-  assert.ok(Date.now() - began < 10_000);
+  fakeProgram(home, 'textrender', `echo >> "${home}/starts"; exec timeout 0.3 "${TEXTRENDER}" --serve`);
+  const mended = new TextEngine(program);
+  const line = [{ text: 'سلام', width: 384 }];
+  const starts = () => readFileSync(path.join(home, 'starts'), 'utf8').length;
+  assert.ok((await mended.draw(line))[0] && (await mended.draw(line))[0]);
+  assert.equal(starts(), 1, 'the second batch goes to the one that is there');
+  await until(async () => { await mended.draw(line); return starts() > 1; }, 'the engine to be ended and started anew');
+  mended.close();
 });
 
 test('requests and answers', async () => {
-  const requests = [{ text: 'سلام', width: 384 }, { text: 'x'.repeat(5000), width: 384 }, { text: 'a\n'.repeat(2000), width: 64, size: [1, 8] }, { text: 'سلام', width: 384 }, { text: '', width: 64 }];
-  const pictures = await drawPictures(requests, { program: TEXTRENDER });
-  assert.deepEqual(pictures.map((picture) => picture && [picture.width, picture.height]), [[384, 38], null, null, [384, 38], [64, 38]]);
-  await assert.rejects(drawPictures([{ text: 'x'.repeat(70_000), width: 64 }], { program: TEXTRENDER }), /not a sequence of requests/);
-  const both = await Promise.all([drawPictures([requests[0]], { program: TEXTRENDER }), drawPictures([requests[4]], { program: TEXTRENDER })]);
-  assert.deepEqual(both.map(([{ width }]) => width), [384, 64]);
+  const tall = 'a\n'.repeat(2000);
+  const requests = [{ text: 'سلام', width: 384 }, { text: 'x'.repeat(5000), width: 384 }, { text: tall, width: 64, size: [1, 8] },
+    { text: 'سلام', width: 384 }, { text: '', width: 64 }];
+  const pictures = await engine.draw(requests);
+  assert.deepEqual(pictures.map((picture) => picture && [picture.rowBytes, picture.height]), [[48, 38], null, null, [48, 38], [8, 38]]);
+  await assert.rejects(engine.draw([{ text: 'x'.repeat(70_000), width: 64 }]), /not a sequence of requests/);
+  const both = await Promise.all([engine.draw([requests[0]]), engine.draw([requests[4]])]);
+  assert.deepEqual(both.map(([{ rowBytes }]) => rowBytes), [48, 8]);
 });
 
 test('tall pictures go out in slices, and a line that cannot be drawn is printed', async () => {

@@ -4,9 +4,11 @@ import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import zlib from 'node:zlib';
 import { ApiError } from '../../agent/lib/api-error.mjs';
-import { MAX_PIXELS, PictureError, decodePng } from '../../agent/lib/print/png.mjs';
+import { PictureError } from '../../agent/lib/print/picture-error.mjs';
+import { MAX_PIXELS, decodePng } from '../../agent/lib/print/png.mjs';
 import { checkCommands } from '../../agent/lib/print/commands.mjs';
-import { commandBytes } from '../../agent/lib/print/command-bytes.mjs';
+import { commandOperations } from '../../agent/lib/print/operations.mjs';
+import { render } from '../../agent/lib/print/render.mjs';
 import { translateToStar } from '../../agent/lib/print/star-translate.mjs';
 
 /** Numbers that look random, the same in every run. */
@@ -54,7 +56,7 @@ function png({ width, height, depth, colour, interlaced, lines, palette }) {
     ...(palette ? [chunk('PLTE', palette), chunk('tRNS', palette.subarray(0, 2))] : []), chunk('IDAT', zlib.deflateSync(lines)), chunk('IEND', Buffer.alloc(0))]);
 }
 
-test('pictures', () => {
+test('pictures', async () => {
   const dice = chance(1);
   const words = ['IHDR', 'IDAT', 'PLTE', 'tRNS', 'IEND', '\x00\x00\x00\x00', '\xff\xff\xff\xff'].map((word) => Buffer.from(word, 'latin1'));
   let decoded = 0;
@@ -67,7 +69,7 @@ test('pictures', () => {
     const whole = { width, height, depth, colour, interlaced: Number(dice.below(8) === 0), lines: dice.below(3) ? lines : mutated(lines, dice, words), palette: colour === 3 && Buffer.alloc(3 * dice.below(5), 7) };
     const file = dice.below(3) ? mutated(png(whole), dice, words) : png(whole);
     try {
-      const picture = decodePng(file);
+      const picture = await decodePng(file);
       assert.ok(picture.width > 0 && picture.width * picture.height <= MAX_PIXELS && picture.grey.length === picture.width * picture.height);
       decoded += 1;
     } catch (error) {
@@ -104,7 +106,7 @@ test('much of little: neither time nor memory runs away', () => {
   assert.ok(Date.now() - begin < 45_000); // a second, unless it grows with the square
 });
 
-test('commands', async () => {
+test('commands', () => {
   const dice = chance(3);
   const good = [{ type: 'text', text: 'سلام Hi', align: 'center', bold: true, size: [2, 1] }, { type: 'qr', data: 'x', size: 6 }, { type: 'barcode', format: 'ean13', data: '4006381333931' },
     { type: 'feed', lines: 2 }, { type: 'drawer', pin: 2 }, { type: 'cut', mode: 'full' }, { type: 'beep' }];
@@ -124,7 +126,7 @@ test('commands', async () => {
       continue;
     }
     for (const protocol of ['escpos', 'starline']) {
-      const { bytes, text } = await commandBytes(checked, { protocol, profile: {}, dots: 576 });
+      const { bytes, text } = render(commandOperations(checked, {}), { protocol, profile: {}, dots: 576 });
       assert.ok(Buffer.isBuffer(bytes) && bytes.length < 100_000 && typeof text === 'string');
     }
     printed += 1;

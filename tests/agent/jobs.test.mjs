@@ -98,7 +98,7 @@ test('a printer that is off: refused at once and on record', async (t) => {
 test('a job whose asker has gone before it was begun is not printed: the asker takes it for failed', async (t) => {
   const home = privateHome(t);
   const engine = path.join(home, 'bin', 'textrender');
-  fakeProgram(home, 'textrender', `cat > /dev/null; echo >> "${home}/begun"; while [ ! -e "${home}/go" ]; do sleep 0.02; done`);
+  fakeProgram(home, 'textrender', `head -c 4 > /dev/null; echo >> "${home}/begun"; while [ ! -e "${home}/go" ]; do sleep 0.02; done`);
   const service = await startService(t, { home, env: { ZEMRAK_LP_TEXTRENDER: engine } });
   const printer = await fakePrinter(t);
   const id = await service.addPrinter(printer.port, 'المطبخ');
@@ -281,7 +281,7 @@ async function outcomeOf(system, { times = PLAIN, raw = false, bytes = 1, copies
   const send = sender({ cups: new CupsQueues({}, system.env, times) });
   const printer = { type: 'cups', queue: 'Office', protocol: raw ? 'escpos' : 'none', profile: {} };
   const job = raw ? { kind: 'raw', data: Buffer.alloc(bytes).toString('base64') } : { kind: 'commands', commands: [{ type: 'text', text: 'x'.repeat(bytes) }] };
-  const payload = await payloadOf(job, { copies }, printer, {});
+  const payload = await payloadOf(job, { copies }, printer, { engine: null });
   return send(printer, { ...payload, jobId: 'T' }, { sending: async () => {} })
     .then(() => 'completed', ({ code, untouched }) => `${code}${untouched ? ', again' : ''}`);
 }

@@ -3,9 +3,12 @@ import assert from 'node:assert/strict';
 import zlib from 'node:zlib';
 import { existsSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
+import jpeg from 'jpeg-js';
 import { fakePrinter, startService } from './support/service.mjs';
 import { pdf } from './support/pdf.mjs';
 import { siteOf } from './support/site.mjs';
+import { decodeJpeg } from '../../agent/lib/print/jpeg.mjs';
+import { PictureError } from '../../agent/lib/print/picture-error.mjs';
 import { decodePng } from '../../agent/lib/print/png.mjs';
 import { scaleToWidth, toBits } from '../../agent/lib/print/raster.mjs';
 
@@ -47,30 +50,45 @@ function png({ width, height, colour = 0, depth = 8, rows, extra = [], head = {}
         return Buffer.concat([Buffer.of(index % 5), filtered]);
       });
   });
-  const file = Buffer.concat([Buffer.from('\x89PNG\r\n\x1a\n', 'latin1'), chunk('IHDR', ihdr), ...extra, chunk('IDAT', zlib.deflateSync(Buffer.concat(data))), chunk('IEND', Buffer.alloc(0))]);
+  const file = Buffer.concat([Buffer.from('\x89PNG\r\n\x1a\n', 'latin1'), chunk('IHDR', ihdr), ...extra,
+    chunk('IDAT', zlib.deflateSync(Buffer.concat(data))), chunk('IEND', Buffer.alloc(0))]);
   return cut === undefined ? file : file.subarray(0, cut);
 }
 
 const shades = (width, height, most, of) => Array.from({ length: height }, (_, y) => Array.from({ length: width }, (__, x) => of((x * 7 + y * 13) % (most + 1))));
 
-test('every kind of PNG, plain and interlaced, every filter', () => {
+test('every kind of PNG, plain and interlaced, every filter', async () => {
+  const greyOf = async (picture) => [...(await decodePng(png(picture))).grey];
   const [width, height] = [13, 11];
   for (const adam7 of [false, true]) {
     for (const depth of [1, 2, 4, 8, 16]) {
       const most = 2 ** depth - 1;
       const rows = shades(width, height, most, (value) => [value]);
       const wanted = rows.flat(2).map((value) => (depth === 16 ? value >> 8 : Math.round((value * 255) / most)));
-      assert.deepEqual([...decodePng(png({ width, height, depth, rows, adam7 })).grey], wanted, `grey ${depth} ${adam7}`);
+      assert.deepEqual(await greyOf({ width, height, depth, rows, adam7 }), wanted, `grey ${depth} ${adam7}`);
     }
     const rgb = shades(width, height, 255, (value) => [value, 255 - value, 40]);
     const luminance = rgb.flat().map(([r, g, b]) => (r * 77 + g * 150 + b * 29) >> 8);
-    assert.deepEqual([...decodePng(png({ width, height, colour: 2, rows: rgb, adam7 })).grey], luminance);
+    assert.deepEqual(await greyOf({ width, height, colour: 2, rows: rgb, adam7 }), luminance);
     const alpha = shades(width, height, 255, (value) => [0, 0, 0, value]);
-    assert.deepEqual([...decodePng(png({ width, height, colour: 6, rows: alpha, adam7 })).grey], alpha.flat().map((pixel) => 255 - pixel[3]), 'transparent is paper');
+    assert.deepEqual(await greyOf({ width, height, colour: 6, rows: alpha, adam7 }), alpha.flat().map((pixel) => 255 - pixel[3]), 'transparent is paper');
     const indexed = shades(width, height, 2, (value) => [value]);
     const extra = [chunk('PLTE', Buffer.from([0, 0, 0, 255, 255, 255, 10, 10, 10])), chunk('tRNS', Buffer.from([255, 255, 0]))];
-    assert.deepEqual([...decodePng(png({ width, height, colour: 3, depth: 2, rows: indexed, extra, adam7 })).grey], indexed.flat(2).map((value) => [0, 255, 255][value]));
+    assert.deepEqual(await greyOf({ width, height, colour: 3, depth: 2, rows: indexed, extra, adam7 }), indexed.flat(2).map((value) => [0, 255, 255][value]));
   }
+});
+
+test('a JPEG in grey; what it is not, or is too large for', () => {
+  const data = Buffer.from(Array.from({ length: 24 * 16 }, (_, n) => [n % 24 < 12 ? 250 : 5, n % 24 < 12 ? 250 : 5, 0, 255]).flat());
+  const file = Buffer.from(jpeg.encode({ data, width: 24, height: 16 }, 95).data);
+  const { width, height, grey } = decodeJpeg(file);
+  assert.deepEqual([width, height, grey.length], [24, 16, 384]);
+  for (const [n, value] of grey.entries()) assert.ok(Math.abs(value - (n % 24 < 12 ? 221 : 4)) < 25, `${n}: ${value}`);
+  const frame = file.indexOf(Buffer.from([0xff, 0xc0]));
+  const changed = (at, ...bytes) => { const copy = Buffer.from(file); copy.set(bytes, frame + at); return copy; };
+  const refused = { 'of 65535 lines': changed(5, 0xff, 0xff), 'of no width': changed(7, 0, 0), lossless: changed(1, 0xc3), 'two sizes': changed(5, 0, 200),
+    'cut off': file.subarray(0, frame + 30), 'its head alone': file.subarray(0, 4) };
+  for (const [name, bytes] of Object.entries(refused)) assert.throws(() => decodeJpeg(bytes), PictureError, name);
 });
 
 test('scaled by means, and as grey in dots as on paper', () => {

@@ -6,8 +6,6 @@ import { storedJobs } from './support/store.mjs';
 import { talkingPrinter } from './support/talking-printer.mjs';
 import { ORIGIN, raw, siteOf, text } from './support/site.mjs';
 import { translateToStar } from '../../agent/lib/print/star-translate.mjs';
-import { commandBytes } from '../../agent/lib/print/command-bytes.mjs';
-import { SiteJobs } from '../../agent/lib/jobs/site-jobs.mjs';
 
 const LATIN = { codepage: { encoding: 'windows-1252', escT: 16 } };
 
@@ -60,44 +58,6 @@ test('every command and option on an ESC/POS printer', async (t) => {
   await service.post('/admin/profile', { id, profile: { cut: 'none', drawerPin: 'none' } });
   assert.ok(!(await bytesOf({ kind: 'commands', commands: [{ type: 'text', text: 'x' }], options: { cut: true } })).includes('\x1dV'), 'there is no knife');
   assert.equal(printer.jobs.length, before + 1);
-});
-
-test('a QR code is no wider than the paper: printers leave such a one out', async () => {
-  // Module widths asked for and given; 25 modules along an edge from 15 bytes on.
-  const rows = [['x'.repeat(14), 384, 16, 16], ['x'.repeat(15), 384, 16, 15], ['x'.repeat(15), 576, 16, 16], ['x'.repeat(300), 384, undefined, 5], ['AB', 384, undefined, 6]];
-  for (const [data, dots, size, given] of rows) {
-    const sent = async (protocol) => (await commandBytes([{ type: 'qr', data, ...(size ? { size } : {}) }], { protocol, profile: {}, dots })).bytes.toString('latin1');
-    assert.ok((await sent('escpos')).includes(`\x1d(k\x03\x001C${String.fromCharCode(given)}`), `${data.length} bytes on ${dots} dots`);
-    assert.ok((await sent('starline')).includes(`\x1b\x1dyS2${String.fromCharCode(Math.min(8, given))}`));
-  }
-});
-
-test('a barcode is no wider than the paper: printers leave such a one out', async () => {
-  // Symbology, content, dots of the paper, width asked for, GS w sent, Star's mode sent.
-  const rows = [
-    ['code128', 'x'.repeat(14), 384, 3, 2, 1], ['code128', 'x'.repeat(14), 576, 6, 3, 2], ['code128', 'x'.repeat(15), 384, undefined, 1, 1], ['code128', 'AB', 384, 6, 6, 3],
-    ['ean13', '400638133393', 384, 6, 4, 3], ['ean13', '400638133393', 384, undefined, 2, 2], ['ean8', '9638507', 384, 6, 5, 3], ['upca', '03600029145', 576, 6, 6, 3],
-    ['code39', 'A'.repeat(11), 384, undefined, 2, 1], ['code39', 'A'.repeat(12), 384, undefined, 1, 1], ['code39', 'A'.repeat(4), 384, 4, 4, 3],
-    ['itf', '1'.repeat(22), 384, undefined, 2, 1], ['itf', '1'.repeat(24), 384, undefined, 1, 1], ['itf', '12', 384, 6, 6, 3],
-    ['codabar', `A${'1'.repeat(15)}B`, 384, undefined, 2, 1], ['codabar', `A${'1'.repeat(16)}B`, 384, undefined, 1, 1], ['codabar', `A${':'.repeat(14)}B`, 384, undefined, 1, 1],
-    ['code128', 'x'.repeat(80), 384, 6, 1, 1], ['ean13', '400638133393', 384, 1, 1, 1],
-  ];
-  for (const [format, data, dots, width, given, mode] of rows) {
-    const sent = async (protocol) => (await commandBytes([{ type: 'barcode', format, data, ...(width ? { width } : {}) }], { protocol, profile: {}, dots })).bytes.toString('latin1');
-    // A printer that knows no width of 1 keeps the 2 before it.
-    const widths = given === 1 ? '\x1dw\x02\x1dw\x01' : `\x1dw${String.fromCharCode(given)}`;
-    assert.ok((await sent('escpos')).includes(`\x1dhP${widths}\x1dH`), `${format} of ${data.length} on ${dots} dots, asked ${width}`);
-    assert.equal((await sent('starline')).at(-7 - data.length), String.fromCharCode(mode), `${format} of ${data.length} on ${dots} dots, asked ${width}, Star`);
-  }
-});
-
-test('drawn texts stand in place of letters', async () => {
-  const picture = { width: 16, height: 2, rows: Buffer.from('abcd') };
-  const { bytes, text: read } = await commandBytes([{ type: 'text', text: 'سلام' }, { type: 'feed' }], {
-    protocol: 'escpos', profile: {}, dots: 384, drawTexts: async (commands, { columns }) => commands.map(({ type }) => (type === 'text' && columns === 32 ? picture : null)),
-  });
-  assert.ok(bytes.toString('latin1').endsWith('\x1dv0\x00\x02\x00\x02\x00abcd\x1bd\x01'));
-  assert.equal(read, 'سلام\n\n');
 });
 
 test('a Star printer gets its own words, and translated ones', async (t) => {
@@ -302,23 +262,6 @@ test('thirty jobs wait for a printer, the next is refused', async (t) => {
   assert.equal(answers.filter(({ status }) => status === 202).length, 30);
   assert.deepEqual([...new Set(answers.filter(({ status }) => status !== 202).map(({ status, body }) => `${status} ${body.error.code}`))], ['409 queue_busy']);
   assert.equal(typeof await site.print('paper', text('x')), 'string', 'other printers are not concerned');
-});
-
-test('forty jobs are made at one time, the next has to come again', async () => {
-  const drawn = [];
-  const siteJobs = new SiteJobs({
-    printers: { resolve: () => ({ id: 'p', protocol: 'escpos', profile: {} }) }, queue: { checkRoom() {}, accept: async () => ({ id: 'j' }) }, history: {},
-    drawTexts: () => new Promise((resolve) => { drawn.push(() => resolve([])); }),
-  });
-  const submit = () => siteJobs.submit(ORIGIN, { printer: 'p', ...text('x') });
-  const taken = Array.from({ length: 40 }, submit);
-  await assert.rejects(submit, { status: 503, code: 'busy', headers: { 'Retry-After': '2' } });
-  assert.equal((await siteJobs.submit(ORIGIN, { printer: 'p', ...raw('x') })).id, 'j', 'ready bytes have nothing to wait for');
-  drawn.splice(0).forEach((done) => done());
-  await Promise.all(taken);
-  const next = submit();
-  drawn[0]();
-  assert.equal((await next).id, 'j');
 });
 
 test('an ordinary printer gets documents as they are, with copies and paper', async (t) => {

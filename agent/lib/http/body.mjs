@@ -20,6 +20,8 @@ export const HELD_BYTES = 52 * 1024 * 1024;
 /** How long a body may take to come, in milliseconds. */
 export const BODY_MS = 30_000;
 
+const BACKSLASH = 0x5c;
+
 let held = 0;
 
 const tooLarge = () => new ApiError(413, 'too_large', 'الطلب أكبر من الحد المسموح.');
@@ -41,7 +43,8 @@ export async function readJsonBody(request, limit = BODY_BYTES, { patienceMs = B
 }
 
 /**
- * Reads the body of a print job: as readJsonBody(), with room for a file in `data`.
+ * Reads the body of a print job: as readJsonBody(), with room for a file in `data`, which may come as the bytes of its
+ * text; they are the receiver's own.
  * @param {import('node:http').IncomingMessage} request
  * @returns {Promise<object>}
  * @throws {ApiError} 413 also when it is not `data` that makes it long
@@ -54,7 +57,9 @@ export async function readJobBody(request) {
   const job = objectOf(split.rest);
   // It stood elsewhere: in an option, say.
   if (job.data !== split.mark) throw tooLarge();
-  return { ...job, data: parse(textOf(split.literal)) };
+  const text = split.literal.subarray(1, -1);
+  // Nothing is escaped in it: handed on as the bytes that came, for whoever decodes them aside.
+  return { ...job, data: text.includes(BACKSLASH) ? parse(textOf(split.literal)) : text };
 }
 
 function readBytes(request, limit, patienceMs) {

@@ -1,104 +1,125 @@
-import { ApiError, invalidRequest, unsupportedImage } from '../api-error.mjs';
+import { ApiError, unsupportedImage } from '../api-error.mjs';
 import { checkCommands } from '../print/commands.mjs';
-import { commandBytes, readable } from '../print/command-bytes.mjs';
-import { finish } from '../print/finish.mjs';
-import { checkPng } from '../print/picture-files.mjs';
-import { isWholePdf } from '../print/pdf.mjs';
-import { rasterBytes } from '../print/raster.mjs';
+import { drawText } from '../print/draw-text.mjs';
+import { commandOperations, finishOperations } from '../print/operations.mjs';
+import { ownJob } from '../print/own-jobs.mjs';
+import { isWholePdf, renderPdf } from '../print/pdf.mjs';
+import { checkPicture, pictureDots } from '../print/picture-files.mjs';
+import { render } from '../print/render.mjs';
 import { translateToStar } from '../print/star-translate.mjs';
 import { dotsOf, invalidOptions } from '../public/options.mjs';
+import { decodeData, rawPayload } from './data.mjs';
 
-/** Kinds of sites' jobs. */
-export const KINDS = Object.freeze(['commands', 'raw', 'raster', 'image', 'pdf']);
-
-// A job's bytes with all its copies.
-const MAX_PAYLOAD = 64 * 1024 * 1024;
-const ORDINARY_COLUMNS = 80;
+// A job's bytes after their translation.
+const MAX_TRANSLATED = 64 * 1024 * 1024;
+// 80 columns.
+const ORDINARY_DOTS = 960;
 
 /**
- * What a job's `data` holds.
- * @param {{ kind: string, data?: unknown, encoding?: unknown }} job
- * @returns {Buffer} at least one byte
- * @throws {ApiError} 400 invalid_request, invalid_payload
+ * @typedef {{ bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number, media?: string }} Payload
+ *   text = what a person would read; raw = the bytes are in the printer's own language; repeats = how often they hold
+ *     the
+ *   same receipt; copies = how often the print system is to print it
+ * @typedef {{ engine: import('../print/textrender.mjs').TextEngine | null, pdfrender?: string | null,
+ *   onFailure?: (reason: string) => void }} Tools onFailure = texts could not be drawn, and went through the code page
  */
-export function decodeData({ kind, data, encoding = 'base64' }) {
-  if (encoding !== 'base64' && !(encoding === 'hex' && kind === 'raw')) throw invalidRequest('قيمة encoding غير صالحة.');
-  const text = typeof data === 'string' ? data.replace(/\s+/g, '') : '';
-  const isSound = encoding === 'hex' ? /^(?:[0-9a-f]{2})+$/i.test(text) : text.length % 4 === 0 && /^[A-Za-z0-9+/]+={0,2}$/.test(text);
-  if (!isSound) throw new ApiError(400, 'invalid_payload', `الحقل data ليس نص ${encoding} صالحًا.`);
-  return Buffer.from(text, encoding);
+
+/**
+ * Makes a job's bytes: of a site's job (it has `job` and `options`), or of one of the person at this computer.
+ * Takes as long as it takes: for a thread of its own.
+ * @param {Record<string, any>} task of ownJob(), or { job, options, printer } of payloadOf()
+ * @param {Tools} tools
+ * @returns {Promise<Payload>}
+ * @throws {ApiError}
+ */
+export async function makePayload(task, tools) {
+  if (task.job) return payloadOf(task.job, task.options, task.printer, tools);
+  const { operations, dots } = ownJob(task);
+  const { protocol } = task.printer;
+  const target = { protocol, profile: task.printer.profile, dots };
+  return { ...await printed(operations, target, tools), raw: protocol !== 'none' };
 }
 
 /**
  * Makes the bytes of a site's job.
  * @param {{ kind: string, commands?: unknown, data?: unknown, encoding?: unknown }} job
- * @param {object} options checked
- * @param {object} printer
- * @param {{ pictures: import('../print/picture-files.mjs').Pictures, drawTexts?: Function }} tools
- * @returns {Promise<{ bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number, media?: string }>}
- *   repeats = how often the bytes hold the same receipt; copies = how often the print system is to print it
+ * @param {Record<string, any>} options checked
+ * @param {{ type: string, protocol: string, profile: Record<string, any> }} printer
+ * @param {Tools} tools
+ * @returns {Promise<Payload>}
  * @throws {ApiError}
  */
 export async function payloadOf(job, options, printer, tools) {
-  const made = printer.protocol === 'none' ? ordinary(job, options, printer) : await thermal(job, options, printer, tools);
-  const { copies = 1, media } = options;
-  if (!made.raw) return { ...made, copies, media };
-  if (made.bytes.length * copies > MAX_PAYLOAD) throw invalidOptions('copies');
-  return { ...made, bytes: copies === 1 ? made.bytes : Buffer.concat(Array(copies).fill(made.bytes)), repeats: copies };
+  const make = printer.protocol === 'none' ? ordinary : thermal;
+  const made = await make(job, options, printer, tools);
+  return made.raw ? rawPayload(made, options) : { ...made, copies: options.copies ?? 1, media: options.media };
 }
 
-async function thermal(job, options, printer, { pictures, drawTexts }) {
+async function printed(operations, target, tools) {
+  return render(await drawText(operations, target, tools), target);
+}
+
+async function thermal(job, options, printer, tools) {
   const { protocol, profile } = printer;
-  const target = { dots: dotsOf(options, profile), dither: options.dither ?? profile.dither ?? 'threshold' };
-  const ended = (bytes, text, cuts) => ({
-    bytes: Buffer.concat([bytes, finish(options, { protocol, profile, cuts })]), text: `${text}${cuts || options.cut ? '[cut]\n' : ''}`, raw: true,
-  });
+  const dither = options.dither ?? profile.dither ?? 'threshold';
+  const target = { protocol, profile, dots: dotsOf(options, profile), dither };
+  const { operations, cuts } = await contentOf(job, options, target, tools);
+  const finished = [...operations, ...finishOperations(options, { profile, cuts })];
+  return { ...await printed(finished, target, tools), raw: true };
+}
+
+/** A job's content as operations, and whether it is cut off where the job says nothing about it. */
+async function contentOf(job, options, target, tools) {
   if (job.kind === 'commands') {
-    const commands = checkCommands(job.commands);
-    const { bytes, text } = await commandBytes(commands, { protocol, profile, dots: target.dots, drawTexts });
-    return ended(bytes, text, commands.some(({ type }) => ['text', 'barcode', 'qr'].includes(type)) && !commands.some(({ type }) => type === 'cut'));
+    const operations = commandOperations(checkCommands(job.commands), target.profile);
+    const has = (...kinds) => operations.some(({ op }) => kinds.includes(op));
+    return { operations, cuts: has('text', 'barcode', 'qr') && !has('cut') };
   }
   const file = decodeData(job);
   if (job.kind === 'raw' || job.kind === 'raster') {
-    const bytes = protocol === 'starline' && options.translate !== false ? inStarLine(file) : file;
-    return ended(bytes, `[${job.kind}: ${file.length} bytes]\n`, false);
+    const isTranslated = target.protocol === 'starline' && options.translate !== false;
+    const bytes = isTranslated ? inStarLine(file) : file;
+    return { operations: [{ op: 'bytes', bytes, note: sizeNote(job, file) }], cuts: false };
   }
-  const drawn = job.kind === 'image' ? await pictures.fromPng(file, target) : await drawPdf(file, target, pictures);
-  const begin = Buffer.of(0x1b, 0x40);
-  return ended(Buffer.concat([begin, ...drawn.map((picture) => rasterBytes(picture, protocol))]), `[${job.kind}: ${drawn.length} x ${target.dots} dots]\n`, true);
+  if (job.kind === 'pdf') checkPdf(file);
+  const pictures = job.kind === 'pdf'
+    ? await renderPdf(tools.pdfrender, file, target)
+    : [await pictureDots(file, target)];
+  const note = `[${job.kind}: ${pictures.length} x ${target.dots} dots]`;
+  const begin = { op: 'bytes', bytes: Buffer.of(0x1b, 0x40), note };
+  return { operations: [begin, ...pictures.map((picture) => ({ op: 'raster', picture }))], cuts: true };
 }
+
+const sizeNote = ({ kind }, file) => `[${kind}: ${file.length} bytes]`;
 
 function inStarLine(file) {
   try {
-    return translateToStar(file, MAX_PAYLOAD);
+    return translateToStar(file, MAX_TRANSLATED);
   } catch (error) {
     if (!(error instanceof RangeError)) throw error;
     throw new ApiError(400, 'invalid_payload', 'محتوى الطباعة أطول من الحد المسموح بعد تحويله إلى لغة الطابعة.');
   }
 }
 
-function drawPdf(file, target, pictures) {
-  checkPdf(file);
-  return pictures.fromPdf(file, target);
-}
-
 /** An ordinary printer takes documents and text; receipts' commands mean nothing to it. */
-function ordinary(job, options, printer) {
+async function ordinary(job, options, printer, tools) {
   const refuse = () => { throw new ApiError(409, 'unsupported_command', 'هذه طابعة عادية لا تدعم هذا الأمر.'); };
   if (options.openDrawer) refuse();
   if (job.kind === 'commands') {
     const commands = checkCommands(job.commands);
     if (commands.some(({ type }) => !['text', 'feed', 'cut', 'beep'].includes(type))) refuse();
-    const printed = readable(commands.filter(({ type }) => type === 'text' || type === 'feed'), ORDINARY_COLUMNS);
-    const clean = printed.replace(/[^\P{Cc}\n]/gu, '').replaceAll('\n', '\r\n');
-    return { bytes: Buffer.from(`${clean}\f`, 'utf8'), text: printed, raw: printer.type !== 'cups' };
+    const target = { protocol: 'none', profile: printer.profile, dots: ORDINARY_DOTS };
+    const operations = commandOperations(commands, printer.profile);
+    return { ...await printed(operations, target, tools), raw: printer.type !== 'cups' };
   }
   const file = decodeData(job);
-  const text = `[${job.kind}: ${file.length} bytes]\n`;
+  const text = `${sizeNote(job, file)}\n`;
   if (job.kind === 'raw' || job.kind === 'raster') return { bytes: file, text, raw: true };
   if (job.kind === 'image') {
-    checkPng(file);
-    if (printer.type === 'net') throw unsupportedImage('هذه الطابعة لا تقبل الصور مباشرة. أرسل ملف PDF أو أضفها من إعدادات النظام.');
+    checkPicture(file);
+    if (printer.type === 'net') {
+      throw unsupportedImage('هذه الطابعة لا تقبل الصور مباشرة. أرسل ملف PDF أو أضفها من إعدادات النظام.');
+    }
   } else {
     checkPdf(file);
     if (printer.type === 'net' && options.copies > 1) throw invalidOptions('copies');

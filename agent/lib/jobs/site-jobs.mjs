@@ -1,68 +1,70 @@
+import { webcrypto } from 'node:crypto';
 import { setMaxListeners } from 'node:events';
 import { ApiError, invalidRequest, unknownField } from '../api-error.mjs';
 import { isPlainText } from '../validate.mjs';
 import { DEFAULT_WAIT_SECONDS, checkOptions } from '../public/options.mjs';
+import { SMALL_DATA } from './data.mjs';
 import { Idempotency } from './idempotency.mjs';
-import { KINDS, payloadOf } from './payload.mjs';
 import { hasEnded } from './history.mjs';
 
 const FIELDS = ['printer', 'kind', 'commands', 'data', 'encoding', 'options', 'jobName', 'idempotencyKey'];
 
-// Jobs whose bytes are being made at one time: texts are drawn one after the other, and long ones take a while.
-const MAX_MAKING = 40;
-// Their bytes are there already: these stand in nobody's line.
-const READY = ['raw', 'raster'];
+/** Kinds of sites' jobs. */
+export const KINDS = Object.freeze(['commands', 'raw', 'raster', 'image', 'pdf']);
 
 /** Jobs of sites: each sees its own only. */
 export class SiteJobs {
   #printers;
   #queue;
   #history;
-  #tools;
+  #maker;
   #idempotency;
-  #making = 0;
 
-  /** @param {{ printers: object, queue: import('./queue.mjs').JobQueue, history: object, pictures: object, drawTexts?: Function }} parts */
-  constructor({ printers, queue, history, pictures, drawTexts }) {
+  /**
+   * @param {{ printers: import('../printers/registry.mjs').Printers, queue: import('./queue.mjs').JobQueue,
+   *   history: import('./history.mjs').JobHistory, maker: import('./submit.mjs').Maker }} parts
+   */
+  constructor({ printers, queue, history, maker }) {
     this.#printers = printers;
     this.#queue = queue;
     this.#history = history;
-    this.#tools = { pictures, drawTexts };
+    this.#maker = maker;
     this.#idempotency = new Idempotency(history);
   }
 
   /**
    * Accepts a job.
    * @param {string} origin
-   * @param {object} body the request's
+   * @param {Record<string, any>} body the request's; its data may be the bytes of the text, which are taken over
    * @param {string} [headerKey] its Idempotency-Key; goes before the one in the body
    * @returns {Promise<object>} the job's record
    * @throws {ApiError}
    */
-  submit(origin, { idempotencyKey, ...job }, headerKey) {
-    const extra = Object.keys(job).find((name) => !FIELDS.includes(name));
+  async submit(origin, { idempotencyKey, ...given }, headerKey) {
+    const extra = Object.keys(given).find((name) => !FIELDS.includes(name));
     if (extra !== undefined) throw unknownField(extra);
-    if (!KINDS.includes(job.kind)) throw invalidRequest('قيمة kind غير صالحة.');
-    if (typeof job.printer !== 'string') throw invalidRequest('حدّد الطابعة في الحقل printer.');
-    if (job.jobName !== undefined && !isPlainText(job.jobName)) throw invalidRequest('قيمة jobName غير صالحة.');
-    const options = checkOptions(job.options);
-    return this.once(origin, headerKey ?? idempotencyKey, job, async (record) => {
+    if (!KINDS.includes(given.kind)) throw invalidRequest('قيمة kind غير صالحة.');
+    if (typeof given.printer !== 'string') throw invalidRequest('حدّد الطابعة في الحقل printer.');
+    if (given.jobName !== undefined && !isPlainText(given.jobName)) throw invalidRequest('قيمة jobName غير صالحة.');
+    const options = checkOptions(given.options);
+    const key = headerKey ?? idempotencyKey;
+    const isText = typeof given.data === 'string';
+    const job = isText && given.data.length > SMALL_DATA ? { ...given, data: Buffer.from(given.data) } : given;
+    const isAside = job.data instanceof Uint8Array;
+    const content = key !== undefined && isAside ? { ...job, data: await digestOf(job.data) } : job;
+    return this.once(origin, key, content, async (record) => {
       const printer = this.#printers.resolve(job.printer);
       this.#queue.checkRoom(printer.id);
-      const payload = await this.#payloadOf(job, options, printer);
+      const payload = await this.#payloadOf(origin, job, options, printer);
       const maxWaitMs = (options.maxWaitSeconds ?? DEFAULT_WAIT_SECONDS) * 1000;
-      return this.#queue.accept(printer, job.kind, payload, { maxWaitMs, record: { ...record, ...(job.jobName ? { jobName: job.jobName } : {}) } });
+      const named = job.jobName ? { ...record, jobName: job.jobName } : record;
+      return this.#queue.accept(printer, job.kind, payload, { maxWaitMs, record: named });
     });
   }
 
-  async #payloadOf(job, options, printer) {
-    if (this.#making >= MAX_MAKING && !READY.includes(job.kind)) throw new ApiError(503, 'busy', 'طلبات طباعة كثيرة قيد التجهيز. حاول بعد قليل.', { 'Retry-After': '2' });
-    this.#making += 1;
-    try {
-      return await payloadOf(job, options, printer, this.#tools);
-    } finally {
-      this.#making -= 1;
-    }
+  #payloadOf(origin, { kind, commands, data, encoding }, options, { type, protocol, profile }) {
+    const task = { job: { kind, commands, data, encoding }, options, printer: { type, protocol, profile } };
+    return this.#maker.make(task, { asker: origin });
   }
 
   /** Carries a print request out once for its key; `make` gets what the job's record says of the site. */
@@ -86,7 +88,7 @@ export class SiteJobs {
   /**
    * Waits until any of several jobs has changed, as JobHistory.changed() does for one; one that is not there is news.
    * @param {{ after: number[], waitMs: number, signal: AbortSignal }} how after = a revision for each id, or none
-   * @returns {Promise<object[]>} those of this site's that are there
+   * @returns {Promise<Record<string, any>[]>} those of this site's that are there
    */
   async followAll(origin, ids, { after, waitMs, signal }) {
     const own = () => ids.map((id) => this.#history.find(id)).filter((job) => job?.origin === origin);
@@ -97,7 +99,8 @@ export class SiteJobs {
     const end = () => over.abort();
     signal.addEventListener('abort', end, { once: true });
     if (signal.aborted) end();
-    const changes = jobs.map(({ id, revision = 0 }, index) => this.#history.changed(id, after[index] ?? revision, waitMs, over.signal));
+    const changes = jobs.map(({ id, revision = 0 }, index) => (
+      this.#history.changed(id, after[index] ?? revision, waitMs, over.signal)));
     await Promise.race(changes);
     signal.removeEventListener('abort', end);
     end();
@@ -108,8 +111,12 @@ export class SiteJobs {
   cancel(origin, id) {
     const { status } = this.get(origin, id);
     if (status !== 'cancelled' && !this.#queue.cancel(id)) {
-      throw new ApiError(409, 'not_cancellable', hasEnded(status) ? 'انتهت هذه الوظيفة.' : 'بدأت طباعة هذه الوظيفة ولا يمكن إلغاؤها.');
+      const why = hasEnded(status) ? 'انتهت هذه الوظيفة.' : 'بدأت طباعة هذه الوظيفة ولا يمكن إلغاؤها.';
+      throw new ApiError(409, 'not_cancellable', why);
     }
     return this.get(origin, id);
   }
 }
+
+/** Stands for data in comparisons; made on a thread of the system. */
+const digestOf = async (data) => Buffer.from(await webcrypto.subtle.digest('SHA-256', data)).toString('hex');

@@ -8,17 +8,23 @@ const MAX_QR = 600;
 // Beyond this, cents are no longer exact in a double.
 const MAX_AMOUNT = 1e13;
 
-const TEXTS = ['currency', 'businessName', 'subtitle', 'address', 'phone', 'taxNumber', 'title', 'receiptNo', 'customer',
-  'cashier', 'payment', 'discount', 'vatPercent', 'qrData', 'barcodeFormat', 'barcodeData', 'footer', 'footerNote'];
+const TEXTS = ['currency', 'businessName', 'subtitle', 'address', 'phone', 'taxNumber', 'title', 'receiptNo',
+  'customer', 'cashier', 'payment', 'discount', 'vatPercent', 'qrData', 'barcodeFormat', 'barcodeData', 'footer',
+  'footerNote'];
 const SWITCHES = ['qrEnabled', 'barcodeEnabled', 'cut', 'drawer', 'beep'];
 const PAPER_MM = [58, 72, 80];
+// Codabar is left to sites, which know of its start and stop characters.
+const FORMATS = BARCODE_FORMATS.filter((format) => format !== 'codabar');
+
+/** Whether a text has anything but blanks; what counts as one is what Qt's QString::trimmed() takes away. */
+export const isFilled = (text) => /[^\p{Z}\t-\r\u0085]/u.test(text);
 
 const isText = (value) => typeof value === 'string' && value.length <= MAX_TEXT;
 
 /**
  * Checks a receipt of the designer: all 26 keys, each with its type and within its limits.
  * @param {unknown} doc
- * @returns {object} the same document
+ * @returns {Record<string, any>} the same document
  * @throws {ApiError} 400
  */
 export function checkDesignerDoc(doc) {
@@ -30,9 +36,10 @@ export function checkDesignerDoc(doc) {
   if (!Number.isInteger(doc.qrSize) || doc.qrSize < 1 || doc.qrSize > 16) refuse('qrSize');
   if (doc.qrEnabled && doc.qrData.length > MAX_QR) refuse('qrData'); // what is not printed may be anything
   if (!Array.isArray(doc.items) || doc.items.length > MAX_ITEMS) refuse('items');
-  for (const item of doc.items) if (!isObject(item) || !['name', 'qty', 'price'].every((key) => isText(item[key]))) refuse('items');
-  if (!BARCODE_FORMATS.includes(doc.barcodeFormat)) refuse('barcodeFormat');
-  if (doc.barcodeEnabled && doc.barcodeData.trim() !== '' && !isBarcode(doc.barcodeFormat, doc.barcodeData)) {
+  const isItem = (item) => isObject(item) && ['name', 'qty', 'price'].every((key) => isText(item[key]));
+  if (!doc.items.every(isItem)) refuse('items');
+  if (!FORMATS.includes(doc.barcodeFormat)) refuse('barcodeFormat');
+  if (doc.barcodeEnabled && isFilled(doc.barcodeData) && !isBarcode(doc.barcodeFormat, doc.barcodeData)) {
     throw invalidRequest('بيانات الباركود لا تناسب نوعه.');
   }
   const { total, subtotal } = totalsOf(doc);
@@ -61,7 +68,8 @@ export const cents = (value) => wholeCents(value * 100) / 100;
 
 /**
  * The receipt's amounts, each rounded to the cent where it arises. VAT comes on top of the net amount.
- * @returns {{ lines: { name: string, qty: number, price: number, total: number }[], subtotal: number, discount: number, vatRate: number, vat: number, total: number }}
+ * @returns {{ lines: { name: string, qty: number, price: number, total: number }[], subtotal: number, discount: number,
+ *   vatRate: number, vat: number, total: number }}
  */
 export function totalsOf({ items, discount, vatPercent }) {
   const lines = items.map(({ name, qty, price }) => {

@@ -1,12 +1,18 @@
 /** Width of a character of font A, which sets the columns. */
 export const DOTS_OF_COLUMN = 12;
 
+/** Dots in a line of the papers a receipt is designed for, by their width in millimetres. */
+export const PAPER_DOTS = Object.freeze({ 58: 384, 72: 512, 80: 576 });
+
+/** Characters of font A in a line of so many dots, at least one. */
+export const columnsOfDots = (dots) => Math.max(1, Math.floor(dots / DOTS_OF_COLUMN));
+
 /** Columns a text takes: one for each character, none for marks and invisible ones. */
 export function columnsOf(text) {
   if (/^[\x20-\x7e]*$/.test(text)) return text.length;
-  let columns = 0;
-  for (const character of text) if (!/[\p{M}\p{Cc}\p{Cf}]/u.test(character)) columns += 1;
-  return columns;
+  const visible = text.replace(/[\p{M}\p{Cc}\p{Cf}]/gu, '');
+  const pairs = visible.match(/[\ud800-\udbff][\udc00-\udfff]/g)?.length ?? 0;
+  return visible.length - pairs;
 }
 
 /**

@@ -1,10 +1,3 @@
-const ESC = 0x1b;
-const GS = 0x1d;
-
-// Printers with little memory lose rows of a larger piece.
-const BAND_ROWS = 255;
-const STAR_ROWS = 24;
-
 /**
  * Scales a grey picture to a width, each dot the mean of what it covers.
  * @param {{ width: number, height: number, grey: Uint8Array }} picture
@@ -22,7 +15,9 @@ export function scaleToWidth(picture, width) {
       const left = Math.min(picture.width - 1, Math.floor(x * ratio));
       const right = Math.min(picture.width, Math.max(left + 1, Math.floor((x + 1) * ratio)));
       let sum = 0;
-      for (let row = top; row < bottom; row += 1) for (let at = row * picture.width + left; at < row * picture.width + right; at += 1) sum += picture.grey[at];
+      for (let row = top; row < bottom; row += 1) {
+        for (let at = row * picture.width + left; at < row * picture.width + right; at += 1) sum += picture.grey[at];
+      }
       grey[y * width + x] = Math.round(sum / ((bottom - top) * (right - left)));
     }
   }
@@ -33,7 +28,8 @@ export function scaleToWidth(picture, width) {
  * Makes black and white of grey.
  * @param {{ width: number, height: number, grey: Uint8Array }} picture
  * @param {'threshold'|'floyd'} dither sharp, or with Floyd and Steinberg's spreading of the error
- * @returns {{ width: number, height: number, rowBytes: number, bits: Buffer }} 1 = black, the leftmost dot in the highest bit
+ * @returns {{ width: number, height: number, rowBytes: number, bits: Buffer }} 1 = black, the leftmost dot in the
+ *   highest bit
  */
 export function toBits({ width, height, grey }, dither) {
   const rowBytes = Math.ceil(width / 8);
@@ -61,34 +57,4 @@ export function trimEnd({ width, height, rowBytes, bits }) {
   let rows = height;
   while (rows > 0 && bits.subarray((rows - 1) * rowBytes, rows * rowBytes).every((byte) => byte === 0)) rows -= 1;
   return { width, height: rows, rowBytes, bits: bits.subarray(0, rows * rowBytes) };
-}
-
-/**
- * A picture as a printer's raster commands, from the left edge.
- * @param {{ height: number, rowBytes: number, bits: Buffer }} picture
- * @param {'escpos'|'starline'} protocol
- * @returns {Buffer}
- */
-export function rasterBytes(picture, protocol) {
-  return protocol === 'starline' ? starBands(picture) : escposBands(picture);
-}
-
-function escposBands({ height, rowBytes, bits }) {
-  const parts = [];
-  for (let row = 0; row < height; row += BAND_ROWS) {
-    const rows = Math.min(BAND_ROWS, height - row);
-    parts.push(Buffer.of(GS, 0x76, 0x30, 0, rowBytes & 0xff, rowBytes >> 8, rows & 0xff, rows >> 8), bits.subarray(row * rowBytes, (row + rows) * rowBytes));
-  }
-  return Buffer.concat(parts);
-}
-
-/** Bands of 24 rows, set 24 dots apart; the usual distance of lines afterwards. */
-function starBands({ height, rowBytes, bits }) {
-  const parts = [Buffer.of(ESC, 0x30)];
-  for (let row = 0; row < height; row += STAR_ROWS) {
-    const band = Buffer.alloc(STAR_ROWS * rowBytes);
-    bits.copy(band, 0, row * rowBytes, Math.min(height, row + STAR_ROWS) * rowBytes);
-    parts.push(Buffer.of(ESC, 0x6b, rowBytes & 0xff, rowBytes >> 8), band, Buffer.of(0x0a));
-  }
-  return Buffer.concat([...parts, Buffer.of(ESC, 0x7a, 1)]);
 }

@@ -1,75 +1,74 @@
-import { align, columnsOf, DOTS_OF_COLUMN, row, wrap } from './layout.mjs';
+import { align, columnsOf, columnsOfDots, row, wrap } from './layout.mjs';
 import { escpos } from './escpos.mjs';
 import { starline } from './starline.mjs';
-import { barsOf, fittingModule, fittingWidth } from './symbols.mjs';
+import { holdsCommands, qrPicture } from './qr-picture.mjs';
 import { codepageOf } from './text-encoder.mjs';
 
-// Where the paper has room; Star Line prints none of these barcodes.
-const BARCODE_WIDTH = 2;
-const COLUMNS = { 384: 32, 512: 42, 576: 48, 640: 53 };
-
-/** Characters in a line of font A: from the profile's dots, 48 (80 mm paper) else. */
-export function columnsOfProfile(profile) {
-  return COLUMNS[profile?.dots] ?? 48;
-}
+const LANGUAGES = { escpos, starline };
+// What an ordinary printer can do: text and the end of the page.
+const PLAIN = ['text', 'row', 'rule', 'feed'];
 
 /**
- * Turns a receipt into a printer's bytes and into what a person would read.
- * Operations, printed in order:
- *   { op: 'text', text, align?, bold?, size? }   wrapped; size 1 or 2
- *   { op: 'row', left, right, bold?, size? }     the two ends of a line
+ * The one way from operations to bytes. Operations, printed in order:
+ *   { op: 'text', text, align?, bold?, underline?, invert?, size? }   wrapped; size 1 to 8, or [across, down]
+ *   { op: 'row', left, right, bold?, size? }       the two ends of a line
  *   { op: 'rule' }  { op: 'feed', lines }
- *   { op: 'qr', data, size, ec? }  { op: 'barcode', format, data }
- *   { op: 'raster', picture, of }                a picture in place of the operation `of` (see drawText)
- *   { op: 'page', page }                         selects a code page
+ *   { op: 'qr', data, size?, ec? }  { op: 'barcode', format, data, height?, width?, hri? }
+ *   { op: 'raster', picture, of? }                 a picture { height, rowBytes, bits }; `of` = the operation it
+ *     stands for
+ *   { op: 'page', page }                           selects a code page
  *   { op: 'cut', mode }  { op: 'drawer', pin }  { op: 'beep', count }
- * @param {object[]} operations
- * @param {{ protocol: 'escpos'|'starline'|'none', profile: object, columns: number }} target columns 1 to 255
- * @returns {{ bytes: Buffer, text: string }}
+ *   { op: 'bytes', bytes, note }                   the printer's own language; where they come first nothing goes
+ *     before them
+ * @param {Record<string, any>[]} operations
+ * @param {{ protocol: 'escpos'|'starline'|'none', profile: Record<string, any>, dots: number }} target dots = in a
+ *   line of the paper
+ * @returns {{ bytes: Buffer, text: string }} text = what a person would read
  */
-export function render(operations, { protocol, profile, columns }) {
-  const text = operations.flatMap((operation) => readable(operation, columns)).join('\n') + '\n';
-  if (protocol === 'none') return { bytes: plainPage(operations, columns), text };
-  const language = protocol === 'starline' ? starline : escpos;
+export function render(operations, { protocol, profile, dots }) {
+  const columns = columnsOfDots(dots);
+  if (protocol === 'none') return plainPage(operations.filter(({ op }) => PLAIN.includes(op)), columns);
+  const language = LANGUAGES[protocol];
   const codepage = codepageOf(profile);
-  const parts = [language.begin(codepage)];
-  for (const operation of operations) parts.push(...encode(operation, language, codepage, columns));
-  return { bytes: Buffer.concat(parts), text };
+  const begin = operations[0]?.op === 'bytes' ? [] : [language.begin(codepage)];
+  const parts = operations.map((operation) => encode(operation, language, { codepage, columns, dots }));
+  return { bytes: Buffer.concat([...begin, ...parts]), text: readableText(operations, columns) };
 }
 
-function encode(operation, language, codepage, columns) {
-  const lines = linesOf(operation, columns);
-  if (lines) return lines.map((line) => language.line({ ...operation, text: line }, codepage));
-  switch (operation.op) {
-    case 'feed': return [language.feed(operation.lines)];
-    case 'raster': return [language.raster(operation.picture)];
-    case 'qr': return [language.qr({ ...operation, size: fittingModule(operation, columns * DOTS_OF_COLUMN) })];
-    case 'barcode': return [language.barcode({ ...operation, width: barcodeWidth(operation, columns * DOTS_OF_COLUMN) })];
-    case 'page': return [language.selectPage(operation.page)];
-    case 'cut': return [language.cut(operation.mode)];
-    case 'drawer': return [language.drawer(operation.pin)];
-    case 'beep': return [language.beep(operation.count)];
-    default: throw new TypeError(`unknown operation ${operation.op}`);
-  }
+function encode(operation, language, { codepage, columns, dots }) {
+  const { op } = operation;
+  if (op === 'bytes') return operation.bytes;
+  if (op === 'raster') return language.raster(operation.picture);
+  if (op === 'qr' && holdsCommands(operation.data)) return language.raster(qrPicture(operation, dots));
+  const size = sizeOf(operation);
+  const lines = linesOf(operation, Math.max(1, Math.floor(columns / size[0])));
+  if (lines) return language.text(lines, { ...operation, size }, codepage);
+  return language[op](operation, dots);
 }
 
-const barcodeWidth = ({ format, data }, dots) => fittingWidth(barsOf(format, data), BARCODE_WIDTH, dots, escpos.barcodeDots);
+const sizeOf = ({ size = 1 }) => (Array.isArray(size) ? size : [size, size]);
 
-/** The lines of an operation that is text; null for the others. */
+/** The lines of an operation that is text, in so many columns; null for the others. */
 function linesOf(operation, columns) {
-  const room = Math.floor(columns / (operation.size ?? 1));
   if (operation.op === 'text') {
-    const lines = wrap(operation.text, room);
-    return operation.flushRight ? lines.map((line) => align(line, 'right', room)) : lines;
+    const lines = wrap(operation.text, columns);
+    return operation.flushRight ? lines.map((line) => align(line, 'right', columns)) : lines;
   }
-  if (operation.op === 'row') return row(operation.left, operation.right, room);
+  if (operation.op === 'row') return row(operation.left, operation.right, columns);
   return operation.op === 'rule' ? ['-'.repeat(columns)] : null;
+}
+
+function readableText(operations, columns) {
+  return `${operations.flatMap((operation) => readable(operation, columns)).join('\n')}\n`;
 }
 
 function readable(given, columns) {
   const operation = given.of ?? given;
-  const lines = linesOf({ ...operation, size: 1 }, columns);
-  if (lines) return lines.map((line) => align(line, columnsOf(line) < columns ? operation.align : 'left', columns).trimEnd());
+  const lines = linesOf(operation, columns);
+  if (lines) {
+    const placeOf = (line) => (columnsOf(line) < columns ? operation.align : 'left');
+    return lines.map((line) => align(line, placeOf(line), columns).trimEnd());
+  }
   switch (operation.op) {
     case 'feed': return Array(operation.lines).fill('');
     case 'qr': return [`[QR] ${operation.data}`];
@@ -77,13 +76,12 @@ function readable(given, columns) {
     case 'cut': return [`[cut ${operation.mode}]`];
     case 'drawer': return [`[drawer ${operation.pin}]`];
     case 'beep': return [`[beep ${operation.count}]`];
+    case 'bytes': return operation.note ? [operation.note] : [];
     default: return [];
   }
 }
 
-/** An ordinary printer gets text and the end of the page, no commands. */
 function plainPage(operations, columns) {
-  const printed = operations.filter(({ op }) => ['text', 'row', 'rule', 'feed'].includes(op));
-  const lines = printed.flatMap((operation) => readable(operation, columns)).map((line) => line.replace(/\p{Cc}/gu, ''));
-  return Buffer.from(`${lines.join('\r\n')}\r\n\f`, 'utf8');
+  const text = readableText(operations, columns);
+  return { bytes: Buffer.from(`${text.replace(/[^\P{Cc}\n]/gu, '').replaceAll('\n', '\r\n')}\f`, 'utf8'), text };
 }

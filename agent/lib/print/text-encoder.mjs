@@ -1,28 +1,21 @@
 // The one place where text becomes a printer's bytes. Arabic goes through the printer's own
 // code page, in logical order; the printer shapes and orders it.
+import iconv from 'iconv-lite';
+import { ENCODINGS } from './encodings.mjs';
 
 /** Code page used when the profile names none: Arabic, page 50 of ESC t. */
 export const DEFAULT_CODEPAGE = Object.freeze({ encoding: 'windows-1256', escT: 50 });
 
-// Page numbers that are common among makers; there is none for ISO 8859-6.
-const USUAL_PAGE = { 'windows-1256': 50, 'windows-1252': 16 };
-
+/** @type {Map<string, Map<string, number[]>>} for each encoding the bytes of the characters met so far */
 const tables = new Map();
 
-// Bytes 0x80 to 0x9F of windows-1252: Node.js 20 and others decode them as Latin 1. A dot stands for an unused byte.
-const WINDOWS_1252_LOW = '€.‚ƒ„…†‡ˆ‰Š‹Œ.Ž..‘’“”•–—˜™š›œ.žŸ';
-
-/** Character to byte (0x80 to 0xFF) of a single-byte encoding. */
+/** Character to bytes of a single-byte encoding. */
 function tableOf(encoding) {
   let table = tables.get(encoding);
   if (!table) {
-    table = new Map();
-    const decoder = new TextDecoder(encoding);
-    for (let byte = 0x80; byte <= 0xff; byte += 1) {
-      const character = decoder.decode(Uint8Array.of(byte));
-      if (character !== '\ufffd') table.set(character, byte);
-    }
-    if (encoding === 'windows-1252') [...WINDOWS_1252_LOW].forEach((character, index) => table.set(character, 0x80 + index));
+    const high = Buffer.from(Array.from({ length: 128 }, (_, index) => 0x80 + index));
+    const known = [...iconv.decode(high, encoding)].map((character, index) => [character, [0x80 + index]]);
+    table = new Map(known.filter(([character]) => !/[\ufffd\p{Cc}\p{Cf}]/u.test(character)));
     tables.set(encoding, table);
   }
   return table;
@@ -50,28 +43,36 @@ function digitOf(character) {
 export function codepageOf(profile) {
   if (!profile?.codepage) return DEFAULT_CODEPAGE;
   const { encoding, escT } = profile.codepage;
-  return { encoding, escT: escT ?? USUAL_PAGE[encoding] ?? null };
+  return { encoding, escT: escT ?? ENCODINGS[encoding] ?? null };
 }
 
 /**
  * Encodes printable text. Control characters, invisible direction marks and what neither the code
  * page nor a stand-in has never reach the printer as they are: a text cannot smuggle in a command.
  * @param {string} text one line
- * @param {{ encoding: string }} codepage
+ * @param {{ encoding: string }} codepage one of ENCODINGS
  * @returns {Buffer}
  */
 export function encodeText(text, { encoding }) {
+  if (/^[\x20-\x7e]*$/.test(text)) return Buffer.from(text, 'latin1');
   const table = tableOf(encoding);
   const bytes = [];
-  const put = (character, mayStandIn) => {
-    const code = character.codePointAt(0);
-    if (code >= 0x20 && code < 0x7f) bytes.push(code);
-    else if (table.has(character) && code > 0x9f) bytes.push(table.get(character));
-    else if (/[\p{Cc}\p{Cf}]/u.test(character)) return;
-    else if (digitOf(character) !== null) bytes.push(0x30 + digitOf(character));
-    else if (mayStandIn && STAND_INS.has(character)) for (const each of STAND_INS.get(character)) put(each, false);
-    else if (!/\p{M}/u.test(character)) bytes.push(0x3f);
-  };
-  for (const character of text.normalize('NFC')) put(character, true);
+  for (const character of text.normalize('NFC')) {
+    let own = table.get(character);
+    if (!own) table.set(character, own = bytesOf(character, table, true));
+    for (const byte of own) bytes.push(byte);
+  }
   return Buffer.from(bytes);
+}
+
+function bytesOf(character, table, mayStandIn) {
+  const code = character.codePointAt(0);
+  if (code >= 0x20 && code < 0x7f) return [code];
+  if (/[\p{Cc}\p{Cf}]/u.test(character)) return [];
+  if (table.has(character)) return table.get(character);
+  const digit = digitOf(character);
+  if (digit !== null) return [0x30 + digit];
+  const standIn = mayStandIn ? STAND_INS.get(character) : undefined;
+  if (standIn !== undefined) return [...standIn].flatMap((each) => bytesOf(each, table, false));
+  return /\p{M}/u.test(character) ? [] : [0x3f];
 }

@@ -1,4 +1,5 @@
 import { isObject } from '../validate.mjs';
+import { isEncoding } from '../print/encodings.mjs';
 
 const oneOf = (...values) => (value) => values.includes(value);
 
@@ -12,7 +13,7 @@ export function isAlias(value) {
 function isCodepage(value) {
   if (!isObject(value)) return false;
   const { encoding, escT = 0, ...rest } = value;
-  return ['windows-1256', 'iso-8859-6', 'windows-1252'].includes(encoding)
+  return isEncoding(encoding)
     && Number.isInteger(escT) && escT >= 0 && escT <= 255 && Object.keys(rest).length === 0;
 }
 

@@ -55,41 +55,54 @@ export function closeSoonAfterExit(child) {
 }
 
 /**
- * Runs a program without a shell, in the C locale, and collects its output (1 MiB of each stream at most).
- * Never rejects.
+ * Runs a program without a shell to its end, in the C locale. Never rejects.
  * @param {string} file absolute path
  * @param {string[]} args
- * @param {{ timeoutMs?: number, input?: Uint8Array, signal?: AbortSignal, cwd?: string }} options
- * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean }>}
- *   status -1 when it was killed or could not start
+ * @param {{ timeoutMs?: number, input?: Uint8Array, signal?: AbortSignal, cwd?: string,
+ *   onOutput?: (chunk: Buffer) => void }} options
+ *   onOutput gets standard output as it comes, as much as there is; what it throws ends the program. Without it 1 MiB
+ *   is collected, as it is of standard error.
+ * @returns {Promise<{ status: number, stdout: string, stderr: string, timedOut: boolean, isMissing: boolean,
+ *   thrown?: Error }>}
+ *   status -1 when it was killed or could not start; isMissing = there is no such program; thrown = by onOutput
  */
-export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd } = {}) {
+export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd, onOutput } = {}) {
   return new Promise((resolve) => {
+    const result = { status: -1, timedOut: false, isMissing: false };
     const out = [];
     const err = [];
-    let timedOut = false;
     const child = startProgram(file, args, {
       cwd, env: { ...process.env, LC_ALL: 'C', LANG: 'C' }, stdio: [input ? 'pipe' : 'ignore', 'pipe', 'pipe'],
     });
-    if (!child) return void resolve({ status: -1, stdout: '', stderr: '', timedOut: false });
+    if (!child) return void resolve({ ...result, stdout: '', stderr: '' });
     const kill = () => child.kill('SIGKILL');
-    const timer = setTimeout(() => { timedOut = true; kill(); }, timeoutMs);
+    const timer = setTimeout(() => { result.timedOut = true; kill(); }, timeoutMs);
     signal?.addEventListener('abort', kill, { once: true });
     if (signal?.aborted) kill();
-    collect(child.stdout, out);
+    if (onOutput) hand(child.stdout, onOutput, (error) => { result.thrown ??= error; kill(); });
+    else collect(child.stdout, out);
     collect(child.stderr, err);
-    const settle = (status) => {
+    const settle = () => {
       clearTimeout(timer);
       signal?.removeEventListener('abort', kill);
-      const [stdout, stderr] = [out, err].map((chunks) => Buffer.concat(chunks).toString('utf8'));
-      resolve({ status, stdout, stderr, timedOut });
+      resolve({ ...result, stdout: Buffer.concat(out).toString('utf8'), stderr: Buffer.concat(err).toString('utf8') });
     };
-    child.on('error', () => settle(-1));
+    child.on('error', (error) => { result.isMissing = error.code === 'ENOENT'; settle(); });
     closeSoonAfterExit(child);
-    child.on('close', (status) => settle(status ?? -1));
+    child.on('close', (status) => { result.status = status ?? -1; settle(); });
     if (input && child.stdin) {
       child.stdin.on('error', () => {});
       child.stdin.end(input);
+    }
+  });
+}
+
+function hand(stream, onOutput, onThrow) {
+  stream.on('data', (chunk) => {
+    try {
+      onOutput(chunk);
+    } catch (error) {
+      onThrow(error);
     }
   });
 }

@@ -77,7 +77,7 @@ void amounts(Paper &paper, const DesignerDoc &doc)
     for (const DesignerLine &line : totals.lines) {
         const QString id = line.item.id.toString(QUuid::WithoutBraces);
         paper.text(id, line.item.name);
-        paper.row(id + u'=', QString::number(line.q, 'g', 15) + QStringLiteral(" × ") + QString::number(line.p, 'f', 2),
+        paper.row(id + u'=', inFull(line.q) + QStringLiteral(" × ") + DesignerDoc::moneyWithoutCurrency(line.p),
             doc.money(line.total));
     }
     paper.rule(QStringLiteral("rule3"));
@@ -99,9 +99,10 @@ QList<PreviewLine> previewLines(const DesignerDoc &doc, const QString &stamp)
     header(paper, doc);
     details(paper, doc, stamp);
     amounts(paper, doc);
-    if (doc.qrEnabled)
+    // A symbol without content is not printed, whatever the switches say.
+    if (doc.qrEnabled && isFilled(doc.qrData))
         paper.symbol(QStringLiteral("qrcode"), qrDots(doc.qrData, doc.qrSize, doc.paperWidthMm));
-    if (doc.barcodeEnabled)
+    if (doc.barcodeEnabled && isFilled(doc.barcodeData))
         paper.symbol(QStringLiteral("barcode"), barcodeDots(doc.barcodeFormat, doc.barcodeData, doc.paperWidthMm));
     paper.centred(QStringLiteral("footer"), doc.footer, {}, true);
     paper.centred(QStringLiteral("footerNote"), doc.footerNote);

@@ -1,3 +1,4 @@
+import { qrModules } from '../../../agent/lib/print/symbols.mjs';
 import { bitmap } from './bitmap.mjs';
 
 const CELL = { width: 12, height: 24, line: 30 };
@@ -24,6 +25,8 @@ export function readPaper(bytes, dots) {
     '1b74': () => { paper.page = take(1)[0]; },
     '1b61': () => { paper.align = take(1)[0]; },
     '1b45': () => { paper.bold = take(1)[0] === 1; },
+    '1b2d': () => { take(1); },
+    '1d42': () => { take(1); },
     '1d21': () => { const [size] = take(1); paper.size = [(size >> 4) + 1, (size & 15) + 1]; },
     '1b64': () => { paper.feed(take(1)[0] * CELL.line); },
     '1d7630': () => {
@@ -103,9 +106,7 @@ class Paper {
 
   /** As large as a code of this content is at least: a printer may have a smaller one for digits. */
   qr(data, size) {
-    const version = [14, 26, 42, 62, 84, 106, 122, 152, 180, 213, 251, 287, 331, 362, 412, 450, 504, 560, 624, 666].findIndex((bytes) => bytes >= Buffer.byteLength(data)) + 1;
-    if (version === 0) throw new Error('a QR code too large for this reader');
-    const edge = (17 + 4 * version) * size;
+    const edge = qrModules(data) * size;
     this.#framed({ kind: 'qr', data, size }, edge, edge);
   }
 

@@ -1,5 +1,4 @@
-import { DOTS_OF_COLUMN } from './layout.mjs';
-import { drawPictures } from './textrender.mjs';
+import { DOTS_OF_COLUMN, columnsOfDots } from './layout.mjs';
 
 /**
  * Replaces the lines that a printer's own letters cannot be trusted with (Arabic, and all else beyond ASCII) by
@@ -8,19 +7,18 @@ import { drawPictures } from './textrender.mjs';
  *
  * An operation with `rtl` belongs to a receipt that reads from the right: as soon as one of its lines is drawn, its
  * texts begin at the right edge and its rows are mirrored, drawn or not, so that the columns stay columns.
- * @param {object[]} operations as render() takes them
- * @param {{ protocol: string, profile: object, columns: number }} target as render() takes it
- * @param {{ program?: string, onFailure?: (reason: string) => void }} options program = path of the text engine
- * @returns {Promise<object[]>} never rejects
+ * @param {Record<string, any>[]} operations as render() takes them
+ * @param {{ protocol: string, profile: Record<string, any>, dots: number }} target as render() takes it
+ * @param {{ engine: import('./textrender.mjs').TextEngine | null, onFailure?: (reason: string) => void }} tools
+ * @returns {Promise<Record<string, any>[]>} never rejects
  */
-export async function drawText(operations, { protocol, profile, columns }, options = {}) {
-  const { program = process.env.ZEMRAK_LP_TEXTRENDER, onFailure = () => {} } = options;
+export async function drawText(operations, { protocol, profile, dots }, { engine, onFailure = () => {} }) {
   const choosesPages = profile?.codepage || operations.some(({ op }) => op === 'page');
-  if (!program || protocol === 'none' || choosesPages) return operations;
+  if (!engine || protocol === 'none' || choosesPages) return operations;
   const drawn = operations.filter(needsPicture);
   if (drawn.length === 0) return operations;
   try {
-    const pictures = await drawPictures(drawn.map((operation) => requestFor(operation, columns)), { program });
+    const pictures = await engine.draw(drawn.map((operation) => requestFor(operation, columnsOfDots(dots))));
     const pictureOf = new Map(drawn.map((operation, index) => [operation, pictures[index]]));
     return operations.map((operation) => {
       const picture = pictureOf.get(operation);
@@ -32,17 +30,6 @@ export async function drawText(operations, { protocol, profile, columns }, optio
   }
 }
 
-/**
- * The same for a site's commands.
- * @param {object[]} commands of the public API
- * @returns {Promise<(object | null)[]>} for each command the picture of its text, or null where none is drawn
- */
-export async function drawCommandTexts(commands, target, options) {
-  const operations = commands.map((command) => (command.type === 'text' ? { ...command, op: 'text' } : { op: command.type }));
-  const drawn = await drawText(operations, target, options);
-  return drawn.map((operation) => (operation.op === 'raster' ? operation.picture : null));
-}
-
 /** Whether the operation has letters that are not ASCII; invisible direction marks alone do not count. */
 function needsPicture({ op, text, left, right }) {
   if (op !== 'text' && op !== 'row') return false;
@@ -50,7 +37,8 @@ function needsPicture({ op, text, left, right }) {
 }
 
 function requestFor(operation, columns) {
-  const { op, text, left, right, align, bold = false, underline = false, invert = false, size = 1, rtl = false } = operation;
+  const { op, text, left, right, align, size = 1, rtl = false } = operation;
+  const { bold = false, underline = false, invert = false } = operation;
   const style = {
     // As wide as a line of the printer's own letters, so that both end at the same dot.
     width: Math.floor((columns * DOTS_OF_COLUMN) / 8) * 8,
