@@ -159,13 +159,13 @@ test('a system that can start no program', async (t) => {
   const script = `
     import { openSync } from 'node:fs';
     const { runProgram } = await import('${library}system/program.mjs');
-    const { drawPictures } = await import('${library}print/textrender.mjs');
+    const { TextEngine } = await import('${library}print/textrender.mjs');
     const { personAsker } = await import('${library}public/ask-person.mjs');
     console.log((await runProgram('/bin/true', ['x'.repeat(1_000_000)])).status, (await runProgram(null, [])).status, (await runProgram('/nowhere', [])).status);
     const taken = [];
     try { for (;;) taken.push(openSync('/dev/null')); } catch {}
     console.log((await runProgram('/bin/true', [])).status);
-    console.log(await drawPictures([{}], { program: '/bin/true' }).catch(() => 'not drawn'));
+    console.log(await new TextEngine('/bin/true').draw([{}]).catch(() => 'not drawn'));
     console.log(await personAsker({ PATH: '${home}/bin', DISPLAY: ':0' })({ origin: 'https://o.example', name: 'n', peer: null, timeoutMs: 1000, signal: new AbortController().signal }));
     await new Promise((resolve) => setTimeout(resolve, 50));
     console.log('alive');`;
