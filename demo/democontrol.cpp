@@ -71,9 +71,9 @@ void DemoControl::openShot(int row)
     const Shot &shot = shots()[static_cast<std::size_t>(row)];
     m_stage.enter(shot.situation);
     m_window.show({});
-    MainView &view = UiContext::of(m_window.engine()).mainView();
-    view.setShowOnboarding(false);
-    shot.open(view);
+    UiContext &ui = UiContext::of(m_window.engine());
+    ui.session()->view()->setShowOnboarding(false);
+    shot.open(ui);
 }
 
 void DemoControl::openGallery()

@@ -70,7 +70,7 @@ bool ShotMaker::makeShot(const Shot &shot, bool dark)
         return false;
     }
     set->window.window()->resize(windowSize);
-    shot.open(UiContext::of(set->window.engine()).mainView());
+    shot.open(UiContext::of(set->window.engine()));
     for (int tenths = 0; shot.checked && set->stage.agent().isScanning() && tenths < longestCheck; ++tenths) {
         set->clock.advance(100ms);
         QTest::qWait(1);

@@ -1,54 +1,54 @@
 #include "demo/shots.h"
 
+#include "app/agent.h"
+#include "ui/presenters/designer/designerpresenter.h"
 #include "ui/window/shell/uicontext.h"
-
-#include <QQmlEngine>
 
 namespace zemrak::test {
 
 namespace {
 
-std::function<void(MainView &)> page(const char *id)
+std::function<void(UiContext &)> page(const char *id)
 {
-    return [id](MainView &view) { view.setPage(QLatin1String(id)); };
+    return [id](UiContext &ui) { ui.session()->view()->setPage(QLatin1String(id)); };
 }
 
-std::function<void(MainView &)> settingsOf(const char *printerId)
+std::function<void(UiContext &)> settingsOf(const char *printerId)
 {
-    return [printerId](MainView &view) {
-        view.setPage(QStringLiteral("printers"));
-        view.edit(QLatin1String(printerId));
+    return [printerId](UiContext &ui) {
+        ui.session()->view()->setPage(QStringLiteral("printers"));
+        ui.session()->view()->edit(QLatin1String(printerId));
     };
 }
 
-void addPrinter(MainView &view)
+void addPrinter(UiContext &ui)
 {
-    view.setPage(QStringLiteral("printers"));
-    view.setAdding(true);
+    ui.session()->view()->setPage(QStringLiteral("printers"));
+    ui.session()->view()->setAdding(true);
 }
 
 // Adding a printer, with every search done, at that tab.
-std::function<void(MainView &)> foundPrinters(const char *tab)
+std::function<void(UiContext &)> foundPrinters(const char *tab)
 {
-    return [tab](MainView &view) {
-        addPrinter(view);
-        PrinterFinder *finder = UiContext::of(qmlEngine(&view)).presenters().finder();
-        finder->setTab(QLatin1String(tab));
-        finder->searchNetwork();
-        finder->searchBonjour();
-        finder->searchUsb();
+    return [tab](UiContext &ui) {
+        addPrinter(ui);
+        AddPrinterPresenter *presenter = ui.session()->addPrinter();
+        presenter->setTab(QLatin1String(tab));
+        presenter->searchNetwork();
+        presenter->searchBonjour();
+        presenter->searchUsb();
     };
 }
 
-std::function<void(MainView &)> designer(std::function<void(DesignerView &)> fill)
+std::function<void(UiContext &)> designer(std::function<void(DesignerPresenter &)> fill)
 {
-    return [fill = std::move(fill)](MainView &view) {
-        view.setPage(QStringLiteral("designer"));
-        fill(UiContext::of(qmlEngine(&view)).designer());
+    return [fill = std::move(fill)](UiContext &ui) {
+        ui.session()->view()->setPage(QStringLiteral("designer"));
+        fill(ui.designer());
     };
 }
 
-void fillWithFaults(DesignerView &designer)
+void fillWithFaults(DesignerPresenter &designer)
 {
     DesignerDoc doc = designer.doc();
     doc.paperWidthMm = 58;
@@ -60,16 +60,16 @@ void fillWithFaults(DesignerView &designer)
     designer.setDoc(doc);
 }
 
-void fillWithLongTexts(DesignerView &designer)
+void fillWithLongTexts(DesignerPresenter &designer)
 {
     DesignerDoc doc = DesignerDoc::sample();
     const QString longText = QStringLiteral("مؤسسة Zemrak <b>للتجهيزات</b> الطويلة الاسم جدًا ").repeated(4);
     for (QString *text : {&doc.businessName, &doc.address, &doc.phone, &doc.title, &doc.receiptNo, &doc.customer})
         *text = longText;
-    doc.subtitle = QString(DesignerView::maximumLength, u'س');
+    doc.subtitle = QString(DesignerPresenter::maximumLength, u'س');
     doc.currency = QStringLiteral("ريال سعودي جديد");
     doc.items.clear();
-    for (int i = 0; i < DesignerView::maximumItems; ++i)
+    for (int i = 0; i < DesignerPresenter::maximumItems; ++i)
         doc.items.append({.name = i % 3 ? QStringLiteral("صنف %1").arg(i + 1) : longText,
             .qty = QString::number(i % 7),
             .price = QStringLiteral("%1.25").arg(i * 117)});
@@ -77,30 +77,30 @@ void fillWithLongTexts(DesignerView &designer)
     designer.setDoc(doc);
 }
 
-std::function<void(MainView &)> guide(const char *tab, const char *search = "")
+std::function<void(UiContext &)> guide(const char *tab, const char *search = "")
 {
-    return [tab, search](MainView &view) {
-        view.setPage(QStringLiteral("docs"));
-        DocsPresenter *docs = UiContext::of(qmlEngine(&view)).presenters().docs();
+    return [tab, search](UiContext &ui) {
+        ui.session()->view()->setPage(QStringLiteral("docs"));
+        DocsPresenter *docs = ui.session()->docs();
         docs->setSelected(QString::fromLatin1(tab));
         docs->setSearch(QString::fromUtf8(search));
     };
 }
 
 // A login item that cannot be made leaves a line each time.
-void serviceLog(MainView &view)
+void serviceLog(UiContext &ui)
 {
     for (int i = 0; i < 40; ++i)
-        UiContext::of(qmlEngine(&view)).agent().setLaunchAtLogin(true);
-    view.setShowLog(true);
+        ui.agent().setLaunchAtLogin(true);
+    ui.session()->view()->setShowLog(true);
 }
 
 // The wizard after so many steps: the first tried, the others passed over.
-std::function<void(MainView &)> wizardAfter(int steps)
+std::function<void(UiContext &)> wizardAfter(int steps)
 {
-    return [steps](MainView &view) {
-        view.setShowOnboarding(true);
-        Wizard *wizard = UiContext::of(qmlEngine(&view)).presenters().wizard();
+    return [steps](UiContext &ui) {
+        ui.session()->view()->setShowOnboarding(true);
+        WizardPresenter *wizard = ui.session()->wizard();
         if (steps > 0)
             wizard->allow();
         for (int i = 1; i < steps; ++i)
@@ -108,9 +108,9 @@ std::function<void(MainView &)> wizardAfter(int steps)
     };
 }
 
-void check(MainView &view)
+void check(UiContext &ui)
 {
-    view.finishOnboarding(); // starts one
+    ui.agent().runScan();
 }
 
 } // namespace
@@ -144,7 +144,7 @@ std::span<const Shot> shots()
         {s("add-printer-long"), s("long"), foundPrinters("net")},
         {s("add-printer-usb-long"), s("long"), foundPrinters("usb")},
         {s("designer"), s("shop"), page("designer")},
-        {s("designer-sample"), s("shop"), designer([](DesignerView &view) { view.loadSample(); })},
+        {s("designer-sample"), s("shop"), designer([](DesignerPresenter &view) { view.loadSample(); })},
         {s("designer-unconnected"), s("offline"), page("designer")},
         {s("designer-stopped"), s("stopped"), page("designer")},
         {s("designer-faults"), s("shop"), designer(fillWithFaults)},
@@ -177,7 +177,7 @@ std::span<const Shot> shots()
         {s("settings"), s("shop"), page("settings")},
         {s("settings-stopped"), s("stopped"), page("settings")},
         {s("log"), s("shop"), serviceLog},
-        {s("log-empty"), s("shop"), [](MainView &view) { view.setShowLog(true); }},
+        {s("log-empty"), s("shop"), [](UiContext &ui) { ui.session()->view()->setShowLog(true); }},
         {s("wizard"), s("shop"), wizardAfter(0)},
         {s("wizard-notifications"), s("shop"), wizardAfter(1)},
         {s("wizard-safari"), s("shop"), wizardAfter(2)},

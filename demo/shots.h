@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/window/shell/mainview.h"
+#include "ui/window/shell/uicontext.h"
 
 #include <QString>
 
@@ -14,7 +14,7 @@ struct Shot
 {
     QString name; ///< of the file, before "-light.png" and "-dark.png"
     QString situation;
-    std::function<void(MainView &)> open;
+    std::function<void(UiContext &)> open;
     bool checked = false; ///< the picture is of the end of the connection check that `open` has started
 };
 

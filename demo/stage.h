@@ -28,7 +28,10 @@ public:
     [[nodiscard]] UserDefaults &defaults() { return m_defaults; }
     [[nodiscard]] TestHost &host() { return m_host; }
     [[nodiscard]] HttpServer &server() { return m_server; }
-    [[nodiscard]] MainWindowServices services() { return {m_agent, m_defaults, m_clock, &platform::makeAppearanceSettings}; }
+    [[nodiscard]] MainWindowServices services()
+    {
+        return {m_agent, m_defaults, m_clock, &platform::makeAppearanceSettings};
+    }
 
 private:
     Clock &m_clock;

@@ -8,11 +8,11 @@
 #include "health/vocabulary.h"
 #include "support/manualclock.h"
 #include "support/recordingnotifier.h"
-#include "ui/presenters/alertlistmodel.h"
-#include "ui/presenters/joblistmodel.h"
-#include "ui/presenters/originlistmodel.h"
-#include "ui/presenters/printerlistmodel.h"
-#include "ui/presenters/relativetime.h"
+#include "ui/presenters/alerts/alertlistmodel.h"
+#include "ui/presenters/jobs/joblistmodel.h"
+#include "ui/presenters/sites/originlistmodel.h"
+#include "ui/presenters/printers/printerlistmodel.h"
+#include "ui/presenters/text/relativetime.h"
 
 #include <algorithm>
 #include <limits>

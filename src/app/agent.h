@@ -123,7 +123,9 @@ public:
     [[nodiscard]] bool caTrusted() const { return m_trust.caTrusted(); }
 
     [[nodiscard]] Commands &commands() { return m_commands; }
-    [[nodiscard]] AdminChannel &adminChannel() { return m_channel; }
+    [[nodiscard]] ConnectionCheck &connectionCheck() { return m_check; }
+    /// The transient messages; toast() is the one that is shown.
+    [[nodiscard]] Toast &messages() { return m_toast; }
 
     void start() { m_supervisor.start(); }
     void stop() { m_supervisor.stop(); }

@@ -29,7 +29,8 @@ AppDelegate::AppDelegate(const ApplicationBundle &bundle)
     , m_bundle(bundle)
     , m_host(bundle)
     , m_agent({.bundle = bundle, .configDir = serviceConfigDir()}, m_defaults, m_clock, m_host.forAgent())
-    , m_window(bundle, {.agent = m_agent,
+    , m_window(bundle,
+          {.agent = m_agent,
               .defaults = m_defaults,
               .clock = m_clock,
               .makeAppearanceSettings = &platform::makeAppearanceSettings})

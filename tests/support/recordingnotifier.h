@@ -20,7 +20,13 @@ public:
     void install() override { }
     void onClicked(Clicked clicked) override { click = std::move(clicked); }
     void status(StatusDone done) override { done(authorization); }
-    void requestPermission(PermissionDone done) override { done(true, {}); }
+    void requestPermission(PermissionDone done) override
+    {
+        if (holdPermission)
+            asked = std::move(done);
+        else
+            done(true, {});
+    }
     void post(const QString &id, const QString &title, const QString &body, bool critical) override
     {
         posted.append({id, title, body, critical});
@@ -31,6 +37,8 @@ public:
     QList<Posted> posted;
     QList<QStringList> retracted;
     Clicked click;
+    bool holdPermission = false;
+    PermissionDone asked; ///< the last question that was held
 };
 
 } // namespace zemrak::test

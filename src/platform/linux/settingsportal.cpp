@@ -35,7 +35,8 @@ SettingsPortal::SettingsPortal(QDBusConnection bus)
     if (!m_bus.isConnected())
         return;
     // The whole message: a slot that names the variant's type is refused before the first message was ever sent.
-    m_bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this, SLOT(onSettingChanged(QDBusMessage)));
+    m_bus.connect(
+        service, path, interface, QStringLiteral("SettingChanged"), this, SLOT(onSettingChanged(QDBusMessage)));
     read(appearance, colorScheme);
     read(gnome, enableAnimations);
     read(gnome, textScalingFactor);

@@ -16,7 +16,7 @@ bool isText(const QQuickItem *item)
     return item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit");
 }
 
-// The layer of the popups lies over the whole window, and is nothing itself where there is no popup.
+// The overlay of Qt Quick's popups covers the whole window; where it has no popup, clicks go to what is below.
 bool isBareOverlay(const QQuickItem *item, QPointF point)
 {
     return item->inherits("QQuickOverlay") && !item->childAt(point.x(), point.y());

@@ -6,9 +6,8 @@
 namespace zemrak {
 
 /// An opaque colour from the hexadecimal number `hex`, red in bits 16 to 23, green in 8 to 15, blue in 0 to 7. A
-/// leading
-/// "+" may stand before the digits. Anything that is not such a number of at most 32 bits, also with "#" before it, is
-/// black.
+/// leading "+" may stand before the digits. Anything that is not such a number of at most 32 bits, also with "#" before
+/// it, is black.
 [[nodiscard]] QColor colorFromHex(QStringView hex);
 
 /// How far apart two opaque colours are in lightness, from 1 (same) to 21 (black on white), as accessibility

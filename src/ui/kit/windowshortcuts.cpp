@@ -20,7 +20,7 @@ bool WindowShortcuts::eventFilter(QObject *watched, QEvent *event)
     const QQuickItem *focused = m_window.activeFocusItem();
     if (!focused || !focused->inherits("QQuickTextEdit") || !focused->property("readOnly").toBool())
         return false;
-    event->ignore(); // nobody claims the key, so shortcuts are looked up; the others reach the text as before
+    event->ignore(); // not accepted: Qt looks for a shortcut, and sends the key to the text if there is none
     return true;
 }
 

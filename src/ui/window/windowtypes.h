@@ -1,11 +1,10 @@
 #pragma once
 
 #include "app/agent.h"
-#include "ui/presenters/designerview.h"
-#include "ui/presenters/presenters.h"
-#include "ui/window/shell/mainview.h"
+#include "ui/presenters/designer/designerpresenter.h"
 #include "ui/window/shell/pages.h"
 #include "ui/window/shell/uicontext.h"
+#include "ui/window/shell/windowsession.h"
 
 #include <QtQml/qqml.h>
 
@@ -27,26 +26,15 @@ public:
     static Agent *create(QQmlEngine *engine, QJSEngine *) { return UiContext::lend(&UiContext::of(engine).agent()); }
 };
 
-struct PresentersForQml
+struct UiForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::Presenters)
-    QML_NAMED_ELEMENT(Presenters)
+    QML_FOREIGN(zemrak::UiContext)
+    QML_NAMED_ELEMENT(Ui)
     QML_SINGLETON
 
 public:
-    static Presenters *create(QQmlEngine *engine, QJSEngine *) { return UiContext::lend(&UiContext::of(engine).presenters()); }
-};
-
-struct MainViewForQml
-{
-    Q_GADGET
-    QML_FOREIGN(zemrak::MainView)
-    QML_NAMED_ELEMENT(MainView)
-    QML_SINGLETON
-
-public:
-    static MainView *create(QQmlEngine *engine, QJSEngine *) { return UiContext::lend(&UiContext::of(engine).mainView()); }
+    static UiContext *create(QQmlEngine *engine, QJSEngine *) { return UiContext::lend(&UiContext::of(engine)); }
 };
 
 struct PagesForQml
@@ -57,15 +45,18 @@ struct PagesForQml
     QML_SINGLETON
 };
 
-struct DesignerViewForQml
+struct DesignerPresenterForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::DesignerView)
-    QML_NAMED_ELEMENT(DesignerView)
+    QML_FOREIGN(zemrak::DesignerPresenter)
+    QML_NAMED_ELEMENT(DesignerPresenter)
     QML_SINGLETON
 
 public:
-    static DesignerView *create(QQmlEngine *engine, QJSEngine *) { return UiContext::lend(&UiContext::of(engine).designer()); }
+    static DesignerPresenter *create(QQmlEngine *engine, QJSEngine *)
+    {
+        return UiContext::lend(&UiContext::of(engine).designer());
+    }
 };
 
 struct DesignerDocForQml
@@ -75,13 +66,22 @@ struct DesignerDocForQml
     QML_VALUE_TYPE(designerDoc)
 };
 
-// What the presenters are made of; QML gets at each through them.
+// QML gets at these through the singletons.
+
+struct AddPrinterPresenterForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::AddPrinterPresenter)
+    QML_NAMED_ELEMENT(AddPrinterPresenter)
+    QML_UNCREATABLE("made by C++")
+};
+
 struct AlertListModelForQml
 {
     Q_GADGET
     QML_FOREIGN(zemrak::AlertListModel)
     QML_NAMED_ELEMENT(AlertListModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct AlertsPresenterForQml
@@ -89,7 +89,7 @@ struct AlertsPresenterForQml
     Q_GADGET
     QML_FOREIGN(zemrak::AlertsPresenter)
     QML_NAMED_ELEMENT(AlertsPresenter)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct DesignerItemModelForQml
@@ -97,7 +97,7 @@ struct DesignerItemModelForQml
     Q_GADGET
     QML_FOREIGN(zemrak::DesignerItemModel)
     QML_NAMED_ELEMENT(DesignerItemModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct DocBlockModelForQml
@@ -105,7 +105,7 @@ struct DocBlockModelForQml
     Q_GADGET
     QML_FOREIGN(zemrak::DocBlockModel)
     QML_NAMED_ELEMENT(DocBlockModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct DocHitModelForQml
@@ -113,7 +113,7 @@ struct DocHitModelForQml
     Q_GADGET
     QML_FOREIGN(zemrak::DocHitModel)
     QML_NAMED_ELEMENT(DocHitModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct DocsPresenterForQml
@@ -121,7 +121,7 @@ struct DocsPresenterForQml
     Q_GADGET
     QML_FOREIGN(zemrak::DocsPresenter)
     QML_NAMED_ELEMENT(DocsPresenter)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct FoundPrinterModelForQml
@@ -129,47 +129,47 @@ struct FoundPrinterModelForQml
     Q_GADGET
     QML_FOREIGN(zemrak::FoundPrinterModel)
     QML_NAMED_ELEMENT(FoundPrinterModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
-struct OverviewForQml
+struct MainViewForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::Overview)
-    QML_NAMED_ELEMENT(Overview)
-    QML_UNCREATABLE("made by the presenters")
+    QML_FOREIGN(zemrak::MainView)
+    QML_NAMED_ELEMENT(MainView)
+    QML_UNCREATABLE("made by C++")
 };
 
-struct PrinterFinderForQml
+struct OverviewPresenterForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::PrinterFinder)
-    QML_NAMED_ELEMENT(PrinterFinder)
-    QML_UNCREATABLE("made by the presenters")
+    QML_FOREIGN(zemrak::OverviewPresenter)
+    QML_NAMED_ELEMENT(OverviewPresenter)
+    QML_UNCREATABLE("made by C++")
 };
 
-struct ProfileEditorForQml
+struct PrintersPresenterForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::ProfileEditor)
-    QML_NAMED_ELEMENT(ProfileEditor)
-    QML_UNCREATABLE("made by the presenters")
+    QML_FOREIGN(zemrak::PrintersPresenter)
+    QML_NAMED_ELEMENT(PrintersPresenter)
+    QML_UNCREATABLE("made by C++")
 };
 
-struct ReceiptPreviewForQml
+struct ProfilePresenterForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::ReceiptPreview)
-    QML_NAMED_ELEMENT(ReceiptPreview)
-    QML_UNCREATABLE("made by the presenters")
+    QML_FOREIGN(zemrak::ProfilePresenter)
+    QML_NAMED_ELEMENT(ProfilePresenter)
+    QML_UNCREATABLE("made by C++")
 };
 
-struct RelativeClockForQml
+struct ReceiptPreviewModelForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::RelativeClock)
-    QML_NAMED_ELEMENT(RelativeClock)
-    QML_UNCREATABLE("made by the presenters")
+    QML_FOREIGN(zemrak::ReceiptPreviewModel)
+    QML_NAMED_ELEMENT(ReceiptPreviewModel)
+    QML_UNCREATABLE("made by C++")
 };
 
 struct ScanResultModelForQml
@@ -177,7 +177,7 @@ struct ScanResultModelForQml
     Q_GADGET
     QML_FOREIGN(zemrak::ScanResultModel)
     QML_NAMED_ELEMENT(ScanResultModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct SearchModelForQml
@@ -185,7 +185,7 @@ struct SearchModelForQml
     Q_GADGET
     QML_FOREIGN(zemrak::SearchModel)
     QML_NAMED_ELEMENT(SearchModel)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct SettingsPresenterForQml
@@ -193,7 +193,7 @@ struct SettingsPresenterForQml
     Q_GADGET
     QML_FOREIGN(zemrak::SettingsPresenter)
     QML_NAMED_ELEMENT(SettingsPresenter)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
 struct SitesPresenterForQml
@@ -201,15 +201,23 @@ struct SitesPresenterForQml
     Q_GADGET
     QML_FOREIGN(zemrak::SitesPresenter)
     QML_NAMED_ELEMENT(SitesPresenter)
-    QML_UNCREATABLE("made by the presenters")
+    QML_UNCREATABLE("made by C++")
 };
 
-struct WizardForQml
+struct WindowSessionForQml
 {
     Q_GADGET
-    QML_FOREIGN(zemrak::Wizard)
-    QML_NAMED_ELEMENT(Wizard)
-    QML_UNCREATABLE("made by the presenters")
+    QML_FOREIGN(zemrak::WindowSession)
+    QML_NAMED_ELEMENT(WindowSession)
+    QML_UNCREATABLE("made by C++")
+};
+
+struct WizardPresenterForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::WizardPresenter)
+    QML_NAMED_ELEMENT(WizardPresenter)
+    QML_UNCREATABLE("made by C++")
 };
 
 } // namespace zemrak

@@ -1,10 +1,13 @@
 // Every component, alone and in the gallery, offscreen and right to left, with nothing left to warn about.
 #include "base/clock.h"
 #include "demo/stage.h"
-#include "support/warnings.h"
 #include "platform/none/inert.h"
 #include "support/heldkey.h"
+#include "support/itemtree.h"
 #include "support/testmain.h"
+#include "support/warnings.h"
+#include "ui/kit/appearance.h"
+#include "ui/presenters/designer/designerpresenter.h"
 #include "ui/window/shell/windowengine.h"
 
 #include <QAccessible>
@@ -25,14 +28,6 @@ using namespace zemrak::test;
 
 namespace {
 
-QList<QQuickItem *> descendants(QQuickItem *item)
-{
-    QList<QQuickItem *> all;
-    for (QQuickItem *child : item->childItems())
-        all << child << descendants(child);
-    return all;
-}
-
 bool isPartOfLong(const QQuickItem *item)
 {
     for (; item; item = item->parentItem()) {
@@ -40,13 +35,6 @@ bool isPartOfLong(const QQuickItem *item)
             return true;
     }
     return false;
-}
-
-void press(QQuickItem *item)
-{
-    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(item);
-    QVERIFY(interface && interface->actionInterface());
-    interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
 }
 
 } // namespace
@@ -131,7 +119,7 @@ private Q_SLOTS:
         openGallery();
         QCOMPARE(m_gallery->color(), dark ? QColor(0x020817) : QColor(0xf8fafc));
         int texts = 0;
-        for (const QQuickItem *item : descendants(m_gallery->contentItem())) {
+        for (const QQuickItem *item : items()) {
             const QVariant truncated = item->property("truncated");
             if (!truncated.isValid() || !item->isVisible())
                 continue;
@@ -184,7 +172,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, signal);
         openGallery();
         QSignalSpy spy(item(name), signal.constData());
-        press(item(name));
+        pressAccessibly(item(name));
         QCOMPARE(spy.count(), 1);
         item(name)->forceActiveFocus(Qt::TabFocusReason);
         QTest::keyClick(m_gallery.get(), Qt::Key_Space);
@@ -237,7 +225,7 @@ private Q_SLOTS:
     {
         openGallery();
         QList<QAccessible::Role> roles;
-        for (QQuickItem *candidate : descendants(m_gallery->contentItem())) {
+        for (QQuickItem *candidate : items()) {
             if (!candidate->activeFocusOnTab() || !candidate->isVisible())
                 continue;
             QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(candidate);
@@ -260,7 +248,7 @@ private Q_SLOTS:
     {
         openGallery();
         QStringList names;
-        for (QQuickItem *candidate : descendants(m_gallery->contentItem())) {
+        for (QQuickItem *candidate : items()) {
             QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(candidate);
             if (interface && (interface->role() == QAccessible::StaticText || interface->role() == QAccessible::Heading))
                 names.append(interface->text(QAccessible::Name));
@@ -275,7 +263,7 @@ private Q_SLOTS:
     {
         openGallery();
         auto *toggle = item("toggle");
-        press(toggle);
+        pressAccessibly(toggle);
         QCOMPARE(toggle->property("on").toBool(), false);
 
         auto *select = item("select");
@@ -368,6 +356,10 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(m_gallery.get()));
     }
 
+    QList<QQuickItem *> items()
+    {
+        return itemsWhere(m_gallery->contentItem(), [](const QQuickItem *) { return true; });
+    }
     QQuickItem *item(const QString &name)
     {
         auto *found = m_gallery->findChild<QQuickItem *>(name);
@@ -381,7 +373,7 @@ private:
     SystemClock m_clock;
     Stage m_stage{m_clock};
     Appearance m_appearance{std::make_unique<none::NoAppearanceSettings>()};
-    DesignerView m_designer{m_stage.agent(), 0};
+    DesignerPresenter m_designer{m_stage.agent(), 0};
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_bench;
     std::unique_ptr<QQuickWindow> m_gallery;

@@ -1,17 +1,15 @@
 // The designer without its page: what the paper shows, what is sent, and what a person must not lose.
-#include "support/httpserver.h"
-#include "support/manualclock.h"
-#include "support/testhost.h"
+#include "designer/symbolcheck.h"
+#include "support/application.h"
 #include "support/testmain.h"
 #include "support/wiredata.h"
-#include "ui/presenters/designerview.h"
+#include "ui/presenters/designer/designerpresenter.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMetaProperty>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace zemrak;
@@ -20,34 +18,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct Application
-{
-    QTemporaryDir home;
-    FakeBundle files;
-    ManualClock clock;
-    HttpServer server;
-    UserDefaults defaults{home.filePath(QStringLiteral("settings.ini"))};
-    TestHost computer;
-    Agent agent{{.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
-        computer.forAgent()};
-    QJsonObject state = storedObject(QStringLiteral("wire/state.json"));
-    QByteArray answer = "{\"job\":{}}";
-    bool holdPrints = false;
-    QPointer<QTcpSocket> heldPrint;
+const QByteArray printPath = "/admin/designer/print";
 
-    Application()
-    {
-        files.writeToken("t");
-        state.insert(QStringLiteral("httpPort"), server.port());
-        server.answerWith([this](const HttpRequest &request, QTcpSocket &socket) {
-            if (request.target == "/admin/state")
-                socket.write(HttpServer::response(toJson(state)));
-            else if (request.target == "/admin/designer/print" && holdPrints)
-                heldPrint = &socket;
-            else
-                socket.write(HttpServer::response(answer));
-        });
-    }
+struct DesignerApplication : Application
+{
     void havePrinters(const QList<std::pair<QString, QString>> &printers) // name, state
     {
         QJsonArray list;
@@ -60,11 +34,9 @@ struct Application
             list.append(printer);
         }
         state.insert(QStringLiteral("printers"), list);
-        QSignalSpy answered(&agent, &Agent::stateChanged);
-        agent.refresh();
-        QVERIFY(answered.wait());
+        poll();
     }
-    QList<HttpRequest> prints() { return server.requestsTo("/admin/designer/print"); }
+    QList<HttpRequest> prints() { return server.requestsTo(printPath); }
 };
 
 /// A receipt of the shared rows: the bare one with its changes.
@@ -123,8 +95,8 @@ private Q_SLOTS:
 
     void editTouchesOneRow()
     {
-        Application app;
-        DesignerView view(app.agent, 0);
+        DesignerApplication app;
+        DesignerPresenter view(app.agent, 0);
         view.loadSample();
         QSignalSpy rows(view.items(), &QAbstractItemModel::dataChanged);
         QSignalSpy lines(view.preview(), &QAbstractItemModel::dataChanged);
@@ -138,7 +110,7 @@ private Q_SLOTS:
         QCOMPARE(lines.size(), 1); // its line
         view.setItemPrice(second, QStringLiteral("100"));
         QCOMPARE(lines.size(), 1 + 4); // its amount, subtotal, VAT, total
-        QCOMPARE(textAt(*view.preview(), lines.last().at(0).toModelIndex().row(), ReceiptPreview::AmountRole),
+        QCOMPARE(textAt(*view.preview(), lines.last().at(0).toModelIndex().row(), ReceiptPreviewModel::AmountRole),
             QStringLiteral("311.65 SAR"));
         view.setItemQty(QStringLiteral("gone"), QStringLiteral("9"));
         QVERIFY(inserted.isEmpty() && removed.isEmpty());
@@ -152,8 +124,8 @@ private Q_SLOTS:
 
     void nothingTypedIsLost()
     {
-        Application app;
-        DesignerView view(app.agent, 0);
+        DesignerApplication app;
+        DesignerPresenter view(app.agent, 0);
         view.loadSample(); // in place of the defaults, which nobody typed
         QVERIFY(!view.canUndo());
         DesignerDoc doc = view.doc();
@@ -180,8 +152,8 @@ private Q_SLOTS:
 
     void staysWithinWhatTheServiceTakes()
     {
-        Application app;
-        DesignerView view(app.agent, 0);
+        DesignerApplication app;
+        DesignerPresenter view(app.agent, 0);
         DesignerDoc doc;
         doc.subtitle = QString(5000, u'س');
         doc.qrData = QString(612, u'x');
@@ -220,9 +192,9 @@ private Q_SLOTS:
 
     void choosesAPrinterThatIsThere()
     {
-        Application app;
-        DesignerView view(app.agent, 0);
-        QSignalSpy told(&view, &DesignerView::printersChanged);
+        DesignerApplication app;
+        DesignerPresenter view(app.agent, 0);
+        QSignalSpy told(&view, &DesignerPresenter::printersChanged);
         const QString a = QStringLiteral("a"), b = QStringLiteral("b"), c = QStringLiteral("c");
         view.print();
         app.havePrinters({{a, QStringLiteral("offline")}, {b, QStringLiteral("error")}, {c, QStringLiteral("busy")}});
@@ -240,30 +212,30 @@ private Q_SLOTS:
         app.havePrinters({});
         QVERIFY(view.selected().isEmpty() && !view.canPrint());
         view.print();
-        QTest::qWait(20);
+        app.havePrinters({{a, QStringLiteral("offline")}});
         QVERIFY(app.prints().isEmpty() && !view.isPrinting());
     }
 
     void printsOnceAndSaysSo()
     {
-        Application app;
+        DesignerApplication app;
         app.havePrinters({{QStringLiteral("كاشير"), QStringLiteral("ready")}});
-        DesignerView view(app.agent, 0);
-        app.holdPrints = true;
+        DesignerPresenter view(app.agent, 0);
+        app.held = printPath;
         view.print();
         view.print();
         QVERIFY(view.isPrinting() && !view.canPrint());
-        QTRY_VERIFY(app.heldPrint);
+        QTRY_VERIFY(app.unanswered);
         QCOMPARE(app.prints().size(), 1);
         const QJsonObject body = QJsonDocument::fromJson(app.prints().first().body).object();
         QCOMPARE(body[QLatin1String("printer")].toString(), QStringLiteral("كاشير"));
         QCOMPARE(body[QLatin1String("doc")].toObject(), view.doc().json());
-        app.heldPrint->write(HttpServer::response(app.answer));
+        app.unanswered->write(HttpServer::response(app.answer));
         QTRY_VERIFY(view.canPrint());
         QCOMPARE(app.agent.toast(), QStringLiteral("تم إرسال الورقة إلى «\u2068كاشير\u2069»"));
 
         const QString failed = QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة");
-        app.holdPrints = false;
+        app.held.clear();
         app.answer = R"({"error":"no"})";
         view.print(); // the second half of a double click
         QVERIFY(!view.isPrinting());
@@ -272,44 +244,44 @@ private Q_SLOTS:
         QTRY_VERIFY(!view.isPrinting());
         QCOMPARE(app.agent.toast(), failed);
 
-        app.holdPrints = true; // the service goes before it answers
-        app.heldPrint.clear();
+        app.held = printPath; // the service goes before it answers
+        app.unanswered.clear();
         app.clock.advance(Commands::oneWish);
         view.print();
-        QTRY_VERIFY(app.heldPrint);
+        QTRY_VERIFY(app.unanswered);
         app.agent.flash(QString());
-        app.heldPrint->abort();
+        app.unanswered->abort();
         QTRY_VERIFY(!view.isPrinting());
         QCOMPARE(app.agent.toast(), failed);
 
-        auto gone = std::make_unique<DesignerView>(app.agent, 0);
-        app.heldPrint.clear();
+        auto gone = std::make_unique<DesignerPresenter>(app.agent, 0);
+        app.unanswered.clear();
         app.clock.advance(Commands::oneWish);
         gone->print();
-        QTRY_VERIFY(app.heldPrint);
+        QTRY_VERIFY(app.unanswered);
         gone.reset();
-        app.heldPrint->write(HttpServer::response("{}"));
-        QTest::qWait(20);
+        app.unanswered->write(HttpServer::response("{}")); // finds nobody
+        app.havePrinters({});
     }
 
     void timeOnThePaper()
     {
-        Application app;
+        DesignerApplication app;
         const QDateTime noon(QDate(2026, 1, 31), QTime(12, 5, 59));
-        DesignerView view(app.agent, noon.toMSecsSinceEpoch());
+        DesignerPresenter view(app.agent, noon.toMSecsSinceEpoch());
         QSignalSpy lines(view.preview(), &QAbstractItemModel::dataChanged);
         view.setNow(noon.toMSecsSinceEpoch() + 900);
         QVERIFY(lines.isEmpty());
         view.setNow(noon.toMSecsSinceEpoch() + 1000);
         QCOMPARE(lines.size(), 1);
-        QCOMPARE(textAt(*view.preview(), lines.first().at(0).toModelIndex().row(), ReceiptPreview::TextRole),
+        QCOMPARE(textAt(*view.preview(), lines.first().at(0).toModelIndex().row(), ReceiptPreviewModel::TextRole),
             QStringLiteral("2026-01-31 12:06"));
     }
 
     void keystrokeWithManyItems()
     {
-        Application app;
-        DesignerView view(app.agent, 0);
+        DesignerApplication app;
+        DesignerPresenter view(app.agent, 0);
         DesignerDoc doc = DesignerDoc::sample();
         for (int i = 3; i < 300; ++i)
             doc.items.append({.name = QStringLiteral("صنف"), .qty = QStringLiteral("2"), .price = QString::number(i)});

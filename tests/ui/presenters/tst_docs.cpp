@@ -2,9 +2,10 @@
 #include "guide/docsmarkdown.h"
 #include "guide/doctabs.h"
 #include "support/fakedesktop.h"
+#include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/presenters/docspresenter.h"
-#include "ui/presenters/mixedtext.h"
+#include "ui/presenters/docs/docspresenter.h"
+#include "ui/presenters/text/mixedtext.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -27,7 +28,9 @@ private Q_SLOTS:
     {
         m_desktop.asked.clear();
         m_toasts.clear();
-        m_docs = std::make_unique<DocsPresenter>(m_desktop, [this](const QString &text) { m_toasts.append(text); });
+        m_toast = std::make_unique<Toast>(m_clock);
+        connect(m_toast.get(), &Toast::changed, this, [this] { m_toasts.append(m_toast->text()); });
+        m_docs = std::make_unique<DocsPresenter>(m_desktop, *m_toast);
     }
 
     void tabIsShownBlockByBlock()
@@ -186,6 +189,8 @@ private:
     }
 
     FakeDesktop m_desktop;
+    ManualClock m_clock;
+    std::unique_ptr<Toast> m_toast;
     QStringList m_toasts;
     std::unique_ptr<DocsPresenter> m_docs;
 };

@@ -1,10 +1,10 @@
 #include "support/testmain.h"
-#include "ui/presenters/alertlistmodel.h"
-#include "ui/presenters/joblistmodel.h"
-#include "ui/presenters/originlistmodel.h"
-#include "ui/presenters/printerlistmodel.h"
-#include "ui/presenters/searchmodel.h"
-#include "ui/presenters/searchtext.h"
+#include "ui/presenters/alerts/alertlistmodel.h"
+#include "ui/presenters/jobs/joblistmodel.h"
+#include "ui/presenters/printers/printerlistmodel.h"
+#include "ui/presenters/sites/originlistmodel.h"
+#include "ui/presenters/text/searchmodel.h"
+#include "ui/presenters/text/searchtext.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>

@@ -1,17 +1,11 @@
-#include "support/httpserver.h"
-#include "support/manualclock.h"
-#include "support/testhost.h"
+#include "support/application.h"
 #include "support/testmain.h"
-#include "support/wiredata.h"
-#include "ui/presenters/loginstatus.h"
-#include "ui/presenters/presenters.h"
+#include "ui/presenters/overview/overviewpresenter.h"
+#include "ui/presenters/settings/loginstatus.h"
+#include "ui/presenters/settings/settingspresenter.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 using namespace zemrak;
 using namespace zemrak::test;
@@ -31,49 +25,6 @@ qint64 localTime(int day, int hour, int minute)
 {
     return QDateTime(QDate(2024, 3, day), QTime(hour, minute)).toMSecsSinceEpoch();
 }
-
-struct Application
-{
-    QTemporaryDir home;
-    FakeBundle files;
-    ManualClock clock;
-    HttpServer server;
-    UserDefaults defaults{home.filePath(QStringLiteral("settings.ini"))};
-    TestHost computer;
-    Agent agent{{.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
-        computer.forAgent()};
-    QJsonObject state = storedObject(QStringLiteral("wire/state.json"));
-    QStringList host; ///< what it was asked
-    bool holdSaves = false;
-    QPointer<QTcpSocket> heldSave;
-
-    Application()
-    {
-        files.writeToken("t");
-        state.insert(QStringLiteral("httpPort"), server.port());
-        server.answerWith([this](const HttpRequest &request, QTcpSocket &socket) {
-            if (request.target == "/admin/state")
-                socket.write(HttpServer::response(toJson(state)));
-            else if (request.target == "/admin/alerts")
-                socket.write(HttpServer::response(storedBody(QStringLiteral("wire/alerts.json"))));
-            else if (request.target == "/admin/profile" && holdSaves)
-                heldSave = &socket;
-            else
-                socket.write(HttpServer::response("{}"));
-        });
-    }
-    HostCalls calls()
-    {
-        return {.setLaunchAtLogin = [this](bool on) { host.append(on ? QStringLiteral("on") : QStringLiteral("off")); },
-            .runScan = [this] { host.append(QStringLiteral("scan")); }};
-    }
-    void poll()
-    {
-        QSignalSpy answered(&agent, &Agent::stateChanged);
-        agent.refresh();
-        QVERIFY(answered.wait());
-    }
-};
 
 } // namespace
 
@@ -125,8 +76,8 @@ private Q_SLOTS:
         state.printers = printers;
         const OverviewFacts facts{
             .state = answers ? &state : nullptr, .scanning = scanning, .scanStep = QStringLiteral("خطوة")};
-        Overview page;
-        QSignalSpy changed(&page, &Overview::changed);
+        OverviewPresenter page;
+        QSignalSpy changed(&page, &OverviewPresenter::changed);
         page.show(facts);
         QCOMPARE((QStringList{page.heroColor(), page.heroTitle(), page.heroSubtitle(), page.printersValue()}), shown);
         QCOMPARE(changed.size(), 1);
@@ -146,7 +97,7 @@ private Q_SLOTS:
 
     void scanResults()
     {
-        Overview page;
+        OverviewPresenter page;
         OverviewFacts facts{.scanning = true};
         page.show(facts);
         QCOMPARE(page.scanMessage(), QStringLiteral("جارٍ البحث عن الطابعات…"));
@@ -184,7 +135,8 @@ private Q_SLOTS:
 
     void settings()
     {
-        SettingsPresenter page(QStringLiteral("1.2.3"));
+        Application app;
+        SettingsPresenter page(app.agent, QStringLiteral("1.2.3"));
         QSignalSpy changed(&page, &SettingsPresenter::changed);
         SettingsFacts facts;
         page.show(facts);
@@ -211,139 +163,6 @@ private Q_SLOTS:
         QVERIFY(page.offersNotificationTest());
         page.show(facts);
         QCOMPARE(changed.size(), 3);
-    }
-
-    // A poll that brings nothing new changes no row and tells of nothing, and the hands stand while nobody looks.
-    void pollsThatBringNothingNew()
-    {
-        Application app;
-        Presenters window(app.agent, app.clock, app.calls());
-        window.begin();
-        QVERIFY(window.printers()->count() == 0 && window.overview()->heroColor() == QLatin1String("gRed"));
-        app.poll();
-        QCOMPARE(window.printers()->count(), int(app.state[QLatin1String("printers")].toArray().size()));
-        QCOMPARE(window.jobs()->count(), int(app.state[QLatin1String("recentJobs")].toArray().size()));
-        QCOMPARE(window.sites()->origins()->count(), int(app.state[QLatin1String("allowedOrigins")].toArray().size()));
-        QTRY_VERIFY(window.alerts()->alerts()->count() > 0);
-        QVERIFY(window.printers()->count() > 0 && window.jobs()->count() > 0);
-
-        QList<QSignalSpy *> quiet;
-        for (QAbstractItemModel *list :
-            {static_cast<QAbstractItemModel *>(window.printers()), static_cast<QAbstractItemModel *>(window.jobs()),
-                static_cast<QAbstractItemModel *>(window.sites()->origins()),
-                static_cast<QAbstractItemModel *>(window.alerts()->alerts())}) {
-            quiet.append(new QSignalSpy(list, &QAbstractItemModel::dataChanged));
-            quiet.append(new QSignalSpy(list, &QAbstractItemModel::rowsInserted));
-            quiet.append(new QSignalSpy(list, &QAbstractItemModel::rowsRemoved));
-        }
-        quiet.append(new QSignalSpy(window.overview(), &Overview::changed));
-        quiet.append(new QSignalSpy(window.settings(), &SettingsPresenter::changed));
-        app.server.forget();
-        app.clock.advance(1s);
-        app.agent.refresh();
-        QTRY_COMPARE(app.server.requestsTo("/admin/state").size(), 1);
-        QTest::qWait(30);
-        for (QSignalSpy *spy : std::as_const(quiet))
-            QVERIFY2(spy->isEmpty(), spy->signal().constData());
-        qDeleteAll(quiet);
-    }
-
-    void shownTimesMoveWhileTheWindowIsOpen()
-    {
-        Application app;
-        QJsonArray jobs{app.state[QLatin1String("recentJobs")].toArray().first()};
-        QJsonObject job = jobs.first().toObject();
-        job.insert(QStringLiteral("updatedAt"), double(app.clock.wallTime() - 1000));
-        app.state.insert(QStringLiteral("recentJobs"), QJsonArray{job});
-        Presenters window(app.agent, app.clock, app.calls());
-        window.begin();
-        app.poll();
-        const qsizetype others = app.clock.pending();
-        const auto time = [&window] { return window.jobs()->index(0, 0).data(JobListModel::TimeRole).toString(); };
-        QCOMPARE(time(), QStringLiteral("قبل ثانية واحدة"));
-        window.clock()->setActive(true);
-        app.clock.advance(1s);
-        QCOMPARE(time(), QStringLiteral("قبل ثانيتين"));
-        window.clock()->setActive(false);
-        QCOMPARE(app.clock.pending(), others);
-    }
-
-    void sheetsComeAndGo()
-    {
-        Application app;
-        auto window = std::make_unique<Presenters>(app.agent, app.clock, app.calls());
-        window->begin();
-        window->setEdited(std::nullopt);
-        QVERIFY(!window->editor());
-        window->setEdited(printer("p", "ready"));
-        app.clock.advance(0ms);
-        window->editor()->setAlias(QStringLiteral("one"));
-        window->setEdited(printer("q", "ready")); // another printer: what was left for the first is sent
-        QTRY_COMPARE(app.server.requestsTo("/admin/profile").size(), 1);
-        QCOMPARE(window->editor()->printerId(), QStringLiteral("q"));
-        app.clock.advance(0ms);
-        window->editor()->setAlias(QStringLiteral("two"));
-        window->setAdding(true);
-        QVERIFY(window->finder());
-        window->setAdding(false);
-        QVERIFY(!window->finder());
-        window.reset(); // with the sheet open
-        QTRY_COMPARE(app.server.requestsTo("/admin/profile").size(), 2);
-        QVERIFY(app.server.requestsTo("/admin/profile").last().body.contains("\"two\""));
-    }
-
-    void theEndWaitsForTheLastSave()
-    {
-        Application app;
-        app.holdSaves = true;
-        Presenters window(app.agent, app.clock, app.calls());
-        window.begin();
-        window.setEdited(printer("p", "ready"));
-        app.clock.advance(0ms);
-        window.editor()->setAlias(QStringLiteral("last"));
-        bool answered = false;
-        auto *answering = new QTimer(&window);
-        connect(answering, &QTimer::timeout, this, [&] {
-            if (!app.heldSave)
-                return;
-            answered = true;
-            app.heldSave->write(HttpServer::response("{}"));
-            answering->stop();
-        });
-        answering->start(1);
-        window.finishSaving(1s);
-        QVERIFY(answered);
-
-        window.editor()->setAlias(QStringLiteral("never answered"));
-        QTimer::singleShot(20, this, [&app] { app.clock.advance(1s); });
-        window.finishSaving(1s); // comes back all the same
-    }
-
-    void wizardAsksTheRightThings()
-    {
-        Application app;
-        Presenters window(app.agent, app.clock, app.calls());
-        window.begin();
-        window.setWizardShown(true);
-        Wizard &wizard = *window.wizard();
-        wizard.allow(); // the host does nothing: it is not enabled
-        QCOMPARE(wizard.choice(0), WizardChoice::Failed);
-        QCOMPARE(app.host, QStringList{QStringLiteral("on")});
-        wizard.allow();
-        QCOMPARE(wizard.choice(1), WizardChoice::Enabled);
-        wizard.allow(); // no way to trust here
-        QCOMPARE(wizard.choice(2), WizardChoice::Skipped);
-        wizard.allow();
-        QTRY_VERIFY(wizard.isSummary());
-        QCOMPARE(wizard.choice(3), WizardChoice::Enabled);
-        const QList<HttpRequest> browsing = app.server.requestsTo("/admin/discover/bonjour");
-        QCOMPARE(browsing.size(), 1);
-        QVERIFY(browsing.first().method == "POST" && browsing.first().body == "{}");
-
-        window.setWizardShown(false);
-        window.setWizardShown(true); // from the start
-        QCOMPARE(window.wizard()->step(), 0);
-        QCOMPARE(window.wizard()->choice(1), WizardChoice::None);
     }
 };
 

@@ -1,10 +1,8 @@
 #include "app/adminchannel.h"
-#include "support/fakebundle.h"
-#include "support/httpserver.h"
-#include "support/manualclock.h"
+#include "support/answeredcommands.h"
 #include "support/testmain.h"
-#include "ui/presenters/profileeditor.h"
-#include "ui/presenters/wholenumber.h"
+#include "ui/presenters/profile/profilepresenter.h"
+#include "ui/presenters/text/wholenumber.h"
 
 #include <QJsonDocument>
 #include <QSignalSpy>
@@ -28,56 +26,28 @@ PrinterInfo printer(const std::optional<Profile> &profile = {}, const QString &t
 const QByteArray good = "{}";
 const QByteArray refused = R"({"error":{"code":"invalid_alias"}})";
 
-struct Fixture
+const QString savePath = QStringLiteral("/admin/profile");
+const QString actionPath = QStringLiteral("/admin/printers/action");
+
+struct Fixture : AnsweredCommands
 {
-    FakeBundle files;
-    ManualClock clock;
-    HttpServer server;
-    AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
-    StatePoll poll{channel, clock};
-    Toast toast{clock};
-    Commands commands{channel, poll, toast, clock};
     std::unique_ptr<ProfileSaver> saver = std::make_unique<ProfileSaver>(commands);
-    std::unique_ptr<ProfileEditor> editor;
-    QList<QPointer<QTcpSocket>> unanswered; ///< saves whose answer is held back
-    QByteArray answer = good;
-    bool holdBack = false;
+    std::unique_ptr<ProfilePresenter> editor;
 
     explicit Fixture(const PrinterInfo &info = printer())
+        : editor(std::make_unique<ProfilePresenter>(info, clock, commands, *saver))
     {
-        server.answerWith([this](const HttpRequest &request, QTcpSocket &socket) {
-            if (holdBack && request.target == "/admin/profile")
-                unanswered.append(&socket);
-            else
-                socket.write(HttpServer::response(answer));
-        });
-        editor = std::make_unique<ProfileEditor>(info, clock, commands, *saver);
     }
     // Past the turn of the event loop after which changes count.
     void load() { clock.advance(0ms); }
 
-    QList<QJsonObject> saves() const
-    {
-        QList<QJsonObject> list;
-        const QList<HttpRequest> requests = server.requestsTo("/admin/profile");
-        for (const HttpRequest &request : requests)
-            list.append(QJsonDocument::fromJson(request.body).object());
-        return list;
-    }
+    QList<QJsonObject> saves() const { return service.bodiesTo(savePath); }
     QJsonValue lastSaved(const char *key) const
     {
-        const QList<QJsonObject> list = saves();
-        return list.isEmpty() ? QJsonValue(QJsonValue::Undefined)
-                              : list.last()[QLatin1String("profile")][QLatin1String(key)];
+        return service.lastTo(savePath).value(QLatin1String("profile"))[QLatin1String(key)];
     }
-    void answerHeld(const QByteArray &body) { unanswered.takeFirst()->write(HttpServer::response(body)); }
+    void answerHeld(const QByteArray &body) { QVERIFY(service.release(savePath, body)); }
 };
-
-// Long enough for a request to arrive that should not.
-void settle()
-{
-    QTest::qWait(30);
-}
 
 QStringList values(const QVariantList &list, const char *key)
 {
@@ -160,7 +130,7 @@ private Q_SLOTS:
         f.editor->setCut(QStringLiteral("full")); // no change
         f.clock.advance(10s);
         f.editor.reset();
-        settle();
+        QCoreApplication::processEvents();
         QVERIFY(f.saves().isEmpty());
     }
 
@@ -175,7 +145,7 @@ private Q_SLOTS:
         f.editor->setRole(QStringLiteral("kitchen"));
         QVERIFY(f.editor->isPending() && f.editor->isDirty());
         f.clock.advance(49ms);
-        settle();
+        QCoreApplication::processEvents();
         QVERIFY(f.saves().isEmpty());
         f.clock.advance(1ms);
         QVERIFY(!f.editor->isPending() && !f.editor->isDirty());
@@ -196,7 +166,7 @@ private Q_SLOTS:
             f.editor->setAlias(name += letter);
             f.clock.advance(599ms);
         }
-        settle();
+        QCoreApplication::processEvents();
         QVERIFY(f.saves().isEmpty());
         f.clock.advance(1ms);
         QTRY_COMPARE(f.saves().size(), 1);
@@ -208,7 +178,7 @@ private Q_SLOTS:
         QTRY_COMPARE(f.saves().size(), 2);
         QCOMPARE(f.lastSaved("alias"), QJsonValue(QStringLiteral("Kasse 2")));
         f.clock.advance(10s);
-        settle();
+        QCoreApplication::processEvents();
         QCOMPARE(f.saves().size(), 2);
     }
 
@@ -250,7 +220,7 @@ private Q_SLOTS:
             f.editor->close();
         f.editor.reset(); // once is enough
         f.clock.advance(1s);
-        settle();
+        QCoreApplication::processEvents();
         QCOMPARE(f.saves().size(), 1);
     }
 
@@ -261,7 +231,7 @@ private Q_SLOTS:
         QCOMPARE(f.editor->footerText(), QStringLiteral("كل تغيير يُطبَّق فورًا بدون زر حفظ"));
         QCOMPARE(f.editor->footerIcon(), QString());
 
-        f.answer = refused;
+        f.service.answer = refused;
         f.editor->setAlias(QStringLiteral("a!"));
         f.clock.advance(600ms);
         QTRY_VERIFY(f.editor->hasSaveError());
@@ -271,7 +241,7 @@ private Q_SLOTS:
         QCOMPARE(f.editor->alias(), QStringLiteral("a!")); // what was typed stays
         QVERIFY(!f.editor->savedAt().isValid());
 
-        f.answer = good;
+        f.service.answer = good;
         f.editor->setCut(QStringLiteral("none"));
         f.clock.advance(50ms);
         QTRY_VERIFY(!f.editor->hasSaveError());
@@ -285,16 +255,16 @@ private Q_SLOTS:
     {
         Fixture f;
         f.load();
-        f.holdBack = true;
+        f.service.holdBack = true;
         f.editor->setCut(QStringLiteral("full"));
         f.clock.advance(50ms);
-        QTRY_COMPARE(f.unanswered.size(), 1);
+        QTRY_COMPARE(f.service.heldTo(savePath), 1);
         f.editor->setCut(QStringLiteral("esc-i"));
         f.clock.advance(50ms);
         f.editor->setCut(QStringLiteral("esc-m"));
         f.clock.advance(50ms);
         f.editor->setAlias(QStringLiteral("x")); // and one that is not even due
-        settle();
+        QCoreApplication::processEvents();
         QCOMPARE(f.saves().size(), 1);
         QVERIFY(!f.saver->isIdle());
         QCOMPARE(
@@ -303,7 +273,7 @@ private Q_SLOTS:
         f.answerHeld(refused);
         QTRY_VERIFY(f.editor->hasSaveError());
         QVERIFY(f.editor->isDirty()); // the answer to an earlier save is none to the later edit
-        QTRY_COMPARE(f.unanswered.size(), 1);
+        QTRY_COMPARE(f.service.heldTo(savePath), 1);
         QCOMPARE(f.lastSaved("cut"), QJsonValue(QStringLiteral("esc-m")));
         QCOMPARE(
             f.saver->underWay(QStringLiteral("p1"))->value(QLatin1String("cut")), QJsonValue(QStringLiteral("esc-m")));
@@ -326,13 +296,13 @@ private Q_SLOTS:
         QFETCH(bool, withTheWindow);
         Fixture f;
         f.load();
-        f.holdBack = true;
+        f.service.holdBack = true;
         f.editor->setCut(QStringLiteral("full"));
         f.clock.advance(50ms);
-        QTRY_COMPARE(f.unanswered.size(), 1);
+        QTRY_COMPARE(f.service.heldTo(savePath), 1);
         f.editor->setAlias(QStringLiteral("late"));
         f.editor.reset();
-        settle();
+        QCoreApplication::processEvents();
         QCOMPARE(f.saves().size(), 1);
         if (withTheWindow)
             f.saver.reset();
@@ -340,10 +310,9 @@ private Q_SLOTS:
             f.answerHeld(good);
         QTRY_COMPARE(f.saves().size(), 2);
         QCOMPARE(f.lastSaved("alias"), QJsonValue(QStringLiteral("late")));
-        f.holdBack = false;
-        while (!f.unanswered.isEmpty())
-            f.answerHeld(good);
-        settle();
+        f.service.holdBack = false;
+        while (f.service.release(savePath, good)) { }
+        QCoreApplication::processEvents();
         QCOMPARE(f.saves().size(), 2);
     }
 
@@ -353,7 +322,7 @@ private Q_SLOTS:
         Fixture f;
         f.load();
         QSignalSpy lost(f.saver.get(), &ProfileSaver::lost);
-        f.answer = refused;
+        f.service.answer = refused;
         f.editor->setAlias(QStringLiteral("#1"));
         f.clock.advance(600ms);
         QTRY_VERIFY(f.editor->hasSaveError());
@@ -373,9 +342,8 @@ private Q_SLOTS:
             QStringLiteral("drawer cut codepage-test clear-queue"));
         f.editor->setPin(QStringLiteral("both"));
         f.editor->run(QStringLiteral("drawer"));
-        QTRY_COMPARE(f.server.requestsTo("/admin/printers/action").size(), 1);
-        QCOMPARE(QJsonDocument::fromJson(f.server.requestsTo("/admin/printers/action").first().body),
-            QJsonDocument::fromJson(R"({"id":"p1","action":"drawer","pin":"both"})"));
+        QCOMPARE(f.service.lastTo(actionPath),
+            QJsonDocument::fromJson(R"({"id":"p1","action":"drawer","pin":"both"})").object());
         QTRY_COMPARE(f.toast.text(), QStringLiteral("أُرسل أمر فتح الدرج"));
         f.editor->run(QStringLiteral("clear-queue"));
         QTRY_COMPARE(f.toast.text(), QStringLiteral("تم مسح الوظائف العالقة"));
@@ -385,9 +353,8 @@ private Q_SLOTS:
         other.editor->run(QStringLiteral("clear-queue")); // not offered
         other.editor->run(QStringLiteral("cut"));
         QTRY_COMPARE(other.toast.text(), QStringLiteral("أُرسل أمر القص"));
-        const QList<HttpRequest> sent = other.server.requestsTo("/admin/printers/action");
-        QCOMPARE(sent.size(), 1);
-        QCOMPARE(QJsonDocument::fromJson(sent.first().body), QJsonDocument::fromJson(R"({"id":"p1","action":"cut"})"));
+        QCOMPARE(other.service.bodiesTo(actionPath),
+            QList<QJsonObject>{QJsonDocument::fromJson(R"({"id":"p1","action":"cut"})").object()});
     }
 
     // As QML sees it.
@@ -395,7 +362,7 @@ private Q_SLOTS:
     {
         Fixture f;
         f.load();
-        QSignalSpy changed(f.editor.get(), &ProfileEditor::dotsChanged);
+        QSignalSpy changed(f.editor.get(), &ProfilePresenter::dotsChanged);
         QVERIFY(f.editor->setProperty("__dots", 512));
         QCOMPARE(f.editor->property("__dots").toInt(), 512);
         QCOMPARE(changed.size(), 1);

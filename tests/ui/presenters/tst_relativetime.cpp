@@ -1,7 +1,7 @@
 #include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/presenters/relativeclock.h"
-#include "ui/presenters/relativetime.h"
+#include "ui/presenters/text/relativeclock.h"
+#include "ui/presenters/text/relativetime.h"
 
 #include <QDateTime>
 #include <QSignalSpy>
@@ -93,18 +93,18 @@ private Q_SLOTS:
     void handsMoveOnlyWhileWatched()
     {
         ManualClock clock;
-        RelativeClock hands(clock);
-        QSignalSpy moved(&hands, &RelativeClock::moved);
+        RelativeClock relative(clock);
+        QSignalSpy moved(&relative, &RelativeClock::moved);
         QCOMPARE(clock.pending(), 0);
         clock.advance(10s);
         QVERIFY(moved.isEmpty());
 
-        hands.setActive(true); // stale texts are put right at once
+        relative.setActive(true); // stale texts are put right at once
         QCOMPARE(moved.size(), 1);
-        QCOMPARE(hands.now(), clock.wallTime());
+        QCOMPARE(relative.now(), clock.wallTime());
         clock.advance(2s);
         QCOMPARE(moved.size(), 3);
-        hands.setActive(false);
+        relative.setActive(false);
         QCOMPARE(clock.pending(), 0);
     }
 };

@@ -1,12 +1,11 @@
 #include "app/adminchannel.h"
-#include "support/fakebundle.h"
-#include "support/httpserver.h"
-#include "support/manualclock.h"
+#include "support/answeredcommands.h"
+#include "support/application.h"
 #include "support/testmain.h"
-#include "ui/presenters/alertspresenter.h"
-#include "ui/presenters/printerfinder.h"
-#include "ui/presenters/sitespresenter.h"
-#include "ui/presenters/wizard.h"
+#include "ui/presenters/addprinter/addprinterpresenter.h"
+#include "ui/presenters/alerts/alertspresenter.h"
+#include "ui/presenters/sites/sitespresenter.h"
+#include "ui/presenters/wizard/wizardpresenter.h"
 
 #include <QJsonDocument>
 #include <QSignalSpy>
@@ -18,65 +17,22 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct Service
-{
-    FakeBundle files;
-    ManualClock clock;
-    HttpServer server;
-    AdminChannel channel{files.configDir() + QStringLiteral("/admin.token"), clock, server.port()};
-    StatePoll poll{channel, clock};
-    Toast toast{clock};
-    Commands commands{channel, poll, toast, clock};
-    QByteArray answer = "{}";
-    QHash<QByteArray, QPointer<QTcpSocket>> held; ///< by target, the connection whose answer is held back
-    bool holdBack = false;
-
-    Service()
-    {
-        server.answerWith([this](const HttpRequest &request, QTcpSocket &socket) {
-            if (holdBack)
-                held.insert(request.target, &socket);
-            else
-                socket.write(HttpServer::response(answer));
-        });
-    }
-    QJsonDocument last(const QByteArray &target) const
-    {
-        const QList<HttpRequest> requests = server.requestsTo(target);
-        return requests.isEmpty() ? QJsonDocument() : QJsonDocument::fromJson(requests.last().body);
-    }
-};
-
 QVariant cell(const QAbstractItemModel *model, int row, const QByteArray &role)
 {
     return model->index(row, 0).data(model->roleNames().key(role, -1));
 }
 
-// A wizard whose host answers when the test says so.
-struct Host
+QStringList outcomes(const WizardPresenter &wizard)
 {
-    bool login = true;
-    std::function<void(bool)> notifications;
-    std::function<void(bool)> trust;
-    std::function<void()> network;
-    std::unique_ptr<Wizard> wizard = std::make_unique<Wizard>(WizardActions{
-        .enableLaunchAtLogin = [this] { return login; },
-        .requestNotifications = [this](auto done) { notifications = std::move(done); },
-        .trustForSafari = [this](auto done) { trust = std::move(done); },
-        .browseNetwork = [this](auto done) { network = std::move(done); },
-    });
+    QStringList list;
+    const QVariantList all = wizard.outcomes();
+    for (const QVariant &outcome : all)
+        list.append(outcome.toMap().value(QStringLiteral("text")).toString() + QLatin1Char(' ')
+            + outcome.toMap().value(QStringLiteral("color")).toString());
+    return list;
+}
 
-    QStringList outcomes() const
-    {
-        QStringList list;
-        const QVariantList all = wizard->outcomes();
-        for (const QVariant &outcome : all)
-            list.append(outcome.toMap().value(QStringLiteral("text")).toString() + QLatin1Char(' ')
-                + outcome.toMap().value(QStringLiteral("color")).toString());
-        return list;
-    }
-};
-
+const QByteArray browsePath = "/admin/discover/bonjour";
 const QString enabled = QStringLiteral("مفعّل gGreen");
 const QString skipped = QStringLiteral("تم التخطي #80ffffff");
 const QString failed = QStringLiteral("لم يكتمل gAmber");
@@ -114,8 +70,8 @@ private Q_SLOTS:
         QFETCH(QString, port);
         QFETCH(QString, sentName);
         QFETCH(int, sentPort);
-        Service service;
-        PrinterFinder finder(service.commands);
+        AnsweredCommands app;
+        AddPrinterPresenter finder(app.commands);
         QCOMPARE(finder.port(), QStringLiteral("9100"));
         finder.addManual(); // without an address
         QVERIFY(!finder.canAddManual());
@@ -123,9 +79,9 @@ private Q_SLOTS:
         finder.setHost(host);
         finder.setPort(port);
         finder.addManual();
-        QTRY_COMPARE(service.toast.text(), QStringLiteral("تمت إضافة الطابعة"));
-        QCOMPARE(service.server.requestsTo("/admin/printers/add").size(), 1);
-        QCOMPARE(service.last("/admin/printers/add").object(),
+        QTRY_COMPARE(app.toast.text(), QStringLiteral("تمت إضافة الطابعة"));
+        QCOMPARE(app.service.countTo(QStringLiteral("/admin/printers/add")), 1);
+        QCOMPARE(app.service.lastTo(QStringLiteral("/admin/printers/add")),
             (QJsonObject{{QStringLiteral("type"), QStringLiteral("net")}, {QStringLiteral("name"), sentName},
                 {QStringLiteral("host"), host}, {QStringLiteral("port"), sentPort},
                 {QStringLiteral("transport"), QStringLiteral("raw")}}));
@@ -133,41 +89,40 @@ private Q_SLOTS:
 
     void searches()
     {
-        Service service;
-        PrinterFinder finder(service.commands);
+        AnsweredCommands app;
+        AddPrinterPresenter finder(app.commands);
         QCOMPARE(finder.networkHint(), QStringLiteral("اضغط بحث، أو أدخل العنوان يدويًا أدناه."));
         QCOMPARE(finder.networkOutcome(), QString());
-        service.holdBack = true;
+        app.service.holdBack = true;
         finder.searchNetwork();
         finder.searchNetwork(); // it is under way
         finder.searchUsb();
-        QTRY_COMPARE(service.held.size(), 2);
         QVERIFY(finder.isScanning() && !finder.canSearchNetwork() && finder.canSearchBonjour());
         QCOMPARE(finder.networkHint(), QStringLiteral("جارٍ البحث…"));
-        service.held["/admin/discover/network"]->write(
-            HttpServer::response(R"({"hosts":[{"host":"10.0.0.9","port":9101}]})"));
+        QVERIFY(app.service.release(
+            QStringLiteral("/admin/discover/network"), R"({"hosts":[{"host":"10.0.0.9","port":9101}]})"));
         QTRY_COMPARE(finder.hosts()->count(), 1);
         QVERIFY(finder.isScanning()); // the other still is
-        service.held["/admin/discover/usb"]->write(HttpServer::response(
+        QVERIFY(app.service.release(QStringLiteral("/admin/discover/usb"),
             R"({"devices":[{"product":"TM","uri":"usb:x"},{"vendor":"V","product":"B","uri":"y"}]})"));
         QTRY_VERIFY(!finder.isScanning());
-        QCOMPARE(service.server.requestsTo("/admin/discover/network").size(), 1);
+        QCOMPARE(app.service.countTo(QStringLiteral("/admin/discover/network")), 1);
         QCOMPARE(finder.networkHint(), QString());
 
-        service.holdBack = false;
+        app.service.holdBack = false;
         finder.addHost(0);
-        QTRY_COMPARE(service.last("/admin/printers/add").object()[QLatin1String("name")].toString(),
+        QTRY_COMPARE(app.service.lastTo(QStringLiteral("/admin/printers/add"))[QLatin1String("name")].toString(),
             QStringLiteral("Network 10.0.0.9"));
-        QCOMPARE(service.last("/admin/printers/add").object()[QLatin1String("port")].toInt(), 9101);
+        QCOMPARE(app.service.lastTo(QStringLiteral("/admin/printers/add"))[QLatin1String("port")].toInt(), 9101);
         QTRY_VERIFY(cell(finder.hosts(), 0, "added").toBool());
         QCOMPARE(cell(finder.usb(), 1, "detail").toString(), QStringLiteral("V"));
         finder.addUsb(0);
-        QTRY_COMPARE(
-            service.last("/admin/printers/add-usb"), QJsonDocument::fromJson(R"({"name":"TM","uri":"usb:x"})"));
+        QTRY_COMPARE(app.service.lastTo(QStringLiteral("/admin/printers/add-usb")),
+            QJsonDocument::fromJson(R"({"name":"TM","uri":"usb:x"})").object());
         finder.addHost(0); // added already
         finder.addHost(7); // no such row
 
-        service.answer = R"({"services":[{"name":"A","host":"a","port":631,"transport":"ipp"},
+        app.service.answer = R"({"services":[{"name":"A","host":"a","port":631,"transport":"ipp"},
                                          {"name":"B","host":"b","port":515,"transport":"lpd"}]})";
         finder.searchBonjour();
         QTRY_COMPARE(finder.bonjour()->count(), 2);
@@ -175,11 +130,11 @@ private Q_SLOTS:
         QVERIFY(!cell(finder.bonjour(), 0, "addable").toBool() && cell(finder.bonjour(), 1, "addable").toBool());
         finder.addBonjour(0);
         finder.addBonjour(1);
-        QTRY_COMPARE(service.last("/admin/printers/add"),
-            QJsonDocument::fromJson(R"({"type":"net","name":"B","host":"b","port":515,"transport":"lpd"})"));
-        QCOMPARE(service.server.requestsTo("/admin/printers/add").size(), 2);
+        QTRY_COMPARE(app.service.lastTo(QStringLiteral("/admin/printers/add")),
+            QJsonDocument::fromJson(R"({"type":"net","name":"B","host":"b","port":515,"transport":"lpd"})").object());
+        QCOMPARE(app.service.countTo(QStringLiteral("/admin/printers/add")), 2);
 
-        service.answer = "no JSON"; // replaces its own hits and leaves the others'
+        app.service.answer = "no JSON"; // replaces its own hits and leaves the others'
         finder.searchNetwork();
         QTRY_VERIFY(!finder.isScanning());
         QVERIFY(finder.hosts()->count() == 0 && finder.bonjour()->count() == 2 && finder.usb()->count() == 2);
@@ -187,81 +142,90 @@ private Q_SLOTS:
 
     void addsAgainWhatCouldNotBeAdded()
     {
-        Service service;
-        PrinterFinder finder(service.commands);
-        service.answer = R"({"devices":[{"product":"TM","uri":"usb:x"}]})";
+        AnsweredCommands app;
+        AddPrinterPresenter finder(app.commands);
+        app.service.answer = R"({"devices":[{"product":"TM","uri":"usb:x"}]})";
         finder.searchUsb();
         QTRY_COMPARE(finder.usb()->count(), 1);
-        const auto sent = [&service] { return service.server.requestsTo("/admin/printers/add-usb").size(); };
+        const auto sent = [&app] { return app.service.countTo(QStringLiteral("/admin/printers/add-usb")); };
 
-        service.holdBack = true;
+        app.service.holdBack = true;
         finder.addUsb(0);
         QTRY_COMPARE(sent(), 1);
         QVERIFY(cell(finder.usb(), 0, "adding").toBool() && !cell(finder.usb(), 0, "added").toBool());
-        service.holdBack = false;
+        app.service.holdBack = false;
         finder.searchUsb(); // finds it again meanwhile
         QTRY_VERIFY(!finder.isScanning());
         finder.addUsb(0);
-        service.held["/admin/printers/add-usb"]->write(HttpServer::response(R"({"error":{}})"));
+        QVERIFY(app.service.release(QStringLiteral("/admin/printers/add-usb"), R"({"error":{}})"));
         QTRY_VERIFY(!cell(finder.usb(), 0, "adding").toBool());
         QVERIFY(!cell(finder.usb(), 0, "added").toBool());
         QCOMPARE(sent(), 1);
 
-        service.answer = R"({"queue":"TM"})";
+        app.service.answer = R"({"queue":"TM"})";
         finder.addUsb(0);
         QTRY_VERIFY(cell(finder.usb(), 0, "added").toBool());
         QCOMPARE(sent(), 2);
 
-        service.holdBack = true;
+        app.service.holdBack = true;
         finder.setHost(QStringLiteral("h"));
         finder.addManual();
         finder.addManual(); // it is under way
-        QTRY_VERIFY(service.held["/admin/printers/add"]);
         QVERIFY(finder.isAddingManual());
-        service.held["/admin/printers/add"]->write(HttpServer::response("{}"));
+        QVERIFY(app.service.release(QStringLiteral("/admin/printers/add"), "{}"));
         QTRY_VERIFY(!finder.isAddingManual());
-        QCOMPARE(service.server.requestsTo("/admin/printers/add").size(), 1);
+        QCOMPARE(app.service.countTo(QStringLiteral("/admin/printers/add")), 1);
     }
 
     void searchOutlivesItsSheet()
     {
-        Service service;
-        service.holdBack = true;
-        auto finder = std::make_unique<PrinterFinder>(service.commands);
+        AnsweredCommands app;
+        app.service.holdBack = true;
+        auto finder = std::make_unique<AddPrinterPresenter>(app.commands);
         finder->searchUsb();
-        QTRY_COMPARE(service.held.size(), 1);
         finder.reset();
-        service.held["/admin/discover/usb"]->write(HttpServer::response(R"({"devices":[{"product":"T","uri":"u"}]})"));
-        QTest::qWait(30);
+        QVERIFY(
+            app.service.release(QStringLiteral("/admin/discover/usb"), R"({"devices":[{"product":"T","uri":"u"}]})"));
     }
 
     void wizardGoesForward()
     {
-        Host host;
-        Wizard &wizard = *host.wizard;
-        QSignalSpy finished(&wizard, &Wizard::finished);
+        Application app;
+        app.computer.loginItem.works = true;
+        app.computer.notifier.holdPermission = true;
+        app.held = browsePath;
+        WizardPresenter wizard(app.agent);
+        QSignalSpy finished(&wizard, &WizardPresenter::finished);
         QCOMPARE(wizard.counter(), QStringLiteral("الخطوة 1 من 4"));
         QCOMPARE(wizard.current()[QStringLiteral("icon")].toString(), QStringLiteral("power"));
         wizard.allow();
         QCOMPARE(wizard.step(), 1);
-        QVERIFY(!wizard.isBusy());
+        QVERIFY(!wizard.isBusy() && app.agent.launchAtLogin());
 
         wizard.allow();
         QVERIFY(wizard.isBusy() && wizard.step() == 1);
-        host.notifications = {};
+        const auto answer = std::exchange(app.computer.notifier.asked, {});
         wizard.allow(); // cannot be pressed again
-        QVERIFY(!host.notifications);
+        QVERIFY(!app.computer.notifier.asked);
         wizard.finish();
         wizard.skip();
         QVERIFY(!wizard.isBusy() && wizard.step() == 2 && finished.isEmpty());
+        QCOMPARE(wizard.choice(1), WizardChoice::Skipped);
+        answer(true, {}); // it came about after all, and moves nothing
+        QCOMPARE(wizard.step(), 2);
+        QCOMPARE(wizard.choice(1), WizardChoice::Enabled);
 
-        wizard.allow();
-        host.trust(true);
+        wizard.skip();
         QCOMPARE(wizard.counter(), QStringLiteral("الخطوة 4 من 4"));
         wizard.allow();
-        host.network();
-        QVERIFY(wizard.isSummary() && !wizard.isBusy() && wizard.current().isEmpty() && wizard.counter().isEmpty());
-        QCOMPARE(host.outcomes(), (QStringList{enabled, skipped, enabled, enabled}));
+        QTRY_VERIFY(app.unanswered);
+        const QList<HttpRequest> browsing = app.server.requestsTo(browsePath);
+        QVERIFY(browsing.size() == 1 && browsing.first().method == "POST" && browsing.first().body == "{}");
+        QVERIFY(wizard.isBusy());
+        app.unanswered->write(HttpServer::response("{}")); // whatever was found
+        QTRY_VERIFY(wizard.isSummary());
+        QVERIFY(!wizard.isBusy() && wizard.current().isEmpty() && wizard.counter().isEmpty());
+        QCOMPARE(outcomes(wizard), (QStringList{enabled, enabled, skipped, enabled}));
         wizard.allow();
         wizard.skip();
         QCOMPARE(wizard.step(), 4);
@@ -271,72 +235,68 @@ private Q_SLOTS:
 
     void wizardTellsRefusalFromFailure()
     {
-        Host host;
-        host.login = false;
-        host.wizard->allow();
-        host.wizard->allow();
-        host.notifications(false);
-        host.wizard->allow();
-        const auto late = host.trust;
-        host.wizard->skip();
-        QCOMPARE(host.outcomes(), (QStringList{failed, skipped, skipped, skipped}));
-        host.wizard->allow();
-        late(true); // it came about after all, and moves nothing
-        QVERIFY(host.wizard->step() == 3 && host.wizard->isBusy());
-        QCOMPARE(host.outcomes().at(2), enabled);
-
-        const auto network = host.network;
-        host.wizard.reset();
-        network(); // nobody is left
+        Application app;
+        app.computer.notifier.holdPermission = true;
+        app.held = browsePath;
+        auto wizard = std::make_unique<WizardPresenter>(app.agent);
+        wizard->allow();
+        wizard->allow();
+        app.computer.notifier.asked(false, {});
+        wizard->allow(); // the service's own command fails here
+        QTRY_COMPARE(wizard->step(), 3);
+        QCOMPARE(outcomes(*wizard), (QStringList{failed, skipped, skipped, skipped}));
+        QCOMPARE(wizard->choice(2), WizardChoice::Skipped);
+        wizard->allow();
+        QTRY_VERIFY(app.unanswered);
+        wizard.reset(); // an answer finds nobody
+        app.unanswered->write(HttpServer::response("{}"));
+        app.poll();
     }
 
     void alertsAreReadAfterAMoment()
     {
-        ManualClock clock;
-        QStringList done;
-        const auto note
-            = [&done](const char *what) { return [&done, what] { done.append(QString::fromLatin1(what)); }; };
-        AlertsPresenter page({.markRead = note("read"),
-                                 .clearHistory = note("clear"),
-                                 .runScan = note("scan"),
-                                 .installUpdate = note("update"),
-                                 .openLocalNetworkSettings = note("network")},
-            clock);
+        Application app;
+        AlertsPresenter page(app.agent, app.clock);
+        const auto posts = [&app] {
+            return QList<qsizetype>{
+                app.sentTo("/admin/alerts/read"), app.sentTo("/admin/alerts/clear"), app.sentTo("/admin/update/stage")};
+        };
         const AlertItem local{.id = QStringLiteral("local-down")};
         const AlertItem unread{.id = QStringLiteral("a")};
         AlertItem read = unread;
         read.read = true;
 
-        page.show({local, unread}, {unread});
-        page.pageShown();
-        clock.advance(1499ms);
-        QVERIFY(done.isEmpty());
-        clock.advance(1ms);
-        QCOMPARE(done.join(QLatin1Char(' ')), QStringLiteral("read"));
-        page.pageShown();
-        page.pageHidden(); // left before anything could be read
-        clock.advance(5s);
         page.show({local, read}, {read});
         page.pageShown();
-        clock.advance(5s); // the local one alone asks for nothing
-        QCOMPARE(done.size(), 1);
+        app.clock.advance(1500ms); // the local one alone asks for nothing
+        page.show({local, unread}, {unread});
+        page.pageShown();
+        page.pageHidden(); // left before anything could be read
+        app.clock.advance(1500ms);
+        page.pageShown();
+        app.clock.advance(1499ms);
+        page.clearHistory(); // comes after what was sent before it
+        QTRY_COMPARE(posts(), (QList<qsizetype>{0, 1, 0}));
+        app.clock.advance(1ms);
+        QTRY_COMPARE(posts(), (QList<qsizetype>{1, 1, 0}));
 
-        QSignalSpy page_(&page, &AlertsPresenter::pageRequested);
+        QSignalSpy requested(&page, &AlertsPresenter::pageRequested);
         for (const char *action : {"scan", "printers", "jobs", "settings", "update", "network-permission", "dance", ""})
             page.press(QString::fromLatin1(action));
         QStringList pages;
-        for (const QList<QVariant> &call : page_)
+        for (const QList<QVariant> &call : requested)
             pages.append(call.first().toString());
         QCOMPARE(pages.join(QLatin1Char(' ')), QStringLiteral("overview printers jobs settings"));
-        page.clearHistory();
-        QCOMPARE(done.mid(1).join(QLatin1Char(' ')), QStringLiteral("scan update network clear"));
+        QVERIFY(app.agent.isScanning());
+        QCOMPARE(app.computer.desktop.panes, QList{Desktop::SettingsPane::Network});
+        QTRY_COMPARE(posts(), (QList<qsizetype>{1, 1, 1}));
     }
 
     void sitesAreAddedOnce()
     {
-        Service service;
-        service.answer = R"({"origin":"pos"})";
-        SitesPresenter sites(service.commands, service.clock.wallTime());
+        AnsweredCommands app;
+        app.service.answer = R"({"origin":"pos"})";
+        SitesPresenter sites(app.commands, app.clock.wallTime());
         QSignalSpy added(&sites, &SitesPresenter::added);
         sites.add(QStringLiteral(" "));
         sites.add(QStringLiteral(" Pos "));
@@ -344,14 +304,16 @@ private Q_SLOTS:
         QVERIFY(sites.isAdding());
         QTRY_VERIFY(!sites.isAdding());
         QCOMPARE(added.size(), 1);
-        QCOMPARE(service.server.requestsTo("/admin/origins/add").size(), 1);
-        QCOMPARE(service.last("/admin/origins/add"), QJsonDocument::fromJson(R"({"origin":" Pos "})"));
-        service.answer = R"({"error":1})";
+        QCOMPARE(app.service.countTo(QStringLiteral("/admin/origins/add")), 1);
+        QCOMPARE(app.service.lastTo(QStringLiteral("/admin/origins/add")),
+            QJsonDocument::fromJson(R"({"origin":" Pos "})").object());
+        app.service.answer = R"({"error":1})";
         sites.add(QStringLiteral("x"));
         QTRY_VERIFY(!sites.isAdding());
         QCOMPARE(added.size(), 1);
         sites.revoke(QStringLiteral("s1"));
-        QTRY_COMPARE(service.last("/admin/revoke"), QJsonDocument::fromJson(R"({"id":"s1"})"));
+        QTRY_COMPARE(
+            app.service.lastTo(QStringLiteral("/admin/revoke")), QJsonDocument::fromJson(R"({"id":"s1"})").object());
     }
 };
 

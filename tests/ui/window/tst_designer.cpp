@@ -1,35 +1,15 @@
 // The page of the receipt designer: what keys and presses do there, and what must not lose its place.
-#include "app/agent.h"
-#include "demo/stage.h"
-#include "support/warnings.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
+#include "ui/window/windowtest.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 
 using namespace zemrak;
 using namespace zemrak::test;
 using namespace std::chrono_literals;
 
 namespace {
-
-// In the order in which they stand in the scene; also those a list keeps ready out of sight.
-QList<QQuickItem *> all(QQuickItem *item, const char *property, const QVariant &value)
-{
-    QList<QQuickItem *> found;
-    if (item->isVisible() && item->property(property) == value)
-        found.append(item);
-    for (QQuickItem *child : item->childItems())
-        found << all(child, property, value);
-    return found;
-}
 
 DesignerDoc manyItems()
 {
@@ -42,29 +22,11 @@ DesignerDoc manyItems()
 
 } // namespace
 
-class DesignerPageTest : public QObject
+class DesignerPageTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { m_warnings = std::make_unique<Warnings>(); }
-
-    void init()
-    {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        m_window->appearance().overrideTextScale(1);
-        m_warnings->forget();
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings->take(), QStringList());
-    }
-
     void typingReachesTheDocument()
     {
         open("shop");
@@ -90,7 +52,7 @@ private Q_SLOTS:
             {"فتح درج النقود", &DesignerDoc::drawer}, {"صفير بعد الطباعة", &DesignerDoc::beep}};
         for (const auto &[name, field] : switches) {
             const bool before = designer().doc().*field;
-            all(root(), "text", QString::fromUtf8(name)).last()->forceActiveFocus(Qt::TabFocusReason);
+            itemsWith(root(), "text", QString::fromUtf8(name)).last()->forceActiveFocus(Qt::TabFocusReason);
             QTest::keyClick(window(), Qt::Key_Space);
             QVERIFY2(designer().doc().*field != before, name);
         }
@@ -116,7 +78,7 @@ private Q_SLOTS:
             QCOMPARE(focused(), QStringLiteral("اسم المنتج %1").arg(row + 1));
             QVERIFY(isInSight(window()->activeFocusItem()));
         }
-        QVERIFY(all(root(), "placeholder", QStringLiteral("السعر")).size() < 60); // only rows in sight exist
+        QVERIFY(itemsWith(root(), "placeholder", QStringLiteral("السعر")).size() < 60); // only rows in sight exist
         QTest::keyClick(window(), Qt::Key_Backtab);
         QTest::keyClick(window(), Qt::Key_Backtab);
         QCOMPARE(focused(), QStringLiteral("السعر 39"));
@@ -187,7 +149,7 @@ private Q_SLOTS:
         settle();
         focus("السعر 2");
         QQuickItem *field = window()->activeFocusItem();
-        QQuickItem *other = all(root(), "name", QStringLiteral("السعر 1")).first();
+        QQuickItem *other = itemWith(root(), "name", QStringLiteral("السعر 1"));
         QTest::keyClick(window(), Qt::Key_Home);
         QTest::keyClick(window(), '9');
         QTest::keyClick(window(), '8');
@@ -196,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(window()->activeFocusItem(), field);
         QVERIFY(m_stage->enter(QStringLiteral("shop"))); // a poll
         designer().addItem(); // none can be added
-        QCOMPARE(all(root(), "name", QStringLiteral("السعر 1")).first(), other);
+        QCOMPARE(itemWith(root(), "name", QStringLiteral("السعر 1")), other);
         QCOMPARE(field->property("cursorPosition").toInt(), 2);
     }
 
@@ -227,16 +189,15 @@ private Q_SLOTS:
         click("إضافة منتج");
         m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {}); // the print stays under way
         click("اطبع الورقة");
-        QTRY_VERIFY(!all(root(), "text", QStringLiteral("جارٍ الإرسال…")).isEmpty());
+        QTRY_VERIFY(!itemsWith(root(), "text", QStringLiteral("جارٍ الإرسال…")).isEmpty());
         m_window->close();
         m_clock.advance(15s);
         QTRY_VERIFY(!designer().isPrinting());
         QCOMPARE(m_stage->agent().toast(), QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة"));
         open("shop");
-        QCOMPARE(
-            all(root(), "name", QStringLiteral("العميل")).first()->property("text").toString(), QStringLiteral("k"));
-        QCOMPARE(all(root(), "placeholder", QStringLiteral("السعر")).size(), 2);
-        QTRY_VERIFY(!all(root(), "text", QStringLiteral("اطبع الورقة")).isEmpty());
+        QCOMPARE(itemWith(root(), "name", QStringLiteral("العميل"))->property("text").toString(), QStringLiteral("k"));
+        QCOMPARE(itemsWith(root(), "placeholder", QStringLiteral("السعر")).size(), 2);
+        QTRY_VERIFY(!itemsWith(root(), "text", QStringLiteral("اطبع الورقة")).isEmpty());
     }
 
     void headerActions()
@@ -244,7 +205,7 @@ private Q_SLOTS:
         open("shop");
         focus("العميل");
         QTest::keyClick(window(), 'k');
-        QVERIFY(all(root(), "text", QStringLiteral("تراجع")).isEmpty());
+        QVERIFY(itemsWith(root(), "text", QStringLiteral("تراجع")).isEmpty());
         click("بيانات تجريبية");
         QCOMPARE(designer().doc().json(), DesignerDoc::sample().json());
         settle();
@@ -275,15 +236,15 @@ private Q_SLOTS:
         window()->resize(width, 760);
         designer().setDoc(manyItems());
         settle();
-        auto *view = all(root(), "page", QStringLiteral("designer")).first()->property("view").value<QQuickItem *>();
+        auto *view = itemWith(root(), "page", QStringLiteral("designer"))->property("view").value<QQuickItem *>();
         QVERIFY(view);
         for (const double part : {0.0, 0.3, 1.0}) {
             const double range = view->property("contentHeight").toDouble() - view->height();
             view->setProperty("contentY", part * range);
             settle();
-            const QList<QQuickItem *> buttons = all(root(), "text", QStringLiteral("اطبع الورقة"));
+            const QList<QQuickItem *> buttons = itemsWith(root(), "text", QStringLiteral("اطبع الورقة"));
             QVERIFY(!buttons.isEmpty() && isInSight(buttons.first()));
-            QQuickItem *heading = all(root(), "title", QStringLiteral("معاينة الورقة")).first();
+            QQuickItem *heading = itemWith(root(), "title", QStringLiteral("معاينة الورقة"));
             QCOMPARE(isInSight(heading), beside || part == 1.0);
         }
     }
@@ -293,7 +254,7 @@ private Q_SLOTS:
         open("shop");
         designer().setDoc(manyItems());
         settle();
-        QQuickItem *print = all(root(), "text", QStringLiteral("اطبع الورقة")).first();
+        QQuickItem *print = itemWith(root(), "text", QStringLiteral("اطبع الورقة"));
         print->forceActiveFocus(Qt::TabFocusReason);
         QTest::keyClick(window(), Qt::Key_Backtab);
         QQuickItem *list = window()->activeFocusItem();
@@ -308,15 +269,15 @@ private Q_SLOTS:
     void nothingIsSentWithoutAPrinter()
     {
         open("offline");
-        QVERIFY(!all(
+        QVERIFY(!itemsWith(
             root(), "text", QStringLiteral("لا توجد طابعة متصلة حاليًا. وصّل الطابعة ثم افحص الاتصال من «نظرة عامة»."))
                      .isEmpty());
-        QVERIFY(all(root(), "name", QStringLiteral("الطابعة")).isEmpty());
+        QVERIFY(itemsWith(root(), "name", QStringLiteral("الطابعة")).isEmpty());
         click("اطبع الورقة");
         settle();
         QVERIFY(m_stage->server().requestsTo("/admin/designer/print").isEmpty());
         QVERIFY(m_stage->enter(QStringLiteral("shop")));
-        QTRY_VERIFY(!all(root(), "name", QStringLiteral("الطابعة")).isEmpty());
+        QTRY_VERIFY(!itemsWith(root(), "name", QStringLiteral("الطابعة")).isEmpty());
         click("اطبع الورقة");
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/designer/print").size(), 1);
         QTRY_VERIFY(!designer().isPrinting());
@@ -325,23 +286,14 @@ private Q_SLOTS:
 private:
     void open(const char *situation)
     {
-        QVERIFY(m_stage->enter(QString::fromLatin1(situation)));
-        m_window->show({});
-        QVERIFY(QTest::qWaitForWindowActive(window()));
+        WindowTest::open(situation, "designer");
         window()->resize(1020, 760);
-        UiContext::of(m_window->engine()).mainView().setPage(QStringLiteral("designer"));
         settle();
-    }
-    // Layouts and views come to rest when a picture is drawn.
-    void settle()
-    {
-        QCoreApplication::processEvents();
-        QVERIFY(!window()->grabWindow().isNull());
     }
     void focus(const char *name) { focus(QString::fromUtf8(name)); }
     void focus(const QString &name)
     {
-        const QList<QQuickItem *> found = all(root(), "name", name);
+        const QList<QQuickItem *> found = itemsWith(root(), "name", name);
         QVERIFY2(!found.isEmpty(), qPrintable(name));
         found.first()->forceActiveFocus(Qt::TabFocusReason);
         QCOMPARE(window()->activeFocusItem(), found.first());
@@ -355,11 +307,11 @@ private:
     }
     void click(const char *text)
     {
-        const QList<QQuickItem *> found = all(root(), "text", QString::fromUtf8(text));
+        const QList<QQuickItem *> found = itemsWith(root(), "text", QString::fromUtf8(text));
         QVERIFY2(!found.isEmpty(), text);
         found.first()->forceActiveFocus(Qt::TabFocusReason); // brings it in sight
         settle();
-        QTest::mouseClick(window(), Qt::LeftButton, {}, centre(found.first()).toPoint());
+        QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(found.first()));
     }
     static QPointF centre(QQuickItem *item) { return item->mapToScene(item->boundingRect().center()); }
     bool isInSight(QQuickItem *item)
@@ -367,14 +319,7 @@ private:
         return QRectF(0, 0, window()->width(), window()->height())
             .contains(item->mapRectToScene(item->boundingRect()).intersected({-1e6, -1e6, 2e6, 2e6}).center());
     }
-    QQuickWindow *window() { return m_window->window(); }
-    QQuickItem *root() { return window()->contentItem(); }
-    DesignerView &designer() { return m_window->designer(); }
-
-    std::unique_ptr<Warnings> m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
+    DesignerPresenter &designer() { return m_window->designer(); }
 };
 
 ZEMRAK_TEST(designer, DesignerPageTest, QApplication)

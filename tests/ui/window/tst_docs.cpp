@@ -1,66 +1,33 @@
 // The page of the guide: what its tabs, buttons and search do in the window.
-#include "demo/stage.h"
 #include "guide/doctabs.h"
-#include "support/warnings.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
+#include "ui/window/windowtest.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 
 #include <algorithm>
-#include <memory>
 
 using namespace zemrak;
 using namespace zemrak::test;
 
 namespace {
 
-QList<QQuickItem *> all(QQuickItem *item, const char *property, const QVariant &value)
-{
-    QList<QQuickItem *> found;
-    if (item->isVisible() && item->property(property) == value)
-        found.append(item);
-    for (QQuickItem *child : item->childItems())
-        found << all(child, property, value);
-    return found;
-}
-
 } // namespace
 
-class DocsPageTest : public QObject
+class DocsPageTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init()
     {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        m_window->appearance().overrideTextScale(1);
-        (void)m_warnings.take();
-        QVERIFY(m_stage->enter(QStringLiteral("shop")));
-        m_window->show({});
-        QVERIFY(m_window->isOpen());
+        setUp();
+        open("shop", "docs");
         window()->resize(1020, 760);
-        QVERIFY(QTest::qWaitForWindowActive(window()));
-        UiContext::of(m_window->engine()).mainView().setPage(QStringLiteral("docs"));
         settle();
-    }
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings.take(), QStringList());
     }
 
     void everyTabIsReachedByItsNameAndByTheKeyboard()
@@ -69,7 +36,7 @@ private Q_SLOTS:
             click(only("text", tab.title));
             QCOMPARE(docs().selected(), tab.id);
             settle();
-            QCOMPARE(all(page(), "kind", QStringLiteral("code")).size(),
+            QCOMPARE(itemsWith(page(), "kind", QStringLiteral("code")).size(),
                 std::ranges::count_if(
                     tab.blocks, [](const DocBlock &block) { return std::holds_alternative<DocCode>(block); }));
         }
@@ -94,8 +61,8 @@ private Q_SLOTS:
         click(only("text", QStringLiteral("نسخ")));
         QCOMPARE(QGuiApplication::clipboard()->text(), code);
         QCOMPARE(m_stage->agent().toast(), QStringLiteral("تم نسخ الكود"));
-        QCOMPARE(all(page(), "__copied", true).size(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(all(page(), "__copied", true).size(), 0, 3000);
+        QCOMPARE(itemsWith(page(), "__copied", true).size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(itemsWith(page(), "__copied", true).size(), 0, 3000);
     }
 
     void tableIsCopiedAsMarkdown()
@@ -134,31 +101,16 @@ private Q_SLOTS:
     }
 
 private:
-    QQuickWindow *window() { return m_window->window(); }
-    DocsPresenter &docs() { return *UiContext::of(m_window->engine()).presenters().docs(); }
+    DocsPresenter &docs() { return *session().docs(); }
     QQuickItem *page() { return only("page", QStringLiteral("docs")); }
-    void settle()
-    {
-        (void)window()->grabWindow();
-        QCoreApplication::processEvents();
-        (void)window()->grabWindow();
-    }
     /// The first visible item whose property is `value`.
-    QQuickItem *only(const char *property, const QVariant &value)
-    {
-        return all(window()->contentItem(), property, value).value(0);
-    }
+    QQuickItem *only(const char *property, const QVariant &value) { return itemWith(root(), property, value); }
     void click(QQuickItem *item)
     {
         QVERIFY(item);
         QVERIFY(QMetaObject::invokeMethod(item, "forceActiveFocus"));
         QVERIFY(QMetaObject::invokeMethod(item, "clicked"));
     }
-
-    Warnings m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
 };
 
 ZEMRAK_TEST(docs, DocsPageTest, QApplication)

@@ -1,18 +1,8 @@
 // The overview and the page of printers: what presses and keys do there.
-#include "app/agent.h"
-#include "demo/stage.h"
-#include "support/warnings.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
+#include "ui/window/windowtest.h"
 
-#include <QAccessible>
 #include <QApplication>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 
 using namespace zemrak;
 using namespace zemrak::test;
@@ -22,74 +12,38 @@ namespace {
 
 const QString testPrint = QStringLiteral("طباعة تجربة");
 
-// In the order in which they stand in the scene.
+// Those that the keyboard reaches.
 QList<QQuickItem *> visibleWith(QQuickItem *item, const QString &text, const char *property = "text")
 {
-    QList<QQuickItem *> found;
-    if (item->isVisible() && item->activeFocusOnTab() && item->property(property).toString() == text)
-        found.append(item);
-    for (QQuickItem *child : item->childItems())
-        found << visibleWith(child, text, property);
-    return found;
-}
-
-QQuickItem *progressRing(QQuickItem *item)
-{
-    if (QByteArray(item->metaObject()->className()).startsWith("OverviewProgress"))
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = progressRing(child))
-            return found;
-    }
-    return nullptr;
+    return itemsWhere(item, [&](const QQuickItem *candidate) {
+        return candidate->activeFocusOnTab() && candidate->property(property).toString() == text;
+    });
 }
 
 } // namespace
 
-class FirstPagesTest : public QObject
+class FirstPagesTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QAccessible::setActive(true);
-        m_warnings = std::make_unique<Warnings>();
-    }
-
-    void init()
-    {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        m_window->appearance().overrideTextScale(1);
-        (void)m_warnings->take();
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings->take(), QStringList());
-    }
-
     void ringStartsACheckAndFillsWithIt()
     {
         open("shop", "overview");
         QQuickItem *ring = control(QStringLiteral("فحص الاتصال"));
-        press(ring);
+        pressAccessibly(ring);
         QVERIFY(m_stage->agent().isScanning());
         QCOMPARE(ring->property("tone").value<QColor>(), QColor(0xc084fc));
         QVERIFY(control(QStringLiteral("طابعات متصلة"))); // nothing else went away
         m_clock.advance(600ms);
         m_clock.advance(700ms);
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/scan").size(), 1);
-        QTest::keyClick(m_window->window(), Qt::Key_Return); // while it runs, another press changes nothing
-        for (int tenths = 0; tenths < 100 && m_stage->agent().isScanning(); ++tenths) {
+        QTest::keyClick(window(), Qt::Key_Return); // while it runs, another press changes nothing
+        const auto isOver = [this] {
             m_clock.advance(100ms);
-            QTest::qWait(1);
-        }
-        QVERIFY(!m_stage->agent().isScanning());
+            return !m_stage->agent().isScanning();
+        };
+        QTRY_VERIFY(isOver());
         QCOMPARE(m_stage->server().requestsTo("/admin/scan").size(), 1);
         QTRY_COMPARE(ring->property("tone").value<QColor>(), QColor(0x16a34a));
     }
@@ -99,8 +53,8 @@ private Q_SLOTS:
         m_window->appearance().overrideReducedMotion(false);
         open("shop", "overview");
         for (int check = 0; check < 2; ++check) { // the second does not begin where the first ended
-            press(control(QStringLiteral("فحص الاتصال")));
-            QQuickItem *ring = progressRing(root());
+            pressAccessibly(control(QStringLiteral("فحص الاتصال")));
+            QQuickItem *ring = itemOfType(root(), "OverviewProgress");
             QVERIFY(ring);
             const auto shown = [ring] { return ring->property("shown").toDouble(); };
             QCOMPARE(shown(), 0.03);
@@ -120,7 +74,7 @@ private Q_SLOTS:
         for (const auto &[counter, page] : {std::pair{QStringLiteral("طابعات متصلة"), "printers"},
                  {QStringLiteral("مواقع مصرّحة"), "sites"}, {QStringLiteral("وظائف اليوم"), "jobs"}}) {
             view().setPage(QStringLiteral("overview"));
-            press(control(counter));
+            pressAccessibly(control(counter));
             QCOMPARE(view().page(), QLatin1String(page));
         }
     }
@@ -130,10 +84,10 @@ private Q_SLOTS:
         open("shop", "printers");
         QQuickItem *card = control(QStringLiteral("المطبخ"));
         const std::pair<const char *, std::function<void()>> presses[] = {
-            {"mouse", [&] { QTest::mouseClick(m_window->window(), Qt::LeftButton, {}, centre(card)); }},
-            {"assistive technology", [&] { press(card); }},
-            {"space", [&] { QTest::keyClick(m_window->window(), Qt::Key_Space); }},
-            {"return", [&] { QTest::keyClick(m_window->window(), Qt::Key_Return); }},
+            {"mouse", [&] { QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(card)); }},
+            {"assistive technology", [&] { pressAccessibly(card); }},
+            {"space", [&] { QTest::keyClick(window(), Qt::Key_Space); }},
+            {"return", [&] { QTest::keyClick(window(), Qt::Key_Return); }},
         };
         for (const auto &[how, pressIt] : presses) {
             QTRY_VERIFY2(focus(card), how); // once the sheet before has gone
@@ -150,15 +104,15 @@ private Q_SLOTS:
         QQuickItem *button = visibleWith(card, testPrint).value(0);
         QVERIFY(button);
         for (int i = 0; i < 2; ++i)
-            QTest::mouseClick(m_window->window(), Qt::LeftButton, {}, centre(button));
+            QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(button));
         QTRY_COMPARE(m_stage->agent().toast(), QStringLiteral("تم إرسال طباعة التجربة"));
         QCOMPARE(m_stage->server().requestsTo("/admin/test").size(), 1);
         m_clock.advance(Commands::oneWish);
         QVERIFY(m_stage->server().requestsTo("/admin/test").first().body.contains("net-2"));
         QVERIFY(focus(card));
-        QTest::keyClick(m_window->window(), Qt::Key_Tab);
-        QCOMPARE(m_window->window()->activeFocusItem(), button);
-        QTest::keyClick(m_window->window(), Qt::Key_Return);
+        QTest::keyClick(window(), Qt::Key_Tab);
+        QCOMPARE(window()->activeFocusItem(), button);
+        QTest::keyClick(window(), Qt::Key_Return);
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/test").size(), 2);
         QCOMPARE(view().editing(), QString());
     }
@@ -169,19 +123,19 @@ private Q_SLOTS:
         QVERIFY(visibleWith(root(), testPrint).size() < 40); // of 500
         QVERIFY(focus(control(QStringLiteral("كاشير 1"))));
         for (int i = 0; i < 30; ++i)
-            QTest::keyClick(m_window->window(), Qt::Key_Down);
-        QQuickItem *card = m_window->window()->activeFocusItem();
+            QTest::keyClick(window(), Qt::Key_Down);
+        QQuickItem *card = window()->activeFocusItem();
         QCOMPARE(card->property("text").toString(), QStringLiteral("Bar 31"));
         QVERIFY(card->property("visualFocus").toBool());
-        QVERIFY(QRectF(0, 0, m_window->window()->width(), m_window->window()->height())
-                    .contains(card->mapRectToScene(card->boundingRect())));
-        QTest::keyClick(m_window->window(), Qt::Key_Up);
-        QVERIFY(m_window->window()->activeFocusItem() != card);
+        QVERIFY(
+            QRectF(0, 0, window()->width(), window()->height()).contains(card->mapRectToScene(card->boundingRect())));
+        QTest::keyClick(window(), Qt::Key_Up);
+        QVERIFY(window()->activeFocusItem() != card);
         // A poll that changes nothing leaves both where they are.
-        const QQuickItem *focused = m_window->window()->activeFocusItem();
+        const QQuickItem *focused = window()->activeFocusItem();
         const double y = focused->mapToScene({}).y();
         QVERIFY(m_stage->enter(QStringLiteral("crowded")));
-        QCOMPARE(m_window->window()->activeFocusItem(), focused);
+        QCOMPARE(window()->activeFocusItem(), focused);
         QCOMPARE(focused->mapToScene({}).y(), y);
     }
 
@@ -196,8 +150,8 @@ private Q_SLOTS:
         searchField()->setProperty("text", QStringLiteral("bt-58 4"));
         QTRY_COMPARE(visibleWith(root(), QStringLiteral("BT-58 4")).size(), 1);
         QVERIFY(focus(searchField()));
-        QTest::keyClick(m_window->window(), Qt::Key_Down);
-        QCOMPARE(m_window->window()->activeFocusItem(), control(QStringLiteral("BT-58 4")));
+        QTest::keyClick(window(), Qt::Key_Down);
+        QCOMPARE(window()->activeFocusItem(), control(QStringLiteral("BT-58 4")));
         searchField()->setProperty("text", QStringLiteral("zzz"));
         QTRY_VERIFY(visibleWith(root(), testPrint).isEmpty());
         QVERIFY(searchField()); // to empty it again
@@ -206,19 +160,11 @@ private Q_SLOTS:
     void printersCanBeAddedWithoutTheService()
     {
         open("stopped", "printers");
-        press(control(QStringLiteral("إضافة طابعة")));
+        pressAccessibly(control(QStringLiteral("إضافة طابعة")));
         QVERIFY(view().isAdding());
     }
 
 private:
-    void open(const char *situation, const char *page)
-    {
-        QVERIFY(m_stage->enter(QString::fromLatin1(situation)));
-        m_window->show({});
-        QVERIFY(QTest::qWaitForWindowActive(m_window->window()));
-        view().setPage(QString::fromLatin1(page));
-        QVERIFY(!m_window->window()->grabWindow().isNull());
-    }
     QQuickItem *control(const QString &text)
     {
         const QList<QQuickItem *> found = visibleWith(root(), text);
@@ -230,26 +176,11 @@ private:
     {
         return visibleWith(root(), QStringLiteral("ابحث عن طابعة"), "placeholderText").value(0);
     }
-    void press(QQuickItem *item)
-    {
-        QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(item);
-        QVERIFY(interface && interface->actionInterface());
-        QVERIFY(!interface->text(QAccessible::Name).isEmpty());
-        interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    }
     bool focus(QQuickItem *item)
     {
         item->forceActiveFocus(Qt::TabFocusReason);
-        return m_window->window()->activeFocusItem() == item;
+        return window()->activeFocusItem() == item;
     }
-    static QPoint centre(QQuickItem *item) { return item->mapToScene(item->boundingRect().center()).toPoint(); }
-    MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
-    QQuickItem *root() { return m_window->window()->contentItem(); }
-
-    std::unique_ptr<Warnings> m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
 };
 
 ZEMRAK_TEST(firstpages, FirstPagesTest, QApplication)

@@ -1,12 +1,7 @@
 // The pages of sites, jobs and alerts: what presses and keys do there, and what a poll must leave alone.
-#include "app/agent.h"
-#include "demo/stage.h"
-#include "support/warnings.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
 #include "support/wiredata.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
+#include "ui/window/windowtest.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -14,10 +9,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 
 #include <algorithm>
 
@@ -26,17 +17,6 @@ using namespace zemrak::test;
 using namespace std::chrono_literals;
 
 namespace {
-
-// In the order in which they stand in the scene; also those a list keeps ready out of sight.
-QList<QQuickItem *> all(QQuickItem *item, const char *property, const QVariant &value)
-{
-    QList<QQuickItem *> found;
-    if (item->isVisible() && item->property(property) == value)
-        found.append(item);
-    for (QQuickItem *child : item->childItems())
-        found << all(child, property, value);
-    return found;
-}
 
 Answers changed(const char *situation, const std::function<void(QJsonObject &state, QJsonObject &alerts)> &change)
 {
@@ -51,29 +31,11 @@ Answers changed(const char *situation, const std::function<void(QJsonObject &sta
 
 } // namespace
 
-class ListPagesTest : public QObject
+class ListPagesTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { m_warnings = std::make_unique<Warnings>(); }
-
-    void init()
-    {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        m_window->appearance().overrideTextScale(1);
-        (void)m_warnings->take();
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings->take(), QStringList());
-    }
-
     void pollLeavesTheViewWhereItIs()
     {
         open("crowded", "jobs");
@@ -84,7 +46,7 @@ private Q_SLOTS:
         settle();
         const QString seen = topRow(list)->property("jobId").toString();
         const double place = topRow(list)->mapToScene({}).y();
-        QVERIFY(all(root(), "statusText", QStringLiteral("تمت")).size() < 40); // only what is in sight exists
+        QVERIFY(itemsWith(root(), "statusText", QStringLiteral("تمت")).size() < 40); // only what is in sight exists
 
         poll(changed("crowded", [](QJsonObject &state, QJsonObject &) {
             QJsonArray jobs = state.value(QStringLiteral("recentJobs")).toArray();
@@ -105,7 +67,7 @@ private Q_SLOTS:
     void listIsOneStopOfTheTabKey()
     {
         open("crowded", "jobs");
-        QQuickItem *search = all(root(), "placeholderText", QStringLiteral("ابحث في الوظائف")).value(0);
+        QQuickItem *search = itemWith(root(), "placeholderText", QStringLiteral("ابحث في الوظائف"));
         QVERIFY(search);
         search->forceActiveFocus(Qt::TabFocusReason);
         QTest::keyClick(window(), Qt::Key_Down); // into what was found
@@ -134,7 +96,7 @@ private Q_SLOTS:
     {
         open("shop", "sites");
         const QString typed = QStringLiteral("pos.new.example");
-        QQuickItem *field = all(root(), "name", QStringLiteral("عنوان الموقع")).value(0);
+        QQuickItem *field = itemWith(root(), "name", QStringLiteral("عنوان الموقع"));
         QVERIFY(field);
         field->forceActiveFocus(Qt::TabFocusReason);
         for (const QChar letter : typed)
@@ -143,7 +105,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/origins/add").size(), 1);
         QCOMPARE(m_stage->server().requestsTo("/admin/origins/add").first().body,
             QByteArray("{\"origin\":\"pos.new.example\"}"));
-        QTRY_VERIFY(!presenters().sites()->isAdding());
+        QTRY_VERIFY(!session().sites()->isAdding());
         QCOMPARE(field->property("text").toString(), typed);
         QVERIFY(field->property("activeFocus").toBool());
 
@@ -160,22 +122,22 @@ private Q_SLOTS:
     void siteIsDeletedOnlyAfterTheAnswer()
     {
         open("shop", "sites");
-        QCOMPARE(all(root(), "tag", QStringLiteral("أُضيف يدويًا")).size(), 2); // all but the service's own
-        const QList<QQuickItem *> bins = all(root(), "symbol", QStringLiteral("trash"));
+        QCOMPARE(itemsWith(root(), "tag", QStringLiteral("أُضيف يدويًا")).size(), 2); // all but the service's own
+        const QList<QQuickItem *> bins = itemsWith(root(), "symbol", QStringLiteral("trash"));
         QCOMPARE(bins.size(), 2);
         for (const bool sure : {false, true}) {
             click(bins.first());
-            QTRY_VERIFY(!all(root(), "text", QStringLiteral("إلغاء")).isEmpty());
-            QTRY_COMPARE(window()->activeFocusItem(), all(root(), "text", QStringLiteral("إلغاء")).first());
+            QTRY_VERIFY(!itemsWith(root(), "text", QStringLiteral("إلغاء")).isEmpty());
+            QTRY_COMPARE(window()->activeFocusItem(), itemWith(root(), "text", QStringLiteral("إلغاء")));
             QVERIFY(m_stage->server().requestsTo("/admin/origins/remove").isEmpty());
-            click(all(root(), "text", sure ? QStringLiteral("حذف") : QStringLiteral("إلغاء")).first());
-            QTRY_VERIFY(all(root(), "text", QStringLiteral("إلغاء")).isEmpty());
+            click(itemWith(root(), "text", sure ? QStringLiteral("حذف") : QStringLiteral("إلغاء")));
+            QTRY_VERIFY(itemsWith(root(), "text", QStringLiteral("إلغاء")).isEmpty());
         }
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/origins/remove").size(), 1);
         QVERIFY(m_stage->server().requestsTo("/admin/origins/remove").first().body.contains("orders.shop.example"));
 
-        QCOMPARE(all(root(), "paired", true).size(), 2); // the service's own, too
-        click(all(root(), "text", QStringLiteral("إلغاء الاقتران")).first());
+        QCOMPARE(itemsWith(root(), "paired", true).size(), 2); // the service's own, too
+        click(itemWith(root(), "text", QStringLiteral("إلغاء الاقتران")));
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/revoke").size(), 1);
         QCOMPARE(m_stage->server().requestsTo("/admin/revoke").first().body, QByteArray("{\"id\":\"s1\"}"));
     }
@@ -183,8 +145,8 @@ private Q_SLOTS:
     void manySitesStillLeadToTheField()
     {
         open("crowded", "sites");
-        click(all(root(), "text", QStringLiteral("إضافة موقع")).first());
-        QQuickItem *field = all(root(), "name", QStringLiteral("عنوان الموقع")).value(0);
+        click(itemWith(root(), "text", QStringLiteral("إضافة موقع")));
+        QQuickItem *field = itemWith(root(), "name", QStringLiteral("عنوان الموقع"));
         QVERIFY(field && field->property("activeFocus").toBool());
         const double y = field->mapToScene({}).y();
         QVERIFY(y > 0 && y + field->height() < window()->height());
@@ -222,9 +184,9 @@ private Q_SLOTS:
     {
         open("shop", "alerts");
         QCOMPARE(headings(), (QStringList{QStringLiteral("تحتاج انتباهك (3)"), QStringLiteral("السجل")}));
-        QVERIFY(all(root(), "title", QStringLiteral("لا توجد مشاكل الآن")).isEmpty());
-        QCOMPARE(all(root(), "countBadge", QStringLiteral("تكرر 3 مرة")).size(), 1);
-        QCOMPARE(all(root(), "resolved", true).size(), 1);
+        QVERIFY(itemsWith(root(), "title", QStringLiteral("لا توجد مشاكل الآن")).isEmpty());
+        QCOMPARE(itemsWith(root(), "countBadge", QStringLiteral("تكرر 3 مرة")).size(), 1);
+        QCOMPARE(itemsWith(root(), "resolved", true).size(), 1);
 
         poll(changed("shop", [](QJsonObject &, QJsonObject &alerts) {
             QJsonArray over;
@@ -236,26 +198,26 @@ private Q_SLOTS:
             alerts.insert(QStringLiteral("alerts"), over);
         }));
         QTRY_COMPARE(headings(), QStringList{QStringLiteral("السجل")});
-        QQuickItem *hint = all(root(), "title", QStringLiteral("لا توجد مشاكل الآن")).value(0);
+        QQuickItem *hint = itemWith(root(), "title", QStringLiteral("لا توجد مشاكل الآن"));
         QVERIFY(hint && hint->height() > 100); // and the history under it
         QTRY_VERIFY(hint->mapToScene({}).y() > 0);
 
         QVERIFY(m_stage->enter(QStringLiteral("quiet")));
         QTRY_COMPARE(headings(), QStringList());
-        QVERIFY(!all(root(), "title", QStringLiteral("لا توجد مشاكل الآن")).isEmpty());
+        QVERIFY(!itemsWith(root(), "title", QStringLiteral("لا توجد مشاكل الآن")).isEmpty());
     }
 
     void alertsButtonsDoTheirs()
     {
         open("shop", "alerts");
-        click(all(root(), "text", QStringLiteral("تحديد الكل كمقروء")).first());
+        click(itemWith(root(), "text", QStringLiteral("تحديد الكل كمقروء")));
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/alerts/read").size(), 1);
-        click(all(root(), "text", QStringLiteral("مسح السجل")).first());
+        click(itemWith(root(), "text", QStringLiteral("مسح السجل")));
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/alerts/clear").size(), 1);
 
-        QQuickItem *scan = all(root(), "actionTitle", QStringLiteral("فحص الاتصال")).value(0);
+        QQuickItem *scan = itemWith(root(), "actionTitle", QStringLiteral("فحص الاتصال"));
         QVERIFY(scan);
-        click(all(scan, "text", QStringLiteral("فحص الاتصال")).first());
+        click(itemWith(scan, "text", QStringLiteral("فحص الاتصال")));
         QCOMPARE(view().page(), QStringLiteral("overview"));
         QVERIFY(m_stage->agent().isScanning());
     }
@@ -264,41 +226,23 @@ private Q_SLOTS:
     {
         open("shop", "jobs");
         const QString before = QStringLiteral("قبل دقيقة واحدة");
-        QVERIFY(!all(root(), "text", before).isEmpty());
+        QVERIFY(!itemsWith(root(), "text", before).isEmpty());
         m_clock.advance(120s);
-        QTRY_VERIFY(all(root(), "text", before).isEmpty());
-        QVERIFY(presenters().clock()->isActive());
+        QTRY_VERIFY(itemsWith(root(), "text", before).isEmpty());
+        QVERIFY(session().clock()->isActive());
         window()->setWindowState(Qt::WindowMinimized);
-        QTRY_VERIFY(!presenters().clock()->isActive());
+        QTRY_VERIFY(!session().clock()->isActive());
         window()->setWindowState(Qt::WindowNoState);
-        QTRY_VERIFY(presenters().clock()->isActive());
+        QTRY_VERIFY(session().clock()->isActive());
     }
 
 private:
-    void open(const char *situation, const char *page)
-    {
-        QVERIFY(m_stage->enter(QString::fromLatin1(situation)));
-        m_window->show({});
-        QVERIFY(QTest::qWaitForWindowActive(window()));
-        view().setPage(QString::fromLatin1(page));
-        settle();
-    }
     void poll(const Answers &answers)
     {
         QVERIFY(m_stage->enter({.name = {}, .title = {}, .answers = [answers] { return answers; }}));
     }
-    // Layouts and views come to rest when a picture is drawn.
-    void settle()
-    {
-        QCoreApplication::processEvents();
-        QVERIFY(window() == nullptr || !window()->grabWindow().isNull());
-    }
-    void click(QQuickItem *item)
-    {
-        const QPoint centre = item->mapToScene(item->boundingRect().center()).toPoint();
-        QTest::mouseClick(window(), Qt::LeftButton, {}, centre);
-    }
-    QQuickItem *shownList() { return all(root(), "keyNavigationEnabled", true).value(0); }
+    void click(QQuickItem *item) { QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(item)); }
+    QQuickItem *shownList() { return itemWith(root(), "keyNavigationEnabled", true); }
     static QQuickItem *topRow(QQuickItem *list)
     {
         QQuickItem *row = nullptr;
@@ -316,7 +260,7 @@ private:
     QStringList headings()
     {
         QStringList texts;
-        for (const QQuickItem *item : all(root(), "weight", int(QFont::Bold))) {
+        for (const QQuickItem *item : itemsWith(root(), "weight", int(QFont::Bold))) {
             const QString text = item->property("value").toString();
             if (item->parentItem()->property("section").isValid())
                 texts.append(text);
@@ -324,15 +268,6 @@ private:
         std::sort(texts.begin(), texts.end(), std::greater<>());
         return texts;
     }
-    QQuickWindow *window() { return m_window->window(); }
-    MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
-    Presenters &presenters() { return UiContext::of(m_window->engine()).presenters(); }
-    QQuickItem *root() { return window()->contentItem(); }
-
-    std::unique_ptr<Warnings> m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
 };
 
 ZEMRAK_TEST(listpages, ListPagesTest, QApplication)

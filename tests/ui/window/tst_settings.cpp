@@ -1,20 +1,11 @@
 // The page of settings, the first-run wizard and the log, worked as a person does.
-#include "app/agent.h"
-#include "demo/stage.h"
-#include "support/warnings.h"
 #include "support/heldkey.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
+#include "ui/window/windowtest.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 
 using namespace zemrak;
 using namespace zemrak::test;
@@ -25,26 +16,16 @@ namespace {
 // What is shown with that text, or can be pressed by it.
 QQuickItem *shown(QQuickItem *item, const QString &text, const char *type = "QQuickItem")
 {
-    if (!item->isVisible())
-        return nullptr;
-    if (item->inherits(type) && item->property("text").toString() == text)
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = shown(child, text, type))
-            return found;
-    }
-    return nullptr;
+    return itemsWhere(item, [&](const QQuickItem *candidate) {
+        return candidate->inherits(type) && candidate->property("text").toString() == text;
+    }).value(0);
 }
 
 QQuickItem *withProperty(QQuickItem *item, const char *property)
 {
-    if (item->property(property).isValid())
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = withProperty(child, property))
-            return found;
-    }
-    return nullptr;
+    return itemsWhere(item, [&](const QQuickItem *candidate) {
+        return candidate->property(property).isValid();
+    }).value(0);
 }
 
 QString lines(int first, int last)
@@ -57,32 +38,11 @@ QString lines(int first, int last)
 
 } // namespace
 
-class SettingsTest : public QObject
+class SettingsTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QAccessible::setActive(true);
-        m_warnings = std::make_unique<Warnings>();
-    }
-
-    void init()
-    {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        std::ignore = m_warnings->take();
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings->take(), QStringList());
-    }
-
     void wizardByKeyboard()
     {
         m_stage->defaults().setBoolean(QLatin1String("onboardingDone"), false);
@@ -90,7 +50,7 @@ private Q_SLOTS:
         QTRY_COMPARE(focused(), QStringLiteral("تفعيل"));
         key(Qt::Key_Escape);
         QVERIFY(shown(root(), QStringLiteral("الخطوة 1 من 4")));
-        holdKey(*m_window->window(), Qt::Key_Return, 3); // this computer has no login items
+        holdKey(*window(), Qt::Key_Return, 3); // this computer has no login items
         QVERIFY(shown(root(), QStringLiteral("الخطوة 2 من 4")));
         QCOMPARE(focused(), QStringLiteral("السماح بالإشعارات"));
         key(Qt::Key_Tab);
@@ -180,7 +140,8 @@ private Q_SLOTS:
     void logKeepsItsPlace()
     {
         open();
-        QQmlComponent component(m_window->engine(), QUrl(QStringLiteral("qrc:/qt/qml/Zemrak/Kit/components/LogText.qml")));
+        QQmlComponent component(
+            m_window->engine(), QUrl(QStringLiteral("qrc:/qt/qml/Zemrak/Kit/components/LogText.qml")));
         const std::unique_ptr<QObject> object(component.create());
         auto *box = qobject_cast<QQuickItem *>(object.get());
         QVERIFY(box);
@@ -224,23 +185,14 @@ private Q_SLOTS:
     }
 
 private:
-    void open()
-    {
-        m_window->show({});
-        QVERIFY(m_window->isOpen());
-        QVERIFY(QTest::qWaitForWindowActive(m_window->window()));
-    }
     void openSettings()
     {
         open();
         view().setPage(QStringLiteral("settings"));
     }
-    MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
-    QQuickItem *root() { return m_window->window()->contentItem(); }
-    void key(Qt::Key key) { QTest::keyClick(m_window->window(), key); }
     QString focused()
     {
-        const QQuickItem *item = m_window->window()->activeFocusItem();
+        const QQuickItem *item = window()->activeFocusItem();
         return item ? item->property("text").toString() : QString();
     }
     QQuickItem *button(const QString &text) { return shown(root(), text, "QQuickAbstractButton"); }
@@ -248,15 +200,9 @@ private:
     {
         QQuickItem *item = button(text);
         QVERIFY2(item, qPrintable(text));
-        QAccessibleActionInterface *actions = QAccessible::queryAccessibleInterface(item)->actionInterface();
-        actions->doAction(QAccessibleActionInterface::pressAction());
+        pressAccessibly(item);
     }
     bool isOn(const QString &text) { return button(text)->property("on").toBool(); }
-
-    std::unique_ptr<Warnings> m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
 };
 
 ZEMRAK_TEST(settings, SettingsTest, QApplication)

@@ -1,18 +1,10 @@
 // The sheets of a printer's settings and of adding one, worked as a person does, with what then reaches the service.
-#include "app/agent.h"
-#include "demo/stage.h"
-#include "support/warnings.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
+#include "ui/window/windowtest.h"
 
 #include <QApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 #include <QTimer>
 
 using namespace zemrak;
@@ -23,48 +15,28 @@ namespace {
 
 const QByteArray profilePath = "/admin/profile";
 
-// The control of that name, in sight or scrolled away, but not hidden.
+// The control of that name, in sight or scrolled away, but not hidden; of several the topmost, as a sheet lies on top.
 QQuickItem *control(QQuickItem *item, const QString &name)
 {
-    if (!item || !item->isVisible())
-        return nullptr;
-    for (const char *property : {"name", "text"}) {
-        if (item->activeFocusOnTab() && item->property(property).toString() == name)
-            return item;
-    }
-    const QList<QQuickItem *> children = item->childItems();
-    for (auto child = children.crbegin(); child != children.crend(); ++child) { // the sheet lies on top
-        if (QQuickItem *found = control(*child, name))
-            return found;
-    }
-    return nullptr;
+    const QList<QQuickItem *> found = itemsWhere(item, [&name](const QQuickItem *candidate) {
+        return candidate->activeFocusOnTab()
+            && (candidate->property("name").toString() == name || candidate->property("text").toString() == name);
+    });
+    return found.isEmpty() ? nullptr : found.last();
 }
 
 } // namespace
 
-class SheetsTest : public QObject
+class SheetsTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { m_warnings = std::make_unique<Warnings>(); }
-
     void init()
     {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        static_cast<void>(m_warnings->take());
+        setUp();
         QVERIFY(m_stage->enter(withAnswers()));
-        m_window->show({});
-        QVERIFY(QTest::qWaitForWindowActive(m_window->window()));
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings->take(), QStringList());
+        open();
     }
 
     void openingSavesNothing()
@@ -73,14 +45,14 @@ private Q_SLOTS:
         m_clock.advance(5s);
         view().endEditing();
         m_window->close();
-        QTest::qWait(30); // long enough for a request to arrive that should not
+        QVERIFY(m_stage->enter(QStringLiteral("quiet"))); // is asked after anything that was sent before
         QCOMPARE(saves().size(), 0);
     }
 
     void aChoiceIsSavedOnce()
     {
         openSettings();
-        QCOMPARE(focused()->property("name").toString(), QStringLiteral("لغة الطابعة"));
+        QCOMPARE(focusItem()->property("name").toString(), QStringLiteral("لغة الطابعة"));
         press(Qt::Key_Down);
         press(Qt::Key_Down);
         m_clock.advance(50ms);
@@ -108,8 +80,8 @@ private Q_SLOTS:
         openSettings();
         focus(QStringLiteral("اسم مستعار"));
         press(Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(m_window->window(), 'b');
-        QTest::qWait(30);
+        QTest::keyClick(window(), 'b');
+        QCoreApplication::processEvents();
         QCOMPARE(saves().size(), 0);
         if (way == QLatin1String("escape"))
             press(Qt::Key_Escape);
@@ -134,11 +106,11 @@ private Q_SLOTS:
         openSettings();
         focus(QStringLiteral("اسم مستعار"));
         press(Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(m_window->window(), 'b');
+        QTest::keyClick(window(), 'b');
         press(Qt::Key_Escape);
         QTRY_COMPARE(saves().size(), 1);
         openSettings();
-        QCOMPARE(UiContext::of(m_window->engine()).presenters().editor()->alias(), QStringLiteral("b"));
+        QCOMPARE(session().profile()->alias(), QStringLiteral("b"));
     }
 
     // Somebody clicks a notification while the window, on its way out, waits for a save to be answered.
@@ -147,7 +119,7 @@ private Q_SLOTS:
         m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {});
         openSettings();
         press(Qt::Key_Down);
-        const QPointer<QQuickWindow> first = m_window->window();
+        const QPointer<QQuickWindow> first = window();
         QTimer::singleShot(50ms, this, [this] {
             m_stage->agent().setRequestedPage(Page::Alerts);
             m_window->show({});
@@ -158,19 +130,20 @@ private Q_SLOTS:
         QVERIFY(!m_window->isOpen() && !first);
         QCOMPARE(saves().size(), 1);
         QTRY_VERIFY(m_window->isOpen());
-        QTest::qWait(50); // what was left of the first must not close the second
-        QVERIFY(m_window->isOpen() && m_window->window()->isVisible());
+        QVERIFY(QTest::qWaitForWindowActive(window()));
+        QCoreApplication::sendPostedEvents(); // what was left of the first must not close the second
+        QVERIFY(m_window->isOpen() && window()->isVisible());
         QCOMPARE(view().page(), QStringLiteral("alerts"));
     }
 
     void givesTheKeyboardBack()
     {
         focus(QStringLiteral("نظرة عامة"));
-        QQuickItem *before = focused();
+        QQuickItem *before = focusItem();
         openSettings();
-        QVERIFY(focused() != before);
+        QVERIFY(focusItem() != before);
         press(Qt::Key_Escape);
-        QTRY_COMPARE(focused(), before);
+        QTRY_COMPARE(focusItem(), before);
     }
 
     void escapeClosesTheTopmost()
@@ -191,7 +164,7 @@ private Q_SLOTS:
         press(Qt::Key_Down);
         view().edit(QStringLiteral("net-1"));
         QTRY_COMPARE(saves().size(), 1);
-        QTRY_VERIFY(focused() && focused()->property("name").toString() == QStringLiteral("لغة الطابعة"));
+        QTRY_VERIFY(focusItem() && focusItem()->property("name").toString() == QStringLiteral("لغة الطابعة"));
         QCOMPARE(control(root(), QStringLiteral("اسم مستعار"))->property("text").toString(), QStringLiteral("كاشير 1"));
         QVERIFY(!control(root(), QStringLiteral("مسح الوظائف العالقة"))); // not a queue of the system
     }
@@ -212,19 +185,20 @@ private Q_SLOTS:
     void findsAndAdds()
     {
         view().setAdding(true);
-        QTRY_VERIFY(focused() && focused()->property("text").toString() == QStringLiteral("شبكة (LAN / Wi-Fi)"));
+        QTRY_VERIFY(focusItem() && focusItem()->property("text").toString() == QStringLiteral("شبكة (LAN / Wi-Fi)"));
         click(QStringLiteral("ابحث عن طابعات في الشبكة"));
         const QString add = QStringLiteral("إضافة");
-        QTRY_VERIFY(control(page("AddPrinterHits"), add));
-        press(control(page("AddPrinterHits"), add));
+        QTRY_VERIFY(control(itemOfType(root(), "AddPrinterHits"), add));
+        press(control(itemOfType(root(), "AddPrinterHits"), add));
         QTRY_COMPARE(body("/admin/printers/add"),
             QJsonDocument::fromJson(
                 R"({"type":"net","name":"Network 10.0.0.9","host":"10.0.0.9","port":9101,"transport":"raw"})"));
-        QTRY_COMPARE(control(page("AddPrinterHits"), add)->property("symbol").toString(), QStringLiteral("checkmark"));
-        QCOMPARE(focused(), control(page("AddPrinterHits"), add));
+        QTRY_COMPARE(control(itemOfType(root(), "AddPrinterHits"), add)->property("symbol").toString(),
+            QStringLiteral("checkmark"));
+        QCOMPARE(focusItem(), control(itemOfType(root(), "AddPrinterHits"), add));
 
         focus(QStringLiteral("عنوان IP"));
-        QTest::keyClick(m_window->window(), 'h');
+        QTest::keyClick(window(), 'h');
         press(Qt::Key_Return);
         QTRY_COMPARE(body("/admin/printers/add"),
             QJsonDocument::fromJson(R"({"type":"net","name":"Network h","host":"h","port":9100,"transport":"raw"})"));
@@ -263,7 +237,7 @@ private:
     {
         view().edit(QStringLiteral("cups-kitchen"));
         m_clock.advance(0ms);
-        QTRY_VERIFY(focused() && focused()->property("name").toString() == QStringLiteral("لغة الطابعة"));
+        QTRY_VERIFY(focusItem() && focusItem()->property("name").toString() == QStringLiteral("لغة الطابعة"));
     }
     QList<QJsonObject> saves() const
     {
@@ -286,7 +260,7 @@ private:
     }
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
-        QTest::keyClick(m_window->window(), Qt::Key(key), modifiers);
+        QTest::keyClick(window(), Qt::Key(key), modifiers);
     }
     void press(QQuickItem *item)
     {
@@ -299,31 +273,6 @@ private:
         QVERIFY2(item, qPrintable(name));
         press(item);
     }
-    // The visible part of the sheets that is made by that file.
-    QQuickItem *page(const char *file)
-    {
-        for (QQuickItem *item : everything(root())) {
-            if (item->isVisible() && QByteArray(item->metaObject()->className()).startsWith(file))
-                return item;
-        }
-        return nullptr;
-    }
-    static QList<QQuickItem *> everything(QQuickItem *item)
-    {
-        QList<QQuickItem *> all{item};
-        const QList<QQuickItem *> children = item->childItems();
-        for (QQuickItem *child : children)
-            all += everything(child);
-        return all;
-    }
-    QQuickItem *focused() { return m_window->window()->activeFocusItem(); }
-    QQuickItem *root() { return m_window->window()->contentItem(); }
-    MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
-
-    std::unique_ptr<Warnings> m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
 };
 
 ZEMRAK_TEST(sheets, SheetsTest, QApplication)

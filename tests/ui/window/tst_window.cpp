@@ -1,25 +1,16 @@
 // The main window on stored situations: every page and sheet of the demo's table, navigation, keyboard, closing.
-#include "app/agent.h"
 #include "demo/shots.h"
-#include "demo/stage.h"
-#include "support/warnings.h"
-#include "support/manualclock.h"
 #include "support/testmain.h"
 #include "ui/window/shell/pages.h"
-#include "ui/window/shell/qmlwindow.h"
-#include "ui/window/shell/uicontext.h"
 #include "ui/window/shell/windowplacement.h"
+#include "ui/window/windowtest.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QDir>
 #include <QPointer>
 #include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
 #include <QScreen>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <malloc.h>
 
@@ -32,17 +23,6 @@ namespace {
 qsizetype openFiles()
 {
     return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
-}
-
-QQuickItem *byName(QQuickItem *item, const QString &text)
-{
-    if (item->isVisible() && item->property("text").toString() == text)
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = byName(child, text))
-            return found;
-    }
-    return nullptr;
 }
 
 // What a screen reader would stumble over: a control without a name, and an object where words should be.
@@ -66,30 +46,11 @@ QStringList unspeakable(QQuickItem *item)
 
 } // namespace
 
-class WindowTest : public QObject
+class MainWindowTest : public WindowTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { m_warnings = std::make_unique<Warnings>(); }
-
-    void init()
-    {
-        m_stage = std::make_unique<Stage>(m_clock);
-        m_window = std::make_unique<QmlWindow>(m_stage->services());
-        m_window->appearance().overrideReducedMotion(true);
-        m_window->appearance().overrideDark(false);
-        m_window->appearance().overrideTextScale(1);
-        m_warnings->forget();
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_stage.reset();
-        QCOMPARE(m_warnings->take(), QStringList());
-    }
-
     void everyShot_data()
     {
         QTest::addColumn<int>("row");
@@ -111,33 +72,33 @@ private Q_SLOTS:
         m_window->appearance().overrideTextScale(textScale);
         if (row < 0) {
             QVERIFY(m_stage->enter(QStringLiteral("crowded")));
-            QVERIFY(open());
+            open();
             for (const PageInfo &page : pageTable())
                 showPage(page.id);
             return;
         }
         const Shot &shot = shots()[static_cast<std::size_t>(row)];
         QVERIFY(m_stage->enter(shot.situation));
-        QVERIFY(open());
-        shot.open(view());
-        QVERIFY(!m_window->window()->grabWindow().isNull());
-        QCOMPARE(unspeakable(m_window->window()->contentItem()).join(u'\n'), QString());
-        const QPointer<QQuickWindow> window(m_window->window());
+        open();
+        shot.open(ui());
+        QVERIFY(!window()->grabWindow().isNull());
+        QCOMPARE(unspeakable(window()->contentItem()).join(u'\n'), QString());
+        const QPointer<QQuickWindow> shown(window());
         m_window->close(); // also with a sheet open
-        QVERIFY(!window);
+        QVERIFY(!shown);
     }
 
     void sidebarStandsAtTheRight()
     {
         QVERIFY(m_stage->enter(QStringLiteral("shop")));
-        QVERIFY(open());
-        QCOMPARE(view().winSize().width(), double(m_window->window()->width()));
+        open();
+        QCOMPARE(view().winSize().width(), double(window()->width()));
         double above = -1;
         for (const PageInfo &page : pageTable()) {
-            QQuickItem *entry = byName(root(), page.title);
+            QQuickItem *entry = itemWithText(root(), page.title);
             QVERIFY2(entry, qPrintable(page.title));
             const QPointF place = entry->mapToScene({});
-            QVERIFY(place.x() > m_window->window()->width() - view().sidebarWidth());
+            QVERIFY(place.x() > window()->width() - view().sidebarWidth());
             QVERIFY(place.y() > above);
             above = place.y();
         }
@@ -146,33 +107,33 @@ private Q_SLOTS:
     void saysWhetherTheServiceAnswers()
     {
         QVERIFY(m_stage->enter(QStringLiteral("stopped")));
-        QVERIFY(open());
-        QQuickItem *stopped = byName(root(), QStringLiteral("الخدمة متوقفة"));
+        open();
+        QQuickItem *stopped = itemWithText(root(), QStringLiteral("الخدمة متوقفة"));
         QVERIFY(stopped);
         QCOMPARE(stopped->property("tone").value<QColor>(), QColor(0xdc2626));
         QVERIFY(m_stage->enter(QStringLiteral("shop")));
-        QQuickItem *works = byName(root(), QStringLiteral("الخدمة تعمل"));
+        QQuickItem *works = itemWithText(root(), QStringLiteral("الخدمة تعمل"));
         QVERIFY(works);
         QCOMPARE(works->property("tone").value<QColor>(), QColor(0x16a34a));
-        QVERIFY(!byName(root(), QStringLiteral("الخدمة متوقفة")));
+        QVERIFY(!itemWithText(root(), QStringLiteral("الخدمة متوقفة")));
     }
 
     void countsAlerts()
     {
         QVERIFY(m_stage->enter(QStringLiteral("shop")));
-        QVERIFY(open());
-        QQuickItem *entry = byName(root(), QStringLiteral("الإشعارات"));
+        open();
+        QQuickItem *entry = itemWithText(root(), QStringLiteral("الإشعارات"));
         QVERIFY(entry);
-        QVERIFY(byName(entry, QStringLiteral("2")));
+        QVERIFY(itemWithText(entry, QStringLiteral("2")));
         QVERIFY(m_stage->enter(QStringLiteral("quiet")));
         QTRY_COMPARE(m_stage->agent().alertsBadge(), 0);
-        QVERIFY(!byName(entry, QStringLiteral("2")));
-        QVERIFY(!byName(entry, QStringLiteral("0")));
+        QVERIFY(!itemWithText(entry, QStringLiteral("2")));
+        QVERIFY(!itemWithText(entry, QStringLiteral("0")));
     }
 
     void goesWhereItIsAsked()
     {
-        QVERIFY(open());
+        open();
         showPage(QLatin1String("printers"));
         view().setAdding(true);
         for (int i = 0; i < 2; ++i) { // the same request counts again
@@ -184,44 +145,44 @@ private Q_SLOTS:
         }
         m_window->close();
         m_stage->agent().setRequestedPage(Page::Alerts); // a click that opens the window
-        QVERIFY(open());
+        open();
         QCOMPARE(view().page(), QStringLiteral("alerts"));
         QVERIFY(!m_stage->agent().requestedPage());
     }
 
     void obeysTheKeyboard()
     {
-        QVERIFY(open());
+        open();
         int digit = Qt::Key_1;
         for (const PageInfo &page : pageTable()) {
-            QTest::keyClick(m_window->window(), Qt::Key(digit++), Qt::ControlModifier);
+            QTest::keyClick(window(), Qt::Key(digit++), Qt::ControlModifier);
             QCOMPARE(view().page(), QString(page.id));
         }
         QVERIFY(m_stage->enter(QStringLiteral("shop")));
         showPage(QLatin1String("alerts"));
-        QQuickItem *text = byName(root(), QStringLiteral("انقطعت الطابعة «Bar»"));
+        QQuickItem *text = itemWithText(root(), QStringLiteral("انقطعت الطابعة «Bar»"));
         QVERIFY(text);
         text->forceActiveFocus(); // which can be selected, not edited
-        QTest::keyClick(m_window->window(), Qt::Key_1, Qt::ControlModifier);
+        QTest::keyClick(window(), Qt::Key_1, Qt::ControlModifier);
         QCOMPARE(view().page(), QStringLiteral("overview"));
         m_stage->enter(QStringLiteral("stopped"));
         view().setShowLog(true);
-        QTRY_VERIFY(byName(root(), QStringLiteral("لا توجد رسائل.")));
-        QTest::keyClick(m_window->window(), Qt::Key_Escape);
+        QTRY_VERIFY(itemWithText(root(), QStringLiteral("لا توجد رسائل.")));
+        QTest::keyClick(window(), Qt::Key_Escape);
         QTRY_VERIFY(!view().showsLog());
         QSignalSpy quit(m_window->engine(), &QQmlEngine::quit);
         disconnect(m_window->engine(), &QQmlEngine::quit, qApp, nullptr);
-        QTest::keyClick(m_window->window(), Qt::Key_Q, Qt::ControlModifier);
+        QTest::keyClick(window(), Qt::Key_Q, Qt::ControlModifier);
         QCOMPARE(quit.count(), 1);
-        QTest::keyClick(m_window->window(), Qt::Key_W, Qt::ControlModifier);
+        QTest::keyClick(window(), Qt::Key_W, Qt::ControlModifier);
         QTRY_VERIFY(!m_window->isOpen());
     }
 
     void reachesTheSidebarByTabAndArrows()
     {
-        QVERIFY(open());
-        QQuickWindow *window = m_window->window();
-        QQuickItem *first = byName(root(), QStringLiteral("نظرة عامة"));
+        open();
+        QQuickWindow *window = this->window();
+        QQuickItem *first = itemWithText(root(), QStringLiteral("نظرة عامة"));
         for (int i = 0; i < 40 && window->activeFocusItem() != first; ++i)
             QTest::keyClick(window, Qt::Key_Tab);
         QCOMPARE(window->activeFocusItem(), first);
@@ -232,7 +193,7 @@ private Q_SLOTS:
         QTest::keyClick(window, Qt::Key_Space);
         QCOMPARE(view().page(), QStringLiteral("overview"));
         QTest::keyClick(window, Qt::Key_Tab);
-        QCOMPARE(window->activeFocusItem(), byName(root(), QStringLiteral("فحص الاتصال")));
+        QCOMPARE(window->activeFocusItem(), itemWithText(root(), QStringLiteral("فحص الاتصال")));
         QTest::keyClick(window, Qt::Key_Backtab);
         QCOMPARE(window->activeFocusItem(), first);
         QTest::keyClick(window, Qt::Key_2, Qt::ControlModifier); // which leaves the keyboard where it is
@@ -243,33 +204,33 @@ private Q_SLOTS:
 
     void showsTheMessageOverASheet()
     {
-        QVERIFY(open());
+        open();
         view().setAdding(true);
         m_stage->agent().flash(QStringLiteral("تم الحفظ"));
-        QTRY_VERIFY(byName(root(), QStringLiteral("تم الحفظ")));
+        QTRY_VERIFY(itemWithText(root(), QStringLiteral("تم الحفظ")));
         m_clock.advance(2500ms);
-        QTRY_VERIFY(!byName(root(), QStringLiteral("تم الحفظ")));
+        QTRY_VERIFY(!itemWithText(root(), QStringLiteral("تم الحفظ")));
     }
 
     void closingGivesEverythingBack()
     {
         int closed = 0;
         m_window->onClosed([&closed] { ++closed; });
-        QVERIFY(open());
-        const QPointer<QQuickWindow> window(m_window->window());
-        const QPointer<RelativeClock> presenter(presenters().clock());
+        open();
+        const QPointer<QQuickWindow> shown(window());
+        const QPointer<WindowSession> ended(&session());
         showPage(QLatin1String("jobs"));
-        presenters().jobs()->setSearch(QStringLiteral("x"));
+        session().jobs()->setSearch(QStringLiteral("x"));
         view().setProperty("newSite", QStringLiteral("https://half.typed"));
         view().setAdding(true);
         m_window->window()->close(); // by its frame
         QTRY_VERIFY(!m_window->isOpen());
-        QVERIFY(!window && !presenter && !presenters().clock());
+        QVERIFY(!shown && !ended && !ui().session());
         QCOMPARE(closed, 1);
-        QVERIFY(open());
+        open();
         QCOMPARE(view().page(), QStringLiteral("overview"));
-        QVERIFY(!view().isAdding() && !presenters().finder());
-        QVERIFY(presenters().jobs()->search().isEmpty() && view().property("newSite").toString().isEmpty());
+        QVERIFY(!view().isAdding() && !session().addPrinter());
+        QVERIFY(session().jobs()->search().isEmpty() && view().property("newSite").toString().isEmpty());
         m_window->close();
         m_window->close();
         QCOMPARE(closed, 2);
@@ -279,7 +240,7 @@ private Q_SLOTS:
     {
         const auto openTimes = [this](int times) {
             for (int i = 0; i < times; ++i) {
-                QVERIFY(open());
+                open();
                 m_window->close();
             }
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -295,62 +256,47 @@ private Q_SLOTS:
 
     void remembersItsSize()
     {
-        QVERIFY(open());
+        open();
         QCOMPARE(m_stage->defaults().strings(QLatin1String("mainWindowFrame")), QStringList());
-        const QSize room = m_window->window()->screen()->availableSize();
-        QCOMPARE(m_window->window()->width(), std::min(room.width(), 1020));
-        QVERIFY(m_window->window()->height() < std::min(room.height(), 761)); // the title bar needs some
-        m_window->window()->setWindowStates(Qt::WindowMaximized);
+        const QSize room = window()->screen()->availableSize();
+        QCOMPARE(window()->width(), std::min(room.width(), 1020));
+        QVERIFY(window()->height() < std::min(room.height(), 761)); // the title bar needs some
+        window()->setWindowStates(Qt::WindowMaximized);
         m_window->close();
         const auto first = WindowPlacement::fromStrings(m_stage->defaults().strings(QLatin1String("mainWindowFrame")));
         QVERIFY(first && first->maximized);
         QCOMPARE(first->frame.size(), QSize(1020, 760)); // for when it is made smaller again
-        QVERIFY(open());
-        QVERIFY(m_window->window()->windowStates() & Qt::WindowMaximized);
-        m_window->window()->setWindowStates(Qt::WindowNoState);
-        m_window->window()->setGeometry(5, 20, 793, 601);
-        QTRY_COMPARE(m_window->window()->width(), 793);
+        open();
+        QVERIFY(window()->windowStates() & Qt::WindowMaximized);
+        window()->setWindowStates(Qt::WindowNoState);
+        window()->setGeometry(5, 20, 793, 601);
+        QTRY_COMPARE(window()->width(), 793);
         m_window->close();
-        QVERIFY(open());
-        QCOMPARE(m_window->window()->geometry(), QRect(5, 20, 793, 601));
+        open();
+        QCOMPARE(window()->geometry(), QRect(5, 20, 793, 601));
     }
 
     void opensTheWizardUntilItIsDone()
     {
         m_stage->defaults().setBoolean(QLatin1String("onboardingDone"), false);
-        QVERIFY(open());
+        open();
         QVERIFY(view().showsOnboarding());
-        QVERIFY(!byName(root(), QStringLiteral("الطابعات"))); // nothing of the pages shows through
+        QVERIFY(!itemWithText(root(), QStringLiteral("الطابعات"))); // nothing of the pages shows through
         view().finishOnboarding();
         QVERIFY(m_stage->defaults().boolean(QLatin1String("onboardingDone")));
-        QVERIFY(byName(root(), QStringLiteral("الطابعات")));
+        QVERIFY(itemWithText(root(), QStringLiteral("الطابعات")));
         m_window->close();
-        QVERIFY(open());
+        open();
         QVERIFY(!view().showsOnboarding());
     }
 
 private:
-    // False: the window was not built or does not get the keyboard.
-    bool open()
-    {
-        QCoreApplication::processEvents(); // what is left to say of a window that was closed before
-        m_window->show({});
-        return m_window->isOpen() && QTest::qWaitForWindowActive(m_window->window());
-    }
     void showPage(QLatin1String id)
     {
         view().setPage(id);
-        QVERIFY(!m_window->window()->grabWindow().isNull());
+        QVERIFY(!window()->grabWindow().isNull());
     }
-    MainView &view() { return UiContext::of(m_window->engine()).mainView(); }
-    Presenters &presenters() { return UiContext::of(m_window->engine()).presenters(); }
-    QQuickItem *root() { return m_window->window()->contentItem(); }
-
-    std::unique_ptr<Warnings> m_warnings;
-    ManualClock m_clock;
-    std::unique_ptr<Stage> m_stage;
-    std::unique_ptr<QmlWindow> m_window;
 };
 
-ZEMRAK_TEST(window, WindowTest, QApplication)
+ZEMRAK_TEST(window, MainWindowTest, QApplication)
 #include "tst_window.moc"

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Zemrak.Kit
 
-// Every window is one of these: right to left, in the theme's ground, deaf to the repeats of a held key.
+// The base of every window: right to left, the theme's background, and no key repeats to controls (HeldKeys).
 Window {
     id: root
 

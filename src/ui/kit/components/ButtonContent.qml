@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Zemrak.Kit
 
-// What stands in a button: a symbol, or the sign that something is under way, and the words.
+// The content of a button: a symbol, or a spinner while busy, and the text.
 Item {
     id: root
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Zemrak.Kit
 
-// What a button stands on, with the ring around the one that has the keyboard.
+// The background of a button, with its focus ring.
 Rectangle {
     id: root
 

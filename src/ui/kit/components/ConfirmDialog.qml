@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Zemrak.Kit
 
-// One question before something is taken away. Escape is "no", and "no" has the keyboard first.
+// Asks before something is deleted. Escape cancels, and the cancel button has the focus at first.
 Sheet {
     id: root
 

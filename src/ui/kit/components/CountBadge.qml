@@ -1,7 +1,7 @@
 import QtQuick
 import Zemrak.Kit
 
-// How many; not there at none.
+// A count in a badge; hidden at zero.
 Rectangle {
     id: root
 

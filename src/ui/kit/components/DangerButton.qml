@@ -1,6 +1,6 @@
 import Zemrak.Kit
 
-// An action that takes something away; filled where it is the answer to a question.
+// A destructive action; filled where it confirms one.
 BaseButton {
     property bool filled: false
 

@@ -1,6 +1,6 @@
 import Zemrak.Kit
 
-// A round mark in a state's colour. Drawn as a symbol: the software renderer leaves corners on so small a rectangle.
+// A round mark in a state's colour. An icon, since the software renderer draws so small a rectangle with corners.
 Icon {
     property real diameter: Theme.px(8)
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Zemrak.Kit
 
-// What a place says while there is nothing in it: what is missing, and what happens next.
+// Shown in place of an empty list: what is missing, and what will appear or can be done.
 Item {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Zemrak.Kit
 
-// Keeps what has the keyboard in sight of a scrolling view. Put it beside that view.
+// Scrolls `view` so that the item with the focus stays visible. Put it beside that view.
 Item {
     id: root
 

@@ -18,7 +18,7 @@ T.TextField {
     color: Theme.gText
     font.family: Theme.family
     font.pixelSize: Theme.textBody
-    // The reading edge both times: a text that stood here before the field was in its window is laid out only then.
+    // Set for both directions: a text that was assigned before the field was in a window is laid out only then.
     horizontalAlignment: LayoutMirroring.enabled ? Text.AlignLeft : Text.AlignRight
     hoverEnabled: true
     implicitHeight: Math.max(Theme.controlHeight, contentHeight + topPadding + bottomPadding)

@@ -2,7 +2,7 @@ import QtQuick
 import Zemrak.Kit
 
 // What stands above the rows of a list and scrolls with them, there only while `shown`. When it comes or goes, a list
-// whose first row was in sight goes to its beginning, which Qt's would leave out of sight; one further down stays.
+// whose first row was visible is scrolled to its beginning, which ListView does not do; one further down stays.
 Item {
     id: root
 

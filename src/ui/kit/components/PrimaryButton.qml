@@ -1,6 +1,6 @@
 import Zemrak.Kit
 
-// The one action a place is for; outlined where it is not `filled`.
+// The main action of a page or card; only outlined where it is not `filled`.
 BaseButton {
     property bool filled: true
 

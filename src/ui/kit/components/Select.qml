@@ -38,7 +38,7 @@ T.ComboBox {
     textRole: "label"
     valueRole: "value"
 
-    // The key that opens the list would choose from it when it is let go.
+    // The release of the key that opens the list would otherwise choose from it.
     Keys.onPressed: event => {
         if ((event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && !open) {
             opening = true;

@@ -1,7 +1,7 @@
 import QtQuick
 import Zemrak.Kit
 
-// Something is under way. Stands still for those who want no motion.
+// Shows that something is under way. Does not turn with reduced motion.
 Item {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Zemrak.Kit
 
-// One of the choices of Tabs. It stands for `current` and nothing else: a press does not change it.
+// One of the choices of Tabs. It shows `current`; a press alone does not change it.
 T.TabButton {
     id: root
 

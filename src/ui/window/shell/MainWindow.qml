@@ -11,27 +11,27 @@ BaseWindow {
 
     height: 760
     minimumHeight: Math.max(560, sidebar.implicitHeight)
-    minimumWidth: Math.ceil(MainView.sidebarWidth) + 560
+    minimumWidth: Math.ceil(Ui.session.view.sidebarWidth) + 560
     title: "Zemrak Printer"
     width: 1020
 
     Binding {
         property: "winSize"
         restoreMode: Binding.RestoreNone
-        target: MainView
+        target: Ui.session.view
         value: Qt.size(root.width, root.height)
     }
     Item {
         anchors.fill: parent
-        enabled: !MainView.showOnboarding
-        visible: !MainView.showOnboarding
+        enabled: !Ui.session.view.showOnboarding
+        visible: !Ui.session.view.showOnboarding
 
         Sidebar {
             id: sidebar
             anchors.bottom: parent.bottom
             anchors.left: parent.left
             anchors.top: parent.top
-            width: MainView.sidebarWidth
+            width: Ui.session.view.sidebarWidth
         }
         PageStack {
             anchors.bottom: parent.bottom
@@ -44,12 +44,12 @@ BaseWindow {
     Sheets {
     }
     Loader {
-        active: MainView.showOnboarding
+        active: Ui.session.view.showOnboarding
         anchors.fill: parent
         focus: active
 
         sourceComponent: OnboardingView {
-            onFinish: MainView.finishOnboarding()
+            onFinish: Ui.session.view.finishOnboarding()
         }
     }
     ToastOverlay {
@@ -64,10 +64,10 @@ BaseWindow {
             required property int index
 
             autoRepeat: false
-            enabled: !MainView.showOnboarding
+            enabled: !Ui.session.view.showOnboarding
             sequences: ["Ctrl+" + (index + 1)]
 
-            onActivated: MainView.page = pageId
+            onActivated: Ui.session.view.page = pageId
         }
     }
     // Over an open sheet too, which keeps the other shortcuts to itself.

@@ -10,7 +10,7 @@ FocusScope {
             id: loader
 
             required property string pageId
-            readonly property bool chosen: MainView.page === pageId
+            readonly property bool chosen: Ui.session.view.page === pageId
 
             anchors.fill: parent
             focus: chosen

@@ -7,7 +7,7 @@ import Zemrak.Window
 RowLayout {
     id: root
 
-    readonly property bool answers: MainView.serviceAnswers
+    readonly property bool answers: Ui.session.view.serviceAnswers
     readonly property color tone: answers ? Theme.gGreen : Theme.gRed
     readonly property string text: answers ? "الخدمة تعمل" : "الخدمة متوقفة"
 

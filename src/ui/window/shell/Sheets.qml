@@ -1,34 +1,34 @@
 import QtQuick
 import Zemrak.Window
 
-// The sheets the window can open; each exists only while it is open. What stands behind one is handed to it when it is
-// made, since it may go while the sheet is still on its way out.
+// The sheets the window can open; each exists only while it is open. A sheet gets its presenter when it is made and
+// keeps it while it closes, when the session may already have another.
 Item {
     Loader {
-        readonly property ProfileEditor editor: Presenters.editor
+        readonly property ProfilePresenter presenter: Ui.session.profile
 
-        onEditorChanged: {
+        onPresenterChanged: {
             source = "";
-            if (editor)
-                setSource("../sheets/profile/ProfileSheet.qml", { "editor": editor, "visible": true });
+            if (presenter)
+                setSource("../sheets/profile/ProfileSheet.qml", { "presenter": presenter, "visible": true });
         }
     }
     Loader {
-        readonly property PrinterFinder finder: Presenters.finder
+        readonly property AddPrinterPresenter presenter: Ui.session.addPrinter
 
-        onFinderChanged: {
+        onPresenterChanged: {
             source = "";
-            if (finder)
-                setSource("../sheets/addprinter/AddPrinterSheet.qml", { "finder": finder, "visible": true });
+            if (presenter)
+                setSource("../sheets/addprinter/AddPrinterSheet.qml", { "presenter": presenter, "visible": true });
         }
     }
     Loader {
-        active: MainView.showLog
+        active: Ui.session.view.showLog
 
         sourceComponent: LogSheet {
             visible: true
 
-            onClosed: MainView.showLog = false
+            onClosed: Ui.session.view.showLog = false
         }
     }
 }

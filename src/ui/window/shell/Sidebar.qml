@@ -54,12 +54,12 @@ Rectangle {
             SidebarEntry {
                 id: entry
                 Layout.fillWidth: true
-                count: entry.pageId === "alerts" ? MainView.alertsBadge : 0
-                current: MainView.page === entry.pageId
+                count: entry.pageId === "alerts" ? Ui.session.view.alertsBadge : 0
+                current: Ui.session.view.page === entry.pageId
 
                 KeyNavigation.down: entries.itemAt(entry.index + 1)
                 KeyNavigation.up: entries.itemAt(entry.index - 1)
-                onClicked: MainView.page = entry.pageId
+                onClicked: Ui.session.view.page = entry.pageId
             }
         }
         Item {

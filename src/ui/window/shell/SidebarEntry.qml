@@ -20,7 +20,7 @@ T.TabButton {
     Accessible.selected: current
     Accessible.onPressAction: root.clicked()
 
-    // What is current is told by the page alone.
+    // The current page decides; a click does not check the button.
     autoExclusive: false
     checkable: false
 

@@ -26,29 +26,13 @@ MainView::MainView(Agent &agent, UserDefaults &defaults, Appearance &appearance,
     , m_defaults(defaults)
     , m_appearance(appearance)
     , m_page(pageInfo(Page::Overview).id)
+    , m_showOnboarding(!defaults.boolean(onboardingKey))
 {
     connect(&agent, &Agent::stateChanged, this, &MainView::serviceAnswersChanged);
     connect(&agent, &Agent::alertsChanged, this, &MainView::alertsBadgeChanged);
     connect(&appearance, &Appearance::changed, this, &MainView::layoutChanged);
-}
-
-void MainView::begin()
-{
-    setShowOnboarding(!m_defaults.boolean(onboardingKey));
-    connect(&m_agent, &Agent::requestedPageChanged, this, &MainView::takeRequest);
+    connect(&agent, &Agent::requestedPageChanged, this, &MainView::takeRequest);
     takeRequest(); // the click that opened the window may have chosen a page already
-}
-
-void MainView::end()
-{
-    disconnect(&m_agent, &Agent::requestedPageChanged, this, nullptr);
-    endEditing();
-    setAdding(false);
-    setShowLog(false);
-    setShowOnboarding(false);
-    setPage(pageInfo(Page::Overview).id);
-    m_hoverRing = false;
-    m_newSite.clear();
 }
 
 void MainView::setPage(const QString &id)

@@ -14,8 +14,8 @@ class Agent;
 class Appearance;
 class UserDefaults;
 
-/// What the main window shows just now: page, open sheet, sizes; from begin() to end() the same window. Main thread
-/// only.
+/// What the main window shows just now: page, open sheet, sizes. One for each window; it begins on the page that was
+/// asked for, or else on the first, and with the wizard until that has been finished. Main thread only.
 class MainView : public QObject
 {
     Q_OBJECT
@@ -42,11 +42,6 @@ public:
 
     MainView(Agent &agent, UserDefaults &defaults, Appearance &appearance, QObject *parent = nullptr);
 
-    /// A window is about to be built: on the page that was asked for, or else on the first.
-    void begin();
-    /// The window has gone, and all that was open in it. What is asked for from here on is for the next one.
-    void end();
-
     /// The page's identifier; one that is no page's is refused with a line in the log.
     [[nodiscard]] QString page() const { return m_page; }
     void setPage(const QString &id);
@@ -71,14 +66,14 @@ public:
     [[nodiscard]] QSizeF winSize() const { return m_winSize; }
     void setWinSize(QSizeF size);
     [[nodiscard]] double sidebarWidth() const;
-    /// What a page has for itself beside the sidebar and its own margins.
+    /// The width that a page has, without the sidebar and its own margins.
     [[nodiscard]] double contentWidth() const;
     [[nodiscard]] double ringScale() const;
     [[nodiscard]] bool serviceAnswers() const;
     /// In a form that QML counts with.
     [[nodiscard]] double alertsBadge() const;
 
-    /// The window is about to be seen: asks the host for what may have changed behind the application's back.
+    /// The window is about to be shown: reads again what may have changed outside the application, such as permissions.
     Q_INVOKABLE void appear();
 
 Q_SIGNALS:

@@ -2,10 +2,10 @@
 
 #include "base/clock.h"
 #include "ui/kit/clickoutside.h"
+#include "ui/kit/windowshortcuts.h"
 #include "ui/window/shell/uicontext.h"
 #include "ui/window/shell/windowengine.h"
 #include "ui/window/shell/windowplacement.h"
-#include "ui/kit/windowshortcuts.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -25,7 +25,7 @@ Q_LOGGING_CATEGORY(lcWindow, "zemrak.ui.window")
 constexpr std::chrono::seconds savePatience(2);
 
 // Measured for this window: a third of the memory and half the time to the first frame of OpenGL in software, and no
-// dependence on the graphics driver. Whoever set something else meant it.
+// dependence on the graphics driver. QT_QUICK_BACKEND takes precedence.
 void preferSoftwareRenderer()
 {
     static bool decided = false;
@@ -33,8 +33,8 @@ void preferSoftwareRenderer()
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
-// For title bars and window switchers that do not go by the launcher entry. The logo in one piece would be a megabyte.
-void wearLogo()
+// For title bars and window switchers that do not go by the launcher entry. The unscaled logo would take a megabyte.
+void setWindowIconOnce()
 {
     if (!QGuiApplication::windowIcon().isNull())
         return;
@@ -76,7 +76,7 @@ void QmlWindow::show(const QString &activationToken)
 void QmlWindow::makeReady()
 {
     preferSoftwareRenderer();
-    wearLogo();
+    setWindowIconOnce();
     m_engine = makeWindowEngine(m_services, m_appearance, m_designer);
     connect(m_engine.get(), &QQmlEngine::quit, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
@@ -86,12 +86,12 @@ bool QmlWindow::build()
     if (!m_engine)
         makeReady();
     UiContext &context = UiContext::of(m_engine.get());
-    context.begin();
+    context.beginSession();
     QQmlComponent component(m_engine.get(), QUrl(QStringLiteral("qrc:/qt/qml/Zemrak/Window/shell/MainWindow.qml")));
     m_window.reset(qobject_cast<QQuickWindow *>(component.create()));
     if (!m_window) {
         qCCritical(lcWindow).noquote() << "The window cannot be built:" << component.errorString();
-        context.end();
+        context.endSession();
         return false;
     }
     QQmlEngine::setObjectOwnership(m_window.get(), QQmlEngine::CppOwnership);
@@ -99,10 +99,10 @@ bool QmlWindow::build()
     new WindowShortcuts(*m_window);
     restorePlacement(*m_window, m_services.defaults);
     m_appearance.settle();
-    // Not from within the event that closes it: the scene is still in use there.
+    // Queued: the scene must not be deleted in the event that closes it.
     connect(m_window.get(), &QWindow::visibleChanged, this, &QmlWindow::closeIfHidden, Qt::QueuedConnection);
-    context.mainView().appear();
-    RelativeClock *clock = context.presenters().clock();
+    context.session()->view()->appear();
+    RelativeClock *clock = context.session()->clock();
     connect(m_window.get(), &QWindow::visibilityChanged, clock, [clock](QWindow::Visibility visibility) {
         clock->setActive(visibility != QWindow::Hidden && visibility != QWindow::Minimized);
     });
@@ -120,18 +120,19 @@ void QmlWindow::close()
     if (!m_window || std::exchange(m_closing, true))
         return;
     storePlacement(*m_window, m_services.defaults);
-    m_window->disconnect(this); // it hides as it goes, which must not close one that is opened right after
+    m_window->disconnect(this); // its visibleChanged, queued, must not close a window that is opened right after
     m_window->hide();
     m_window.reset();
     UiContext &context = UiContext::of(m_engine.get());
-    context.end();
+    context.endSession();
     m_engine->collectGarbage();
-    context.presenters().finishSaving(savePatience); // lets events through while it waits
-    QQuickWindow().releaseResources(); // pictures that nobody shows any more, kept for half a minute otherwise
+    context.finishSaving(savePatience); // lets events through while it waits
+    QQuickWindow()
+        .releaseResources(); // empties Qt Quick's image cache, which otherwise keeps unused images for half a minute
     m_closing = false;
     if (m_closed)
         m_closed();
-    // In a turn of its own, which does not come when this was the application's end.
+    // Queued: not run if the event loop ends with this close.
     if (std::exchange(m_wantedAgain, false))
         QMetaObject::invokeMethod(
             this, [this] { show({}); }, Qt::QueuedConnection);

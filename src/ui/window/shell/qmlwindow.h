@@ -2,7 +2,7 @@
 
 #include "app/mainwindow.h"
 #include "ui/kit/appearance.h"
-#include "ui/presenters/designerview.h"
+#include "ui/presenters/designer/designerpresenter.h"
 
 #include <QObject>
 
@@ -14,7 +14,7 @@ class QQuickWindow;
 namespace zemrak {
 
 /// The main window as a Qt Quick scene: built by show(), and gone after close() with all that stood behind it. Its
-/// engine stays, as Qt never forgets the names that every new one gives to the same types.
+/// engine is kept: Qt never frees the type registrations that each new engine adds.
 class QmlWindow final : public QObject, public MainWindow
 {
     Q_OBJECT
@@ -33,7 +33,7 @@ public:
     /// Null until it was open for the first time.
     [[nodiscard]] QQmlEngine *engine() const { return m_engine.get(); }
     [[nodiscard]] Appearance &appearance() { return m_appearance; }
-    [[nodiscard]] DesignerView &designer() { return m_designer; }
+    [[nodiscard]] DesignerPresenter &designer() { return m_designer; }
 
 private:
     void makeReady();
@@ -41,11 +41,11 @@ private:
     void closeIfHidden();
 
     MainWindowServices m_services;
-    Appearance m_appearance; ///< outlives each scene, so that the next one begins in the right colours
-    DesignerView m_designer; ///< outlives each scene, so that nobody types a receipt twice
+    Appearance m_appearance; ///< kept between windows: the desktop is asked once
+    DesignerPresenter m_designer; ///< kept between windows, with the receipt that was typed
     std::function<void()> m_closed;
-    bool m_closing = false; ///< close() waits for what is being saved
-    bool m_wantedAgain = false; ///< asked for meanwhile
+    bool m_closing = false; ///< within close(), which lets events through
+    bool m_wantedAgain = false; ///< show() was called meanwhile
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_window; ///< goes before its engine
 };

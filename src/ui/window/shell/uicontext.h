@@ -1,31 +1,39 @@
 #pragma once
 
 #include "app/mainwindow.h"
-#include "ui/kit/appearance.h"
-#include "ui/window/shell/mainview.h"
-#include "ui/presenters/designerview.h"
-#include "ui/presenters/presenters.h"
+#include "ui/presenters/profile/profilesaver.h"
+#include "ui/window/shell/windowsession.h"
 
 #include <QJSEngine>
 #include <QObject>
+
+#include <memory>
 
 class QQmlEngine;
 
 namespace zemrak {
 
-/// What the QML of an engine reaches the application by. A child of it, as lasting as QML's singletons are; what one
-/// window is about comes with begin() and goes with end().
+class Agent;
+class DesignerPresenter;
+
+/// What the QML of an engine reaches the application by; its singleton `Ui`. A child of the engine, which outlasts the
+/// windows: so do the singletons that QML has once asked for.
 class UiContext : public QObject
 {
     Q_OBJECT
+    Q_PROPERTY(zemrak::WindowSession *session READ session CONSTANT) // while there is a scene
 
 public:
-    UiContext(const MainWindowServices &services, Appearance &appearance, DesignerView &designer, QQmlEngine &engine);
+    UiContext(
+        const MainWindowServices &services, Appearance &appearance, DesignerPresenter &designer, QQmlEngine &engine);
 
-    /// A window is about to be built.
-    void begin();
-    /// The window has gone.
-    void end();
+    /// A window is about to be built; there is none.
+    void beginSession();
+    /// Its scene has gone.
+    void endSession();
+    /// Waits until the service has taken every change of a printer's settings, but no longer than `limit`; see
+    /// ProfileSaver::finish().
+    void finishSaving(std::chrono::milliseconds limit) { m_saver.finish(m_services.clock, limit); }
 
     /// The context of an engine made by makeWindowEngine().
     [[nodiscard]] static UiContext &of(const QQmlEngine *engine);
@@ -37,19 +45,16 @@ public:
     }
 
     [[nodiscard]] Agent &agent() { return m_services.agent; }
-    [[nodiscard]] UserDefaults &defaults() { return m_services.defaults; }
-    [[nodiscard]] Clock &clock() { return m_services.clock; }
-    [[nodiscard]] Appearance &appearance() { return m_appearance; }
-    [[nodiscard]] DesignerView &designer() { return m_designer; }
-    [[nodiscard]] MainView &mainView() { return m_mainView; }
-    [[nodiscard]] Presenters &presenters() { return m_presenters; }
+    [[nodiscard]] DesignerPresenter &designer() { return m_designer; }
+    /// Null outside of a window's life.
+    [[nodiscard]] WindowSession *session() const { return m_session.get(); }
 
 private:
     MainWindowServices m_services;
     Appearance &m_appearance;
-    DesignerView &m_designer;
-    MainView m_mainView;
-    Presenters m_presenters;
+    DesignerPresenter &m_designer;
+    ProfileSaver m_saver; ///< outlasts the sessions: an answer may come after its window has gone
+    std::unique_ptr<WindowSession> m_session;
 };
 
 } // namespace zemrak

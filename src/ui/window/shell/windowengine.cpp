@@ -26,7 +26,7 @@ void registerTypesOnce()
 } // namespace
 
 std::unique_ptr<QQmlEngine> makeWindowEngine(
-    const MainWindowServices &services, Appearance &appearance, DesignerView &designer)
+    const MainWindowServices &services, Appearance &appearance, DesignerPresenter &designer)
 {
     registerTypesOnce();
     auto engine = std::make_unique<QQmlEngine>();

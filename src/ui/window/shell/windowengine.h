@@ -9,10 +9,11 @@ class QQmlEngine;
 namespace zemrak {
 
 class Appearance;
-class DesignerView;
+class DesignerPresenter;
 
-/// An engine that knows Zemrak.Kit and Zemrak.Window, and has the UiContext of the latter. What it is given outlives it.
+/// An engine that knows Zemrak.Kit and Zemrak.Window, and has the UiContext of the latter. What it is given outlives
+/// it.
 [[nodiscard]] std::unique_ptr<QQmlEngine> makeWindowEngine(
-    const MainWindowServices &services, Appearance &appearance, DesignerView &designer);
+    const MainWindowServices &services, Appearance &appearance, DesignerPresenter &designer);
 
 } // namespace zemrak

@@ -13,8 +13,8 @@ namespace zemrak {
 namespace {
 
 constexpr QLatin1String key("mainWindowFrame");
-constexpr int farthest = 100'000; // beyond any desktop: a damaged file, not a place
-constexpr QSize titleBar(0, 40); // nobody tells how high it is before there is one
+constexpr int farthest = 100'000; // larger coordinates mean a damaged file
+constexpr QSize titleBar(0, 40); // an estimate: its height is known only once the window is shown
 
 qint64 area(const QRect &rect)
 {

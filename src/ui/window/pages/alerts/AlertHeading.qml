@@ -18,7 +18,7 @@ Item {
         anchors.left: parent.left
         anchors.right: parent.right
         font.pixelSize: Theme.textHeadline
-        value: root.section === "active" ? Presenters.alerts.alerts.activeHeading : "السجل"
+        value: root.section === "active" ? Ui.session.alerts.alerts.activeHeading : "السجل"
         weight: Font.Bold
     }
 }

@@ -42,7 +42,7 @@ RowCard {
         text: root.actionTitle
         visible: root.action !== ""
 
-        onClicked: Presenters.alerts.press(root.action)
+        onClicked: Ui.session.alerts.press(root.action)
     }
 
     Row {

@@ -14,12 +14,12 @@ ListPage {
     page: "alerts"
     subtitle: "التحذيرات والمشاكل التي تحتاج انتباهك، مع سجل ما حدث"
 
-    Component.onDestruction: Presenters.alerts.pageHidden()
+    Component.onDestruction: Ui.session.alerts.pageHidden()
     onLookedChanged: {
         if (looked)
-            Presenters.alerts.pageShown();
+            Ui.session.alerts.pageShown();
         else
-            Presenters.alerts.pageHidden();
+            Ui.session.alerts.pageHidden();
     }
 
     actions: [
@@ -27,17 +27,17 @@ ListPage {
             symbol: "checkmark"
             text: "تحديد الكل كمقروء"
 
-            onClicked: Presenters.alerts.markAllRead()
+            onClicked: Ui.session.alerts.markAllRead()
         },
         SecondaryButton {
             symbol: "trash"
             text: "مسح السجل"
 
-            onClicked: Presenters.alerts.clearHistory()
+            onClicked: Ui.session.alerts.clearHistory()
         }
     ]
     list.header: ListHead {
-        shown: Presenters.alerts.alerts.activeCount === 0
+        shown: Ui.session.alerts.alerts.activeCount === 0
 
         EmptyHint {
             color: Theme.gGreen
@@ -53,17 +53,17 @@ ListPage {
         width: ListView.view.width
     }
     list.spacing: Theme.s8
-    model: Presenters.alerts.alerts
+    model: Ui.session.alerts.alerts
 
     delegate: AlertRow {
         width: ListView.view.width
     }
 
     Connections {
-        target: Presenters.alerts
+        target: Ui.session.alerts
 
         function onPageRequested(page: string) {
-            MainView.page = page;
+            Ui.session.view.page = page;
         }
     }
 }

@@ -26,7 +26,7 @@ Item {
             color: Agent.running ? Theme.gPrimary : Theme.gRed
             icon: Agent.running ? "clock.arrow.circlepath" : "exclamationmark.triangle.fill"
             text: Agent.running ? "بانتظار رد خدمة الطباعة. " + root.expected + " فور أن ترد." : "الخدمة متوقفة. " + root.expected + " فور أن تعمل."
-            visible: !MainView.serviceAnswers
+            visible: !Ui.session.view.serviceAnswers
         }
         EmptyHint {
             Layout.fillWidth: true

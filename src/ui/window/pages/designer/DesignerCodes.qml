@@ -10,47 +10,47 @@ Card {
 
     DesignerSwitch {
         label: "طباعة QR"
-        on: DesignerView.__doc.qrEnabled
+        on: DesignerPresenter.__doc.qrEnabled
 
-        onToggled: value => DesignerView.__doc.qrEnabled = value
+        onToggled: value => DesignerPresenter.__doc.qrEnabled = value
     }
     DesignerInput {
-        counter: DesignerView.qrCounter
+        counter: DesignerPresenter.qrCounter
         hint: "رابط أو نص (حتى 600 حرف)"
         label: "محتوى الـ QR"
-        text: DesignerView.__doc.qrData
-        told: DesignerView.qrProblem
+        text: DesignerPresenter.__doc.qrData
+        told: DesignerPresenter.qrProblem
 
-        onEdited: text => DesignerView.__doc.qrData = text
+        onEdited: text => DesignerPresenter.__doc.qrData = text
     }
     DesignerChoice {
         label: "حجم الـ QR"
-        options: DesignerView.qrSizes
-        value: DesignerView.__doc.qrSize
+        options: DesignerPresenter.qrSizes
+        value: DesignerPresenter.__doc.qrSize
 
-        onChosen: value => DesignerView.__doc.qrSize = value
+        onChosen: value => DesignerPresenter.__doc.qrSize = value
     }
     Divider {
     }
     DesignerSwitch {
         hint: "غير مدعوم في طابعات Star Line"
         label: "طباعة باركود"
-        on: DesignerView.__doc.barcodeEnabled
+        on: DesignerPresenter.__doc.barcodeEnabled
 
-        onToggled: value => DesignerView.__doc.barcodeEnabled = value
+        onToggled: value => DesignerPresenter.__doc.barcodeEnabled = value
     }
     DesignerChoice {
         label: "نوع الباركود"
-        options: DesignerView.barcodeFormats
-        value: DesignerView.__doc.barcodeFormat
+        options: DesignerPresenter.barcodeFormats
+        value: DesignerPresenter.__doc.barcodeFormat
 
-        onChosen: value => DesignerView.__doc.barcodeFormat = value
+        onChosen: value => DesignerPresenter.__doc.barcodeFormat = value
     }
     DesignerInput {
         label: "بيانات الباركود"
-        text: DesignerView.__doc.barcodeData
-        told: DesignerView.barcodeProblem
+        text: DesignerPresenter.__doc.barcodeData
+        told: DesignerPresenter.barcodeProblem
 
-        onEdited: text => DesignerView.__doc.barcodeData = text
+        onEdited: text => DesignerPresenter.__doc.barcodeData = text
     }
 }

@@ -10,33 +10,33 @@ Card {
 
     DesignerInput {
         label: "عبارة التذييل"
-        text: DesignerView.__doc.footer
+        text: DesignerPresenter.__doc.footer
 
-        onEdited: text => DesignerView.__doc.footer = text
+        onEdited: text => DesignerPresenter.__doc.footer = text
     }
     DesignerInput {
         label: "ملاحظة إضافية"
-        text: DesignerView.__doc.footerNote
+        text: DesignerPresenter.__doc.footerNote
 
-        onEdited: text => DesignerView.__doc.footerNote = text
+        onEdited: text => DesignerPresenter.__doc.footerNote = text
     }
     DesignerSwitch {
         label: "قص الورقة بعد الطباعة"
-        on: DesignerView.__doc.cut
+        on: DesignerPresenter.__doc.cut
 
-        onToggled: value => DesignerView.__doc.cut = value
+        onToggled: value => DesignerPresenter.__doc.cut = value
     }
     DesignerSwitch {
         hint: "يعمل إن كان الدرج موصولًا بالطابعة"
         label: "فتح درج النقود"
-        on: DesignerView.__doc.drawer
+        on: DesignerPresenter.__doc.drawer
 
-        onToggled: value => DesignerView.__doc.drawer = value
+        onToggled: value => DesignerPresenter.__doc.drawer = value
     }
     DesignerSwitch {
         label: "صفير بعد الطباعة"
-        on: DesignerView.__doc.beep
+        on: DesignerPresenter.__doc.beep
 
-        onToggled: value => DesignerView.__doc.beep = value
+        onToggled: value => DesignerPresenter.__doc.beep = value
     }
 }

@@ -18,66 +18,66 @@ Card {
         DesignerInput {
             Layout.columnSpan: grid.columns
             label: "اسم المنشأة"
-            text: DesignerView.__doc.businessName
+            text: DesignerPresenter.__doc.businessName
 
-            onEdited: text => DesignerView.__doc.businessName = text
+            onEdited: text => DesignerPresenter.__doc.businessName = text
         }
         DesignerInput {
             Layout.columnSpan: grid.columns
             label: "وصف مختصر"
-            text: DesignerView.__doc.subtitle
+            text: DesignerPresenter.__doc.subtitle
 
-            onEdited: text => DesignerView.__doc.subtitle = text
+            onEdited: text => DesignerPresenter.__doc.subtitle = text
         }
         DesignerInput {
             Layout.columnSpan: grid.columns
             label: "العنوان"
-            text: DesignerView.__doc.address
+            text: DesignerPresenter.__doc.address
 
-            onEdited: text => DesignerView.__doc.address = text
+            onEdited: text => DesignerPresenter.__doc.address = text
         }
         DesignerInput {
             label: "الهاتف"
-            text: DesignerView.__doc.phone
+            text: DesignerPresenter.__doc.phone
 
-            onEdited: text => DesignerView.__doc.phone = text
+            onEdited: text => DesignerPresenter.__doc.phone = text
         }
         DesignerInput {
             label: "الرقم الضريبي"
-            text: DesignerView.__doc.taxNumber
+            text: DesignerPresenter.__doc.taxNumber
 
-            onEdited: text => DesignerView.__doc.taxNumber = text
+            onEdited: text => DesignerPresenter.__doc.taxNumber = text
         }
         DesignerInput {
             label: "عنوان الورقة"
-            text: DesignerView.__doc.title
+            text: DesignerPresenter.__doc.title
 
-            onEdited: text => DesignerView.__doc.title = text
+            onEdited: text => DesignerPresenter.__doc.title = text
         }
         DesignerInput {
             label: "رقم الفاتورة"
-            text: DesignerView.__doc.receiptNo
+            text: DesignerPresenter.__doc.receiptNo
 
-            onEdited: text => DesignerView.__doc.receiptNo = text
+            onEdited: text => DesignerPresenter.__doc.receiptNo = text
         }
         DesignerInput {
             label: "العميل"
-            text: DesignerView.__doc.customer
+            text: DesignerPresenter.__doc.customer
 
-            onEdited: text => DesignerView.__doc.customer = text
+            onEdited: text => DesignerPresenter.__doc.customer = text
         }
         DesignerInput {
             label: "الموظف / الكاشير"
-            text: DesignerView.__doc.cashier
+            text: DesignerPresenter.__doc.cashier
 
-            onEdited: text => DesignerView.__doc.cashier = text
+            onEdited: text => DesignerPresenter.__doc.cashier = text
         }
         DesignerInput {
             Layout.columnSpan: grid.columns
             label: "طريقة الدفع"
-            text: DesignerView.__doc.payment
+            text: DesignerPresenter.__doc.payment
 
-            onEdited: text => DesignerView.__doc.payment = text
+            onEdited: text => DesignerPresenter.__doc.payment = text
         }
     }
 }

@@ -12,13 +12,13 @@ DesignerField {
 
     signal edited(string text)
 
-    problem: input.length >= input.maximumLength ? DesignerView.fullFieldText : told
+    problem: input.length >= input.maximumLength ? DesignerPresenter.fullFieldText : told
 
     Input {
         id: input
         Layout.fillWidth: true
         Accessible.description: root.description
-        maximumLength: DesignerView.longestText
+        maximumLength: DesignerPresenter.longestText
         name: root.label
         placeholder: ""
         text: root.text

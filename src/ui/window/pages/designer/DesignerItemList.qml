@@ -82,7 +82,7 @@ FocusScope {
         height: Math.min(root.height, root.view.height)
         highlightFollowsCurrentItem: false
         interactive: false
-        model: DesignerView.items
+        model: DesignerPresenter.items
         spacing: Theme.s8
         width: root.width
         y: root.from

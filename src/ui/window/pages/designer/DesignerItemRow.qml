@@ -35,7 +35,7 @@ FocusScope {
         Input {
             id: nameField
             focus: true
-            maximumLength: DesignerView.longestText
+            maximumLength: DesignerPresenter.longestText
             name: "اسم المنتج " + (root.index + 1)
             placeholder: "اسم المنتج"
             text: root.name
@@ -43,29 +43,29 @@ FocusScope {
 
             Keys.onBacktabPressed: root.before()
             onAccepted: qtyField.forceActiveFocus(Qt.TabFocusReason)
-            onTextEdited: DesignerView.setItemName(root.itemId, text)
+            onTextEdited: DesignerPresenter.setItemName(root.itemId, text)
         }
         Input {
             id: qtyField
-            maximumLength: DesignerView.longestText
+            maximumLength: DesignerPresenter.longestText
             name: "الكمية " + (root.index + 1)
             placeholder: "الكمية"
             text: root.qty
             width: root.qtyWidth
 
             onAccepted: priceField.forceActiveFocus(Qt.TabFocusReason)
-            onTextEdited: DesignerView.setItemQty(root.itemId, text)
+            onTextEdited: DesignerPresenter.setItemQty(root.itemId, text)
         }
         Input {
             id: priceField
-            maximumLength: DesignerView.longestText
+            maximumLength: DesignerPresenter.longestText
             name: "السعر " + (root.index + 1)
             placeholder: "السعر"
             text: root.price
             width: root.priceWidth
 
             onAccepted: root.finished()
-            onTextEdited: DesignerView.setItemPrice(root.itemId, text)
+            onTextEdited: DesignerPresenter.setItemPrice(root.itemId, text)
         }
         IconButton {
             id: bin
@@ -75,7 +75,7 @@ FocusScope {
             text: "حذف"
 
             Keys.onTabPressed: root.after()
-            onClicked: DesignerView.removeItem(root.itemId)
+            onClicked: DesignerPresenter.removeItem(root.itemId)
         }
     }
 }

@@ -44,7 +44,7 @@ Card {
     }
     SecondaryButton {
         id: add
-        enabled: DesignerView.canAddItem
+        enabled: DesignerPresenter.canAddItem
         symbol: "plus"
         text: "إضافة منتج"
 
@@ -54,9 +54,9 @@ Card {
                 list.goToEnd(true);
         }
         onClicked: {
-            if (!DesignerView.canAddItem)
+            if (!DesignerPresenter.canAddItem)
                 return;
-            DesignerView.addItem();
+            DesignerPresenter.addItem();
             list.goToEnd(false);
         }
     }
@@ -64,22 +64,22 @@ Card {
         Layout.fillWidth: true
         color: Theme.gAmber
         icon: "exclamationmark.triangle.fill"
-        text: DesignerView.itemsProblem
+        text: DesignerPresenter.itemsProblem
         visible: text !== ""
     }
     Divider {
     }
     DesignerInput {
         label: "الخصم (مبلغ)"
-        text: DesignerView.__doc.discount
+        text: DesignerPresenter.__doc.discount
 
-        onEdited: text => DesignerView.__doc.discount = text
+        onEdited: text => DesignerPresenter.__doc.discount = text
     }
     DesignerInput {
         hint: "اتركه فارغًا لعدم إظهار الضريبة"
         label: "ضريبة القيمة المضافة %"
-        text: DesignerView.__doc.vatPercent
+        text: DesignerPresenter.__doc.vatPercent
 
-        onEdited: text => DesignerView.__doc.vatPercent = text
+        onEdited: text => DesignerPresenter.__doc.vatPercent = text
     }
 }

@@ -23,23 +23,23 @@ FocusScope {
         actions: [
             SecondaryButton {
                 text: "تراجع"
-                visible: DesignerView.canUndo
+                visible: DesignerPresenter.canUndo
 
                 onClicked: {
                     sample.forceActiveFocus(Qt.OtherFocusReason);
-                    DesignerView.undo();
+                    DesignerPresenter.undo();
                 }
             },
             SecondaryButton {
                 id: sample
                 text: "بيانات تجريبية"
 
-                onClicked: DesignerView.loadSample()
+                onClicked: DesignerPresenter.loadSample()
             },
             SecondaryButton {
                 text: "إعادة ضبط"
 
-                onClicked: DesignerView.reset()
+                onClicked: DesignerPresenter.reset()
             }
         ]
 

@@ -14,7 +14,7 @@ Rectangle {
     readonly property int dotsPerMm: 8
     readonly property real widest: Math.min(width - 2 * Theme.s8, Theme.px(400))
     readonly property real dot: widest / (widestMm * dotsPerMm)
-    readonly property real edge: (sheet.width - DesignerView.paperDots * dot) / 2
+    readonly property real edge: (sheet.width - DesignerPresenter.paperDots * dot) / 2
 
     border.color: list.activeFocus ? Theme.gPrimary : "transparent"
     border.width: list.activeFocus ? Theme.ring : 0
@@ -29,7 +29,7 @@ Rectangle {
         border.width: Theme.stroke
         color: Theme.paper
         height: Math.min(list.contentHeight + 2 * Theme.s24, root.height - 2 * Theme.s12)
-        width: DesignerView.__doc.paperWidthMm * root.dotsPerMm * root.dot
+        width: DesignerPresenter.__doc.paperWidthMm * root.dotsPerMm * root.dot
         y: Theme.s12
 
         ListView {
@@ -55,7 +55,7 @@ Rectangle {
             highlightFollowsCurrentItem: false
             interactive: contentHeight + topMargin + bottomMargin > height
             keyNavigationEnabled: false
-            model: DesignerView.preview
+            model: DesignerPresenter.preview
             reuseItems: true
             topMargin: Theme.s20
 

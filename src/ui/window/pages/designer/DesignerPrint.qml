@@ -15,17 +15,17 @@ RowLayout {
         Layout.fillWidth: true
         color: Theme.gMuted
         font.pixelSize: Theme.textSmall
-        value: DesignerView.destination === "" ? "لا توجد طابعة متصلة" : "إلى «\u2068" + DesignerView.destination + "\u2069»"
+        value: DesignerPresenter.destination === "" ? "لا توجد طابعة متصلة" : "إلى «\u2068" + DesignerPresenter.destination + "\u2069»"
         visible: root.wide
     }
     PrimaryButton {
         Layout.fillWidth: !root.wide
-        Accessible.description: DesignerView.destination
-        busy: DesignerView.__printing
-        enabled: DesignerView.canPrint
+        Accessible.description: DesignerPresenter.destination
+        busy: DesignerPresenter.__printing
+        enabled: DesignerPresenter.canPrint
         symbol: "printer.fill"
-        text: DesignerView.__printing ? "جارٍ الإرسال…" : "اطبع الورقة"
+        text: DesignerPresenter.__printing ? "جارٍ الإرسال…" : "اطبع الورقة"
 
-        onClicked: DesignerView.print()
+        onClicked: DesignerPresenter.print()
     }
 }

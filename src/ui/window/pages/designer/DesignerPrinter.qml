@@ -7,18 +7,18 @@ import Zemrak.Window
 Card {
     id: root
 
-    readonly property bool reaches: DesignerView.connected.length > 0
+    readonly property bool reaches: DesignerPresenter.connected.length > 0
 
     icon: "printer.fill"
     title: "الطابعة والورق"
 
     DesignerChoice {
         label: "الطابعة"
-        options: DesignerView.connected
-        value: DesignerView.selected
+        options: DesignerPresenter.connected
+        value: DesignerPresenter.selected
         visible: root.reaches
 
-        onChosen: value => DesignerView.__printerId = value
+        onChosen: value => DesignerPresenter.__printerId = value
     }
     Note {
         Layout.fillWidth: true
@@ -29,16 +29,16 @@ Card {
     }
     DesignerChoice {
         label: "عرض الورق"
-        options: DesignerView.paperWidths
-        value: DesignerView.__doc.paperWidthMm
+        options: DesignerPresenter.paperWidths
+        value: DesignerPresenter.__doc.paperWidthMm
 
-        onChosen: value => DesignerView.__doc.paperWidthMm = value
+        onChosen: value => DesignerPresenter.__doc.paperWidthMm = value
     }
     DesignerInput {
         hint: "تظهر بجانب الأسعار"
         label: "العملة"
-        text: DesignerView.__doc.currency
+        text: DesignerPresenter.__doc.currency
 
-        onEdited: text => DesignerView.__doc.currency = text
+        onEdited: text => DesignerPresenter.__doc.currency = text
     }
 }

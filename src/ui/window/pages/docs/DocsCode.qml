@@ -7,5 +7,5 @@ CodeBlock {
     code: block.code
     lang: block.lang
 
-    onCopy: Presenters.docs.tellCodeCopied()
+    onCopy: Ui.session.docs.tellCodeCopied()
 }

@@ -50,5 +50,5 @@ CardButton {
         }
     }
 
-    onClicked: Presenters.docs.choose(index)
+    onClicked: Ui.session.docs.choose(index)
 }

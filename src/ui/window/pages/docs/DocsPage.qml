@@ -9,20 +9,20 @@ import Zemrak.Window
 ScrollPage {
     id: root
 
-    readonly property string __selected: Presenters.docs.selected
-    readonly property bool searching: Presenters.docs.searching
+    readonly property string __selected: Ui.session.docs.selected
+    readonly property bool searching: Ui.session.docs.searching
     property int wanted: -1 // the block to be scrolled to once all is laid out
 
     page: "docs"
     subtitle: "كيف تربط نظامك بالطابعة: أكواد جاهزة للنسخ لكل منصة"
 
     actions: SecondaryButton {
-        busy: Presenters.docs.exporting
+        busy: Ui.session.docs.exporting
         enabled: !busy
         symbol: "square.and.arrow.up"
         text: "تصدير Markdown"
 
-        onClicked: Presenters.docs.exportMarkdown()
+        onClicked: Ui.session.docs.exportMarkdown()
     }
 
     function show(block: Item): void {
@@ -41,19 +41,19 @@ ScrollPage {
 
         Keys.onDownPressed: if (root.searching && hits.count > 0)
             hits.itemAt(0).forceActiveFocus(Qt.TabFocusReason)
-        onTextChanged: Presenters.docs.search = text
+        onTextChanged: Ui.session.docs.search = text
     }
     Tabs {
         Layout.fillWidth: true
-        options: Presenters.docs.tabs
+        options: Ui.session.docs.tabs
         value: root.__selected
         visible: !root.searching
 
-        onChosen: value => Presenters.docs.selected = value
+        onChosen: value => Ui.session.docs.selected = value
     }
     Repeater {
         id: blocks
-        model: root.searching ? null : Presenters.docs.blocks
+        model: root.searching ? null : Ui.session.docs.blocks
 
         DocsBlock {
             Layout.bottomMargin: kind === "heading" ? -Theme.s8 : 0 // nearer to what it is the heading of
@@ -62,7 +62,7 @@ ScrollPage {
     }
     Repeater {
         id: hits
-        model: root.searching ? Presenters.docs.hits : null
+        model: root.searching ? Ui.session.docs.hits : null
 
         DocsHit {
             Layout.fillWidth: true
@@ -72,7 +72,7 @@ ScrollPage {
         Layout.fillWidth: true
         icon: "magnifyingglass"
         text: "توجد نتائج أخرى. اكتب كلمة أدق لتراها."
-        visible: root.searching && Presenters.docs.moreHits
+        visible: root.searching && Ui.session.docs.moreHits
     }
     EmptyHint {
         Layout.fillWidth: true
@@ -82,7 +82,7 @@ ScrollPage {
         visible: root.searching && hits.count === 0
     }
     Connections {
-        target: Presenters.docs
+        target: Ui.session.docs
 
         function onBlockWanted(block: int) {
             root.wanted = block;
@@ -91,7 +91,7 @@ ScrollPage {
             root.contentY = 0;
         }
         function onSearchChanged() {
-            field.text = Presenters.docs.search;
+            field.text = Ui.session.docs.search;
         }
     }
     Connections {

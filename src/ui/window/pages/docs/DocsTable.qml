@@ -56,7 +56,7 @@ Rectangle {
         y: Theme.s4
 
         onClicked: {
-            Clipboard.copy(Presenters.docs.takeTable(root.block.index));
+            Clipboard.copy(Ui.session.docs.takeTable(root.block.index));
             copied = true;
             said.restart();
         }

@@ -12,13 +12,13 @@ ListPage {
     subtitle: "آخر وظائف الطباعة على هذا الجهاز"
 
     above: ListSearch {
-        found: Presenters.jobs
+        found: Ui.session.jobs
         list: root.list
         placeholder: "ابحث في الوظائف"
     }
     list.keyNavigationEnabled: true
     list.spacing: Theme.s8
-    model: Presenters.jobs
+    model: Ui.session.jobs
 
     delegate: JobRow {
         width: ListView.view.width
@@ -28,7 +28,7 @@ ListPage {
         anchors.right: parent.right
         expected: "تظهر الوظائف هنا"
         icon: "tray"
-        searching: Presenters.jobs.searching
+        searching: Ui.session.jobs.searching
         text: "ستظهر هنا كل وظيفة طباعة وحالتها."
         title: "لا توجد وظائف بعد"
     }

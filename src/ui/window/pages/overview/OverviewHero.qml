@@ -9,7 +9,7 @@ Card {
 
     readonly property bool wide: width >= Theme.px(500)
 
-    Accessible.name: Presenters.overview.heroTitle
+    Accessible.name: Ui.session.overview.heroTitle
 
     GridLayout {
         Layout.margins: Theme.s12
@@ -31,7 +31,7 @@ Card {
                 color: Theme.gMuted
                 font.pixelSize: Theme.textSmall
                 horizontalAlignment: Text.AlignHCenter
-                text: Presenters.overview.ringHint
+                text: Ui.session.overview.ringHint
                 wrapMode: Text.Wrap
             }
         }
@@ -46,19 +46,19 @@ Card {
                 font.pixelSize: Theme.textHero
                 horizontalAlignment: root.wide ? Text.AlignLeft : Text.AlignHCenter
                 lineHeight: 1
-                text: Presenters.overview.heroTitle
+                text: Ui.session.overview.heroTitle
                 weight: Font.Bold
                 wrapMode: Text.Wrap
             }
             AppText {
                 Layout.fillWidth: true
-                Accessible.name: Presenters.overview.heroSubtitle
+                Accessible.name: Ui.session.overview.heroSubtitle
                 color: Theme.gMuted
                 elide: Text.ElideRight
                 font.pixelSize: Theme.textHeadline
                 horizontalAlignment: root.wide ? Text.AlignLeft : Text.AlignHCenter
                 maximumLineCount: 6
-                text: "\u200f" + Presenters.overview.heroSubtitle.replace(/\s+/g, " ") // may begin with a Latin name
+                text: "\u200f" + Ui.session.overview.heroSubtitle.replace(/\s+/g, " ") // may begin with a Latin name
                 wrapMode: Text.Wrap
             }
         }

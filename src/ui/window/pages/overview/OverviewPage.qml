@@ -16,25 +16,25 @@ ScrollPage {
             opens: "printers"
             symbol: "printer.fill"
             text: "طابعات متصلة"
-            value: Presenters.overview.printersValue
+            value: Ui.session.overview.printersValue
         }
         OverviewStat {
             colors: Pages.tint("sites")
             opens: "sites"
             symbol: "checkmark.shield.fill"
             text: "مواقع مصرّحة"
-            value: Presenters.overview.sitesValue
+            value: Ui.session.overview.sitesValue
         }
         OverviewStat {
             colors: Pages.tint("jobs")
             opens: "jobs"
             symbol: "clock.arrow.circlepath"
             text: "وظائف اليوم"
-            value: Presenters.overview.jobsValue
+            value: Ui.session.overview.jobsValue
         }
     }
     OverviewScan {
         Layout.fillWidth: true
-        visible: Presenters.overview.showsScan
+        visible: Ui.session.overview.showsScan
     }
 }

@@ -25,7 +25,7 @@ Canvas {
 
     Behavior on shown {
         id: wind
-        // A check that begins does not wind the last one back.
+        // No animation back to the start when a new check begins.
         enabled: wind.targetValue > root.shown
 
         NumberAnimation {

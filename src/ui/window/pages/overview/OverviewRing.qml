@@ -8,13 +8,13 @@ import Zemrak.Window
 BaseButton {
     id: root
 
-    readonly property color tone: Theme.named(Presenters.overview.heroColor)
-    readonly property real size: (Theme.px(108) + 64) * MainView.ringScale
+    readonly property color tone: Theme.named(Ui.session.overview.heroColor)
+    readonly property real size: (Theme.px(108) + 64) * Ui.session.view.ringScale
     readonly property real band: Math.round(size * 0.045)
     readonly property real logoSize: Math.round(size * 0.72)
     property color shade: tone
 
-    Accessible.description: Presenters.overview.ringHint
+    Accessible.description: Ui.session.overview.ringHint
     bottomPadding: 0
     implicitHeight: size
     implicitWidth: size
@@ -35,11 +35,11 @@ BaseButton {
         }
     }
 
-    onClicked: Presenters.runScan()
-    onHoveredChanged: MainView.hoverRing = hovered
+    onClicked: Ui.session.printers.runScan()
+    onHoveredChanged: Ui.session.view.hoverRing = hovered
 
     background: Rectangle {
-        color: Theme.tint(root.shade, MainView.hoverRing ? 0.20 : 0.12)
+        color: Theme.tint(root.shade, Ui.session.view.hoverRing ? 0.20 : 0.12)
         radius: root.size / 2
 
         Rectangle {
@@ -79,7 +79,7 @@ BaseButton {
             anchors.centerIn: parent
             color: Theme.tint(Theme.toast, 0.88)
             height: root.logoSize
-            opacity: MainView.hoverRing ? 1 : 0
+            opacity: Ui.session.view.hoverRing ? 1 : 0
             radius: width / 2
             visible: opacity > 0
             width: root.logoSize
@@ -97,7 +97,7 @@ BaseButton {
                 color: Theme.toastInk
                 font.pixelSize: Theme.textSmall
                 horizontalAlignment: Text.AlignHCenter
-                text: Presenters.overview.ringHoverHint
+                text: Ui.session.overview.ringHoverHint
                 weight: Font.Medium
                 wrapMode: Text.Wrap
             }

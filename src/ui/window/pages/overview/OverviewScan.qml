@@ -15,7 +15,7 @@ Card {
 
     RowLayout {
         spacing: Theme.s12
-        visible: Presenters.overview.scanMessage !== ""
+        visible: Ui.session.overview.scanMessage !== ""
 
         Spinner {
             visible: Agent.scanning
@@ -23,7 +23,7 @@ Card {
         AppText {
             Layout.fillWidth: true
             color: Theme.gMuted
-            text: Presenters.overview.scanMessage
+            text: Ui.session.overview.scanMessage
             wrapMode: Text.Wrap
         }
     }
@@ -37,7 +37,7 @@ Card {
         clip: true
         implicitHeight: Math.min(contentHeight, Theme.px(400))
         interactive: contentHeight > height
-        model: Presenters.overview.scanResults
+        model: Ui.session.overview.scanResults
         reuseItems: true
         visible: count > 0
 

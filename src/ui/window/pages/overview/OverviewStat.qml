@@ -19,7 +19,7 @@ CardButton {
     bottomPadding: Theme.s20
     topPadding: Theme.s20
 
-    onClicked: MainView.page = opens
+    onClicked: Ui.session.view.page = opens
 
     contentItem: GridLayout {
         columnSpacing: Theme.s16

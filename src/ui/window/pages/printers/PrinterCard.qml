@@ -110,7 +110,7 @@ FocusScope {
                     Accessible.description: root.name
                     text: "طباعة تجربة"
 
-                    onClicked: Presenters.testPrint(root.printerId)
+                    onClicked: Ui.session.printers.testPrint(root.printerId)
                 }
             }
             Icon {

@@ -18,12 +18,12 @@ ListPage {
         (list.currentItem as PrinterCard).takeFocus();
     }
 
-    model: Presenters.printers
+    model: Ui.session.printers.printers
     page: "printers"
     subtitle: "طابعات النظام والشبكة والبلوتوث المتاحة"
 
     above: ListSearch {
-        found: Presenters.printers
+        found: Ui.session.printers.printers
         list: root.list
         placeholder: "ابحث عن طابعة"
     }
@@ -44,19 +44,19 @@ ListPage {
                 text: root.roomy ? scan.text : ""
             }
 
-            onClicked: Presenters.runScan()
+            onClicked: Ui.session.printers.runScan()
         },
         PrimaryButton {
             symbol: "plus"
             text: "إضافة طابعة"
 
-            onClicked: MainView.adding = true
+            onClicked: Ui.session.view.adding = true
         }
     ]
     delegate: PrinterCard {
         width: ListView.view.width
 
-        onOpen: MainView.edit(printerId)
+        onOpen: Ui.session.view.edit(printerId)
         onStepped: by => root.goTo(index + by)
     }
     placeholder: ListEmpty {
@@ -64,7 +64,7 @@ ListPage {
         anchors.right: parent.right
         expected: "تظهر طابعاتك هنا"
         icon: "printer.fill"
-        searching: Presenters.printers.searching
+        searching: Ui.session.printers.printers.searching
         text: "وصّل الطابعة أو أضفها من زر «إضافة طابعة»."
         title: "لم يتم العثور على طابعات"
     }

@@ -15,7 +15,7 @@ Card {
             symbol: "macwindow"
             text: "عرض أكبر"
 
-            onClicked: MainView.showLog = true
+            onClicked: Ui.session.view.showLog = true
         }
     ]
 

@@ -7,7 +7,7 @@ import Zemrak.Window
 SettingsRow {
     id: root
 
-    readonly property SettingsPresenter settings: Presenters.settings
+    readonly property SettingsPresenter settings: Ui.session.settings
 
     colors: Theme.greenTile
     icon: "power"
@@ -19,7 +19,7 @@ SettingsRow {
         on: root.settings.launchAtLogin
         text: root.title
 
-        onToggleRequested: value => Presenters.setLaunchAtLogin(value)
+        onToggleRequested: value => Ui.session.settings.setLaunchAtLogin(value)
     }
 
     more: [
@@ -27,7 +27,7 @@ SettingsRow {
             text: "السماح في إعدادات النظام"
             visible: root.settings.offersLoginSettings
 
-            onClicked: Presenters.openLoginSettings()
+            onClicked: Ui.session.settings.openLoginSettings()
         },
         Divider {
         },
@@ -44,7 +44,7 @@ SettingsRow {
             SecondaryButton {
                 text: "إعادة تسجيل"
 
-                onClicked: Presenters.reRegisterLogin()
+                onClicked: Ui.session.settings.reRegisterLogin()
             }
         }
     ]

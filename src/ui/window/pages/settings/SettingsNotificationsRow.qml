@@ -5,7 +5,7 @@ import Zemrak.Window
 SettingsRow {
     id: root
 
-    readonly property SettingsPresenter settings: Presenters.settings
+    readonly property SettingsPresenter settings: Ui.session.settings
 
     colors: Theme.redTile
     icon: "bell.badge.fill"
@@ -17,18 +17,18 @@ SettingsRow {
         text: "السماح بالإشعارات"
         visible: root.settings.offersNotificationRequest
 
-        onClicked: Presenters.requestNotifications()
+        onClicked: Ui.session.settings.requestNotifications()
     }
     PrimaryButton {
         text: "السماح في إعدادات النظام"
         visible: root.settings.offersNotificationSettings
 
-        onClicked: Presenters.openNotificationSettings()
+        onClicked: Ui.session.settings.openNotificationSettings()
     }
     SecondaryButton {
         text: "إرسال إشعار تجريبي"
         visible: root.settings.offersNotificationTest
 
-        onClicked: Presenters.testNotification()
+        onClicked: Ui.session.settings.testNotification()
     }
 }

@@ -8,7 +8,7 @@ import Zemrak.Window
 ScrollPage {
     id: root
 
-    readonly property SettingsPresenter settings: Presenters.settings
+    readonly property SettingsPresenter settings: Ui.session.settings
     readonly property bool seen: visible && Window.active
 
     page: "settings"
@@ -16,7 +16,7 @@ ScrollPage {
 
     // The person may come back from the system's settings.
     onSeenChanged: if (seen)
-        MainView.appear()
+        Ui.session.view.appear()
 
     ColumnLayout {
         Layout.fillWidth: true
@@ -35,7 +35,7 @@ ScrollPage {
             SecondaryButton {
                 text: "فتح إعدادات النظام"
 
-                onClicked: Presenters.openLocalNetworkSettings()
+                onClicked: Ui.session.settings.openLocalNetworkSettings()
             }
         }
         SettingsRow {
@@ -49,7 +49,7 @@ ScrollPage {
                 on: root.settings.keepAwake
                 text: awake.title
 
-                onToggleRequested: value => Presenters.setKeepAwake(value)
+                onToggleRequested: value => Ui.session.settings.setKeepAwake(value)
             }
         }
         SettingsRow {
@@ -64,7 +64,7 @@ ScrollPage {
                 on: root.settings.autoApprove
                 text: approve.title
 
-                onToggleRequested: value => Presenters.setAutoApprove(value)
+                onToggleRequested: value => Ui.session.settings.setAutoApprove(value)
             }
         }
         SettingsRow {
@@ -76,7 +76,7 @@ ScrollPage {
             SecondaryButton {
                 text: root.settings.caTrusted ? "إعادة التفعيل" : "تفعيل"
 
-                onClicked: Presenters.trustForSafari()
+                onClicked: Ui.session.settings.trustForSafari()
             }
         }
         SettingsRow {
@@ -88,7 +88,7 @@ ScrollPage {
             SecondaryButton {
                 text: "فتح المعالج"
 
-                onClicked: MainView.showOnboarding = true
+                onClicked: Ui.session.view.showOnboarding = true
             }
         }
         SettingsRow {
@@ -100,7 +100,7 @@ ScrollPage {
             SecondaryButton {
                 text: "إعادة التشغيل"
 
-                onClicked: Presenters.restartService()
+                onClicked: Ui.session.settings.restartService()
             }
         }
         SettingsRow {
@@ -112,7 +112,7 @@ ScrollPage {
             SecondaryButton {
                 text: "حفظ التقرير"
 
-                onClicked: Presenters.exportDiagnostics()
+                onClicked: Ui.session.settings.exportDiagnostics()
             }
         }
         SettingsUpdateRow {

@@ -5,7 +5,7 @@ import Zemrak.Window
 SettingsRow {
     id: root
 
-    readonly property SettingsPresenter settings: Presenters.settings
+    readonly property SettingsPresenter settings: Ui.session.settings
 
     colors: settings.offersInstall ? Theme.purpleTile : Theme.grayTile
     icon: "arrow.down.circle.fill"
@@ -15,7 +15,7 @@ SettingsRow {
     SecondaryButton {
         text: "التحقق من التحديثات"
 
-        onClicked: Presenters.checkUpdate()
+        onClicked: Ui.session.settings.checkUpdate()
     }
     PrimaryButton {
         busy: root.settings.updating
@@ -23,6 +23,6 @@ SettingsRow {
         text: "تثبيت"
         visible: root.settings.offersInstall
 
-        onClicked: Presenters.installUpdate()
+        onClicked: Ui.session.settings.installUpdate()
     }
 }

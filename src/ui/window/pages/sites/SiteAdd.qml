@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Layouts
 import Zemrak.Kit
+import Zemrak.Window
 
 // The field that allows another site. What is typed stays until the service has taken it.
 Card {
@@ -29,26 +30,26 @@ Card {
             Layout.fillWidth: true
             name: "عنوان الموقع"
             placeholder: "https://pos.example.com"
-            readOnly: Presenters.sites.adding
-            text: MainView.newSite
+            readOnly: Ui.session.sites.adding
+            text: Ui.session.view.newSite
 
-            onAccepted: Presenters.sites.add(text)
-            onTextEdited: MainView.newSite = text
+            onAccepted: Ui.session.sites.add(text)
+            onTextEdited: Ui.session.view.newSite = text
         }
         PrimaryButton {
-            busy: Presenters.sites.adding
-            enabled: field.text.trim() !== "" && !Presenters.sites.adding
+            busy: Ui.session.sites.adding
+            enabled: field.text.trim() !== "" && !Ui.session.sites.adding
             symbol: "plus"
             text: "إضافة"
 
-            onClicked: Presenters.sites.add(field.text)
+            onClicked: Ui.session.sites.add(field.text)
         }
     }
     Connections {
-        target: Presenters.sites
+        target: Ui.session.sites
 
         function onAdded() {
-            MainView.newSite = "";
+            Ui.session.view.newSite = "";
         }
     }
 }

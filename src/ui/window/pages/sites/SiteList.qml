@@ -13,12 +13,12 @@ ListPage {
     subtitle: "المواقع التي يُسمح لها بالطباعة من هذا الجهاز"
 
     above: ListSearch {
-        found: Presenters.sites.origins
+        found: Ui.session.sites.origins
         list: root.list
         placeholder: "ابحث عن موقع"
     }
     list.keyNavigationEnabled: true
-    model: Presenters.sites.origins
+    model: Ui.session.sites.origins
 
     delegate: SiteRow {
         width: ListView.view.width
@@ -39,6 +39,6 @@ ListPage {
         question: "لن يستطيع \u2066" + origin + "\u2069 الطباعة من هذا الجهاز حتى تضيفه من جديد."
         title: "حذف الموقع؟"
 
-        onConfirmed: Presenters.sites.remove(origin)
+        onConfirmed: Ui.session.sites.remove(origin)
     }
 }

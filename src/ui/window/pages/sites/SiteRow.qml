@@ -33,7 +33,7 @@ RowCard {
             text: "إلغاء الاقتران"
             visible: root.paired
 
-            onClicked: Presenters.sites.revoke(root.siteId)
+            onClicked: Ui.session.sites.revoke(root.siteId)
         },
         IconButton {
             Accessible.description: root.origin

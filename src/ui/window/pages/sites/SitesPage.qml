@@ -28,12 +28,12 @@ SiteList {
         }
     }
     list.header: ListHead {
-        shown: Presenters.sites.origins.count === 0
+        shown: Ui.session.sites.origins.count === 0
 
         ListEmpty {
             expected: "تظهر المواقع هنا"
             icon: "globe"
-            searching: Presenters.sites.origins.searching
+            searching: Ui.session.sites.origins.searching
             title: "لا توجد مواقع مسموحة."
             width: parent.width
         }

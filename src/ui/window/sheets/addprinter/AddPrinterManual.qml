@@ -7,7 +7,7 @@ import Zemrak.Window
 Card {
     id: root
 
-    required property PrinterFinder finder
+    required property AddPrinterPresenter presenter
 
     Layout.fillWidth: true
     icon: "keyboard"
@@ -16,34 +16,34 @@ Card {
     InputRow {
         label: "الاسم"
         placeholder: "Kitchen"
-        text: root.finder.__name
+        text: root.presenter.__name
 
-        onAccepted: root.finder.addManual()
-        onEdited: text => root.finder.__name = text
+        onAccepted: root.presenter.addManual()
+        onEdited: text => root.presenter.__name = text
     }
     InputRow {
         label: "عنوان IP"
         placeholder: "192.168.1.50"
-        text: root.finder.__host
+        text: root.presenter.__host
 
-        onAccepted: root.finder.addManual()
-        onEdited: text => root.finder.__host = text
+        onAccepted: root.presenter.addManual()
+        onEdited: text => root.presenter.__host = text
     }
     InputRow {
         label: "المنفذ"
         placeholder: "9100"
-        text: root.finder.__port
+        text: root.presenter.__port
 
-        onAccepted: root.finder.addManual()
-        onEdited: text => root.finder.__port = text
+        onAccepted: root.presenter.addManual()
+        onEdited: text => root.presenter.__port = text
     }
     PrimaryButton {
         Layout.alignment: Qt.AlignRight
-        busy: root.finder.addingManual
-        enabled: root.finder.canAddManual
+        busy: root.presenter.addingManual
+        enabled: root.presenter.canAddManual
         symbol: "plus"
         text: "إضافة"
 
-        onClicked: root.finder.addManual()
+        onClicked: root.presenter.addManual()
     }
 }

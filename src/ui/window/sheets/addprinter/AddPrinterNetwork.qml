@@ -7,7 +7,7 @@ import Zemrak.Window
 ColumnLayout {
     id: root
 
-    required property PrinterFinder finder
+    required property AddPrinterPresenter presenter
 
     spacing: Theme.s16
 
@@ -21,38 +21,38 @@ ColumnLayout {
             spacing: Theme.s8
 
             PrimaryButton {
-                busy: !root.finder.canSearchNetwork
+                busy: !root.presenter.canSearchNetwork
                 symbol: "magnifyingglass"
                 text: "ابحث عن طابعات في الشبكة"
 
-                onClicked: root.finder.searchNetwork()
+                onClicked: root.presenter.searchNetwork()
             }
             SecondaryButton {
-                busy: !root.finder.canSearchBonjour
+                busy: !root.presenter.canSearchBonjour
                 text: "بحث Bonjour (واي فاي / AirPrint)"
 
-                onClicked: root.finder.searchBonjour()
+                onClicked: root.presenter.searchBonjour()
             }
         }
         AddPrinterHits {
-            hits: root.finder.__hosts
+            hits: root.presenter.__hosts
             ltrTitles: true
 
-            onAdd: row => root.finder.addHost(row)
+            onAdd: row => root.presenter.addHost(row)
         }
         AddPrinterHits {
-            hits: root.finder.__bonjour
+            hits: root.presenter.__bonjour
             ltrDetails: true
 
-            onAdd: row => root.finder.addBonjour(row)
+            onAdd: row => root.presenter.addBonjour(row)
         }
         AddPrinterProgress {
-            hint: root.finder.networkHint
-            outcome: root.finder.networkOutcome
-            scanning: root.finder.__scanning
+            hint: root.presenter.networkHint
+            outcome: root.presenter.networkOutcome
+            scanning: root.presenter.__scanning
         }
     }
     AddPrinterManual {
-        finder: root.finder
+        presenter: root.presenter
     }
 }

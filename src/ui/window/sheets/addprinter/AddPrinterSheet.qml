@@ -9,38 +9,38 @@ import Zemrak.Window
 Sheet {
     id: root
 
-    // Handed over once and never bound to what is open just now: it stays until nothing of the sheet looks at it.
-    required property PrinterFinder finder
+    // Set once, not bound to the session: it must stay until the sheet has closed (the session uses deleteLater).
+    required property AddPrinterPresenter presenter
 
     icon: "plus.circle.fill"
     implicitHeight: Theme.px(640) // whatever a tab holds, so that the tabs stay where they are
     subtitle: "واي فاي / شبكة، USB، أو بلوتوث"
     title: "إضافة طابعة"
 
-    onClosed: MainView.adding = false
+    onClosed: Ui.session.view.adding = false
     onOpened: tabs.forceActiveFocus(Qt.TabFocusReason)
 
     Tabs {
         id: tabs
         Accessible.name: "طريقة التوصيل"
         Layout.fillWidth: true
-        options: root.finder.tabs
-        value: root.finder.__tab
+        options: root.presenter.tabs
+        value: root.presenter.__tab
 
-        onChosen: value => root.finder.__tab = value
+        onChosen: value => root.presenter.__tab = value
     }
     AddPrinterNetwork {
         Layout.fillWidth: true
-        finder: root.finder
-        visible: root.finder.__tab === "net"
+        presenter: root.presenter
+        visible: root.presenter.__tab === "net"
     }
     AddPrinterUsb {
         Layout.fillWidth: true
-        finder: root.finder
-        visible: root.finder.__tab === "usb"
+        presenter: root.presenter
+        visible: root.presenter.__tab === "usb"
     }
     AddPrinterBluetooth {
         Layout.fillWidth: true
-        visible: root.finder.__tab === "bluetooth"
+        visible: root.presenter.__tab === "bluetooth"
     }
 }

@@ -7,28 +7,28 @@ import Zemrak.Window
 Card {
     id: root
 
-    required property PrinterFinder finder
+    required property AddPrinterPresenter presenter
 
     icon: "cable.connector"
     title: "طابعات USB"
 
     PrimaryButton {
         Layout.alignment: Qt.AlignLeft
-        busy: !root.finder.canSearchUsb
+        busy: !root.presenter.canSearchUsb
         symbol: "magnifyingglass"
         text: "ابحث عن طابعات USB"
 
-        onClicked: root.finder.searchUsb()
+        onClicked: root.presenter.searchUsb()
     }
     AddPrinterHits {
-        hits: root.finder.__usb
+        hits: root.presenter.__usb
 
-        onAdd: row => root.finder.addUsb(row)
+        onAdd: row => root.presenter.addUsb(row)
     }
     AddPrinterProgress {
-        hint: root.finder.usbHint
-        outcome: root.finder.usbOutcome
-        scanning: root.finder.__scanning
+        hint: root.presenter.usbHint
+        outcome: root.presenter.usbOutcome
+        scanning: root.presenter.__scanning
     }
     Note {
         Layout.fillWidth: true

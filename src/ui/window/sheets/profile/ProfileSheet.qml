@@ -9,15 +9,15 @@ import Zemrak.Window
 Sheet {
     id: root
 
-    // Handed over once and never bound to what is open just now: it stays until nothing of the sheet looks at it.
-    required property ProfileEditor editor
+    // Set once, not bound to the session: it must stay until the sheet has closed (the session uses deleteLater).
+    required property ProfilePresenter presenter
 
     icon: "slider.horizontal.3"
-    subtitle: editor.printerName
+    subtitle: presenter.printerName
     title: "إعدادات الطابعة"
 
-    onAboutToHide: editor.close()
-    onClosed: MainView.endEditing()
+    onAboutToHide: presenter.close()
+    onClosed: Ui.session.view.endEditing()
     onOpened: {
         language.control.forceActiveFocus(Qt.TabFocusReason);
         contentY = 0;
@@ -32,25 +32,25 @@ Sheet {
             id: language
             hint: "تلقائي يناسب أغلب الطابعات"
             label: "لغة الطابعة"
-            options: root.editor.protoOptions
-            value: root.editor.__proto
+            options: root.presenter.protoOptions
+            value: root.presenter.__proto
 
-            onChosen: value => root.editor.__proto = value
+            onChosen: value => root.presenter.__proto = value
         }
         ChoiceRow {
             hint: "بالنقاط في السطر"
             label: "عرض الطباعة"
-            options: root.editor.dotsOptions
-            value: root.editor.__dots
+            options: root.presenter.dotsOptions
+            value: root.presenter.__dots
 
-            onChosen: value => root.editor.__dots = value
+            onChosen: value => root.presenter.__dots = value
         }
         ChoiceRow {
             label: "جودة الصور"
-            options: root.editor.ditherOptions
-            value: root.editor.__dither
+            options: root.presenter.ditherOptions
+            value: root.presenter.__dither
 
-            onChosen: value => root.editor.__dither = value
+            onChosen: value => root.presenter.__dither = value
         }
     }
     Card {
@@ -60,17 +60,17 @@ Sheet {
 
         ChoiceRow {
             label: "نوع القص"
-            options: root.editor.cutOptions
-            value: root.editor.__cut
+            options: root.presenter.cutOptions
+            value: root.presenter.__cut
 
-            onChosen: value => root.editor.__cut = value
+            onChosen: value => root.presenter.__cut = value
         }
         ChoiceRow {
             label: "درج النقد"
-            options: root.editor.pinOptions
-            value: root.editor.__pin
+            options: root.presenter.pinOptions
+            value: root.presenter.__pin
 
-            onChosen: value => root.editor.__pin = value
+            onChosen: value => root.presenter.__pin = value
         }
     }
     Card {
@@ -80,18 +80,18 @@ Sheet {
 
         ChoiceRow {
             label: "ترميز الحروف"
-            options: root.editor.encOptions
-            value: root.editor.__enc
+            options: root.presenter.encOptions
+            value: root.presenter.__enc
 
-            onChosen: value => root.editor.__enc = value
+            onChosen: value => root.presenter.__enc = value
         }
         InputRow {
             hint: "أمر ESC t، مثل 50"
             label: "رقم الصفحة"
             placeholder: "50"
-            text: root.editor.__escT
+            text: root.presenter.__escT
 
-            onEdited: text => root.editor.__escT = text
+            onEdited: text => root.presenter.__escT = text
         }
     }
     Card {
@@ -103,27 +103,27 @@ Sheet {
             hint: "يظهر ويُستخدم بدل اسم الجهاز"
             label: "اسم مستعار"
             placeholder: "كاشير 1"
-            text: root.editor.__alias
+            text: root.presenter.__alias
 
-            onEdited: text => root.editor.__alias = text
+            onEdited: text => root.presenter.__alias = text
         }
         ChoiceRow {
             label: "الدور"
-            options: root.editor.roleOptions
-            value: root.editor.__role
+            options: root.presenter.roleOptions
+            value: root.presenter.__role
 
-            onChosen: value => root.editor.__role = value
+            onChosen: value => root.presenter.__role = value
         }
     }
     ProfileMaintenance {
-        actions: root.editor.actions
+        actions: root.presenter.actions
 
-        onPressed: action => root.editor.run(action)
+        onPressed: action => root.presenter.run(action)
     }
 
     actions: ProfileFooter {
-        color: Theme.named(root.editor.footerColor)
-        icon: root.editor.footerIcon
-        text: root.editor.footerText
+        color: Theme.named(root.presenter.footerColor)
+        icon: root.presenter.footerIcon
+        text: root.presenter.footerText
     }
 }

@@ -15,7 +15,7 @@ FocusScope {
     signal goOn()
     signal skip()
 
-    // To what Return is meant for; never to the skip button by itself.
+    // Focuses the button that Return is meant for, never the skip button.
     function takeFocus(): void {
         if (busy)
             waiting.forceActiveFocus(Qt.TabFocusReason);

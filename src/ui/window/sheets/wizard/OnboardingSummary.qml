@@ -9,7 +9,7 @@ import Zemrak.Window
 OnboardingPage {
     id: root
 
-    readonly property Wizard wizard: Presenters.wizard
+    readonly property WizardPresenter wizard: Ui.session.wizard
     readonly property var page: wizard ? wizard.summaryPage : ({})
 
     colors: page.colors ?? []

@@ -10,7 +10,7 @@ import Zemrak.Window
 FocusScope {
     id: root
 
-    readonly property Wizard wizard: Presenters.wizard // null while this view comes and while it goes
+    readonly property WizardPresenter wizard: Ui.session.wizard // null while this view comes and while it goes
     readonly property var end: wizard ? wizard.summaryPage : ({})
     property bool built: false
     readonly property bool busy: wizard ? wizard.busy : false

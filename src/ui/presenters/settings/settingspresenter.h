@@ -1,0 +1,116 @@
+#pragma once
+
+#include "app/agent.h"
+#include "health/notifier.h"
+#include "model/agentstate.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+
+namespace zemrak {
+
+/// What the page of settings is computed from.
+struct SettingsFacts
+{
+    bool loginNeedsApproval = false;
+    bool launchAtLogin = false;
+    QDateTime lastSystemStart; ///< invalid: no automatic start was seen
+    NotificationStatus notifications = NotificationStatus::NotDetermined;
+    bool keepAwake = false;
+    const AgentState *state = nullptr; ///< null: the service does not answer
+    bool caTrusted = false;
+    QString availableUpdate; ///< empty: none is known
+    bool updating = false;
+    qint64 now = 0; ///< milliseconds since 1970-01-01 UTC
+};
+
+/// The page of settings. Main thread only.
+class SettingsPresenter : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool launchAtLogin READ launchAtLogin NOTIFY changed)
+    Q_PROPERTY(QString loginStatus READ loginStatus NOTIFY changed)
+    Q_PROPERTY(bool offersLoginSettings READ offersLoginSettings NOTIFY changed)
+    Q_PROPERTY(QString notificationStatus READ notificationStatus NOTIFY changed)
+    Q_PROPERTY(bool offersNotificationRequest READ offersNotificationRequest NOTIFY changed)
+    Q_PROPERTY(bool offersNotificationTest READ offersNotificationTest NOTIFY changed)
+    Q_PROPERTY(bool offersNotificationSettings READ offersNotificationSettings NOTIFY changed)
+    Q_PROPERTY(bool keepAwake READ keepAwake NOTIFY changed)
+    Q_PROPERTY(bool autoApprove READ autoApprove NOTIFY changed)
+    Q_PROPERTY(bool serviceAnswers READ serviceAnswers NOTIFY changed)
+    Q_PROPERTY(bool caTrusted READ isCaTrusted NOTIFY changed)
+    Q_PROPERTY(QString trustStatus READ trustStatus NOTIFY changed)
+    Q_PROPERTY(QString versionTitle READ versionTitle CONSTANT)
+    Q_PROPERTY(QString updateStatus READ updateStatus NOTIFY changed)
+    Q_PROPERTY(bool offersInstall READ offersInstall NOTIFY changed)
+    Q_PROPERTY(bool updating READ isUpdating NOTIFY changed)
+
+public:
+    /// `agent` outlives this object; `version` is the application's.
+    SettingsPresenter(Agent &agent, QString version, QObject *parent = nullptr);
+
+    /// Tells of a change only when something shown is not what it was.
+    void show(const SettingsFacts &facts);
+
+    [[nodiscard]] bool launchAtLogin() const { return m_shown.launchAtLogin; }
+    [[nodiscard]] QString loginStatus() const { return m_shown.loginStatus; }
+    [[nodiscard]] bool offersLoginSettings() const { return m_shown.loginNeedsApproval; }
+    [[nodiscard]] QString notificationStatus() const;
+    /// The person has not been asked yet.
+    [[nodiscard]] bool offersNotificationRequest() const;
+    [[nodiscard]] bool offersNotificationTest() const;
+    /// Only the system's own settings can help.
+    [[nodiscard]] bool offersNotificationSettings() const;
+    [[nodiscard]] bool keepAwake() const { return m_shown.keepAwake; }
+    /// As the service has it; off while it does not answer.
+    [[nodiscard]] bool autoApprove() const { return m_shown.autoApprove; }
+    [[nodiscard]] bool serviceAnswers() const { return m_shown.serviceAnswers; }
+    [[nodiscard]] bool isCaTrusted() const { return m_shown.caTrusted; }
+    [[nodiscard]] QString trustStatus() const;
+    [[nodiscard]] QString versionTitle() const;
+    [[nodiscard]] QString updateStatus() const; ///< empty: no update is known
+    [[nodiscard]] bool offersInstall() const { return !m_shown.availableUpdate.isEmpty(); }
+    [[nodiscard]] bool isUpdating() const { return m_shown.updating; }
+
+    Q_INVOKABLE void setLaunchAtLogin(bool on) { m_agent.setLaunchAtLogin(on); }
+    Q_INVOKABLE void reRegisterLogin() { m_agent.reRegisterLogin(); }
+    Q_INVOKABLE void openLoginSettings() { m_agent.openSettings(Desktop::SettingsPane::LoginItems); }
+    Q_INVOKABLE void requestNotifications() { m_agent.requestNotifications(); }
+    Q_INVOKABLE void testNotification() { m_agent.testNotification(); }
+    Q_INVOKABLE void openNotificationSettings() { m_agent.openSettings(Desktop::SettingsPane::Notifications); }
+    Q_INVOKABLE void openLocalNetworkSettings() { m_agent.openSettings(Desktop::SettingsPane::Network); }
+    Q_INVOKABLE void setKeepAwake(bool on) { m_agent.setKeepAwake(on); }
+    Q_INVOKABLE void setAutoApprove(bool on) { m_agent.commands().setAutoApprove(on); }
+    Q_INVOKABLE void trustForSafari() { m_agent.trustForSafari(); }
+    Q_INVOKABLE void restartService() { m_agent.restart(); }
+    Q_INVOKABLE void exportDiagnostics() { m_agent.exportDiagnostics(); }
+    Q_INVOKABLE void checkUpdate() { m_agent.checkUpdate(); }
+    Q_INVOKABLE void installUpdate() { m_agent.installUpdate(); }
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    struct Shown
+    {
+        QString loginStatus;
+        QString availableUpdate;
+        NotificationStatus notifications = NotificationStatus::NotDetermined;
+        bool launchAtLogin = false;
+        bool loginNeedsApproval = false;
+        bool keepAwake = false;
+        bool autoApprove = false;
+        bool serviceAnswers = false;
+        bool caTrusted = false;
+        bool updating = false;
+
+        bool operator==(const Shown &) const = default;
+    };
+
+    Agent &m_agent;
+    QString m_version;
+    Shown m_shown;
+};
+
+} // namespace zemrak
