@@ -60,12 +60,16 @@ int main(int argc, char **argv)
     endWithInput(input);
     std::unique_ptr<TwinWindow> window;
     if (!headless) {
+        QApplication::setStyle(QStringLiteral("Fusion")); // one that follows colours and direction everywhere
         Look::loadTypeface();
+        const Look look = options->dark ? Look(true) : Look::ofDesktop();
+        QApplication::setPalette(look.palette()); // lists that open are windows of their own
         const QJsonObject places = twin.places();
         const int port = places.value(QStringLiteral("port")).toInt();
         window = std::make_unique<TwinWindow>(twin.printer(),
             port == 0 ? QString()
-                      : QStringLiteral("%1:%2").arg(places.value(QStringLiteral("address")).toString()).arg(port));
+                      : QStringLiteral("%1:%2").arg(places.value(QStringLiteral("address")).toString()).arg(port),
+            look);
         window->show();
     }
     return QCoreApplication::exec();

@@ -71,6 +71,7 @@ std::optional<Options> readOptions(const QStringList &arguments, QString *proble
     parser.addVersionOption();
     parser.addOptions({
         {text("headless"), text("Show no window.")},
+        {text("dark"), text("Show the window in dark colours, whatever the desktop looks like.")},
         {text("address"), text("Listen on this address, as 127.0.0.2."), text("address"), text("127.0.0.1")},
         {text("port"), text("Port for raw printing; 0 for any, none for none."), text("port"), text("9100")},
         {text("lpd-port"), text("Port for LPD, as 515; without it there is none."), text("port")},
@@ -91,6 +92,7 @@ std::optional<Options> readOptions(const QStringList &arguments, QString *proble
     Options options;
     Reader reader{parser, problem};
     options.headless = parser.isSet(text("headless"));
+    options.dark = parser.isSet(text("dark"));
     options.untilInputEnds = parser.isSet(text("until-input-ends"));
     options.port = reader.port(text("port"));
     options.lpdPort = reader.port(text("lpd-port"));

@@ -14,6 +14,7 @@ namespace zemrak::twin {
 struct Options
 {
     bool headless = false;
+    bool dark = false; ///< whatever the desktop looks like
     paper::Language language = paper::Language::EscPos;
     int dots = 576;
     QHostAddress address{QHostAddress::LocalHost};

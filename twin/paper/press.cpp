@@ -174,10 +174,10 @@ void Press::listLine(int top, int height, int left)
 {
     QString text;
     QJsonArray runs;
+    int begin = -1;
     int end = left;
     for (qsizetype first = 0; first < m_items.size();) {
         const Item &item = m_items.at(first);
-        end = std::max(end, left + item.x + item.dots.width());
         if (item.character == 0) {
             list({QStringLiteral("image"),
                 {left + item.x, top + height - item.dots.height(), item.dots.width(), item.dots.height()},
@@ -190,6 +190,8 @@ void Press::listLine(int top, int height, int left)
         while (first < m_items.size() && m_items.at(first).character != 0 && m_items.at(first).style == item.style)
             run += QString::fromUcs4(&m_items.at(first++).character, 1);
         end = std::max(end, left + m_items.at(first - 1).x + m_items.at(first - 1).dots.width());
+        if (begin < 0)
+            begin = left + m_items.at(from).x;
         QJsonObject facts = factsOf(m_items.at(from).style);
         facts.insert(QStringLiteral("text"), run);
         facts.insert(QStringLiteral("x"), left + m_items.at(from).x);
@@ -201,7 +203,7 @@ void Press::listLine(int top, int height, int left)
     QJsonObject facts{{QStringLiteral("text"), text}, {QStringLiteral("runs"), runs}};
     if (upsideDown)
         facts.insert(QStringLiteral("upsideDown"), true);
-    list({QStringLiteral("text"), {left, top, std::max(1, end - left), height}, facts});
+    list({QStringLiteral("text"), {begin, top, std::max(1, end - begin), height}, facts});
 }
 
 void Press::lineFeed()

@@ -13,6 +13,7 @@ namespace zemrak::twin {
 namespace {
 
 constexpr int panelWidth = 304;
+constexpr int choiceHeight = 34;
 
 struct State
 {
@@ -57,6 +58,7 @@ KnobPanel::KnobPanel(Printer &printer, const QString &place, const Look &look, Q
     auto *where = new QLabel(place, this);
     where->setObjectName(QStringLiteral("place"));
     where->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    where->setAlignment(Qt::AlignRight | Qt::AlignAbsolute); // it reads from left to right
     for (QLabel *label : {title, m_state, where})
         m_rows->addWidget(label);
 
@@ -133,6 +135,7 @@ void KnobPanel::addChoice(Knob knob, const char *title, const QList<Choice> &cho
     auto *label = new QLabel(QString::fromUtf8(title), this);
     label->setMinimumWidth(64);
     auto *box = new QComboBox(this);
+    box->setMinimumHeight(choiceHeight);
     box->setAccessibleName(label->text());
     label->setBuddy(box);
     for (const Choice &choice : choices)

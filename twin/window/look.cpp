@@ -34,30 +34,33 @@ void Look::loadTypeface()
     QGuiApplication::setFont(font);
 }
 
+QPalette Look::palette() const
+{
+    QPalette colors(card, ground);
+    for (const auto &[role, color] :
+        {std::pair{QPalette::Window, ground}, {QPalette::WindowText, text}, {QPalette::Base, card},
+            {QPalette::Text, text}, {QPalette::Button, card}, {QPalette::ButtonText, text}, {QPalette::Mid, border},
+            {QPalette::Dark, border}, {QPalette::Highlight, accent}, {QPalette::HighlightedText, QColor(Qt::white)},
+            {QPalette::ToolTipBase, card}, {QPalette::ToolTipText, text}})
+        colors.setColor(role, color);
+    return colors;
+}
+
+// No rule for choices: the toolkit's own style draws them right to left.
 QString Look::sheet() const
 {
-    return QStringLiteral(
-        "QWidget { color: %1; background: transparent; }"
-        "#twin { background: %2; }"
-        "#panel, QMessageBox { background: %3; }"
-        "#panel { border-left: 1px solid %4; }"
-        "#title { font-size: 20px; font-weight: 700; }"
-        "#state { font-size: 15px; font-weight: 500; }"
-        "#place, #hint { color: %5; font-size: 13px; }"
-        "#section { color: %5; font-size: 13px; font-weight: 500; }"
-        "QScrollArea, #well { border: 0; background: %2; }"
-        "QPushButton { min-height: 32px; padding: 0 12px; border: 1px solid %4; border-radius: 8px; background: %3; }"
-        "QPushButton:hover { border-color: %5; }"
-        "QPushButton:focus, QComboBox:focus { border: 2px solid %6; }"
-        "QPushButton:checked { background: %6; border-color: %6; color: #ffffff; font-weight: 500; }"
-        "QComboBox { min-height: 32px; padding: 0 12px; border: 1px solid %4; border-radius: 8px; background: %3; }"
-        "QComboBox::drop-down { border: 0; width: 24px; }"
-        "QComboBox QAbstractItemView { background: %3; border: 1px solid %4; selection-background-color: %6;"
-        " selection-color: #ffffff; }"
-        "QScrollBar:vertical { width: 10px; background: %2; }"
-        "QScrollBar::handle:vertical { background: %7; border-radius: 5px; min-height: 32px; }"
-        "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }")
-        .arg(text.name(), ground.name(), card.name(), border.name(), muted.name(), accent.name(), track.name());
+    return QStringLiteral("#panel { background: %1; border-left: 1px solid %2; }"
+                          "#title { font-size: 20px; font-weight: 700; }"
+                          "#state { font-size: 15px; font-weight: 500; }"
+                          "#place { color: %3; font-size: 13px; }"
+                          "#section { color: %3; font-size: 13px; font-weight: 500; }"
+                          "QPushButton { min-height: 32px; padding: 0 12px; border: 1px solid %2; border-radius: 8px;"
+                          " background: %1; color: %5; }"
+                          "QPushButton:hover { border-color: %3; }"
+                          "QPushButton:focus { border: 2px solid %4; }"
+                          "QPushButton:checked { background: %4; border-color: %4; color: #ffffff; font-weight: 500; }"
+                          "QPushButton:checked:focus { border-color: %5; }")
+        .arg(card.name(), border.name(), muted.name(), accent.name(), text.name());
 }
 
 } // namespace zemrak::twin

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QPalette>
 #include <QString>
 
 namespace zemrak::twin {
@@ -17,6 +18,7 @@ struct Look
 
     QColor ground, card, border, muted, text, accent, track, green, red, amber;
 
+    [[nodiscard]] QPalette palette() const;
     [[nodiscard]] QString sheet() const;
 };
 

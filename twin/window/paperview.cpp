@@ -4,6 +4,7 @@
 
 #include <QPaintEvent>
 #include <QPainter>
+#include <QTextOption>
 
 namespace zemrak::twin {
 
@@ -85,8 +86,9 @@ void PaperView::paintEvent(QPaintEvent *event)
     painter.fillRect(event->rect(), m_look.ground);
     if (m_receipts.isEmpty() && m_current.isNull()) {
         painter.setPen(m_look.muted);
-        painter.drawText(
-            rect().adjusted(gap, gap, -gap, -gap), static_cast<int>(Qt::AlignCenter | Qt::TextWordWrap), m_emptyText);
+        QTextOption option(Qt::AlignCenter);
+        option.setTextDirection(Qt::RightToLeft);
+        painter.drawText(QRectF(rect().adjusted(gap, gap, -gap, -gap)), m_emptyText, option);
         return;
     }
     painter.setRenderHint(QPainter::SmoothPixmapTransform);

@@ -3,7 +3,6 @@
 #include "twin/window/knobpanel.h"
 #include "twin/window/paperview.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -24,13 +23,13 @@ QString emptyText(const QString &place)
 
 } // namespace
 
-TwinWindow::TwinWindow(Printer &printer, const QString &place)
-    : m_look(Look::ofDesktop())
+TwinWindow::TwinWindow(Printer &printer, const QString &place, const Look &look)
+    : m_look(look)
 {
     setObjectName(QStringLiteral("twin"));
-    setAttribute(Qt::WA_StyledBackground);
     setWindowTitle(QStringLiteral("الطابعة التوأم"));
     setLayoutDirection(Qt::RightToLeft);
+    setPalette(m_look.palette());
     setStyleSheet(m_look.sheet());
     resize(usualSize);
     auto *panel = new KnobPanel(printer, place, m_look, this);
@@ -39,10 +38,12 @@ TwinWindow::TwinWindow(Printer &printer, const QString &place)
     knobs->setWidgetResizable(true);
     knobs->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     knobs->setFixedWidth(panel->width());
+    knobs->setFrameShape(QFrame::NoFrame);
     auto *area = new QScrollArea(this);
     auto *paper = new PaperView(printer, m_look, emptyText(place), area);
     area->setWidget(paper);
     area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setFocusPolicy(Qt::NoFocus);
     auto *row = new QHBoxLayout(this);
@@ -57,15 +58,6 @@ TwinWindow::TwinWindow(Printer &printer, const QString &place)
             bar->setValue(most);
         last = most;
     });
-}
-
-void TwinWindow::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange && event->spontaneous()) {
-        m_look = Look::ofDesktop();
-        setStyleSheet(m_look.sheet());
-    }
-    QWidget::changeEvent(event);
 }
 
 } // namespace zemrak::twin

@@ -14,10 +14,7 @@ class TwinWindow : public QWidget
 
 public:
     /// @param place where it listens, as a person would enter it: "127.0.0.1:9100"
-    TwinWindow(Printer &printer, const QString &place);
-
-protected:
-    void changeEvent(QEvent *event) override;
+    TwinWindow(Printer &printer, const QString &place, const Look &look);
 
 private:
     Look m_look;
