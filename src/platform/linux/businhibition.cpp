@@ -1,12 +1,10 @@
 #include "platform/linux/businhibition.h"
 
-#include <QDBusError>
+#include "platform/linux/buscall.h"
+
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusUnixFileDescriptor>
 #include <QLoggingCategory>
-#include <QPointer>
 
 #include <optional>
 #include <utility>
@@ -16,19 +14,6 @@ namespace zemrak::linux_ {
 namespace {
 
 Q_LOGGING_CATEGORY(lcSleep, "zemrak.platform.sleep")
-
-// Runs `then` with the answer, whoever is still there to hear it: an inhibition that arrives late is to be given back.
-template <typename Then> void call(const QDBusConnection &bus, const QDBusMessage &message, Then then)
-{
-    // Without a bus a call never finishes by itself.
-    auto *watcher = new QDBusPendingCallWatcher(bus.isConnected()
-            ? bus.asyncCall(message)
-            : QDBusPendingCall::fromError(QDBusError(QDBusError::Disconnected, QStringLiteral("no bus"))));
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, then = std::move(then)] {
-        then(watcher->reply());
-        watcher->deleteLater();
-    });
-}
 
 } // namespace
 
@@ -92,18 +77,15 @@ BusInhibition::~BusInhibition()
 
 void BusInhibition::askForOwner()
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("NameHasOwner"));
-    message << m_service.name;
-    call(m_bus, message, [self = QPointer(this)](const QDBusMessage &reply) {
-        if (!self || self->m_hold)
-            return;
-        if (reply.arguments().value(0).toBool())
-            self->take();
-        else if (self->m_service.expected)
-            qCWarning(lcSleep) << "Sleep is not held off until this service appears:" << self->m_service.name;
-    });
+    callAsync(m_bus, busDaemonCall(QStringLiteral("NameHasOwner"), {m_service.name}), this,
+        [this](const QDBusMessage &reply) {
+            if (m_hold)
+                return;
+            if (reply.arguments().value(0).toBool())
+                take();
+            else if (m_service.expected)
+                qCWarning(lcSleep) << "Sleep is not held off until this service appears:" << m_service.name;
+        });
 }
 
 void BusInhibition::take()
@@ -113,7 +95,8 @@ void BusInhibition::take()
         = QDBusMessage::createMethodCall(m_service.name, m_service.path, m_service.interface, m_service.inhibit);
     message.setAutoStartService(false);
     message.setArguments(m_service.arguments);
-    call(m_bus, message, [hold = m_hold](const QDBusMessage &reply) { hold->accept(reply); });
+    // Without a context: an inhibition that is granted after this object is gone has to be given back.
+    callAsync(m_bus, message, nullptr, [hold = m_hold](const QDBusMessage &reply) { hold->accept(reply); });
 }
 
 } // namespace zemrak::linux_

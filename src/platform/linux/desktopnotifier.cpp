@@ -1,12 +1,11 @@
 #include "platform/linux/desktopnotifier.h"
 
-#include <QDBusError>
-#include <QDBusPendingReply>
+#include "platform/linux/buscall.h"
+
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QLoggingCategory>
 #include <QVariantMap>
-
-#include <limits>
 
 namespace zemrak::linux_ {
 
@@ -14,9 +13,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcNotifier, "zemrak.platform")
 
-// However long a server hangs, its late answer carries the number by which the notification can be taken back. Nobody
-// waits for it, and the bus ends the call when the server goes.
-constexpr int unlimitedMs = std::numeric_limits<int>::max();
 constexpr int statusPatienceMs = 5'000;
 
 QString serverName()
@@ -79,27 +75,9 @@ void DesktopNotifier::install()
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString &, const QString &, const QString &newOwner) { onOwnerChanged(newOwner); });
 
-    const QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
-    call(message, unlimitedMs, [this](QDBusPendingCallWatcher &answered) {
-        const QDBusPendingReply<QString> reply = answered;
-        onBusKnown(reply.isError() ? QString() : reply.value());
-    });
-}
-
-QDBusPendingCallWatcher *DesktopNotifier::call(
-    const QDBusMessage &message, int timeoutMs, std::function<void(QDBusPendingCallWatcher &)> done)
-{
-    // Without a bus a call never finishes by itself.
-    const QDBusPendingCall pending = m_bus.isConnected()
-        ? m_bus.asyncCall(message, timeoutMs)
-        : QDBusPendingCall::fromError(QDBusError(QDBusError::Disconnected, QStringLiteral("no session bus")));
-    auto *watcher = new QDBusPendingCallWatcher(pending, this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [done = std::move(done)](QDBusPendingCallWatcher *self) {
-        self->deleteLater();
-        done(*self);
-    });
-    return watcher;
+    callAsync(
+        m_bus, busDaemonCall(QStringLiteral("GetId")), this,
+        [this](const QDBusMessage &reply) { onBusKnown(QDBusReply<QString>(reply).value()); }, noTimeLimitMs);
 }
 
 void DesktopNotifier::status(StatusDone done)
@@ -112,10 +90,11 @@ void DesktopNotifier::status(StatusDone done)
 // Nobody asks the person here: a desktop that has a notification server lets programs use it.
 void DesktopNotifier::requestPermission(PermissionDone done)
 {
-    call(serverCall(QStringLiteral("GetServerInformation")), statusPatienceMs,
-        [done = std::move(done)](QDBusPendingCallWatcher &reply) {
-            done(!reply.isError(), reply.isError() ? reply.error().message() : QString());
-        });
+    callAsync(
+        m_bus, serverCall(QStringLiteral("GetServerInformation")), this,
+        [done = std::move(done)](
+            const QDBusMessage &reply) { done(reply.type() == QDBusMessage::ReplyMessage, reply.errorMessage()); },
+        statusPatienceMs);
 }
 
 void DesktopNotifier::onBusKnown(const QString &busId)
@@ -162,14 +141,16 @@ void DesktopNotifier::takeBack(const QString &id)
 
 void DesktopNotifier::askServer()
 {
-    m_question
-        = call(serverCall(QStringLiteral("GetCapabilities")), unlimitedMs, [this](QDBusPendingCallWatcher &answered) {
-              m_question.clear();
-              if (answered.isError())
-                  onServerMissing();
-              else
-                  onServerKnown(answered.reply());
-          });
+    m_question = callAsync(
+        m_bus, serverCall(QStringLiteral("GetCapabilities")), this,
+        [this](const QDBusMessage &reply) {
+            m_question.clear();
+            if (reply.type() == QDBusMessage::ReplyMessage)
+                onServerKnown(reply);
+            else
+                onServerMissing();
+        },
+        noTimeLimitMs);
 }
 
 void DesktopNotifier::onServerKnown(const QDBusMessage &capabilities)
@@ -205,22 +186,26 @@ void DesktopNotifier::send(const Note &note)
     constexpr uint replacesNothing = 0;
     constexpr int serversOwnTime = -1;
     m_underWay.insert(note.id, false);
-    call(serverCall(QStringLiteral("Notify"),
-             {QStringLiteral("Zemrak Printer"), replacesNothing, m_iconFile, note.title,
-                 interpreted ? escaped(note.body) : note.body, actions, hints(note.critical), serversOwnTime}),
-        unlimitedMs, [this, id = note.id](QDBusPendingCallWatcher &watcher) { onSent(id, watcher); });
+    // However long a server hangs, its late answer carries the number by which the notification can be taken back. The
+    // bus ends the call when the server goes.
+    callAsync(
+        m_bus,
+        serverCall(QStringLiteral("Notify"),
+            {QStringLiteral("Zemrak Printer"), replacesNothing, m_iconFile, note.title,
+                interpreted ? escaped(note.body) : note.body, actions, hints(note.critical), serversOwnTime}),
+        this, [this, id = note.id](const QDBusMessage &reply) { onSent(id, reply); }, noTimeLimitMs);
 }
 
-void DesktopNotifier::onSent(const QString &id, const QDBusPendingCallWatcher &call)
+void DesktopNotifier::onSent(const QString &id, const QDBusMessage &reply)
 {
     const bool ended = m_underWay.take(id);
-    const QDBusPendingReply<uint> reply = call;
-    if (reply.isError())
-        qCInfo(lcNotifier) << "A notification was not shown:" << reply.error().message();
+    const QDBusReply<uint> number(reply);
+    if (!number.isValid())
+        qCInfo(lcNotifier) << "A notification was not shown:" << number.error().message();
     else if (ended)
-        close(reply.reply().service(), reply.value());
+        close(reply.service(), number.value());
     else
-        m_ledger.add(id, reply.reply().service(), reply.value());
+        m_ledger.add(id, reply.service(), number.value());
 }
 
 // To the very server that gave the number: to another one it is somebody else's notification.
@@ -229,7 +214,7 @@ void DesktopNotifier::close(const QString &server, uint number)
     QDBusMessage message
         = QDBusMessage::createMethodCall(server, serverPath(), serverName(), QStringLiteral("CloseNotification"));
     message.setArguments({number});
-    m_bus.asyncCall(message, unlimitedMs);
+    m_bus.send(message);
 }
 
 bool DesktopNotifier::isOurs(const QDBusMessage &signal) const

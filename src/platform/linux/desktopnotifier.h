@@ -12,8 +12,6 @@
 #include <QPointer>
 #include <QStringList>
 
-#include <functional>
-
 namespace zemrak::linux_ {
 
 /// Notifications through the session bus (org.freedesktop.Notifications). Every call is asynchronous: a server that is
@@ -56,12 +54,10 @@ private:
     void onOwnerChanged(const QString &owner);
 
     void send(const Note &note);
-    void onSent(const QString &id, const QDBusPendingCallWatcher &call);
+    void onSent(const QString &id, const QDBusMessage &reply);
     void takeBack(const QString &id);
     void close(const QString &server, uint number);
     [[nodiscard]] bool isOurs(const QDBusMessage &signal) const;
-    QDBusPendingCallWatcher *call(
-        const QDBusMessage &message, int timeoutMs, std::function<void(QDBusPendingCallWatcher &)> done);
 
     QDBusConnection m_bus;
     NotificationLedger m_ledger;

@@ -1,10 +1,10 @@
 #include "platform/linux/linuxdesktop.h"
 
+#include "platform/linux/buscall.h"
 #include "platform/linux/savedialog.h"
 #include "platform/linux/settingsprograms.h"
 
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -51,21 +51,15 @@ void LinuxDesktop::chooseSaveFile(const SaveQuestion &question, QObject *context
 void LinuxDesktop::reveal(const QString &path)
 {
     const QUrl file = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
-    const auto openFolder = [this, file] { openUrl(file.adjusted(QUrl::RemoveFilename)); };
-    if (!m_bus.isConnected()) {
-        openFolder();
-        return;
-    }
     QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"), QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("ShowItems"));
     message.setArguments({QStringList{file.toString(QUrl::FullyEncoded)}, QString()});
-    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message, fileManagerPatienceMs), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [openFolder](QDBusPendingCallWatcher *self) {
-        self->deleteLater();
-        if (self->isError())
-            openFolder();
-    });
+    const auto onAnswer = [this, file](const QDBusMessage &reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage)
+            openUrl(file.adjusted(QUrl::RemoveFilename));
+    };
+    callAsync(m_bus, message, this, onAnswer, fileManagerPatienceMs);
 }
 
 bool LinuxDesktop::openUrl(const QUrl &url)

@@ -1,11 +1,12 @@
 #include "platform/linux/portalrequest.h"
 
+#include "platform/linux/buscall.h"
 #include "platform/linux/filetypes.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -128,10 +129,6 @@ PortalRequest::~PortalRequest()
 
 void PortalRequest::saveFile(const Desktop::SaveQuestion &question, std::chrono::milliseconds patience)
 {
-    if (!m_bus.isConnected()) {
-        QMetaObject::invokeMethod(this, &PortalRequest::failed, Qt::QueuedConnection);
-        return;
-    }
     const FileType type = fileType(question.kind);
     m_suffix = type.suffix;
     const QString token = QStringLiteral("zemrak_") + QUuid::createUuid().toString(QUuid::Id128);
@@ -150,11 +147,9 @@ void PortalRequest::saveFile(const Desktop::SaveQuestion &question, std::chrono:
             {QStringLiteral("current_name"), question.fileName},
             {QStringLiteral("filters"), QVariant::fromValue(QList<PortalFilter>{filter})},
         }});
-    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message, static_cast<int>(patience.count())), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *self) {
-        self->deleteLater();
-        onCalled(*self);
-    });
+    callAsync(
+        m_bus, message, this, [this](const QDBusMessage &reply) { onCalled(reply); },
+        static_cast<int>(patience.count()));
     auto *owner = new QDBusServiceWatcher(portalName(), m_bus, QDBusServiceWatcher::WatchForUnregistration, this);
     connect(owner, &QDBusServiceWatcher::serviceUnregistered, this, &PortalRequest::onLost);
     m_bus.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"), QStringLiteral("org.freedesktop.DBus.Local"),
@@ -170,14 +165,14 @@ void PortalRequest::listen(const QString &requestPath)
     m_bus.connect({}, m_path, requestInterface(), signal, this, SLOT(onResponse(uint, QVariantMap)));
 }
 
-void PortalRequest::onCalled(const QDBusPendingCallWatcher &call)
+void PortalRequest::onCalled(const QDBusMessage &reply)
 {
-    const QDBusPendingReply<QDBusObjectPath> reply = call;
-    if (reply.isError()) {
-        qCInfo(lcPortal) << "No file dialog from the desktop portal:" << reply.error().name();
+    const QDBusReply<QDBusObjectPath> request(reply);
+    if (!request.isValid()) {
+        qCInfo(lcPortal) << "No file dialog from the desktop portal:" << request.error().name();
         onLost();
-    } else if (!m_path.isEmpty() && reply.value().path() != m_path) {
-        listen(reply.value().path()); // an old portal names its requests itself
+    } else if (!m_path.isEmpty() && request.value().path() != m_path) {
+        listen(request.value().path()); // an old portal names its requests itself
     }
 }
 

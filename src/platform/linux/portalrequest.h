@@ -3,7 +3,7 @@
 #include "host/desktop.h"
 
 #include <QDBusConnection>
-#include <QDBusPendingCallWatcher>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 #include <QVariantMap>
@@ -37,7 +37,7 @@ private Q_SLOTS:
     void onLost();
 
 private:
-    void onCalled(const QDBusPendingCallWatcher &call);
+    void onCalled(const QDBusMessage &reply);
     void listen(const QString &requestPath);
     void end();
 

@@ -1,5 +1,6 @@
 #include "platform/linux/sessioninstance.h"
 
+#include "platform/linux/buscall.h"
 #include "platform/linux/instancenames.h"
 
 #include <QDBusMessage>
@@ -36,14 +37,6 @@ QVariantMap launchersPermission()
     if (const QString id = qEnvironmentVariable("DESKTOP_STARTUP_ID"); !id.isEmpty())
         data.insert(QLatin1String(startupId), id);
     return data;
-}
-
-QDBusMessage busCall(const QString &method, const QVariantList &arguments)
-{
-    QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"), method);
-    message.setArguments(arguments);
-    return message;
 }
 
 // True when the other copy says that it heard.
@@ -114,7 +107,7 @@ SessionInstance::Outcome SessionInstance::tryClaim()
 void SessionInstance::releaseName()
 {
     if (std::exchange(m_ownsName, false))
-        m_bus.call(busCall(QStringLiteral("ReleaseName"), {busName()}), QDBus::NoBlock);
+        m_bus.call(busDaemonCall(QStringLiteral("ReleaseName"), {busName()}), QDBus::NoBlock);
 }
 
 SessionInstance::Outcome SessionInstance::claimName()
@@ -129,7 +122,7 @@ SessionInstance::Outcome SessionInstance::claimName()
     constexpr uint primaryOwner = 1;
     constexpr uint alreadyOwner = 4;
     const QDBusReply<uint> answer
-        = m_bus.call(busCall(QStringLiteral("RequestName"), {busName(), doNotQueue}), QDBus::Block, patienceMs);
+        = m_bus.call(busDaemonCall(QStringLiteral("RequestName"), {busName(), doNotQueue}), QDBus::Block, patienceMs);
     if (!answer.isValid()) {
         qCWarning(lcInstance) << "The session bus gave no name:" << answer.error().message();
         return Outcome::Ours;

@@ -1,8 +1,10 @@
 #include "platform/linux/settingsportal.h"
 
+#include "platform/linux/buscall.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QDBusVariant>
 
 namespace zemrak::linux_ {
@@ -46,30 +48,17 @@ void SettingsPortal::read(const QString &group, const QString &key)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
     call.setArguments({group, key});
-    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    watcher->setProperty("group", group);
-    watcher->setProperty("key", key);
-    m_waiting.append(watcher);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, &SettingsPortal::take);
-}
-
-void SettingsPortal::take(QDBusPendingCallWatcher *watcher)
-{
-    if (!m_waiting.removeOne(watcher))
-        return;
-    const QDBusPendingReply<QDBusVariant> reply = *watcher;
-    if (reply.isValid())
-        apply(watcher->property("group").toString(), watcher->property("key").toString(),
-            QVariant::fromValue(reply.value()));
-    watcher->deleteLater();
+    m_waiting.append(callAsync(m_bus, call, this, [this, group, key](const QDBusMessage &reply) {
+        if (const QDBusReply<QDBusVariant> value(reply); value.isValid())
+            apply(group, key, value.value().variant());
+    }));
 }
 
 void SettingsPortal::takeArrived()
 {
-    const QList<QDBusPendingCallWatcher *> waiting = m_waiting;
-    for (QDBusPendingCallWatcher *watcher : waiting) {
-        if (watcher->isFinished())
-            take(watcher);
+    for (const QPointer<QDBusPendingCallWatcher> &watcher : std::as_const(m_waiting)) {
+        if (watcher && watcher->isFinished())
+            watcher->waitForFinished(); // hands out the answer that is there
     }
 }
 

@@ -3,14 +3,14 @@
 #include "host/appearancesettings.h"
 
 #include <QDBusConnection>
-#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
 #include <QObject>
+#include <QPointer>
 #include <QVariant>
 
 #include <optional>
 
 class QDBusMessage;
-class QDBusPendingCallWatcher;
 
 namespace zemrak::linux_ {
 
@@ -35,12 +35,11 @@ private Q_SLOTS:
 
 private:
     void read(const QString &group, const QString &key);
-    void take(QDBusPendingCallWatcher *watcher);
     void apply(const QString &group, const QString &key, QVariant value);
 
     QDBusConnection m_bus;
     std::function<void()> m_changed;
-    QList<QDBusPendingCallWatcher *> m_waiting;
+    QList<QPointer<QDBusPendingCallWatcher>> m_waiting;
     std::optional<bool> m_prefersDark;
     std::optional<bool> m_noAnimations;
     std::optional<double> m_textScale;

@@ -1,10 +1,10 @@
 #include "platform/linux/statusnotifierhost.h"
 
+#include "platform/linux/buscall.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-
-#include <limits>
+#include <QDBusReply>
 
 namespace zemrak::linux_ {
 
@@ -43,14 +43,13 @@ void StatusNotifierHost::ask()
     question.setAutoStartService(false); // which panel is started is not for us to say
     delete m_question;
     // One that is slow at login says nothing more once it wakes up; one that goes away ends the call.
-    constexpr int unlimitedMs = std::numeric_limits<int>::max();
-    m_question = new QDBusPendingCallWatcher(m_bus.asyncCall(question, unlimitedMs), this);
-    connect(m_question, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *answered) {
-        answered->deleteLater();
-        m_question.clear();
-        const QDBusPendingReply<QVariant> answer = *answered;
-        setPresent(answer.isValid() && answer.value().toBool());
-    });
+    m_question = callAsync(
+        m_bus, question, this,
+        [this](const QDBusMessage &reply) {
+            m_question.clear();
+            setPresent(QDBusReply<QVariant>(reply).value().toBool());
+        },
+        noTimeLimitMs);
 }
 
 void StatusNotifierHost::setPresent(bool present)
