@@ -5,6 +5,8 @@ import { fakePrinter, fakeProgram, privateHome, startService, until } from './su
 import { ORIGIN } from './support/site.mjs';
 import * as client from '../../sdk/zemrak-local-print-client.mjs';
 
+const { version: ownVersion } = JSON.parse(readFileSync(new URL('../../package.json', import.meta.url), 'utf8'));
+
 test('the client pairs, prints every kind and follows jobs to their end', async (t) => {
   const home = privateHome(t);
   const service = await startService(t, { home });
@@ -12,7 +14,7 @@ test('the client pairs, prints every kind and follows jobs to their end', async 
   await service.post('/admin/settings', { autoApprovePairing: true });
   await assert.rejects(client.connectLocalPrint({ baseUrls }), { code: 'origin_not_allowed', status: 403 });
   const { token, version } = await client.connectLocalPrint({ baseUrls, origin: ORIGIN, clientName: 'Client' });
-  assert.deepEqual([typeof token, version, (await client.isLocalPrintAvailable()).paired], ['string', '1.0.0', true]);
+  assert.deepEqual([typeof token, version, (await client.isLocalPrintAvailable()).paired], ['string', ownVersion, true]);
   const printer = await fakePrinter(t);
   const id = await service.addPrinter(printer.port);
   assert.deepEqual((await client.listLocalPrinters()).map((each) => each.id), [id]);
