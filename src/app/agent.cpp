@@ -21,11 +21,12 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     , m_commands(m_channel, m_poll, m_toast, clock)
     , m_alertDelivery(host.notifier, clock, defaults.strings(notifiedKey),
           [&defaults](const QStringList &ids) { defaults.setStrings(notifiedKey, ids); })
-    , m_alertFeed(m_channel, m_alertDelivery, clock)
+    , m_alertFeed(
+          m_channel, [this] { return m_channel.hasToken(); }, m_alertDelivery, clock)
     , m_commandRunner(places.bundle, host.childGuard)
     , m_login(host.loginItem, defaults, clock, places.bundle.path())
     , m_keepAwake(host.activities, defaults)
-    , m_trust(m_commandRunner, host.certificateTest, places.configDir)
+    , m_trust(m_commandRunner)
     , m_updates(m_channel, clock, places.bundle, host.handover)
     , m_check(m_channel, clock)
     , m_report(m_channel, host.desktop, clock)

@@ -14,7 +14,6 @@
 #include "health/healthsummary.h"
 #include "health/notifier.h"
 #include "host/applicationbundle.h"
-#include "host/certificatetest.h"
 #include "host/childguard.h"
 #include "host/connectioncheck.h"
 #include "host/desktop.h"
@@ -55,7 +54,6 @@ struct AgentHost
     Notifier &notifier;
     LoginItem &loginItem;
     ProcessActivities &activities;
-    const CertificateTest &certificateTest;
     Desktop &desktop;
     const PortHolders &portHolders;
     Updates::Handover handover;
@@ -73,14 +71,11 @@ class Agent : public QObject
     Q_PROPERTY(QString toast READ toast NOTIFY toastChanged)
     Q_PROPERTY(bool portConflict READ portConflict NOTIFY portConflictChanged)
     Q_PROPERTY(qint64 alertsBadge READ alertsBadge NOTIFY alertsChanged)
-    Q_PROPERTY(QString availableUpdate READ availableUpdate NOTIFY availableUpdateChanged)
     Q_PROPERTY(bool updating READ isUpdating NOTIFY updatingChanged)
     Q_PROPERTY(bool keepAwake READ keepAwake NOTIFY keepAwakeChanged)
     Q_PROPERTY(bool scanning READ isScanning NOTIFY scanningChanged)
     Q_PROPERTY(double scanProgress READ scanProgress NOTIFY scanProgressChanged)
-    Q_PROPERTY(QString scanStep READ scanStep NOTIFY scanStepChanged)
     Q_PROPERTY(bool launchAtLogin READ launchAtLogin NOTIFY launchAtLoginChanged)
-    Q_PROPERTY(bool loginNeedsApproval READ loginNeedsApproval NOTIFY loginNeedsApprovalChanged)
     Q_PROPERTY(QDateTime lastSystemStart READ lastSystemStart NOTIFY lastSystemStartChanged)
     Q_PROPERTY(bool caTrusted READ caTrusted NOTIFY caTrustedChanged)
 

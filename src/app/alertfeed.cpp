@@ -5,9 +5,11 @@
 
 namespace zemrak {
 
-AlertFeed::AlertFeed(AdminChannel &channel, AlertDelivery &delivery, Clock &clock, QObject *parent)
+AlertFeed::AlertFeed(
+    PrintService &service, std::function<bool()> mayAsk, AlertDelivery &delivery, Clock &clock, QObject *parent)
     : QObject(parent)
-    , m_channel(channel)
+    , m_service(service)
+    , m_mayAsk(std::move(mayAsk))
     , m_delivery(delivery)
     , m_clock(clock)
     , m_launchedAt(clock.steadyTime())
@@ -43,9 +45,9 @@ void AlertFeed::setService(bool answers, bool portConflict)
 void AlertFeed::refresh()
 {
     noteLocal(); // silence becomes an alert with time alone
-    if (!m_channel.hasToken())
+    if (!m_mayAsk())
         return;
-    m_channel.get(QStringLiteral("/admin/alerts"), PrintService::usualTimeout, this,
+    m_service.get(QStringLiteral("/admin/alerts"), PrintService::usualTimeout, this,
         [this, fetch = ++m_asked](const PrintService::Answer &answer) { take(fetch, answer); });
 }
 
@@ -81,7 +83,7 @@ void AlertFeed::clearHistory()
 
 void AlertFeed::tellAndRefresh(const QString &path)
 {
-    m_channel.post(
+    m_service.post(
         path, QJsonObject{}, PrintService::usualTimeout, this, [this](const PrintService::Answer &) { refresh(); });
 }
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "app/adminchannel.h"
-#include "app/statepoll.h"
 #include "base/clock.h"
 #include "health/alertdelivery.h"
+#include "host/printservice.h"
 #include "model/alertitem.h"
 
 #include <QByteArray>
 #include <QObject>
 
+#include <functional>
 #include <optional>
 
 namespace zemrak {
@@ -21,7 +21,9 @@ class AlertFeed : public QObject
     Q_OBJECT
 
 public:
-    AlertFeed(AdminChannel &channel, AlertDelivery &delivery, Clock &clock, QObject *parent = nullptr);
+    /// `mayAsk`: whether the service has left the token without which it refuses. The others outlive this object.
+    AlertFeed(PrintService &service, std::function<bool()> mayAsk, AlertDelivery &delivery, Clock &clock,
+        QObject *parent = nullptr);
 
     /// The service's list as last fetched; a fetch that fails leaves it as it was.
     [[nodiscard]] const QList<AlertItem> &alerts() const { return m_alerts; }
@@ -34,7 +36,7 @@ public:
     /// What the local alert depends on besides the time.
     void setService(bool answers, bool portConflict);
 
-    /// Fetches the list; does nothing while the service has left no token.
+    /// Fetches the list; does nothing while the service may not be asked.
     void refresh();
     void markRead();
     void clearHistory();
@@ -48,7 +50,8 @@ private:
     void tellAndRefresh(const QString &path);
     void noteLocal();
 
-    AdminChannel &m_channel;
+    PrintService &m_service;
+    const std::function<bool()> m_mayAsk;
     AlertDelivery &m_delivery;
     Clock &m_clock;
     std::chrono::milliseconds m_launchedAt;

@@ -12,7 +12,6 @@ PlatformHost::PlatformHost(const ApplicationBundle &bundle)
     , m_notifier(platform::makeNotifier(bundle.logo()))
     , m_loginItem(platform::makeLoginItem(bundle.program(), bundle.logo()))
     , m_activities(platform::makeProcessActivities())
-    , m_certificateTest(platform::makeCertificateTest())
     , m_desktop(platform::makeDesktop())
     , m_portHolders(platform::makePortHolders())
 {
@@ -22,7 +21,7 @@ PlatformHost::~PlatformHost() = default;
 
 AgentHost PlatformHost::forAgent()
 {
-    return {*m_childGuard, *m_notifier, *m_loginItem, *m_activities, *m_certificateTest, *m_desktop, *m_portHolders,
+    return {*m_childGuard, *m_notifier, *m_loginItem, *m_activities, *m_desktop, *m_portHolders,
         {.startShell = [](const QString &line) { return startDetachedShell(line); },
             .terminate = &QCoreApplication::quit}};
 }

@@ -25,7 +25,6 @@ private:
     std::unique_ptr<Notifier> m_notifier;
     std::unique_ptr<LoginItem> m_loginItem;
     std::unique_ptr<ProcessActivities> m_activities;
-    std::unique_ptr<CertificateTest> m_certificateTest;
     std::unique_ptr<Desktop> m_desktop;
     std::unique_ptr<PortHolders> m_portHolders;
 };

@@ -17,8 +17,11 @@ ServiceRunner::~ServiceRunner()
 {
     for (QProcess *command : findChildren<QProcess *>()) {
         command->disconnect(this);
-        command->kill();
-        command->waitForFinished(3000);
+        command->terminate(); // "trust-status" then ends the tools it has started
+        if (!command->waitForFinished(1000)) {
+            command->kill();
+            command->waitForFinished(3000);
+        }
     }
 }
 
@@ -26,7 +29,8 @@ void ServiceRunner::runOnce(const QStringList &arguments, QObject *context, Ende
 {
     auto *command = new QProcess(this);
     setServiceCommand(*command, m_bundle, arguments);
-    command->setProcessChannelMode(QProcess::ForwardedChannels);
+    command->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    command->setStandardOutputFile(QProcess::nullDevice());
     m_guard.guard(*command);
 
     const auto finish = [command, context = QPointer(context), done = std::move(done)](int status) {

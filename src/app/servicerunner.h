@@ -9,14 +9,15 @@
 
 namespace zemrak {
 
-/// Runs the service's one-shot commands in this process's environment and with its output streams.
+/// Runs the service's one-shot commands in this process's environment. What they write to standard output is dropped,
+/// their status being the answer; their errors go to this process's.
 class ServiceRunner : public QObject, public ServiceCommands
 {
     Q_OBJECT
 
 public:
     ServiceRunner(ApplicationBundle bundle, ChildGuard &guard, QObject *parent = nullptr);
-    /// Kills what still runs; its `done` is not called.
+    /// Ends what still runs; its `done` is not called. Waits for it, a second and then three after killing it.
     ~ServiceRunner() override;
 
     void runOnce(const QStringList &arguments, QObject *context, Ended done) override;

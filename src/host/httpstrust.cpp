@@ -1,30 +1,20 @@
 #include "host/httpstrust.h"
 
+#include <QLoggingCategory>
 #include <QPointer>
 
 namespace zemrak {
 
-HttpsTrust::HttpsTrust(
-    ServiceCommands &commands, const CertificateTest &test, const QString &configDir, QObject *parent)
+namespace {
+
+Q_LOGGING_CATEGORY(lcTrust, "zemrak.host")
+
+} // namespace
+
+HttpsTrust::HttpsTrust(ServiceCommands &commands, QObject *parent)
     : QObject(parent)
     , m_commands(commands)
-    , m_test(test)
-    , m_certificateFile(configDir + QStringLiteral("/tls/ca.crt"))
 {
-    // One at a time: results arrive in the order of the checks, so the last one published is the freshest.
-    m_worker.setMaxThreadCount(1);
-}
-
-HttpsTrust::~HttpsTrust()
-{
-    m_cancelled = true;
-    m_worker.clear();
-    m_worker.waitForDone();
-}
-
-bool HttpsTrust::isCaTrusted() const
-{
-    return m_test.isTrusted(m_certificateFile, m_cancelled);
 }
 
 void HttpsTrust::refreshTrust()
@@ -35,7 +25,7 @@ void HttpsTrust::refreshTrust()
 void HttpsTrust::trustForSafari(Done done)
 {
     m_commands.runOnce({QStringLiteral("trust-ca")}, this, [this, done = std::move(done)](int status) {
-        // A success is not believed until the system confirms it; a failure needs no second opinion.
+        // A success is not believed until the system confirms it; a failure is taken as it is.
         if (status == 0)
             check([this, done](bool trusted) { conclude(trusted, done); });
         else
@@ -43,19 +33,30 @@ void HttpsTrust::trustForSafari(Done done)
     });
 }
 
+// One at a time: results arrive in the order of the checks, so the last one published is the freshest.
 void HttpsTrust::check(Done then)
 {
-    // What `then` captures belongs to the main thread, and so does its end: the worker only passes it on.
-    m_worker.start([this, then = std::move(then)]() mutable {
-        const bool trusted = isCaTrusted();
-        QMetaObject::invokeMethod(
-            this, [then = std::move(then), trusted] { then(trusted); }, Qt::QueuedConnection);
+    m_checks.append(std::move(then));
+    if (m_checks.size() == 1)
+        runFirstCheck();
+}
+
+void HttpsTrust::runFirstCheck()
+{
+    m_commands.runOnce({QStringLiteral("trust-status")}, this, [this](int status) {
+        constexpr int cannotTell = 69;
+        if (status == cannotTell || status < 0)
+            qCWarning(lcTrust) << "Trust in the certificate authority cannot be checked";
+        const Done then = m_checks.takeFirst();
+        if (!m_checks.isEmpty())
+            runFirstCheck();
+        then(status == 0); // may destroy this object
     });
 }
 
 void HttpsTrust::conclude(bool trusted, const Done &done)
 {
-    // Whoever hears of the result may destroy this object, and with it whatever held `done`.
+    // A slot or `done` may destroy this object, and with it the closure that holds `done`.
     const QPointer self(this);
     const Done report = done;
     setCaTrusted(trusted);

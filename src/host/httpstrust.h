@@ -1,36 +1,30 @@
 #pragma once
 
-#include "host/certificatetest.h"
 #include "host/servicecommands.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
-#include <QThreadPool>
 
-#include <atomic>
 #include <functional>
 
 namespace zemrak {
 
-/// Trust in the certificate authority that the service made for its HTTPS port. Main thread, except where noted; the
-/// checks run on a worker. May be destroyed at any time: a check under way is cancelled and nothing is reported.
+/// Trust in the certificate authority that the service made for its HTTPS port. The service knows the browsers' stores;
+/// its one-shot commands say how things stand ("trust-status") and install the authority ("trust-ca"). Main thread
+/// only. May be destroyed at any time: nothing is reported then.
 class HttpsTrust : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(bool caTrusted READ caTrusted NOTIFY caTrustedChanged)
 
 public:
-    /// `configDir`: where the service keeps its files. `commands` and `test` outlive this object.
-    HttpsTrust(
-        ServiceCommands &commands, const CertificateTest &test, const QString &configDir, QObject *parent = nullptr);
-    ~HttpsTrust() override;
+    /// `commands` outlives this object.
+    explicit HttpsTrust(ServiceCommands &commands, QObject *parent = nullptr);
 
     using Done = std::function<void(bool trusted)>;
 
-    /// The latest result; false before the first.
+    /// The latest result; false before the first, and when it cannot be found out.
     [[nodiscard]] bool caTrusted() const { return m_caTrusted; }
-    /// Makes the check. Blocks, so on any thread but the main one.
-    [[nodiscard]] bool isCaTrusted() const;
 
     /// Checks again, silently.
     void refreshTrust();
@@ -45,15 +39,13 @@ Q_SIGNALS:
 
 private:
     void check(Done then);
+    void runFirstCheck();
     void conclude(bool trusted, const Done &done);
     void setCaTrusted(bool trusted);
 
     ServiceCommands &m_commands;
-    const CertificateTest &m_test;
-    const QString m_certificateFile;
-    std::atomic_bool m_cancelled = false;
+    QList<Done> m_checks; ///< the one that runs, and those that wait for it
     bool m_caTrusted = false;
-    QThreadPool m_worker;
 };
 
 } // namespace zemrak

@@ -3,7 +3,6 @@
 #include "health/notifier.h"
 #include "health/statusitem.h"
 #include "host/appearancesettings.h"
-#include "host/certificatetest.h"
 #include "host/childguard.h"
 #include "host/desktop.h"
 #include "host/loginitem.h"
@@ -22,7 +21,6 @@ namespace zemrak {
 namespace platform {
 
 [[nodiscard]] std::unique_ptr<AppearanceSettings> makeAppearanceSettings();
-[[nodiscard]] std::unique_ptr<CertificateTest> makeCertificateTest();
 [[nodiscard]] std::unique_ptr<ChildGuard> makeChildGuard();
 /// `program` is what is to start at login, `icon` the picture beside it in the desktop's settings.
 [[nodiscard]] std::unique_ptr<LoginItem> makeLoginItem(const QString &program, const QString &icon);

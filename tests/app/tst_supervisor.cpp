@@ -2,10 +2,10 @@
 #include "platform/platform.h"
 #include "support/fakebundle.h"
 #include "support/manualclock.h"
+#include "support/program.h"
 #include "support/testmain.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -26,12 +26,15 @@ struct Fixture
     explicit Fixture(const QString &service = QStringLiteral("exec sleep 60")) { files.setService(service); }
 
     [[nodiscard]] qsizetype runs() const { return files.runs(); }
-    /// Whatever was planned comes; by then there were so many launches in all, and never two services at once.
+    /// Whatever was planned comes, and it is no further child; there were so many launches in all, and never two
+    /// services at once.
     [[nodiscard]] bool staysAt(qsizetype launches)
     {
+        const qint64 service = supervisor.processId();
         clock.advance(120s);
-        QTest::qWait(150);
-        return runs() == launches && !files.launches().contains(QStringLiteral("OVERLAP"));
+        const QList<qint64> children = childrenOf(QCoreApplication::applicationPid());
+        return children == (service != 0 ? QList<qint64>{service} : QList<qint64>()) && runs() == launches
+            && !files.launches().contains(QStringLiteral("OVERLAP"));
     }
     [[nodiscard]] bool says(const QString &word)
     {
@@ -42,11 +45,6 @@ struct Fixture
 const QString stubbornService = QStringLiteral("trap '' TERM; echo up; exec sleep 60");
 const QString initTls = QStringLiteral("init-tls");
 const QString run = QStringLiteral("run");
-
-bool isAlive(qint64 processId)
-{
-    return QFile::exists(QStringLiteral("/proc/%1").arg(processId));
-}
 
 } // namespace
 
@@ -186,8 +184,7 @@ private Q_SLOTS:
         f.supervisor.restart();
         QTRY_VERIFY(!f.supervisor.isRunning());
         f.clock.advance(999ms);
-        QTest::qWait(150);
-        QCOMPARE(f.runs(), 1);
+        QCOMPARE(f.supervisor.processId(), 0);
         f.clock.advance(1ms);
         QTRY_COMPARE(f.runs(), 2);
         QVERIFY(f.staysAt(2) && f.supervisor.isRunning());
@@ -216,12 +213,11 @@ private Q_SLOTS:
         const qint64 stubborn = f.supervisor.processId();
         f.supervisor.restart();
         f.clock.advance(1s);
-        QTest::qWait(150);
-        QVERIFY(isAlive(stubborn));
-        QCOMPARE(f.runs(), 1);
+        QCOMPARE(f.supervisor.processId(), stubborn);
+        QVERIFY(exists(stubborn));
         f.clock.advance(2s);
         QTRY_COMPARE(f.runs(), 2);
-        QVERIFY(!isAlive(stubborn) && !f.supervisor.portConflict());
+        QVERIFY(!exists(stubborn) && !f.supervisor.portConflict());
         QVERIFY(f.clock.pending() == 0 && f.staysAt(2));
     }
 
@@ -290,8 +286,32 @@ private Q_SLOTS:
         QElapsedTimer took;
         took.start();
         f.supervisor.shutDown();
-        QVERIFY(!isAlive(stubborn) && !f.supervisor.isRunning());
+        QVERIFY(!exists(stubborn) && !f.supervisor.isRunning());
         QVERIFY2(took.elapsed() >= 2900 && took.elapsed() < 5000, qPrintable(QString::number(took.elapsed())));
+    }
+
+    void oneShotCommandsEndWithTheirStatus()
+    {
+        Fixture f;
+        ServiceRunner runner(f.files.bundle(), *f.guard);
+        QList<int> ends;
+        const auto note = [&ends](int status) { ends.append(status); };
+        runner.runOnce({QStringLiteral("trust-status")}, this, note); // the bundle's says 1
+        QVERIFY(ends.isEmpty());
+        QTRY_COMPARE(ends, QList<int>{1});
+        f.files.setInitTls(QStringLiteral("kill -KILL $$"));
+        f.files.setLastingService();
+        {
+            QObject gone;
+            runner.runOnce({QStringLiteral("trust-status")}, &gone, note);
+        }
+        runner.runOnce({initTls}, this, note);
+        QTRY_COMPARE(ends, (QList<int>{1, -1}));
+        QTRY_VERIFY(childrenOf(QCoreApplication::applicationPid()).isEmpty());
+        f.files.removeNode();
+        runner.runOnce({initTls}, this, note);
+        QTRY_COMPARE(ends, (QList<int>{1, -1, -1}));
+        QCOMPARE(ends.size(), 3);
     }
 
     void outputIsKept_data()

@@ -1,10 +1,9 @@
 #include "app/alertfeed.h"
 #include "health/alertdelivery.h"
 #include "health/alerts.h"
-#include "support/fakebundle.h"
-#include "support/httpserver.h"
 #include "support/manualclock.h"
 #include "support/recordingnotifier.h"
+#include "support/recordingservice.h"
 #include "support/testmain.h"
 #include "support/wiredata.h"
 
@@ -132,28 +131,33 @@ private Q_SLOTS:
 
     void feedFetchesMarksAndClears()
     {
-        FakeBundle files;
         ManualClock clock;
-        HttpServer server;
+        RecordingService service;
         RecordingNotifier notifier;
-        AdminChannel channel(files.configDir() + QStringLiteral("/admin.token"), clock, server.port());
         AlertDelivery delivery(notifier, clock, {}, [](const QStringList &) {});
-        AlertFeed feed(channel, delivery, clock);
+        bool hasToken = false;
+        AlertFeed feed(
+            service, [&hasToken] { return hasToken; }, delivery, clock);
         QSignalSpy changed(&feed, &AlertFeed::changed);
+        const auto refresh = [&] {
+            feed.refresh();
+            return service.requests.takeLast();
+        };
 
         clock.advance(11s);
-        feed.refresh(); // no token yet: nothing is asked
+        feed.refresh();
+        QVERIFY(service.requests.isEmpty());
         QCOMPARE(changed.count(), 1); // silence has become an alert
         QCOMPARE(feed.all().first().id, QStringLiteral("local-down"));
         QCOMPARE(feed.badge(), 1);
 
-        files.writeToken("secret");
+        hasToken = true;
         const QByteArray list = storedBody(QStringLiteral("wire/alerts.json"));
-        server.answerJson(list);
-        feed.refresh();
-        QTRY_COMPARE(feed.alerts().size(), 2);
-        QCOMPARE(server.requests().size(), 1);
-        QCOMPARE(server.requests().first().header("X-Zemrak-Admin"), QByteArray("secret"));
+        const RecordingService::Request first = refresh();
+        QCOMPARE(first.method + ' ' + first.path.toUtf8(), QByteArray("GET /admin/alerts"));
+        QCOMPARE(first.timeout, 5s);
+        first.answer(list);
+        QCOMPARE(feed.alerts().size(), 2);
         QCOMPARE(feed.all().size(), 3);
         QCOMPARE(feed.badge(), 2); // whatever the service counts
         feed.setService(true, false);
@@ -161,29 +165,26 @@ private Q_SLOTS:
         QCOMPARE(changed.count(), 3);
 
         // Bad answers, the same answer again, and a late one to an earlier question change nothing.
-        QList<QTcpSocket *> asked;
-        server.answerWith([&asked](const HttpRequest &, QTcpSocket &socket) { asked.append(&socket); });
-        feed.refresh();
-        QTRY_COMPARE(asked.size(), 1);
-        for (const QByteArray &answer : {QByteArray("{}"), QByteArray(R"({"alerts":[{}],"unread":0})"), list}) {
-            const qsizetype before = asked.size();
-            feed.refresh();
-            QTRY_COMPARE(asked.size(), before + 1);
-            asked.last()->write(HttpServer::response(answer, "500 Oh"));
-        }
-        server.answerJson(list);
-        server.forget();
-        feed.markRead();
-        feed.clearHistory();
-        QTRY_COMPARE(server.requestsTo("/admin/alerts").size(), 2); // after each the service's word is taken
-        QCOMPARE(server.requestsTo("/admin/alerts/read").value(0).body, QByteArray("{}"));
-        QCOMPARE(server.requestsTo("/admin/alerts/clear").value(0).method, QByteArray("POST"));
-        asked.first()->write(HttpServer::response(R"({"alerts":[],"unread":0})"));
-        feed.refresh();
-        QTRY_COMPARE(server.requestsTo("/admin/alerts").size(), 3);
-        QTest::qWait(50);
+        const RecordingService::Request early = refresh();
+        for (const PrintService::Answer &answer : {PrintService::Answer(), PrintService::Answer("{}"),
+                 PrintService::Answer(R"({"alerts":[{}],"unread":0})"), PrintService::Answer(list)})
+            refresh().answer(answer);
+        early.answer(R"({"alerts":[],"unread":0})");
         QCOMPARE(feed.alerts().size(), 2);
         QCOMPARE(changed.count(), 3);
+
+        // After each of these the service's word is taken.
+        for (const bool clears : {false, true}) {
+            clears ? feed.clearHistory() : feed.markRead();
+            const RecordingService::Request told = service.requests.takeFirst();
+            QCOMPARE(told.path, clears ? QStringLiteral("/admin/alerts/clear") : QStringLiteral("/admin/alerts/read"));
+            QVERIFY(told.method == "POST" && told.body == QJsonObject());
+            QVERIFY(service.requests.isEmpty());
+            told.answer("{}");
+            QCOMPARE(service.requests.takeFirst().path, QStringLiteral("/admin/alerts"));
+        }
+        refresh().answer(R"({"alerts":[],"unread":0})");
+        QVERIFY(feed.alerts().isEmpty());
     }
 };
 

@@ -2,13 +2,9 @@
 #include "support/recordingservice.h"
 #include "support/testmain.h"
 
-#include <QElapsedTimer>
-#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
-#include <QThread>
 
-#include <atomic>
 #include <memory>
 
 using namespace zemrak;
@@ -16,55 +12,31 @@ using namespace zemrak::test;
 
 namespace {
 
-/// Answers when the test says so, or when it is cancelled.
-class GatedTest final : public CertificateTest
-{
-public:
-    [[nodiscard]] bool isTrusted(const QString &certificateFile, const std::atomic_bool &cancelled) const override
-    {
-        file = certificateFile;
-        onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
-        ++started;
-        while (!gate.tryAcquire(1, 10)) {
-            if (cancelled)
-                return false;
-        }
-        return verdicts.value(ended++);
-    }
-
-    QList<bool> verdicts;
-    mutable QString file;
-    mutable std::atomic_bool onMainThread = false;
-    mutable std::atomic_int started = 0;
-    mutable int ended = 0;
-    mutable QSemaphore gate;
-};
-
 const QString enabled = QStringLiteral("تم تفعيل HTTPS لـ Safari");
 const QString notEnabled = QStringLiteral("لم يتم التفعيل (يمكنك إعادته لاحقًا من الإعدادات)");
 
 struct Fixture
 {
-    GatedTest test;
     RecordingCommands service;
-    std::unique_ptr<HttpsTrust> trust = std::make_unique<HttpsTrust>(service, test, QStringLiteral("/config dir"));
+    std::unique_ptr<HttpsTrust> trust = std::make_unique<HttpsTrust>(service);
     QSignalSpy changed{trust.get(), &HttpsTrust::caTrustedChanged};
-    QList<bool> reports;
-    QStringList notices;
+    QStringList order; ///< notices, and what `done` was told
 
     Fixture()
     {
-        QObject::connect(trust.get(), &HttpsTrust::notice, [this](const QString &text) { notices.append(text); });
-    }
-
-    void verdicts(const QList<bool> &list)
-    {
-        test.verdicts = list;
-        test.gate.release(int(list.size()));
+        QObject::connect(trust.get(), &HttpsTrust::notice, [this](const QString &text) { order.append(text); });
     }
     HttpsTrust::Done report()
     {
-        return [this](bool trusted) { reports.append(trusted); };
+        return [this](bool trusted) { order.append(trusted ? QStringLiteral("yes") : QStringLiteral("no")); };
+    }
+    /// Ends the oldest command, which is `name`, with `status`.
+    void end(const char *name, int status)
+    {
+        QVERIFY(!service.commands.isEmpty());
+        const RecordingCommands::Command command = service.commands.takeFirst();
+        QCOMPARE(command.arguments, QStringList(QString::fromLatin1(name)));
+        command.end(status);
     }
 };
 
@@ -75,146 +47,95 @@ class TrustTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Freshest last: of several checks one runs at a time.
     void refreshPublishesSilently()
     {
         Fixture f;
+        f.trust->refreshTrust();
+        f.trust->refreshTrust();
+        f.trust->refreshTrust();
+        QCOMPARE(f.service.commands.size(), 1);
+        f.end("trust-status", 0);
+        QVERIFY(f.trust->caTrusted());
+        f.end("trust-status", 0);
+        f.end("trust-status", 1);
         QVERIFY(!f.trust->caTrusted());
-        f.verdicts({true, true, false});
-        f.trust->refreshTrust();
-        QVERIFY(!f.trust->caTrusted()); // never before the event loop turns
-        QTRY_VERIFY(f.trust->caTrusted());
-        QCOMPARE(f.test.file, QStringLiteral("/config dir/tls/ca.crt"));
-        QVERIFY(!f.test.onMainThread);
-        f.trust->refreshTrust();
-        f.trust->refreshTrust();
-        QTRY_VERIFY(!f.trust->caTrusted());
         QCOMPARE(f.changed.size(), 2);
-        QCOMPARE(f.notices, QStringList());
-        QVERIFY(f.service.commands.isEmpty());
+        QVERIFY(f.order.isEmpty() && f.service.commands.isEmpty());
     }
 
     void installs_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<bool>("verifies");
+        QTest::addColumn<int>("install");
+        QTest::addColumn<int>("status"); // of the check; it is made only after a success
         QTest::addColumn<bool>("trusted");
-        QTest::newRow("installed and confirmed") << 0 << true << true;
-        QTest::newRow("installed, yet it does not verify") << 0 << false << false;
-        QTest::newRow("refused") << 1 << true << false;
-        QTest::newRow("never launched, or killed") << -1 << true << false;
+        QTest::newRow("installed and confirmed") << 0 << 0 << true;
+        QTest::newRow("installed, yet not trusted") << 0 << 1 << false;
+        QTest::newRow("installed, nobody can tell") << 0 << 69 << false;
+        QTest::newRow("refused") << 1 << 0 << false;
+        QTest::newRow("never launched, or killed") << -1 << 0 << false;
     }
     void installs()
     {
-        QFETCH(int, status);
-        QFETCH(bool, verifies);
-        QFETCH(bool, trusted);
+        QFETCH(const int, install);
+        QFETCH(const int, status);
+        QFETCH(const bool, trusted);
         Fixture f;
-        f.verdicts({verifies});
-        QStringList order;
-        QObject::connect(f.trust.get(), &HttpsTrust::caTrustedChanged, f.trust.get(),
-            [&] { order.append(QStringLiteral("assigned")); });
-        f.trust->trustForSafari([&](bool result) {
-            QCOMPARE(f.trust->caTrusted(), result);
-            order += f.notices;
-            order.append(result ? QStringLiteral("done: yes") : QStringLiteral("done: no"));
-        });
-        QCOMPARE(f.service.commands.size(), 1);
-        QCOMPARE(f.service.commands.first().arguments, QStringList(QStringLiteral("trust-ca")));
-        QCoreApplication::processEvents();
-        QCOMPARE(f.test.started, 0); // not before the service has ended
-        f.service.commands.first().end(status);
-        QStringList expected{notEnabled, QStringLiteral("done: no")};
-        if (trusted)
-            expected = QStringList{QStringLiteral("assigned"), enabled, QStringLiteral("done: yes")};
-        QTRY_COMPARE(order, expected);
-        QCOMPARE(f.test.started, status == 0 ? 1 : 0);
-        QCOMPARE(f.trust->caTrusted(), trusted);
-    }
-
-    void failedInstallTakesAnEarlierYesBack()
-    {
-        Fixture f;
-        f.verdicts({true});
         f.trust->refreshTrust();
-        QTRY_VERIFY(f.trust->caTrusted());
-        f.trust->trustForSafari();
-        f.service.commands.first().end(1);
-        QVERIFY(!f.trust->caTrusted());
-        QCOMPARE(f.notices, QStringList(notEnabled));
+        f.end("trust-status", 0); // an earlier yes does not outlive a no
+        f.trust->trustForSafari(f.report());
+        f.end("trust-ca", install);
+        if (install == 0)
+            f.end("trust-status", status);
+        QVERIFY(f.service.commands.isEmpty());
+        QCOMPARE(f.order,
+            trusted ? (QStringList{enabled, QStringLiteral("yes")}) : (QStringList{notEnabled, QStringLiteral("no")}));
+        QCOMPARE(f.trust->caTrusted(), trusted);
     }
 
     void overlappingCallsEachEndOnTheirOwn()
     {
         Fixture f;
         f.trust->trustForSafari(f.report());
-        f.trust->refreshTrust();
-        QTRY_COMPARE(f.test.started, 1);
-        f.trust->trustForSafari(f.report());
         f.trust->trustForSafari();
-        QCOMPARE(f.service.commands.size(), 3);
-        f.service.commands.at(1).end(0);
-        f.service.commands.at(2).end(1);
-        f.service.commands.at(0).end(0);
-        QCOMPARE(f.notices, QStringList(notEnabled));
-        f.verdicts({false, true, false}); // the refresh, the second call, the first
-        QTRY_COMPARE(f.reports, (QList<bool>{true, false}));
-        QCOMPARE(f.notices, (QStringList{notEnabled, enabled, notEnabled}));
-        QVERIFY(!f.trust->caTrusted());
-        QCOMPARE(f.changed.size(), 2);
-    }
-
-    void destroyedWhileTheServiceInstalls()
-    {
-        Fixture f;
-        f.verdicts({true});
-        f.trust->trustForSafari(f.report());
-        f.trust.reset();
-        f.service.commands.first().end(0);
-        QCoreApplication::processEvents();
-        QCOMPARE(f.test.started, 0);
-        QVERIFY(f.reports.isEmpty() && f.notices.isEmpty());
-    }
-
-    void destroyedDuringACheck()
-    {
-        Fixture f;
-        f.trust->trustForSafari(f.report());
-        f.service.commands.first().end(0);
         f.trust->refreshTrust();
-        QTRY_COMPARE(f.test.started, 1);
-        QElapsedTimer clock;
-        clock.start();
-        f.trust.reset();
-        QVERIFY2(clock.elapsed() < 2000, "The end waited for the check");
-        QCoreApplication::processEvents();
-        QCOMPARE(f.test.started, 1); // the one in the queue was dropped
-        QVERIFY(f.reports.isEmpty() && f.notices.isEmpty());
+        f.end("trust-ca", 0);
+        f.end("trust-ca", 1);
+        QCOMPARE(f.order, QStringList(notEnabled));
+        f.end("trust-status", 0);
+        f.end("trust-status", 0); // the check of the first call
+        QCOMPARE(f.order, (QStringList{notEnabled, enabled, QStringLiteral("yes")}));
+        QVERIFY(f.trust->caTrusted());
     }
 
-    void destroyedByItsListeners_data()
+    void destroyedAtAnyTime_data()
     {
-        QTest::addColumn<bool>("byDone");
-        QTest::newRow("by the change") << false;
-        QTest::newRow("by done") << true;
+        QTest::addColumn<QString>("when");
+        for (const char *when : {"install", "check", "change", "done"})
+            QTest::newRow(when) << QString::fromLatin1(when);
     }
-    void destroyedByItsListeners()
+    void destroyedAtAnyTime()
     {
-        QFETCH(bool, byDone);
+        QFETCH(const QString, when);
         Fixture f;
-        f.verdicts({true});
-        if (byDone) {
-            f.trust->trustForSafari([&f, kept = QString(40, QLatin1Char('x'))](bool trusted) {
-                f.trust.reset();
-                f.reports.append(trusted && kept.size() == 40);
-            });
-        } else {
-            QObject::connect(f.trust.get(), &HttpsTrust::caTrustedChanged, this, [&f] { f.trust.reset(); });
-            f.trust->trustForSafari(f.report());
-        }
-        f.service.commands.takeFirst().end(0);
-        QTRY_VERIFY(!f.trust);
-        QCOMPARE(f.reports, byDone ? QList<bool>{true} : QList<bool>());
-        QCOMPARE(f.notices, byDone ? QStringList(enabled) : QStringList());
+        const auto destroy = [&f] { f.trust.reset(); };
+        if (when == QLatin1String("change"))
+            QObject::connect(f.trust.get(), &HttpsTrust::caTrustedChanged, this, destroy);
+        const bool byDone = when == QLatin1String("done");
+        f.trust->trustForSafari([&, kept = QString(40, QLatin1Char('x'))](bool) {
+            if (byDone)
+                destroy();
+            f.order.append(kept.left(1));
+        });
+        if (when == QLatin1String("install"))
+            destroy();
+        f.end("trust-ca", 0);
+        if (when == QLatin1String("check"))
+            destroy();
+        if (!f.service.commands.isEmpty())
+            f.end("trust-status", 0);
+        QVERIFY(!f.trust);
+        QCOMPARE(f.order, byDone ? (QStringList{enabled, QStringLiteral("x")}) : QStringList());
     }
 };
 

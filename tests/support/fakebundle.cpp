@@ -32,6 +32,7 @@ void FakeBundle::setService(const QString &shellScript)
     const QString script = QStringLiteral(R"(
 JOURNAL='%1/journal'
 ENVIRONMENT='%1/environment'
+[ "$1" = trust-status ] && exit 1
 echo "$*" >> "$JOURNAL"
 if [ "$1" = init-tls ]; then
 %2

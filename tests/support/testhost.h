@@ -36,13 +36,12 @@ struct TestHost
     RecordingNotifier notifier;
     FakeLoginItem loginItem;
     none::UntoldActivities activities;
-    none::NothingTrusted certificateTest;
     FakeDesktop desktop;
     none::NoPortHolders portHolders;
 
     [[nodiscard]] AgentHost forAgent()
     {
-        return {childGuard, notifier, loginItem, activities, certificateTest, desktop, portHolders, {}};
+        return {childGuard, notifier, loginItem, activities, desktop, portHolders, {}};
     }
 };
 

@@ -88,8 +88,7 @@ private Q_SLOTS:
         const std::unique_ptr<ChildGuard> guard = platform::makeChildGuard();
         TestHost host;
         Agent agent({.bundle = ApplicationBundle(builtBundle()), .configDir = serviceConfigDir()}, defaults, clock,
-            {*guard, host.notifier, host.loginItem, host.activities, host.certificateTest, host.desktop,
-                host.portHolders, {}});
+            {*guard, host.notifier, host.loginItem, host.activities, host.desktop, host.portHolders, {}});
         QStringList toasts;
         connect(&agent, &Agent::toastChanged, &agent, [&] { toasts.append(agent.toast()); });
         agent.start();

@@ -1,5 +1,4 @@
 #include "platform/linux/autostartentry.h"
-#include "platform/linux/browsertrust.h"
 #include "platform/linux/busrunningcopy.h"
 #include "platform/linux/desktopnotifier.h"
 #include "platform/linux/linuxdesktop.h"
@@ -21,11 +20,6 @@ namespace zemrak::platform {
 std::unique_ptr<AppearanceSettings> makeAppearanceSettings()
 {
     return std::make_unique<linux_::SettingsPortal>(QDBusConnection::sessionBus());
-}
-
-std::unique_ptr<CertificateTest> makeCertificateTest()
-{
-    return std::make_unique<linux_::BrowserTrust>();
 }
 
 std::unique_ptr<ChildGuard> makeChildGuard()

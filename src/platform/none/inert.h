@@ -3,7 +3,6 @@
 #include "health/notifier.h"
 #include "health/statusitem.h"
 #include "host/appearancesettings.h"
-#include "host/certificatetest.h"
 #include "host/childguard.h"
 #include "host/desktop.h"
 #include "host/loginitem.h"
@@ -19,7 +18,7 @@
 
 namespace zemrak::none {
 
-/// Nothing is preferred.
+/// No-op: no preferences.
 class NoAppearanceSettings final : public AppearanceSettings
 {
 public:
@@ -30,25 +29,14 @@ public:
     void takeArrived() override { }
 };
 
-/// No authority is trusted.
-class NothingTrusted final : public CertificateTest
-{
-public:
-    [[nodiscard]] bool isTrusted(const QString &, const std::atomic_bool &) const override
-    {
-        qInfo("No certificate test on this platform");
-        return false;
-    }
-};
-
-/// Children live their own lives.
+/// No-op: children are not tied to this process.
 class Unguarded final : public ChildGuard
 {
 public:
     void guard(QProcess &) override { qInfo("No child guard on this platform"); }
 };
 
-/// Ports are held by nobody in particular.
+/// No-op: no holder is ever found.
 class NoPortHolders final : public PortHolders
 {
 public:
@@ -59,7 +47,7 @@ public:
     }
 };
 
-/// Nothing starts at login.
+/// No-op: no login item.
 class NoLoginItem final : public LoginItem
 {
 public:
@@ -68,7 +56,7 @@ public:
     [[nodiscard]] std::optional<QString> unregisterItem() override { return std::nullopt; }
 };
 
-/// The computer sleeps when it likes.
+/// No-op: sleep is not held off.
 class UntoldActivities final : public ProcessActivities
 {
 public:
@@ -79,7 +67,7 @@ public:
     }
 };
 
-/// Nothing can be opened, and every question where to save is cancelled.
+/// No-op: nothing can be opened, and every question where to save is cancelled.
 class BareDesktop final : public Desktop
 {
 public:
@@ -102,7 +90,7 @@ public:
     }
 };
 
-/// No copy can be asked.
+/// No-op: no other copy is found.
 class NoRunningCopy final : public RunningCopy
 {
 public:
@@ -113,7 +101,7 @@ public:
     }
 };
 
-/// Every copy believes it is the only one.
+/// No-op: every copy counts as the only one.
 class AlwaysAlone final : public SingleInstance
 {
 public:
@@ -126,14 +114,14 @@ public:
     void onAsked(std::function<QByteArray()>) override { }
 };
 
-/// The process ends as the system's default is.
+/// No-op: signals have the system's default effect.
 class DefaultSignals final : public TerminationSignals
 {
 public:
     void onRequested(std::function<void()>) override { qInfo("No termination signals on this platform"); }
 };
 
-/// Nothing is shown.
+/// No-op: no notifications.
 class SilentNotifier final : public Notifier
 {
 public:
@@ -145,7 +133,7 @@ public:
     void retract(const QStringList &) override { }
 };
 
-/// Nowhere to be seen.
+/// No-op: no tray.
 class InvisibleStatusItem final : public StatusItem
 {
 public:

@@ -8,11 +8,6 @@ std::unique_ptr<AppearanceSettings> makeAppearanceSettings()
     return std::make_unique<none::NoAppearanceSettings>();
 }
 
-std::unique_ptr<CertificateTest> makeCertificateTest()
-{
-    return std::make_unique<none::NothingTrusted>();
-}
-
 std::unique_ptr<ChildGuard> makeChildGuard()
 {
     return std::make_unique<none::Unguarded>();
