@@ -62,7 +62,7 @@ AdminChannel::AdminChannel(QString tokenFile, Clock &clock, quint16 port, QObjec
 
 AdminChannel::~AdminChannel()
 {
-    // What is under way is dropped in silence.
+    // Aborted requests must not call back into this object.
     for (QNetworkReply *reply : m_network.findChildren<QNetworkReply *>())
         reply->disconnect(this);
 }

@@ -36,8 +36,8 @@ public:
     /// The service has left a token that can be read.
     [[nodiscard]] bool hasToken() const;
 
-    /// The token file is read anew for each request; without one the request goes out bare. Without a `context` this
-    /// object is it.
+    /// The token file is read anew for each request; without one no token is sent. A null `context` stands for
+    /// this object.
     void get(const QString &path, std::chrono::milliseconds timeout, QObject *context, Answered done) override;
     void post(const QString &path, const std::optional<QJsonObject> &body, std::chrono::milliseconds timeout,
         QObject *context, Answered done) override;

@@ -15,9 +15,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcApp, "zemrak.app")
 
-// After its close, until what it has left for later is done as well.
+// From the window's close until its deferred deletions have run as well.
 constexpr std::chrono::seconds windowGone(1);
-// A panel may start after the application. One that has not come by then is not to be expected.
+// A panel may start after the application; after this time none is expected.
 constexpr std::chrono::seconds trayPatience(10);
 
 } // namespace
@@ -41,7 +41,7 @@ AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::finishLaunching()
 {
-    // Of a launch alone: a mode that a script asks for says nothing about the computer's start.
+    // Not in the command-line modes: a script may ask for those at any time.
     if (isAutomaticStart(QCoreApplication::arguments(), platform::systemUptime()))
         m_agent.recordSystemStart();
     m_host.notifier().onClicked([this](const QString &activationToken) {
@@ -98,7 +98,7 @@ void AppDelegate::carryOut(StatusCommand command)
         m_agent.restart();
         break;
     case StatusCommand::Quit:
-        QCoreApplication::quit(); // and so on to willTerminate(), which stops the service in its turn
+        QCoreApplication::quit(); // aboutToQuit() calls willTerminate(), which stops the service
         break;
     case StatusCommand::ToggleLogin:
         m_agent.setLaunchAtLogin(!m_agent.launchAtLogin());
@@ -116,9 +116,9 @@ void AppDelegate::carryOut(StatusCommand command)
 void AppDelegate::willTerminate()
 {
     m_window.close(); // while the service still takes what an open sheet has to save
-    m_agent.disconnect(this); // what the service's end changes is for nobody here any more
+    m_agent.disconnect(this); // the status item is about to be destroyed
     m_statusBar.reset();
-    m_statusItem.reset(); // gone at once, also when the service takes its time
+    m_statusItem.reset(); // before shutDown(), which may wait for seconds
     m_agent.shutDown();
 }
 

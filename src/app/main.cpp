@@ -58,7 +58,7 @@ int runInteractively(int &argc, char *argv[])
         if (delegate.finishLaunching())
             status = QApplication::exec();
     }
-    // A file may still be on its way to a share that hangs. Qt would wait for it for ever.
+    // A worker may still be writing to a network share that hangs, and Qt would wait for it without limit.
     if (!QThreadPool::globalInstance()->waitForDone(std::chrono::milliseconds(filePatience).count()))
         std::_Exit(status);
     return status;
@@ -119,7 +119,7 @@ int tellStatus(int &argc, char *argv[], bool asJson)
     std::fputs(qUtf8Printable(outcome.output), stdout);
     std::fputs(qUtf8Printable(outcome.error), stderr);
     std::fflush(stdout);
-    std::_Exit(outcome.exitStatus); // a request that hangs would be waited for by everything else
+    std::_Exit(outcome.exitStatus); // without destructors: they would wait for a request that hangs
 }
 
 } // namespace

@@ -19,7 +19,7 @@ void setServiceCommand(QProcess &process, const ApplicationBundle &bundle, const
 QProcessEnvironment serviceEnvironment(const ApplicationBundle &bundle)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // A launcher's leave to raise a window is ours alone.
+    // A launcher's activation token is for this process alone.
     environment.remove(QStringLiteral("XDG_ACTIVATION_TOKEN"));
     environment.remove(QStringLiteral("DESKTOP_STARTUP_ID"));
     environment.insert(QStringLiteral("ZEMRAK_LP_EXIT_WITH_PARENT"), QStringLiteral("1"));

@@ -79,7 +79,7 @@ void ServiceSupervisor::restart()
 void ServiceSupervisor::shutDown()
 {
     stop();
-    // The process object may be let go of by the slots that run while waiting.
+    // Slots that run while waiting may release the process object.
     if (m_process && !m_process->waitForFinished(static_cast<int>(politeEnd.count())) && m_process) {
         m_process->kill();
         m_process->waitForFinished(static_cast<int>(politeEnd.count()));
@@ -166,7 +166,7 @@ void ServiceSupervisor::onEnded(const ServiceExit &exit)
 {
     qCInfo(lcService) << "The print service ended;" << (exit.bySignal ? "signal" : "status") << exit.status;
     letGoOfProcess();
-    // Everything is decided before anybody is told: who is told may call back.
+    // All state is set before any signal: slots may call back.
     const bool replaced = std::exchange(m_replacing, false);
     if (!replaced && !m_stopping)
         m_startTimer->start(relaunchDelay(exit));
@@ -177,14 +177,14 @@ void ServiceSupervisor::onEnded(const ServiceExit &exit)
             Q_EMIT portTaken();
     }
     if (replaced && !m_stopping)
-        prepare(); // it made room; how it took that says nothing about the port
+        prepare(); // the old process was told to end: its exit status says nothing about the port
 }
 
 void ServiceSupervisor::letGoOfProcess()
 {
     m_killTimer->stop();
     m_process->disconnect(this);
-    m_process.release()->deleteLater(); // it is in the middle of telling us
+    m_process.release()->deleteLater(); // it is emitting the signal that led here
 }
 
 void ServiceSupervisor::setRunning(bool running)

@@ -79,8 +79,8 @@ private:
     std::unique_ptr<QProcess> m_process;
     QStringDecoder m_decoder{QStringDecoder::Utf8};
     std::unique_ptr<Timer> m_startTimer; ///< the one launch to come: after a crash or within a restart
-    std::unique_ptr<Timer> m_killTimer; ///< patience with a service that was asked to end
-    std::unique_ptr<Timer> m_prepareTimer; ///< patience with the making of the certificate
+    std::unique_ptr<Timer> m_killTimer; ///< until a service that was asked to end is killed
+    std::unique_ptr<Timer> m_prepareTimer; ///< until "init-tls" is given up
     bool m_stopping = false; ///< a deliberate end: no relaunch
     bool m_replacing = false; ///< launch as soon as the present process has ended
     bool m_preparing = false;

@@ -11,7 +11,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcWindow, "zemrak.app.window")
 
-// By the open file where the system can name one, since by now another may bear its name.
+// Through the open descriptor where the system has a path for it: by now another file may have the plugin's name.
 QString nameToLoad(const QFile &file)
 {
     const QString byHandle = QStringLiteral("/proc/self/fd/%1").arg(file.handle());

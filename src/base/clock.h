@@ -8,7 +8,7 @@
 
 namespace zemrak {
 
-/// One alarm. It never fires from within start(), and never after stop() or its destruction.
+/// A timer. It never fires from within start(), and never after stop() or its destruction.
 class Timer
 {
 public:
@@ -20,7 +20,7 @@ public:
     [[nodiscard]] virtual bool isActive() const = 0;
 };
 
-/// Time as an input: every delay and every "now" of the application comes from here, so that tests can turn the hands.
+/// Time as an input: every delay and every "now" of the application comes from here, so that tests can set it.
 /// Belongs to the main thread; callbacks arrive there.
 class Clock
 {
@@ -36,7 +36,7 @@ public:
 
     /// Milliseconds since 1970-01-01 UTC; may jump when the person sets the time.
     [[nodiscard]] virtual qint64 wallTime() const = 0;
-    /// Time since some fixed moment; never jumps back.
+    /// Monotonic clock: time since some fixed moment.
     [[nodiscard]] virtual std::chrono::milliseconds steadyTime() const = 0;
 
     [[nodiscard]] virtual std::unique_ptr<Timer> makeTimer(Repeat repeat, Callback onFired) = 0;

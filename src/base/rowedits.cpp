@@ -78,7 +78,7 @@ QList<RowEdit> rowEdits(const QStringList &before, const QStringList &after)
                 rows.insert(rows.begin() + inserted, inserted);
             row = end - 1;
         } else if (here + 1 != rows.end() && *(here + 1) == row) {
-            // The one in the way goes further down, rather than each that follows going up past it.
+            // Moving this one row down takes one move; moving each row that follows up past it would take many.
             const auto past = std::find_if(here + 1, rows.end(), [moved = *here](int place) { return place > moved; });
             move(rows, row, int(past - rows.begin()) - 1, edits);
         } else {

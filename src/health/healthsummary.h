@@ -7,7 +7,7 @@
 
 namespace zemrak {
 
-/// The whole system folded into one verdict.
+/// The state of the service and of all printers as one verdict.
 struct HealthSummary
 {
     bool ok = false; ///< the service answers, knows a printer, and none is offline or in error

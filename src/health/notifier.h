@@ -17,7 +17,7 @@ enum class NotificationStatus
     Ephemeral = 4
 };
 
-/// The desktop's notifications. Never blocks; errors of the desktop are swallowed. Main thread only, callbacks
+/// The desktop's notifications. Never blocks; errors of the desktop are ignored. Main thread only, callbacks
 /// included.
 class Notifier
 {
@@ -26,7 +26,7 @@ public:
 
     /// Begins to listen for clicks. Called once at start.
     virtual void install() = 0;
-    /// `activationToken`: the desktop's leave to bring a window forward; empty where it gives none.
+    /// `activationToken`: the desktop's token that lets a window come to the front; empty where it gives none.
     using Clicked = std::function<void(const QString &activationToken)>;
     /// Called whenever the person clicks one of our notifications. Set before install().
     virtual void onClicked(Clicked clicked) = 0;

@@ -33,7 +33,7 @@ struct Label
 /// How a printer is connected.
 [[nodiscard]] QString typeLabel(const QString &printerType);
 
-/// The printer can be reached; one in "error" counts, since it is only unhappy.
+/// The printer can be reached; one in "error" counts, as it answers.
 [[nodiscard]] bool isConnected(const PrinterInfo &printer);
 /// The alias where the profile has one, even an empty one; else the device's name.
 [[nodiscard]] QString displayName(const PrinterInfo &printer);

@@ -11,7 +11,7 @@ namespace zemrak {
 void writeInBackground(QObject *context, std::function<QString()> write, std::function<void(const QString &fault)> done)
 {
     const auto promise = std::make_shared<QPromise<QString>>();
-    // Not QFuture::then(context): that looks at the context from the worker, which may be just when it goes.
+    // Not QFuture::then(context): that looks at the context from the worker, which may be while it is being destroyed.
     auto *watcher = new QFutureWatcher<QString>(context);
     QObject::connect(watcher, &QFutureWatcherBase::finished, context, [watcher, done = std::move(done)] {
         watcher->deleteLater();

@@ -12,7 +12,7 @@ bool startDetachedShell(const QString &line, const QString &shell)
     process.setWorkingDirectory(QStringLiteral("/"));
     process.setStandardInputFile(QProcess::nullDevice());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // A launcher's leave to raise a window was for this process, not for what the line starts later.
+    // A launcher's activation token was for this process, not for what the line starts later.
     environment.remove(QStringLiteral("XDG_ACTIVATION_TOKEN"));
     environment.remove(QStringLiteral("DESKTOP_STARTUP_ID"));
     process.setProcessEnvironment(environment);

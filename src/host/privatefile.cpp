@@ -11,8 +11,8 @@
 
 namespace zemrak {
 
-// The temporary file is made with mode 0600, before it holds a byte, by a class that cannot do otherwise; to tighten a
-// file afterwards would leave a moment to open it, and fails on disks that know no modes, such as a memory stick's.
+// The temporary file is made with mode 0600, before it holds a byte, by QTemporaryFile. Setting the mode
+// afterwards would leave a moment in which others can open it, and fails on file systems without modes, such as FAT.
 QString writePrivateFile(const QString &path, const QByteArray &content)
 {
     const QFileInfo target(path);

@@ -18,9 +18,9 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds checkTimeout = 5s;
 constexpr std::chrono::milliseconds stageTimeout = 900s; ///< the service fetches and verifies in the meantime
-constexpr std::chrono::milliseconds farewell = 1200ms; ///< long enough to read the last message
+constexpr std::chrono::milliseconds quitDelay = 1200ms; ///< long enough to read the last message
 
-// What is not a JSON object says nothing, like an empty one.
+// What is not a JSON object counts as an empty one.
 QJsonObject objectOf(const PrintService::Answer &answer)
 {
     return answer ? QJsonDocument::fromJson(*answer).object() : QJsonObject();
@@ -102,14 +102,14 @@ void Updates::onStaged(const QJsonObject &reply)
 
 void Updates::handOver(const QString &line)
 {
-    // The shell would start all the same without the script, and nobody would start the application again.
+    // Without the script the shell would still start, and the application would quit and not be started again.
     if (!QFileInfo(m_bundle.updateInstaller()).isReadable() || !m_handover.startShell(line)) {
         setUpdating(false);
         Q_EMIT notice(QStringLiteral("تعذر بدء التحديث"));
         return;
     }
     Q_EMIT notice(QStringLiteral("سيُعاد تشغيل البرنامج لإكمال التحديث…"));
-    m_clock.after(farewell, this, m_handover.terminate);
+    m_clock.after(quitDelay, this, m_handover.terminate);
 }
 
 void Updates::setAvailableUpdate(const QString &version)

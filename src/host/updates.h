@@ -16,11 +16,9 @@ namespace zemrak {
 class Updates final : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QString availableUpdate READ availableUpdate NOTIFY availableUpdateChanged)
-    Q_PROPERTY(bool updating READ isUpdating NOTIFY updatingChanged)
 
 public:
-    /// How the application steps aside.
+    /// How the installer is started and the application ended.
     struct Handover
     {
         std::function<bool(const QString &line)> startShell; ///< false when the shell could not be started
@@ -36,9 +34,9 @@ public:
     [[nodiscard]] bool isUpdating() const { return m_updating; }
 
     /// Asks the service for a newer release and says what it answers. May be called at any time.
-    Q_INVOKABLE void checkUpdate();
+    void checkUpdate();
     /// Has the service stage the newest release, then hands over to the installer. Nothing while isUpdating().
-    Q_INVOKABLE void installUpdate();
+    void installUpdate();
 
 Q_SIGNALS:
     void availableUpdateChanged();

@@ -148,10 +148,11 @@ private Q_SLOTS:
         QCOMPARE(running.count(), 2);
         QCOMPARE(agent.health().headline, QStringLiteral("المنفذ مشغول"));
         server.answerJson("{}"); // an answer that is no state leaves the conflict as it is
+        const qsizetype timers = clock.pending();
         agent.refresh();
-        QTRY_COMPARE(server.requests().size(), 1);
-        QTest::qWait(50);
-        QVERIFY(agent.portConflict());
+        QCOMPARE(clock.pending(), timers + 1);
+        QTRY_COMPARE(clock.pending(), timers); // the answer has been taken
+        QVERIFY(agent.portConflict() && server.requests().size() == 1);
 
         server.answerJson(stateBody(QStringLiteral("1"), server.port()));
         agent.refresh();
@@ -179,7 +180,7 @@ private Q_SLOTS:
         agent.stop();
         const qsizetype asked = server.requests().size();
         clock.advance(60s);
-        QTest::qWait(50);
+        QTRY_COMPARE(clock.pending(), 0);
         QVERIFY(server.requests().size() <= asked + 1); // at most the look one second after the start
         QCOMPARE(files.runs(), 1);
     }

@@ -167,41 +167,24 @@ private Q_SLOTS:
         QCOMPARE(reader.readAll().size(), 100'000); // another file took its place; it was not emptied
     }
 
-    void noReportNoDialog_data()
+    void noReportNoDialogAndNoPlaceNoFile()
     {
-        QTest::addColumn<bool>("answered");
-        QTest::newRow("no answer") << false;
-        QTest::newRow("nothing in it") << true;
-    }
-    void noReportNoDialog()
-    {
-        QFETCH(const bool, answered);
         Fixture f;
-        f.report.exportDiagnostics();
-        f.service.requests[0].answer(answered ? PrintService::Answer(QByteArray()) : std::nullopt);
-        QCOMPARE(f.notices, QStringList{QStringLiteral("تعذر إنشاء التقرير")});
+        for (const PrintService::Answer &answer : {PrintService::Answer(), PrintService::Answer("")}) {
+            f.notices.clear();
+            f.report.exportDiagnostics();
+            f.service.requests.last().answer(answer);
+            QCOMPARE(f.notices, QStringList{QStringLiteral("تعذر إنشاء التقرير")});
+        }
         QVERIFY(f.desktop.asked.isEmpty());
-        f.report.exportDiagnostics();
-        QCOMPARE(f.service.requests.size(), 2);
-    }
 
-    void cancelledSaysNothing_data()
-    {
-        QTest::addColumn<bool>("answered");
-        QTest::newRow("cancelled") << false;
-        QTest::newRow("no location") << true;
-    }
-    void cancelledSaysNothing()
-    {
-        QFETCH(const bool, answered);
-        Fixture f;
-        f.fetch();
-        f.desktop.asked[0].choose(answered ? std::optional(QString()) : std::nullopt);
-        QVERIFY(!f.report.isExporting());
-        QVERIFY(f.notices.isEmpty());
-        QVERIFY(f.desktop.revealed.isEmpty());
-        f.fetch();
-        QCOMPARE(f.desktop.asked.size(), 2);
+        f.notices.clear();
+        for (const std::optional<QString> &place : {std::optional<QString>(), std::optional(QString())}) {
+            f.fetch();
+            f.desktop.asked.takeLast().choose(place);
+            QVERIFY(!f.report.isExporting());
+        }
+        QVERIFY(f.notices.isEmpty() && f.desktop.revealed.isEmpty());
     }
 
     void secondPressOpensNoSecondDialog()

@@ -3,6 +3,9 @@
 #include "support/privatebus.h"
 #include "support/testmain.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusReply>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -191,9 +194,13 @@ private Q_SLOTS:
         auto first = std::make_unique<Copy>(runtime.path(), bus.address());
         QTRY_COMPARE(first->said(), QByteArray("first\n"));
         first->freeze();
+        QDBusConnection observer = QDBusConnection::connectToBus(bus.address(), QStringLiteral("observer"));
+        const auto clients = [&observer] { return observer.interface()->registeredServiceNames().value().size(); };
+        const qsizetype before = clients();
         Copy second(runtime.path(), bus.address());
-        QTest::qWait(300);
+        QTRY_COMPARE(clients(), before + 1);
         QVERIFY(!second.ended());
+        QDBusConnection::disconnectFromBus(observer.name());
         first.reset();
         QTRY_COMPARE(second.said(), QByteArray("first\n"));
     }

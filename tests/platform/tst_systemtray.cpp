@@ -246,7 +246,7 @@ private Q_SLOTS:
         if (first != TrayPanel::Registrar::Silent)
             f.panel.appear(first);
         if (first != TrayPanel::Registrar::WithHost) {
-            QTest::qWait(50);
+            QTRY_VERIFY(f.panel.wasAsked());
             QVERIFY(!f.isAvailable());
             f.panel.showItems();
         }

@@ -6,17 +6,17 @@
 
 namespace zemrak::test {
 
-class ManualClock::Hand final : public Timer
+class ManualClock::ManualTimer final : public Timer
 {
 public:
-    Hand(ManualClock &clock, Repeat repeat, Callback onFired)
+    ManualTimer(ManualClock &clock, Repeat repeat, Callback onFired)
         : m_clock(clock)
         , m_repeat(repeat)
         , m_onFired(std::move(onFired))
     {
-        m_clock.m_hands.append(this);
+        m_clock.m_timers.append(this);
     }
-    ~Hand() override { m_clock.m_hands.removeOne(this); }
+    ~ManualTimer() override { m_clock.m_timers.removeOne(this); }
 
     void start(std::chrono::milliseconds delay) override
     {
@@ -28,7 +28,7 @@ public:
     void stop() override { m_active = false; }
     [[nodiscard]] bool isActive() const override { return m_active; }
 
-    [[nodiscard]] bool isDueBefore(const Hand &other) const
+    [[nodiscard]] bool isDueBefore(const ManualTimer &other) const
     {
         return std::pair(m_due, m_order) < std::pair(other.m_due, other.m_order);
     }
@@ -57,33 +57,33 @@ private:
 ManualClock::~ManualClock()
 {
     // What after() made is nobody else's.
-    const QList<Hand *> left = m_hands;
-    for (Hand *hand : left)
-        delete hand;
+    const QList<ManualTimer *> left = m_timers;
+    for (ManualTimer *timer : left)
+        delete timer;
 }
 
 std::unique_ptr<Timer> ManualClock::makeTimer(Repeat repeat, Callback onFired)
 {
-    return std::make_unique<Hand>(*this, repeat, std::move(onFired));
+    return std::make_unique<ManualTimer>(*this, repeat, std::move(onFired));
 }
 
 void ManualClock::after(std::chrono::milliseconds delay, QObject *context, Callback action)
 {
-    auto *hand = new Hand(*this, Repeat::Once, [context = QPointer(context), action = std::move(action)] {
+    auto *timer = new ManualTimer(*this, Repeat::Once, [context = QPointer(context), action = std::move(action)] {
         if (context)
             action();
     });
-    hand->start(delay);
+    timer->start(delay);
 }
 
 void ManualClock::advance(std::chrono::milliseconds duration)
 {
     const std::chrono::milliseconds end = m_now + duration;
     for (;;) {
-        Hand *next = nullptr;
-        for (Hand *hand : std::as_const(m_hands)) {
-            if (hand->isActive() && hand->due() <= end && (next == nullptr || hand->isDueBefore(*next)))
-                next = hand;
+        ManualTimer *next = nullptr;
+        for (ManualTimer *timer : std::as_const(m_timers)) {
+            if (timer->isActive() && timer->due() <= end && (next == nullptr || timer->isDueBefore(*next)))
+                next = timer;
         }
         if (next == nullptr)
             break;
@@ -95,7 +95,8 @@ void ManualClock::advance(std::chrono::milliseconds duration)
 
 qsizetype ManualClock::pending() const
 {
-    return std::count_if(m_hands.cbegin(), m_hands.cend(), [](const Hand *hand) { return hand->isActive(); });
+    return std::count_if(
+        m_timers.cbegin(), m_timers.cend(), [](const ManualTimer *timer) { return timer->isActive(); });
 }
 
 } // namespace zemrak::test

@@ -6,7 +6,7 @@
 
 namespace zemrak::test {
 
-/// A clock whose hands a test turns. Timers fire from within advance(), in the order of their due times.
+/// A clock that a test sets. Timers fire from within advance(), in the order of their due times.
 class ManualClock final : public Clock
 {
 public:
@@ -23,12 +23,12 @@ public:
     [[nodiscard]] qsizetype pending() const;
 
 private:
-    class Hand;
-    friend class Hand;
+    class ManualTimer;
+    friend class ManualTimer;
 
     qint64 m_wall = 1'700'000'000'000;
     std::chrono::milliseconds m_now{0};
-    QList<Hand *> m_hands;
+    QList<ManualTimer *> m_timers;
     qint64 m_order = 0;
 };
 

@@ -177,6 +177,7 @@ QString TrayPanel::introspect(const QString &) const
 
 bool TrayPanel::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
 {
+    m_wasAsked = true;
     if (m_registrar == Registrar::Silent) {
         m_unanswered.append(message);
         return true;

@@ -30,6 +30,8 @@ public:
     void appear(Registrar registrar = Registrar::WithHost);
     void showItems(); ///< of a registrar that did not; one that was silent answers what it was asked
     void goAway();
+    /// Somebody has asked the registrar something.
+    [[nodiscard]] bool wasAsked() const { return m_wasAsked; }
 
     /// Bus names of the items registered since the panel appeared that are still there.
     [[nodiscard]] QStringList items() const;
@@ -74,6 +76,7 @@ private:
     Registrar m_registrar = Registrar::WithHost;
     QStringList m_items;
     QList<QDBusMessage> m_unanswered;
+    bool m_wasAsked = false;
     QStringList m_signals;
 };
 

@@ -13,7 +13,7 @@ namespace zemrak::linux_ {
 namespace {
 
 const QString relativeFile = QStringLiteral("/autostart/com.zemrak.Printer.desktop");
-constexpr qint64 longestEntry = 64 * 1024; // bytes; nothing honest comes near
+constexpr qint64 longestEntry = 64 * 1024; // bytes; real entries have a few hundred
 
 bool isThere(const QString &file)
 {

@@ -17,9 +17,9 @@ namespace zemrak::linux_ {
 inline constexpr int libraryTimeLimitMs = -1; ///< 25 s
 inline constexpr int noTimeLimitMs = std::numeric_limits<int>::max();
 
-/// Sends `message` without waiting. `done` is called once, in a later turn of the event loop, with the reply or with an
-/// error message; at once with an error where there is no bus. It is not called when `context` is gone by then, or when
-/// the returned watcher was deleted; null as `context`: it is called whoever is gone. The watcher deletes itself.
+/// Sends `message` without waiting. `done` is called once, in a later turn of the event loop, with the reply or an
+/// error message, which it is also where there is no bus. Not called when `context` is destroyed by then, or when the
+/// returned watcher was deleted; with a null `context` it is always called. The watcher deletes itself afterwards.
 QDBusPendingCallWatcher *callAsync(const QDBusConnection &bus, const QDBusMessage &message, QObject *context,
     std::function<void(const QDBusMessage &reply)> done, int timeLimitMs = libraryTimeLimitMs);
 

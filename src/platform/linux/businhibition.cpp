@@ -22,9 +22,9 @@ struct BusInhibition::Hold
 {
     QDBusConnection bus;
     InhibitService service;
-    QDBusUnixFileDescriptor descriptor = {}; ///< held open: closing it is giving back
+    QDBusUnixFileDescriptor descriptor = {}; ///< closing it releases the inhibition
     std::optional<quint32> cookie = {};
-    bool given = false; ///< wanted no more
+    bool given = false; ///< released by this side
 
     void accept(const QDBusMessage &reply)
     {

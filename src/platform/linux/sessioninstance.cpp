@@ -28,8 +28,8 @@ QString socketFile()
 constexpr char activationToken[] = "activation-token";
 constexpr char startupId[] = "desktop-startup-id";
 
-// The launcher's permission to raise a window travels on to the copy that has the window.
-QVariantMap launchersPermission()
+// The launcher's activation token, handed on to the copy that has the window.
+QVariantMap activationData()
 {
     QVariantMap data;
     if (const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); !token.isEmpty())
@@ -44,7 +44,7 @@ bool askOverBus(const QDBusConnection &bus)
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
         busName(), objectPath(), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
-    message.setArguments({launchersPermission()});
+    message.setArguments({activationData()});
     return bus.call(message, QDBus::Block, patienceMs).type() == QDBusMessage::ReplyMessage;
 }
 
@@ -116,7 +116,7 @@ SessionInstance::Outcome SessionInstance::claimName()
         qCDebug(lcInstance) << "No session bus; one copy is ensured by a lock alone";
         return Outcome::Ours;
     }
-    // The object stands before the name is asked for: whoever sees the name taken can call it at once.
+    // The object is registered before the name is requested: whoever sees the name taken can call it at once.
     m_bus.registerObject(objectPath(), this, QDBusConnection::ExportAdaptors);
     constexpr uint doNotQueue = 4;
     constexpr uint primaryOwner = 1;
@@ -157,7 +157,7 @@ void SessionInstance::listen()
 
 void SessionInstance::activate(const QVariantMap &platformData)
 {
-    // Qt's window system plugins take the permission from the environment when a window asks to be raised.
+    // Qt's window system plugins take the token from the environment when a window asks to be raised.
     if (const QByteArray token = platformData.value(QLatin1String(activationToken)).toString().toUtf8();
         !token.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", token);

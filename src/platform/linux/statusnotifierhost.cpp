@@ -40,9 +40,9 @@ void StatusNotifierHost::ask()
     QDBusMessage question = QDBusMessage::createMethodCall(
         registrarName, registrarPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     question.setArguments({QString(registrarName), QStringLiteral("IsStatusNotifierHostRegistered")});
-    question.setAutoStartService(false); // which panel is started is not for us to say
+    question.setAutoStartService(false); // a question must not start a panel
     delete m_question;
-    // One that is slow at login says nothing more once it wakes up; one that goes away ends the call.
+    // No time limit: a registrar that is slow at login sends no signal later. When it goes away the bus ends the call.
     m_question = callAsync(
         m_bus, question, this,
         [this](const QDBusMessage &reply) {

@@ -89,7 +89,7 @@ void TrayMenu::removeRows(qsizetype from, qsizetype count)
 {
     for (qsizetype i = from; i < from + count; ++i) {
         m_menu.removeAction(m_rows.at(i).action);
-        m_rows.at(i).action->deleteLater(); // it may be the one just chosen
+        m_rows.at(i).action->deleteLater(); // it may be emitting triggered()
     }
     m_rows.remove(from, count);
 }
@@ -108,7 +108,7 @@ void TrayMenu::choose(const QAction *action)
         = std::find_if(m_rows.cbegin(), m_rows.cend(), [action](const Row &each) { return each.action == action; });
     if (row == m_rows.cend() || row->entry.kind != Kind::Command)
         return;
-    // The click has flipped the tick; it tells a fact, which changes when the application says so and not before.
+    // QAction has toggled the tick on the click; it is set back, since it shows the application's state.
     write(*row->action, row->entry);
     const StatusCommand command = row->entry.command;
     if (m_chosen)

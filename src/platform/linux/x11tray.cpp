@@ -55,7 +55,7 @@ bool X11Tray::nativeEventFilter(const QByteArray &eventType, void *message, qint
             && event->data.data32[1] == m_selection)
             m_onAppeared();
     }
-    return false; // everybody else may see it too
+    return false; // not filtered out
 }
 
 quint32 X11Tray::atom(const QByteArray &name) const
