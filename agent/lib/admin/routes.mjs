@@ -15,10 +15,11 @@ const DONE = Object.freeze({ ok: true });
 /**
  * The private commands, by method and path.
  * @param {import('../service.mjs').Service} service
- * @returns {Record<string, (call: { request: object, signal: AbortSignal }) => Promise<object> | object>}
+ * @returns {Record<string, (call: import('../http/router.mjs').Call) => Promise<object> | object>}
  */
 export function adminRoutes(service) {
   const { alerts, settings, printers, monitor, cups, updates } = service;
+  /** @type {Record<string, (body: any, signal: AbortSignal) => Promise<object>>} */
   const post = {
     '/admin/alerts/read': async () => { await alerts.markAllRead(); return { body: DONE }; },
     '/admin/alerts/clear': async () => { await alerts.clearResolved(); return { body: DONE }; },

@@ -5,6 +5,13 @@ const badHost = () => new ApiError(421, 'bad_host', 'العنوان المسمو
 const notFound = () => new ApiError(404, 'not_found', 'لا يوجد شيء في هذا المسار.');
 
 /**
+ * What a route is called with: the request, the signal that its client has gone, what stands in the places of the path,
+ * and what follows its question mark.
+ * @typedef {{ request: import('node:http').IncomingMessage, signal: AbortSignal, params: Record<string, string>,
+ *   query: URLSearchParams }} Call
+ */
+
+/**
  * Table of paths. A route answers with { status?, body, headers? }; what it throws becomes an error answer.
  * A group of routes shares a prefix and a guard that runs before a path is even looked up,
  * so that nobody without a right to the group learns its paths.
@@ -16,9 +23,8 @@ export class Router {
    * @param {string} prefix such as "/admin/"
    * @param {(request: import('node:http').IncomingMessage, answerHeaders: Record<string, string>) => void} guard
    *   throws an ApiError to refuse; may add headers that every answer gets, also those of errors
-   * @param {Record<string, (call: { request: object, signal: AbortSignal, params: Record<string, string>,
-   *   query: URLSearchParams }) => Promise<object> | object>} routes by "METHOD /path"; a segment ":name" stands for
-   *   any one segment
+   * @param {Record<string, (call: Call) => Promise<object> | object>} routes by "METHOD /path"; a segment ":name"
+   *   stands for any one segment
    * @param {{ isOwn?: boolean }} how isOwn = only the companion gets past the guard
    */
   group(prefix, guard, routes, { isOwn = false } = {}) {

@@ -28,7 +28,7 @@ export class Printers {
   watchJobs(isBusy) { this.#isBusy = isBusy; }
 
   /**
-   * @returns {object[]} id, name, displayName, type, state, reason?, problem?, protocol, profile, and host, port,
+   * @returns {Record<string, any>[]} id, name, displayName, type, state, reason?, problem?, protocol, profile, and host, port,
    *   transport or queue
    */
   list() {
@@ -46,7 +46,7 @@ export class Printers {
     });
   }
 
-  /** The network printers with all that is known of how to speak to them. @returns {object[]} */
+  /** The network printers with all that is known of how to speak to them. @returns {Record<string, any>[]} */
   network() {
     const { printers, profiles } = this.#settings.values;
     return printers.map((printer) => {
@@ -82,7 +82,7 @@ export class Printers {
   /**
    * Adds a network printer, and waits for the first word from it (at most 1 s).
    * @param {{ name: string, host: string, port: number, transport: string }} fields validated
-   * @returns {Promise<object>} the printer; the one that already has this host and port, if there is one
+   * @returns {Promise<Record<string, any>>} the printer; the one that already has this host and port, if there is one
    */
   async addNetwork({ name, host, port, transport }) {
     const same = (each) => each.host.toLowerCase() === host.toLowerCase() && each.port === port;
@@ -100,7 +100,7 @@ export class Printers {
 
   /**
    * Makes a raw print queue for a USB device.
-   * @returns {Promise<object>} the printer
+   * @returns {Promise<Record<string, any>>} the printer
    */
   async addUsb({ name, uri }) {
     const queue = queueName(name, this.#cups.list().map((each) => each.queue));
