@@ -15,10 +15,10 @@ export const DESIGNER_BODY_BYTES = 4 * 1024 * 1024;
 export const JOB_BODY_BYTES = 25 * 1024 * 1024;
 
 /** Bytes of all bodies being read at one time: two of the largest. */
-export const HELD_BYTES = 52 * 1024 * 1024;
+const HELD_BYTES = 52 * 1024 * 1024;
 
 /** How long a body may take to come, in milliseconds. */
-export const BODY_MS = 30_000;
+const BODY_MS = 30_000;
 
 const BACKSLASH = 0x5c;
 

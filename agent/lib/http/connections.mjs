@@ -12,7 +12,7 @@ export const LIMITS = Object.freeze({ most: 600, late: 100, crowd: 300, peer: 12
  * `silent` outlasts its question. `late` holds in place of it when there are too many; `head` is for a request's
  * header.
  */
-export const PATIENCE = Object.freeze({ silent: 75_000, late: 2000, head: 10_000 });
+const PATIENCE = Object.freeze({ silent: 75_000, late: 2000, head: 10_000 });
 
 const THIN_MS = 1000;
 // Refusals that are answered at once in any such time; who is refused more often than that gets the rest later.

@@ -6,7 +6,7 @@ import { KeptPayloads } from './kept-payloads.mjs';
 
 /** Jobs kept; a few more until the next clearing. The state shows the newest RECENT_JOBS of them. */
 export const MAX_JOBS = 500;
-export const RECENT_JOBS = 200;
+const RECENT_JOBS = 200;
 
 /** How long the key of a request goes on standing for its job once that has ended, in milliseconds. */
 export const KEY_MS = 10 * 60_000;

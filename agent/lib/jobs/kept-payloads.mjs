@@ -2,7 +2,7 @@
 export const MAX_KEPT_BYTES = 8 * 1024 * 1024;
 
 /** The same for all jobs together. */
-export const MAX_ALL_KEPT_BYTES = 32 * 1024 * 1024;
+const MAX_ALL_KEPT_BYTES = 32 * 1024 * 1024;
 
 /** What is to be printed of the jobs that are not over, beside their records in the journal. */
 export class KeptPayloads {

@@ -10,7 +10,7 @@ import { hasEnded } from './history.mjs';
 const FIELDS = ['printer', 'kind', 'commands', 'data', 'encoding', 'options', 'jobName', 'idempotencyKey'];
 
 /** Kinds of sites' jobs. */
-export const KINDS = Object.freeze(['commands', 'raw', 'raster', 'image', 'pdf']);
+const KINDS = Object.freeze(['commands', 'raw', 'raster', 'image', 'pdf']);
 
 /** Jobs of sites: each sees its own only. */
 export class SiteJobs {

@@ -3,7 +3,7 @@ import { runProgram } from '../system/program.mjs';
 import { toBits, trimEnd } from './raster.mjs';
 
 /** Pages that are printed on receipt paper at most. */
-export const MAX_PAGES = 30;
+const MAX_PAGES = 30;
 
 const RENDER_MS = 25_000;
 const OUTPUT_BYTES = 96 * 1024 * 1024;

@@ -6,7 +6,7 @@ import { PictureError, must } from './picture-error.mjs';
 
 /** Largest picture that is read, in pixels, and the longest side. */
 export const MAX_PIXELS = 12_000_000;
-export const MAX_SIDE = 20_000;
+const MAX_SIDE = 20_000;
 
 const SIGNATURE = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]);
 const SAMPLES = { 0: 1, 2: 3, 3: 1, 4: 2, 6: 4 };
@@ -23,7 +23,7 @@ export function mustFit(width, height) {
 }
 
 /** Whether a file begins as PNG files do. */
-export const isPng = (file) => file.subarray(0, 8).equals(SIGNATURE);
+const isPng = (file) => file.subarray(0, 8).equals(SIGNATURE);
 
 /**
  * Reads the head of a PNG file, without unpacking anything.

@@ -63,7 +63,7 @@ export function barcodePayload(format, data) {
 export const starSymbol = (format) => FORMATS[format].star;
 
 /** Dots of a module and of a wide element, GS w being `width`. @returns {[number, number]} */
-export const escposDots = (format, width) => [width, Math.floor((8 * width) / 3)];
+const escposDots = (format, width) => [width, Math.floor((8 * width) / 3)];
 
 /** Dots of a module and of a wide element in a mode (1 to 3) of Star's barcode command. @returns {[number, number]} */
 export const starDots = (format, mode) => (format === 'itf' ? [2 * mode, 5 * mode] : [mode + 1, 3 * (mode + 1)]);

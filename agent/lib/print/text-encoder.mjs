@@ -4,7 +4,7 @@ import iconv from 'iconv-lite';
 import { ENCODINGS } from './encodings.mjs';
 
 /** Code page used when the profile names none: Arabic, page 50 of ESC t. */
-export const DEFAULT_CODEPAGE = Object.freeze({ encoding: 'windows-1256', escT: 50 });
+const DEFAULT_CODEPAGE = Object.freeze({ encoding: 'windows-1256', escT: 50 });
 
 /** @type {Map<string, Map<string, number[]>>} for each encoding the bytes of the characters met so far */
 const tables = new Map();

@@ -4,10 +4,10 @@ import { isTold, problemsOf } from './condition.mjs';
  * Milliseconds that a printer has to fail before it is called offline. A printer that serves one computer at a time
  * refuses others, for as long as a receipt takes; a network may be gone for two seconds.
  */
-export const GRACE = Object.freeze({ refused: 4500, silent: 2000 });
+const GRACE = Object.freeze({ refused: 4500, silent: 2000 });
 
 /** Milliseconds without an answer after which what a printer said before counts no more. */
-export const STALE_MS = 15_000;
+const STALE_MS = 15_000;
 
 /** What is known of one network printer. Pure: the time is given. */
 export class Facts {

@@ -3,7 +3,7 @@ import { TcpLink, connectPrinter } from './tcp-link.mjs';
 import { askAll, listen } from './questions.mjs';
 
 /** Milliseconds a printer has to accept a connection, and to answer the first question. */
-export const PROBE_MS = 900;
+const PROBE_MS = 900;
 const ANSWER_MS = 700;
 
 /**

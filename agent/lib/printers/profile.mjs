@@ -6,7 +6,7 @@ const oneOf = (...values) => (value) => values.includes(value);
 /**
  * Letters of any script with their marks, decimal digits of any script and blanks; 1 to 64 characters, not only blanks.
  */
-export function isAlias(value) {
+function isAlias(value) {
   return typeof value === 'string' && [...value].length <= 64 && /^[\p{L}\p{M}\p{Nd} ]+$/u.test(value) && value.trim() !== '';
 }
 

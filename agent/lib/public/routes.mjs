@@ -11,10 +11,10 @@ import { jobView, printerView } from './views.mjs';
 const MAX_OPEN = 100;
 
 /** Jobs that one request follows. */
-export const MAX_FOLLOWED = 100;
+const MAX_FOLLOWED = 100;
 
 /** Longest time that a question about a job waits for a change, in milliseconds. */
-export const MAX_WAIT_MS = 25_000;
+const MAX_WAIT_MS = 25_000;
 
 /**
  * The sites' commands, by method and path.

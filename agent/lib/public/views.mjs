@@ -3,11 +3,7 @@ import { confirmedOf } from '../jobs/confirmed.mjs';
 
 /**
  * A job as its site sees it. Times are milliseconds since 1970; `revision` grows with every change.
-<<<<<<< HEAD
  * @param {any} job its record
-=======
- * @param {any} record
->>>>>>> 5f6cabe (admin: hold the requests to the declared types; docs: what the requests answer now)
  */
 export function jobView({ printerId, revision = 0, ...job }) {
   return {

@@ -2,7 +2,7 @@ import { RateLimit } from '../system/rate-limit.mjs';
 import { normaliseOrigin } from './origins.mjs';
 
 /** Sites that are remembered. */
-export const MAX_ASKED = 20;
+const MAX_ASKED = 20;
 // Names that any program may make up: so many new ones in a minute.
 const MAX_NEW = 10;
 // How exactly the time is told, in milliseconds: a page that goes on asking must not change what the window shows.

@@ -87,7 +87,10 @@ export function runProgram(file, args, { timeoutMs = 5000, input, signal, cwd, o
       signal?.removeEventListener('abort', kill);
       resolve({ ...result, stdout: Buffer.concat(out).toString('utf8'), stderr: Buffer.concat(err).toString('utf8') });
     };
-    child.on('error', (error) => { result.isMissing = error.code === 'ENOENT'; settle(); });
+    child.on('error', (/** @type {NodeJS.ErrnoException} */ error) => {
+      result.isMissing = error.code === 'ENOENT';
+      settle();
+    });
     closeSoonAfterExit(child);
     child.on('close', (status) => { result.status = status ?? -1; settle(); });
     if (input && child.stdin) {

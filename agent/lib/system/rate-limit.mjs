@@ -3,7 +3,7 @@ import { ApiError } from '../api-error.mjs';
 const WINDOW_MS = 60_000;
 
 /** Print requests that one site may send within any minute. */
-export const MAX_REQUESTS = 120;
+const MAX_REQUESTS = 120;
 
 const TOO_MANY = 'طلبات الطباعة كثيرة. الحد 120 طلبًا في الدقيقة لكل موقع.';
 
