@@ -11,9 +11,9 @@
  *
  * Every function throws LocalPrintError. "unavailable" means that nothing has been sent. A job that failed with
  * "interrupted" or "uncertain_after_restart" may be on the paper: never send it again, here or elsewhere, without
- * asking a person. "interrupted" is also thrown when the service went away after the request had left; `job` is then its
- * last known state (null when it was never answered for). What is always safe, within 10 minutes of the first call, is the
- * very same call with the same `idempotencyKey`, the error's own: it gives that job, and no second paper.
+ * asking a person. "interrupted" is also thrown when the service went away after the request had left; `job` is then
+ * its last known state (null when it was never answered for). What is always safe, within 10 minutes of the first call,
+ * is the very same call with the same `idempotencyKey`, the error's own: it gives that job, and no second paper.
  */
 
 const HTTP = 'http://127.0.0.1:17731';
@@ -39,6 +39,14 @@ const LOOK_TIME = 1000;
 const UNJUDGED = [401, 403, 429, 503];
 
 const isBrowser = typeof window !== 'undefined' && typeof document !== 'undefined';
+
+/**
+ * @typedef {Record<string, any> & { id: string, status: string, revision: number }} Job
+ * @typedef {{ printerName: string, options?: Record<string, any>, jobName?: string, idempotencyKey?: string,
+ *   wait?: boolean, onUpdate?: (job: Job) => void, signal?: AbortSignal }} JobOptions
+ */
+
+/** @type {Record<string, any>} */
 const settings = {
   clientName: undefined, origin: undefined, baseUrls: null, token: undefined, fetch: undefined, showNumber: undefined,
 };
@@ -53,9 +61,14 @@ let pairing = null;
  * `isLate`: something is there, but gave no answer in time.
  */
 export class LocalPrintError extends Error {
-  constructor(code, message, {
-    status = 0, retryAfter = null, job = null, idempotencyKey = null, isLate = false, cause,
-  } = {}) {
+  /**
+   * @param {string} code
+   * @param {string} message in Arabic
+   * @param {{ status?: number, retryAfter?: number | null, job?: Job | null, idempotencyKey?: string | null,
+   *   isLate?: boolean, cause?: unknown }} more status = the answer's, 0 = none; retryAfter = seconds
+   */
+  constructor(code, message, more = {}) {
+    const { status = 0, retryAfter = null, job = null, idempotencyKey = null, isLate = false, cause } = more;
     super(message, { cause });
     this.name = 'LocalPrintError';
     this.code = code;
@@ -74,7 +87,7 @@ export class LocalPrintError extends Error {
  *   clientName = shown to the person; origin = needed outside browsers, an address on the list of allowed sites;
  *   token = one kept from earlier (Node.js: else from ZEMRAK_PRINTER_TOKEN); baseUrls = where to look instead of the
  *   usual ports; showNumber = shows the number while the person is asked, and gives back what takes it away
- * @returns {Promise<{ baseUrl: string, version: string, platform: string, token: string }>}
+ * @returns {Promise<{ baseUrl: string | null, version: string, platform: string, token: string | null }>}
  */
 export async function connectLocalPrint(options = {}) {
   for (const [name, value] of Object.entries(options)) if (value !== undefined) settings[name] = value;
@@ -112,13 +125,12 @@ export async function getLocalPrinterStatus(printerName) {
 
 /**
  * Prints commands: text, feed, barcode, qr, cut, drawer, beep.
- * @param {object[]} commands
- * @param {{ printerName: string, options?: object, jobName?: string, idempotencyKey?: string, wait?: boolean,
- *   onUpdate?: (job: object) => void, signal?: AbortSignal }} job
+ * @param {Record<string, any>[]} commands
+ * @param {JobOptions} job
  *   idempotencyKey = one that stays the same for the same paper (an order's number, say): within 10 minutes a second
  *   call with it, a double click, prints nothing; wait: false = return the accepted job at once; onUpdate = told of
  *   every change
- * @returns {Promise<object>} the job, completed
+ * @returns {Promise<Job>} the job, completed
  */
 export function printCommands(commands, job) { return print({ kind: 'commands', commands }, job); }
 
@@ -140,9 +152,13 @@ export function printPdfBase64(base64, job) {
 /** Sends ESC/POS bytes as they are, in hex. */
 export function sendEscposHex(hex, job) { return print({ kind: 'raw', encoding: 'hex', data: hex }, job); }
 
-/** Opens the cash drawer; pin "2", "5" or "both", or as the printer is set. */
-export function openCashDrawer({ pin, ...job } = {}) {
-  return command('drawer', pin === undefined ? {} : { pin }, job);
+/**
+ * Opens the cash drawer; pin "2", "5" or "both", or as the printer is set.
+ * @param {JobOptions & { pin?: string }} job
+ */
+export function openCashDrawer(job) {
+  const { pin, ...rest } = job ?? {};
+  return command('drawer', pin === undefined ? {} : { pin }, rest);
 }
 
 /** Cuts the paper. */
@@ -151,9 +167,15 @@ export function cutPaper(job) { return command('cut', {}, job); }
 /** Prints a test page. */
 export function printTestPage(job) { return command('test', {}, job); }
 
-/** A job as it stands; with `wait` (milliseconds, at most 25000) after it has changed since revision `after`. */
+/**
+ * A job as it stands; with `wait` (milliseconds, at most 25000) after it has changed since revision `after`.
+ * @param {string} id
+ * @param {{ after?: number, wait?: number }} options
+ * @returns {Promise<Job>}
+ */
 export async function getLocalPrintJob(id, { after, wait } = {}) {
-  const query = new URLSearchParams(Object.entries({ after, wait }).filter(([, value]) => value !== undefined));
+  const query = new URLSearchParams();
+  for (const [name, value] of Object.entries({ after, wait })) if (value !== undefined) query.set(name, String(value));
   return (await request('GET', `/v1/jobs/${encodeURIComponent(id)}?${query}`)).job;
 }
 
@@ -214,12 +236,15 @@ async function findService() {
   throw failure;
 }
 
-/** Browsers may ask the person for leave to reach this computer: silence for seconds then says nothing of the service. */
+/**
+ * Browsers may ask the person for leave to reach this computer: no answer within seconds then says nothing about the
+ * service.
+ */
 async function helloTimeout() {
   // Today's name and the one before it; the first that the browser knows counts.
   for (const name of isBrowser && navigator.permissions ? ['loopback-network', 'local-network-access'] : []) {
     try {
-      const { state } = await navigator.permissions.query({ name });
+      const { state } = await navigator.permissions.query({ name: /** @type {PermissionName} */ (name) });
       return state === 'prompt' ? LEAVE_TIMEOUT : HELLO_TIMEOUT;
     } catch { /* not a name of this browser */ }
   }
@@ -260,20 +285,34 @@ function showNumber(number) {
   return () => note.remove();
 }
 
+/**
+ * @param {string} method
+ * @param {string} path
+ * @param {{ body?: unknown, key?: string, signal?: AbortSignal }} content
+ */
 async function request(method, path, content = {}) {
   if (!base) await findService();
   if (!readToken()) await pair();
-  const how = { timeout: REQUEST_TIMEOUT, signal: content.signal };
   try {
-    return await send(base, method, path, content, { ...how, token: readToken() });
+    return await send(base, method, path, content, {
+      token: readToken(), timeout: REQUEST_TIMEOUT, signal: content.signal,
+    });
   } catch (error) {
     if (error.code !== 'unauthorized') throw error;
     keepToken(null);
     await pair();
-    return send(base, method, path, content, { ...how, token: readToken() });
+    return send(base, method, path, content, { token: readToken(), timeout: REQUEST_TIMEOUT, signal: content.signal });
   }
 }
 
+/**
+ * One request to the service.
+ * @param {string | null} url of the service; without one it counts as unavailable
+ * @param {string} method
+ * @param {string} path
+ * @param {{ body?: unknown, key?: string }} content
+ * @param {{ token?: string | null, timeout: number, signal?: AbortSignal }} how timeout = milliseconds
+ */
 async function send(url, method, path, { body, key }, { token, timeout, signal }) {
   const headers = {};
   if (token) headers.Authorization = `Bearer ${token}`;
@@ -289,9 +328,11 @@ async function send(url, method, path, { body, key }, { token, timeout, signal }
   let response;
   let answer;
   try {
-    const text = body === undefined ? undefined : JSON.stringify(body);
-    const options = { method, headers, body: text, signal: limit.signal, cache: 'no-store' };
-    response = await (settings.fetch ?? globalThis.fetch)(url + path, options);
+    if (url === null) throw new TypeError('no service is known');
+    response = await (settings.fetch ?? globalThis.fetch)(url + path, {
+      method, headers, body: body === undefined ? undefined : JSON.stringify(body), signal: limit.signal,
+      cache: 'no-store',
+    });
     answer = await response.json();
   } catch {
     if (signal?.aborted) throw new LocalPrintError('aborted', 'أُلغي الانتظار.');
@@ -302,20 +343,38 @@ async function send(url, method, path, { body, key }, { token, timeout, signal }
   }
   if (response.ok) return answer;
   const { code = 'unknown', message = '' } = answer?.error ?? {};
-  const retryAfter = Number(response.headers.get('Retry-After')) || null;
-  throw new LocalPrintError(code, message, { status: response.status, retryAfter });
+  throw new LocalPrintError(code, message, {
+    status: response.status, retryAfter: Number(response.headers.get('Retry-After')) || null,
+  });
 }
 
-async function print(content, { printerName, options, jobName, ...rest } = {}) {
-  const more = { ...(options ? { options } : {}), ...(jobName ? { jobName } : {}) };
-  return submit('/v1/jobs', { printer: nameOf(printerName), ...content, ...more }, rest);
+/**
+ * @param {object} content
+ * @param {JobOptions} job of a call without one nameOf() complains
+ */
+async function print(content, job) {
+  const { printerName, options, jobName, ...rest } = job ?? {};
+  const extras = { ...(options ? { options } : {}), ...(jobName ? { jobName } : {}) };
+  return submit('/v1/jobs', { printer: nameOf(printerName), ...content, ...extras }, rest);
 }
 
-async function command(name, body, { printerName, ...rest } = {}) {
+/**
+ * @param {string} name
+ * @param {object} body
+ * @param {JobOptions} job
+ */
+async function command(name, body, job) {
+  const { printerName, ...rest } = job ?? {};
   return submit(`/v1/printers/${encodeURIComponent(nameOf(printerName))}/${name}`, body, rest);
 }
 
+/**
+ * @param {string} path
+ * @param {object} body
+ * @param {Partial<JobOptions>} how
+ */
 async function submit(path, body, { idempotencyKey = newKey(), wait = true, onUpdate, signal }) {
+  /** @type {{ job: any, idempotencyKey: string }} */
   const known = { job: null, idempotencyKey };
   // Asked first: while the service is not there, nothing has been sent. Once a request has left, that is not known.
   await patiently(() => reach(signal), signal).catch((error) => { throw told(error, known); });
@@ -328,8 +387,9 @@ async function submit(path, body, { idempotencyKey = newKey(), wait = true, onUp
   try {
     ({ job: known.job } = await patiently(accept, signal, { away: JOB_RESTART_TIME, late: ACCEPT_TIME }));
   } catch (error) {
-    const isUnknown = isUnanswered && (error.code === 'unavailable' || UNJUDGED.includes(error.status));
-    throw isUnknown ? interrupted(error, known) : told(error, known);
+    throw isUnanswered && (error.code === 'unavailable' || UNJUDGED.includes(error.status))
+      ? interrupted(error, known)
+      : told(error, known);
   }
   onUpdate?.(known.job);
   return wait ? follow(known, onUpdate, signal) : known.job;
@@ -356,17 +416,21 @@ async function follow(known, onUpdate, signal) {
 
 // Browsers open few connections to one place: all jobs are followed by one request, begun anew when another job joins.
 const followed = new Set();
+/** @type {AbortController | null} */
 let joining = null;
 
 /** The job once it is another than the given one. */
 function changeOf({ id, revision }, signal) {
   return new Promise((resolve, reject) => {
-    const settle = (call, value) => {
-      followed.delete(entry);
-      signal?.removeEventListener('abort', abort);
-      call(value);
+    const entry = {
+      id, revision,
+      settle: (call, value) => {
+        followed.delete(entry);
+        signal?.removeEventListener('abort', abort);
+        call(value);
+      },
+      resolve, reject,
     };
-    const entry = { id, revision, settle, resolve, reject };
     const abort = () => entry.settle(reject, new LocalPrintError('aborted', 'أُلغي الانتظار.'));
     if (signal?.aborted) return void abort();
     signal?.addEventListener('abort', abort, { once: true });
@@ -379,11 +443,11 @@ function changeOf({ id, revision }, signal) {
 async function followAll() {
   while (followed.size > 0) {
     joining = new AbortController();
+    const { signal } = joining;
     const entries = [...followed].slice(0, MAX_FOLLOWED);
     try {
-      const { signal } = joining;
-      const patience = { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME };
-      const { jobs, isWhole } = await patiently(() => lookAt(entries, signal), signal, patience);
+      const limits = { away: JOB_RESTART_TIME, late: JOB_RESTART_TIME };
+      const { jobs, isWhole } = await patiently(() => lookAt(entries, signal), signal, limits);
       for (const entry of entries) {
         const now = jobs.find(({ id }) => id === entry.id);
         if (now ? now.revision !== entry.revision || ENDED.includes(now.status) : isWhole) {
@@ -418,8 +482,10 @@ async function lookAt(entries, signal) {
 
 const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
 const told = (error, known) => (error instanceof LocalPrintError ? Object.assign(error, known) : error);
-const INTERRUPTED = 'انقطع الاتصال بخدمة الطباعة بعد إرسال الوظيفة. تحقق من الورق قبل إعادة الطباعة.';
-const interrupted = (cause, known) => new LocalPrintError('interrupted', INTERRUPTED, { ...known, cause });
+const interrupted = (cause, known) => {
+  const message = 'انقطع الاتصال بخدمة الطباعة بعد إرسال الوظيفة. تحقق من الورق قبل إعادة الطباعة.';
+  return new LocalPrintError('interrupted', message, { ...known, cause });
+};
 
 /**
  * Repeats what is safe to repeat: while the service restarts for up to `away` milliseconds, and while it is there but
@@ -442,8 +508,9 @@ async function patiently(attempt, signal, { away = RESTART_TIME, late = RESTART_
 }
 
 function nameOf(printerName) {
-  const isName = typeof printerName === 'string' && printerName !== '';
-  if (!isName) throw new LocalPrintError('invalid_request', 'حدّد الطابعة في printerName.');
+  if (typeof printerName !== 'string' || printerName === '') {
+    throw new LocalPrintError('invalid_request', 'حدّد الطابعة في printerName.');
+  }
   return printerName;
 }
 
