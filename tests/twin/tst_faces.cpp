@@ -60,8 +60,9 @@ private Q_SLOTS:
             const auto first = shop.connect();
             QTRY_COMPARE(shop.printer().openLines(), 1);
             const auto second = shop.connect();
-            QTRY_COMPARE(second->state(), QAbstractSocket::UnconnectedState);
-            QCOMPARE(shop.journal().toJson().value(QLatin1String("refused")).toInt(), 1);
+            // Reset at once; Qt may take that for a connection that is still being made, and make it again.
+            QTRY_VERIFY(shop.journal().toJson().value(QLatin1String("refused")).toInt() >= 1);
+            QCOMPARE(shop.printer().openLines(), 1);
         }
         QTRY_COMPARE(shop.printer().openLines(), 0);
         shop.turn("connections=one-waits");
