@@ -8,6 +8,7 @@
 #include "support/warnings.h"
 #include "ui/kit/appearance.h"
 #include "ui/presenters/designer/designerpresenter.h"
+#include "ui/window/shell/uicontext.h"
 #include "ui/window/shell/windowengine.h"
 
 #include <QAccessible>
@@ -52,6 +53,7 @@ private Q_SLOTS:
         QAccessible::setActive(true);
         m_appearance.overrideReducedMotion(true);
         m_engine = makeWindowEngine(m_stage.services(), m_appearance, m_designer);
+        UiContext::of(m_engine.get()).beginSession();
         QQmlComponent bench(m_engine.get());
         bench.setData("import QtQuick\nimport Zemrak.Kit\nBaseWindow { width: 600; height: 400; visible: true\n"
                       "property Flickable flickable: held; Flickable { id: held } }",

@@ -148,6 +148,7 @@ private Q_SLOTS:
         box->setParentItem(root());
         box->setSize({400, 150});
         QVERIFY(shown(box, QStringLiteral("لا توجد رسائل.")));
+        box->setProperty("log", lines(1, 40));
         QQuickItem *scroll = withProperty(box, "contentY");
         QQuickItem *text = withProperty(box, "selectedText");
         const auto place = [scroll] { return scroll->property("contentY").toDouble(); };
@@ -162,7 +163,6 @@ private Q_SLOTS:
             return line;
         };
 
-        box->setProperty("log", lines(1, 40));
         QVERIFY(end() > 100);
         QCOMPARE(place(), end());
         box->setProperty("log", lines(1, 60));

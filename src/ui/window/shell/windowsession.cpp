@@ -40,6 +40,7 @@ WindowSession::WindowSession(const MainWindowServices &services, Appearance &app
 }
 
 // Deleted at once: there is no scene any more. The profile's presenter passes what it has not sent on to the saver.
+// Those of sheets that were closed in this turn of the event loop go as children.
 WindowSession::~WindowSession()
 {
     delete m_profile.release();
@@ -124,14 +125,14 @@ void WindowSession::openProfile()
     else if (!m_view.editedPrinter())
         return;
     m_profile.reset(m_view.editedPrinter() ? new ProfilePresenter(
-                        withNewestProfile(*m_view.editedPrinter(), m_saver), m_clock, m_agent.commands(), m_saver)
+                        withNewestProfile(*m_view.editedPrinter(), m_saver), m_clock, m_agent.commands(), m_saver, this)
                                            : nullptr);
     Q_EMIT profileChanged();
 }
 
 void WindowSession::openAddPrinter()
 {
-    m_addPrinter.reset(m_view.isAdding() ? new AddPrinterPresenter(m_agent.commands()) : nullptr);
+    m_addPrinter.reset(m_view.isAdding() ? new AddPrinterPresenter(m_agent.commands(), this) : nullptr);
     Q_EMIT addPrinterChanged();
 }
 
@@ -139,7 +140,7 @@ void WindowSession::openWizard()
 {
     if (m_view.showsOnboarding() == (m_wizard != nullptr))
         return;
-    m_wizard.reset(m_view.showsOnboarding() ? new WizardPresenter(m_agent) : nullptr);
+    m_wizard.reset(m_view.showsOnboarding() ? new WizardPresenter(m_agent, this) : nullptr);
     Q_EMIT wizardChanged();
 }
 
