@@ -99,10 +99,11 @@ QList<PreviewLine> previewLines(const DesignerDoc &doc, const QString &stamp)
     header(paper, doc);
     details(paper, doc, stamp);
     amounts(paper, doc);
-    // A symbol without content is not printed, whatever the switches say.
-    if (doc.qrEnabled && isFilled(doc.qrData))
+    // Also while there is no content yet: it shows where the symbol goes, and beside the field stands that there is
+    // nothing to print.
+    if (doc.qrEnabled)
         paper.symbol(QStringLiteral("qrcode"), qrDots(doc.qrData, doc.qrSize, doc.paperWidthMm));
-    if (doc.barcodeEnabled && isFilled(doc.barcodeData))
+    if (doc.barcodeEnabled)
         paper.symbol(QStringLiteral("barcode"), barcodeDots(doc.barcodeFormat, doc.barcodeData, doc.paperWidthMm));
     paper.centred(QStringLiteral("footer"), doc.footer, {}, true);
     paper.centred(QStringLiteral("footerNote"), doc.footerNote);
