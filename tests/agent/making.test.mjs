@@ -55,6 +55,9 @@ test('a line that is full, and tasks that take much memory', async () => {
   assert.equal(await given, 'gone');
   answer('h1');
   assert.ok(tasks.includes('h2') && !tasks.includes('b3'));
+  // A task that is never answered keeps the process alive for its whole time.
+  for (let n = 0; n < tasks.length; n += 1) if (!['h1', 'a1'].includes(tasks[n])) answer(tasks[n]);
+  assert.equal(tasks.length, 8, 'all that was not refused');
 });
 
 test('threads that end, fail or take too long cost their own task alone', async () => {

@@ -35,6 +35,9 @@ function makeBundle(folder, version, { keys, mode = 0o755 } = {}) {
   writeFileSync(path.join(folder, 'resources/agent/lib/update/key.mjs'),
     `export const RELEASE_PUBLIC_KEY = '${publicText(keys)}';\n`);
   symlinkSync(process.execPath, path.join(folder, 'resources/node'));
+  // A released service has its packages within its own files; these have them from beside the bundle.
+  const packages = path.join(path.dirname(folder), 'node_modules');
+  if (!existsSync(packages)) symlinkSync(tree('node_modules'), packages);
   return folder;
 }
 
