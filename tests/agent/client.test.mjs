@@ -1,7 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
-import { fakePrinter, fakeProgram, privateHome, startService, until } from './support/service.mjs';
+import { OFFLINE_MS, fakePrinter, fakeProgram, privateHome, startService, until } from './support/service.mjs';
 import { ORIGIN } from './support/site.mjs';
 import * as client from '../../sdk/zemrak-local-print-client.mjs';
 
@@ -45,7 +45,7 @@ test('the client pairs, prints every kind and follows jobs to their end', async 
   await service.post('/admin/revoke', { id: ORIGIN });
   assert.equal((await client.listLocalPrinters()).length, 1);
   await printer.close();
-  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline');
+  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline', OFFLINE_MS);
   const waiting = await client.printCommands([{ type: 'text', text: 'x' }], { ...to, wait: false });
   await until(async () => (await client.getLocalPrintJob(waiting.id)).status === 'waiting', 'the job to wait');
   const cancelling = { ...to, onUpdate: ({ id: job, status }) => { if (status === 'queued') void client.cancelLocalPrintJob(job); } };

@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import net from 'node:net';
 import { existsSync, readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
-import { designerDoc, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { OFFLINE_MS, designerDoc, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService, until } from './support/service.mjs';
 import { openLpd } from '../../agent/lib/printers/transport-lpd.mjs';
 import { TcpLink } from '../../agent/lib/printers/tcp-link.mjs';
 import { printSystem } from './support/print-system.mjs';
@@ -85,7 +85,7 @@ test('a printer that is off: refused at once and on record', async (t) => {
   const gone = await fakePrinter(t);
   const id = await service.addPrinter(gone.port);
   await gone.close();
-  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline');
+  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline', OFFLINE_MS);
   for (const [route, body] of [['/admin/test', { printer: id }], ['/admin/printers/action', { id, action: 'cut' }], ['/admin/designer/print', { printer: id, doc: designerDoc() }]]) {
     const answer = await service.post(route, body);
     assert.deepEqual([answer.status, answer.body.error.code], [409, 'offline'], route);

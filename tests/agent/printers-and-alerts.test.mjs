@@ -1,6 +1,6 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
+import { OFFLINE_MS, fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
 import { stored, testJournal } from './support/store.mjs';
 import { NetworkMonitor } from '../../agent/lib/printers/monitor.mjs';
 import { Alerts, MAX_ALERTS } from '../../agent/lib/alerts/alerts.mjs';
@@ -47,7 +47,7 @@ test('a printer that goes and comes back: one alert for each time', async (t) =>
   await until(() => stored(home, 'alerts').some(({ id: each }) => each === second.id), 'the alert to be on disk');
   await service.stop('SIGKILL');
   const again = await startService(t, { home });
-  await until(async () => (await again.printer(id)).state === 'offline', 'the printer to be known as offline');
+  await until(async () => (await again.printer(id)).state === 'offline', 'the printer to be known as offline', OFFLINE_MS);
   assert.deepEqual((await again.alerts()).map((alert) => alert.id), [second.id, first.id], 'a restart is no new occurrence');
   assert.equal((await again.post('/admin/printers/remove', { id })).status, 200);
   assert.ok((await again.alerts())[0].resolvedAt, 'a printer that is gone has no problems');
@@ -134,7 +134,7 @@ test('what a printer says, does not say, and does not take, becomes its state an
     [silence, 2, ['offline', 'unreachable', 'offline']],
     [says({}), 3, ['ready', '', '']],
     [refusal, 3, ['ready', '', '']],
-    [refusal, 3, ['ready', '', ''], 'one that serves another computer refuses for as long as a receipt takes'],
+    [{ ok: false, cause: 'ECONNRESET' }, 3, ['ready', '', ''], 'one that serves another computer refuses for as long as a receipt takes'],
     [refusal, 1.6, ['offline', 'unreachable', 'offline']],
     [{ ok: false, cause: 'EHOSTUNREACH' }, 3, ['offline', 'no_route', 'offline']],
     [says({ paper: 'low' }), 3, ['ready', '', 'paper-low']],
@@ -171,6 +171,9 @@ test('two askers share an answer, a job has the printer for itself, and a printe
   held.release(null);
   await world.monitor.probeAll();
   assert.deepEqual([world.asked, world.monitor.status('p').state], [2, 'ready']);
+  const dropped = await world.monitor.hold({ id: 'p' });
+  dropped.release(Object.assign(new Error('offline'), { cause: 'ECONNRESET' }));
+  assert.equal(world.monitor.status('p').state, 'ready', 'a printer that turns a job away at once is there');
   const stranger = watched(t, { dialogue: undefined });
   for (let n = 0; n < 2; n += 1) await stranger.step(mute);
   assert.deepEqual(stranger.learnt, [{ language: 'none' }]);

@@ -1,7 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
-import { fakePrinter, fakeProgram, plant, privateHome, startService, until } from './support/service.mjs';
+import { OFFLINE_MS, fakePrinter, fakeProgram, plant, privateHome, startService, until } from './support/service.mjs';
 import { storedJobs } from './support/store.mjs';
 import { talkingPrinter } from './support/talking-printer.mjs';
 import { ORIGIN, raw, siteOf, text } from './support/site.mjs';
@@ -137,7 +137,7 @@ test('a printer by its id, name or alias; its status, paper and cover', async (t
   assert.equal((await status(open)).paper, 'unknown', 'one that might print the question is not asked');
   await service.post('/admin/profile', { id: open, profile: { role: null } });
   await wordy.close();
-  await until(async () => (await status(open)).state === 'offline', 'the printer to be offline');
+  await until(async () => (await status(open)).state === 'offline', 'the printer to be offline', OFFLINE_MS);
 });
 
 test('a job waits for a printer that is off, as long as it says', async (t) => {
@@ -155,7 +155,7 @@ test('a job waits for a printer that is off, as long as it says', async (t) => {
   const hasty = await site.print(id, { ...text('hasty'), options: { cut: false, maxWaitSeconds: 1 } });
   assert.deepEqual([(await site.call('DELETE', `/v1/jobs/${cancelled}`)).body.job.status, (await site.call('DELETE', `/v1/jobs/${cancelled}`)).status], ['cancelled', 200]);
   assert.deepEqual(await endOf(site, hasty), ['failed', 'offline'], 'behind a patient one, it does not wait longer than it wants to');
-  await until(async () => (await service.printer(id)).state === 'offline', 'waiting not to be taken for being busy');
+  await until(async () => (await service.printer(id)).state === 'offline', 'waiting not to be taken for being busy', OFFLINE_MS);
   const again = await fakePrinter(t, { port });
   const done = await site.ended(patient);
   assert.deepEqual([done.status, done.jobName, done.printer, done.printerName], ['completed', 'Order 7', id, 'Kitchen']);
@@ -163,7 +163,7 @@ test('a job waits for a printer that is off, as long as it says', async (t) => {
   assert.equal((await site.call('DELETE', `/v1/jobs/${patient}`)).body.error.code, 'not_cancellable');
 
   await again.close();
-  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline');
+  await until(async () => (await service.printer(id)).state === 'offline', 'the printer to be offline', OFFLINE_MS);
   const doomed = await site.print(id, text('doomed'));
   await site.reaches(doomed, 'waiting');
   assert.equal((await site.call('DELETE', `/v1/jobs/${doomed}`)).body.job.status, 'cancelled', 'also the first in line');
@@ -234,7 +234,7 @@ test('a key prints once: at the same time, again, after a restart, not across si
   const off = await fakePrinter(t);
   const offId = await service.addPrinter(off.port, 'Off');
   await off.close();
-  await until(async () => (await service.printer(offId)).state === 'offline', 'the printer to be offline');
+  await until(async () => (await service.printer(offId)).state === 'offline', 'the printer to be offline', OFFLINE_MS);
   const open = () => site.post(`/v1/printers/${offId}/drawer`, {}, { 'Idempotency-Key': 'off' });
   assert.equal((await open()).body.error.code, 'offline');
   await fakePrinter(t, { port: off.port });

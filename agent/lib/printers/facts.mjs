@@ -2,9 +2,10 @@ import { isTold, problemsOf } from './condition.mjs';
 
 /**
  * Milliseconds that a printer has to fail before it is called offline. A printer that serves one computer at a time
- * refuses others, for as long as a receipt takes; a network may be gone for two seconds.
+ * refuses others, for as long as a receipt takes; a network may be gone for two seconds. A little less than three
+ * periods of doubt: the fourth try tells, also when its timer is early.
  */
-const GRACE = Object.freeze({ refused: 4500, silent: 2000 });
+const GRACE = Object.freeze({ refused: 4400, silent: 2000 });
 
 /** Milliseconds without an answer after which what a printer said before counts no more. */
 const STALE_MS = 15_000;

@@ -1,7 +1,7 @@
 import { Facts } from './facts.mjs';
 import { PrinterAlerts } from './printer-alerts.mjs';
 import { probe } from './probe.mjs';
-import { reasonOf } from './tcp-link.mjs';
+import { isRefusal, reasonOf } from './tcp-link.mjs';
 
 /**
  * Milliseconds between two questions to a printer: while something is wrong or somebody looks, so that a change is told
@@ -138,7 +138,7 @@ export class NetworkMonitor {
         isHeld = false;
         record.holders -= 1;
         if (!error) this.#note(id, () => facts.reached());
-        else if (error.cause) this.#failed(id, error.cause, now(), error.cause !== 'ECONNREFUSED');
+        else if (error.cause) this.#failed(id, error.cause, now(), !isRefusal(error.cause));
         record.due = error ? now() + PERIOD.near / 2 : Math.max(record.due, now() + PERIOD.near);
         this.#schedule();
       },
@@ -197,7 +197,7 @@ export class NetworkMonitor {
   }
 
   #failed(id, cause, since, isCertain) {
-    const failure = { reason: reasonOf(cause), refused: cause === 'ECONNREFUSED', since, isCertain };
+    const failure = { reason: reasonOf(cause), refused: isRefusal(cause), since, isCertain };
     this.#note(id, (facts) => facts.failed(failure, this.#system.now()));
   }
 

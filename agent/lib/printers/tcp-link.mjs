@@ -20,6 +20,13 @@ const NO_ROUTE = new Set(['ENETUNREACH', 'EHOSTUNREACH', 'EPERM', 'EACCES', 'ENE
 export function reasonOf(code) { return NO_ROUTE.has(code) ? 'no_route' : 'unreachable'; }
 
 /**
+ * Whether a connection that failed met somebody who turned it away, as a printer does that serves another computer:
+ * at once, or after its system had taken it.
+ * @param {string} code the system's
+ */
+export function isRefusal(code) { return code === 'ECONNREFUSED' || code === 'ECONNRESET'; }
+
+/**
  * Opens a connection to a printer.
  * @param {{ host: string, port: number }} printer
  * @param {number} connectMs from the address on; a name is looked up before
@@ -40,7 +47,7 @@ export async function connectPrinter({ host, port }, connectMs = TIMES.connect, 
     const fail = (error) => {
       settle();
       socket.on('error', () => {}).destroy();
-      if (address !== host && error.code !== 'ECONNREFUSED') names.doubt(host);
+      if (address !== host && !isRefusal(error.code)) names.doubt(host);
       reject(offline(error.code));
     };
     const gone = () => fail({ code: 'timeout' });

@@ -19,6 +19,12 @@ async function endChildren(home) {
   await Promise.all(own.map(([, { exited }]) => exited));
 }
 
+/**
+ * Milliseconds in which a printer that went off is called so: the next look at it comes after 2.7 s, and it has to refuse for 4.5 s;
+ * as much again for a busy computer.
+ */
+export const OFFLINE_MS = 15_000;
+
 /** Polls until `read` gives something truthy; fails with `what` after `ms`. */
 export async function until(read, what, ms = 8000) {
   const end = Date.now() + ms;
