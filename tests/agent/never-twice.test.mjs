@@ -11,6 +11,7 @@ import { JobHistory, KEY_MS, MAX_JOBS } from '../../agent/lib/jobs/history.mjs';
 import { MAX_KEPT_BYTES } from '../../agent/lib/jobs/kept-payloads.mjs';
 import { JobQueue } from '../../agent/lib/jobs/queue.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
+import { TcpLink } from '../../agent/lib/printers/tcp-link.mjs';
 import { inParallel } from '../../agent/lib/printers/probe.mjs';
 import { Clock } from '../../agent/lib/store/clock.mjs';
 import { Log } from '../../agent/lib/log.mjs';
@@ -85,6 +86,23 @@ test('the link cut at 200 places: one receipt at most, and no word of success fo
   }
   assert.ok(count.interrupted >= 199, JSON.stringify(count));
   t.diagnostic(JSON.stringify(count));
+});
+
+test('a computer that was held up has not heard the reset yet: that is no silence', async (t) => {
+  const SETTLE = 50;
+  let end;
+  const printer = await fakePrinter(t, { allowHalfOpen: true, onConnection: (socket) => { end = socket; } });
+  const socket = net.connect({ port: printer.port, host: '127.0.0.1', allowHalfOpen: true });
+  await until(() => end, 'the connection');
+  const link = new TcpLink(socket, () => {}, { stall: 1000, dead: 12_000, settle: SETTLE });
+  // The printer, on the same computer here, is held up as well: it reads when all of the time is over.
+  const held = () => {
+    const over = performance.now() + 2 * SETTLE;
+    while (performance.now() < over) { /* nothing else runs */ }
+    end.on('data', () => setTimeout(reset, SETTLE / 5, end));
+  };
+  await link.write(Buffer.from('receipt'));
+  await assert.rejects(link.finish(held), { code: 'interrupted' });
 });
 
 test('a printer that is busy drops connections: no word of success, and one receipt when it is free', async (t) => {
