@@ -81,10 +81,13 @@ export function launch(t, home, args, env = {}, script = SCRIPT) {
   return result;
 }
 
-/** Runs a one-shot command to its end. */
+/** Runs a one-shot command to its end; one that goes on for a minute, as a service would, has the status "SIGKILL". */
 export async function command(t, home, args, env) {
   const run = launch(t, home, args, env);
-  return { status: await run.exited, stdout: run.stdout, stderr: run.stderr };
+  const endless = setTimeout(() => run.child.kill('SIGKILL'), 60_000);
+  const status = await run.exited;
+  clearTimeout(endless);
+  return { status, stdout: run.stdout, stderr: run.stderr };
 }
 
 /**
