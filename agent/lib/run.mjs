@@ -16,37 +16,41 @@ export async function run() {
   process.stdout.on('error', () => {});
   process.stderr.on('error', () => {});
   const bornUnder = process.ppid;
+  const starting = startService();
   let service;
+
+  // From the first moment: the ports are open, and requests are answered, before the start is over.
+  let stopping = false;
+  const stop = async (why) => {
+    if (stopping) return;
+    stopping = true;
+    endBy(KILL_MS);
+    setTimeout(leave, FORCED_EXIT_MS);
+    const { log, stop: end } = await starting; // a start that fails ends the process
+    log.info(`stopping: ${why}`);
+    await end();
+    process.exit(0);
+  };
+  const leave = (status = 0) => {
+    try { service?.flushSync(); } catch { /* the disk may be what failed */ }
+    process.exit(status);
+  };
+  for (const signal of ['SIGTERM', 'SIGINT', 'SIGHUP']) process.on(signal, () => void stop(signal));
+
   try {
-    service = await startService();
+    service = await starting;
   } catch (error) {
     // Listeners may be open already: nothing but an exit ends the process.
     process.stderr.write(`${error.message}\n`);
     process.exit(error instanceof PortTaken ? EX_CONFIG : 1);
   }
   const { log, listeners } = service;
-
-  let stopping = false;
-  const stop = async (why) => {
-    if (stopping) return;
-    stopping = true;
-    log.info(`stopping: ${why}`);
-    endBy(KILL_MS);
-    setTimeout(leave, FORCED_EXIT_MS);
-    await service.stop();
-    process.exit(0);
-  };
-  const leave = (status = 0) => {
-    try { service.flushSync(); } catch { /* the disk may be what failed */ }
-    process.exit(status);
-  };
   const crash = (error) => {
     log.error(`unexpected failure: ${error?.stack ?? error}`);
     leave(1);
   };
   process.on('uncaughtException', crash);
   process.on('unhandledRejection', crash);
-  for (const signal of ['SIGTERM', 'SIGINT', 'SIGHUP']) process.on(signal, () => void stop(signal));
   if (process.env.ZEMRAK_LP_EXIT_WITH_PARENT === '1') {
     setInterval(() => {
       if (process.ppid !== bornUnder || bornUnder === 1) void stop('the parent process has gone');

@@ -84,6 +84,23 @@ test('told to stop: the job being sent ends, what waits stays unsent', async (t)
   assert.equal(printer.jobs.length, 1);
 });
 
+test('told to stop as soon as its port is open, before the start is over', async (t) => {
+  const ports = await Promise.all([0, 0].map(() => new Promise((resolve) => {
+    const server = net.createServer().listen(0, '127.0.0.1', () => {
+      const { port } = server.address();
+      server.close(() => resolve(String(port)));
+    });
+  })));
+  const env = { ZEMRAK_LP_HTTP_PORT: ports[0], ZEMRAK_LP_HTTPS_PORT: ports[1] };
+  const { child, exited } = launch(t, privateHome(t), ['run'], env);
+  await until(() => new Promise((resolve) => {
+    const socket = net.connect(Number(ports[0]), '127.0.0.1', () => resolve(true));
+    socket.on('error', () => resolve(false)).on('connect', () => socket.destroy());
+  }), 'an open port');
+  child.kill('SIGTERM');
+  assert.equal(await exited, 0);
+});
+
 test('a printer that never reads holds up no stop', async (t) => {
   const service = await startService(t);
   const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
