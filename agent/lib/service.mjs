@@ -49,7 +49,8 @@ export class PortTaken extends Error {}
  * Starts the service. The ports come first: a copy that does not get them has not touched
  * a single file of the copy that holds them.
  * @param {NodeJS.ProcessEnv} env
- * @returns {Promise<object>} the running service: log, listeners, stop(), flushSync()
+ * @returns {Promise<{ log: Log, listeners: object, stop: () => Promise<void>, flushSync: () => void }>}
+ *   the running service
  * @throws {PortTaken}
  */
 export async function startService(env = process.env) {
