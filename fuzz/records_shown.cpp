@@ -10,8 +10,8 @@
 #include "support/recordingnotifier.h"
 #include "ui/presenters/alerts/alertlistmodel.h"
 #include "ui/presenters/jobs/joblistmodel.h"
-#include "ui/presenters/sites/originlistmodel.h"
 #include "ui/presenters/printers/printerlistmodel.h"
+#include "ui/presenters/sites/originlistmodel.h"
 #include "ui/presenters/text/relativetime.h"
 
 #include <algorithm>
