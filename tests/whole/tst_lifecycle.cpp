@@ -1,4 +1,5 @@
 #include "support/program.h"
+#include "support/receiptprinter.h"
 #include "support/testmain.h"
 #include "support/traypanel.h"
 
@@ -191,6 +192,9 @@ private Q_SLOTS:
     void tellsItsStatus()
     {
         const QTemporaryDir home;
+        ReceiptPrinter printer; // without one there would be a problem to tell
+        QVERIFY(printer.switchOn());
+        printer.plant(home, "Kitchen");
         const PrivateBus bus;
         Program program(home, bus);
         const auto answer = [&](int status) {
