@@ -89,7 +89,7 @@ private Q_SLOTS:
         QTRY_COMPARE(device.receipts().size(), 2);
         const QByteArray &receipt = device.receipts().last();
         for (const char *part :
-            {"Corner Shop", "T-0001", "Coffee", "21.00", "\x1dv0"}) // the total's label is Arabic, and drawn
+            {"Corner Shop", "T-0001", "Coffee", "\x1dv0"}) // lines that are not of ASCII alone are drawn
             QVERIFY2(receipt.contains(part), part);
         QVERIFY(receipt.contains(QByteArray("\x1dV"))); // cut
         const auto completedJobs = [&agent] {
@@ -109,9 +109,10 @@ private Q_SLOTS:
         };
         QTRY_COMPARE(alias(), QStringLiteral("كاشير 1"));
 
-        // Switched off: two polls later at the latest it is known, and the service has something to say about it.
+        // Switched off: asked within 2.7 s, again 1.5 s later, and seen by the next poll, 2 s later at the latest; the
+        // service has something to say about it.
         device.switchOff();
-        QTRY_COMPARE_WITH_TIMEOUT(stateOf(agent, name), QStringLiteral("offline"), 4500);
+        QTRY_COMPARE_WITH_TIMEOUT(stateOf(agent, name), QStringLiteral("offline"), 8000);
         QTRY_COMPARE(host.notifier.posted.size(), 1);
         QCOMPARE(agent.alertsBadge(), 1);
         QVERIFY(host.notifier.posted.first().critical
