@@ -52,6 +52,7 @@ packages_test=(
   chromium curl jq php-cli php-curl python3 python3-requests # what the code samples of the guide run in
   iproute2                        # a network of its own for them
   cups cups-client                # the real print system, for the queues
+  python3-dbus python3-gi         # a notification server that shows what it was asked
 )
 packages_valgrind=(
   valgrind libc6-dbg              # the checker, and the names it needs of the C library
