@@ -18,7 +18,7 @@ struct Coded
     int narrowest; ///< dots of a module in mode 1; each further mode has one more
 };
 
-// ESC b: Star Line Mode command specification.
+// ESC b: Star Line Mode command reference.
 constexpr Coded barcodes[] = {{0, SymbolType::UpcE, 2}, {1, SymbolType::UpcA, 2}, {2, SymbolType::Ean8, 2},
     {3, SymbolType::Ean13, 2}, {4, SymbolType::Code39, 2}, {5, SymbolType::Itf, 2}, {6, SymbolType::Code128, 2},
     {7, SymbolType::Code93, 2}, {8, SymbolType::Codabar, 2}};

@@ -4,7 +4,7 @@
 
 namespace zemrak::paper {
 
-/// Star Line Mode. Facts: Star Line Mode command specification. The head has 8 dots for a millimetre.
+/// Star Line Mode. Facts: Star Line Mode command reference. The head has 8 dots for a millimetre.
 class StarLine : public PrinterLanguage
 {
 public:

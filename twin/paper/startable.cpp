@@ -1,4 +1,4 @@
-// Star Line Mode command specification, the commands by their codes. Those that change only how well or how fast a
+// Star Line Mode command reference, the commands by their codes. Those that change only how well or how fast a
 // printer prints have no effect here; those marked notDrawn would change the paper, and are reported.
 
 #include "twin/paper/starline.h"

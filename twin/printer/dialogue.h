@@ -6,7 +6,7 @@
 
 namespace zemrak::twin {
 
-/// What a printer says of itself, as bytes. Facts: ESC/POS command reference; Star Line Mode command specification.
+/// What a printer says of itself, as bytes. Facts: ESC/POS command reference; Star Line Mode command reference.
 namespace dialogue {
 
 /// Whether it prints just now.

@@ -23,7 +23,7 @@ struct RealTimeCommand
 };
 
 /// Finds them in a stream, however it is cut into pieces. Facts: ESC/POS command reference (DLE EOT, DLE ENQ, DLE DC4);
-/// Star Line Mode command specification (ESC ACK SOH, ESC ACK CAN).
+/// Star Line Mode command reference (ESC ACK SOH, ESC ACK CAN).
 class RealTimeScanner
 {
 public:
