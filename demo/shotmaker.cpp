@@ -1,5 +1,6 @@
 #include "demo/shotmaker.h"
 
+#include "support/itemtree.h"
 #include "ui/window/shell/uicontext.h"
 #include "ui/window/shell/windowengine.h"
 
@@ -15,13 +16,29 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// For bindings, images and layouts to come to rest; animations are off.
-constexpr int restMs = 150;
-
-// In tenths of a second.
-constexpr int longestCheck = 600;
+// For a check, or a picture, to be done. Milliseconds.
+constexpr int patience = 10'000;
 
 constexpr QSize windowSize(1020, 760);
+
+bool isLoading(const QQuickItem *item)
+{
+    constexpr int loading = 2; // QQuickImageBase::Loading, which is private
+    return item->inherits("QQuickImageBase") && item->property("status").toInt() == loading;
+}
+
+// A picture of the window when bindings, images and layouts have come to rest; animations are off. Null: they did not.
+QImage grabAtRest(QQuickWindow &window)
+{
+    QImage last;
+    const bool rests = QTest::qWaitFor(
+        [&] {
+            const QImage now = window.grabWindow();
+            return std::exchange(last, now) == now && itemsWhere(window.contentItem(), isLoading).isEmpty();
+        },
+        patience);
+    return rests ? last : QImage();
+}
 
 } // namespace
 
@@ -71,9 +88,13 @@ bool ShotMaker::makeShot(const Shot &shot, bool dark)
     }
     set->window.window()->resize(windowSize);
     shot.open(UiContext::of(set->window.engine()));
-    for (int tenths = 0; shot.checked && set->stage.agent().isScanning() && tenths < longestCheck; ++tenths) {
+    const auto isChecked = [&set] {
         set->clock.advance(100ms);
-        QTest::qWait(1);
+        return !set->stage.agent().isScanning();
+    };
+    if (shot.checked && !QTest::qWaitFor(isChecked, patience)) {
+        m_fault = QStringLiteral("the connection check did not end");
+        return false;
     }
     const bool saved = save(*set->window.window(), shot.name, dark);
     set->window.close();
@@ -102,10 +123,14 @@ bool ShotMaker::save(QQuickWindow &window, const QString &name, bool dark)
         m_fault = QStringLiteral("the window was not shown");
         return false;
     }
-    QTest::qWait(restMs);
+    const QImage picture = grabAtRest(window);
+    if (picture.isNull()) {
+        m_fault = QStringLiteral("the window did not come to rest");
+        return false;
+    }
     const QString file = m_folder.filePath(name + (dark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png")));
     constexpr int smallest = 0;
-    if (window.grabWindow().convertToFormat(QImage::Format_RGB888).save(file, "PNG", smallest))
+    if (picture.convertToFormat(QImage::Format_RGB888).save(file, "PNG", smallest))
         return true;
     m_fault = QStringLiteral("cannot write %1").arg(file);
     return false;
