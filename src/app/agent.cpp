@@ -1,8 +1,5 @@
 #include "app/agent.h"
 
-#include <QPointer>
-#include <QUuid>
-
 namespace zemrak {
 
 namespace {
@@ -12,9 +9,10 @@ constexpr QLatin1String notifiedKey("notifiedAlerts");
 } // namespace
 
 Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, const AgentHost &host)
-    : m_notifier(host.notifier)
-    , m_desktop(host.desktop)
+    : m_desktop(host.desktop)
     , m_toast(clock)
+    , m_systemSettings(host.desktop, m_toast)
+    , m_notifications(host.notifier)
     , m_supervisor(places.bundle, places.configDir, clock, host.childGuard, m_log)
     , m_channel(places.configDir + QStringLiteral("/admin.token"), clock, places.port)
     , m_poll(m_channel, clock)
@@ -54,6 +52,7 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
     connect(&m_supervisor, &ServiceSupervisor::portConflictChanged, this, &Agent::onServiceSeen);
     connect(&m_alertFeed, &AlertFeed::changed, this, &Agent::alertsChanged);
 
+    connect(&m_notifications, &Notifications::statusChanged, this, &Agent::notifStatusChanged);
     connect(&m_login, &LaunchAtLogin::launchAtLoginChanged, this, &Agent::launchAtLoginChanged);
     connect(&m_login, &LaunchAtLogin::loginNeedsApprovalChanged, this, &Agent::loginNeedsApprovalChanged);
     connect(&m_login, &LaunchAtLogin::lastSystemStartChanged, this, &Agent::lastSystemStartChanged);
@@ -78,36 +77,6 @@ Agent::Agent(const AgentPlaces &places, UserDefaults &defaults, Clock &clock, co
 void Agent::onServiceSeen()
 {
     m_alertFeed.setService(state() != nullptr, portConflict());
-}
-
-void Agent::refreshNotifStatus()
-{
-    m_notifier.status([self = QPointer(this)](NotificationStatus status) {
-        if (self && std::exchange(self->m_notifStatus, status) != status)
-            Q_EMIT self->notifStatusChanged();
-    });
-}
-
-void Agent::requestNotifications(std::function<void(bool granted)> done)
-{
-    m_notifier.requestPermission([self = QPointer(this), done = std::move(done)](bool granted, const QString &) {
-        if (self)
-            self->refreshNotifStatus();
-        if (done)
-            done(granted);
-    });
-}
-
-void Agent::testNotification()
-{
-    m_notifier.post(QUuid::createUuid().toString(QUuid::WithoutBraces), QStringLiteral("Zemrak Printer"),
-        QStringLiteral("الإشعارات تعمل ✓ سنخبرك هنا عند أي مشكلة في الطباعة."), false);
-}
-
-void Agent::openSettings(Desktop::SettingsPane pane)
-{
-    if (!m_desktop.openSettings(pane))
-        m_toast.flash(QStringLiteral("تعذر فتح إعدادات النظام، افتحها من قائمة البرامج"));
 }
 
 void Agent::setRequestedPage(std::optional<Page> page)

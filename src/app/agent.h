@@ -3,11 +3,13 @@
 #include "app/adminchannel.h"
 #include "app/alertfeed.h"
 #include "app/commands.h"
+#include "app/notifications.h"
 #include "app/page.h"
 #include "app/servicelog.h"
 #include "app/servicerunner.h"
 #include "app/servicesupervisor.h"
 #include "app/statepoll.h"
+#include "app/systemsettings.h"
 #include "app/toast.h"
 #include "base/clock.h"
 #include "health/alertdelivery.h"
@@ -34,7 +36,6 @@
 #include <QDateTime>
 #include <QObject>
 
-#include <functional>
 #include <optional>
 
 namespace zemrak {
@@ -104,7 +105,7 @@ public:
 
     [[nodiscard]] QString availableUpdate() const { return m_updates.availableUpdate(); }
     [[nodiscard]] bool isUpdating() const { return m_updates.isUpdating(); }
-    [[nodiscard]] NotificationStatus notifStatus() const { return m_notifStatus; }
+    [[nodiscard]] NotificationStatus notifStatus() const { return m_notifications.status(); }
     [[nodiscard]] bool keepAwake() const { return m_keepAwake.isOn(); }
     [[nodiscard]] bool isScanning() const { return m_check.isScanning(); }
     /// From 0 to 1.
@@ -117,8 +118,19 @@ public:
     [[nodiscard]] QDateTime lastSystemStart() const { return m_login.lastSystemStart(); }
     [[nodiscard]] bool caTrusted() const { return m_trust.caTrusted(); }
 
+    // The parts, for those that use only some of them.
+    [[nodiscard]] ServiceSupervisor &supervisor() { return m_supervisor; }
     [[nodiscard]] Commands &commands() { return m_commands; }
+    [[nodiscard]] AlertFeed &alertFeed() { return m_alertFeed; }
+    [[nodiscard]] Notifications &notifications() { return m_notifications; }
+    [[nodiscard]] LaunchAtLogin &loginLaunch() { return m_login; }
+    [[nodiscard]] KeepAwake &awakeKeeper() { return m_keepAwake; }
+    [[nodiscard]] HttpsTrust &trust() { return m_trust; }
+    [[nodiscard]] Updates &updates() { return m_updates; }
     [[nodiscard]] ConnectionCheck &connectionCheck() { return m_check; }
+    [[nodiscard]] DiagnosticsReport &diagnostics() { return m_report; }
+    [[nodiscard]] SystemSettings &systemSettings() { return m_systemSettings; }
+    [[nodiscard]] Desktop &desktop() { return m_desktop; }
     /// The transient messages; toast() is the one that is shown.
     [[nodiscard]] Toast &messages() { return m_toast; }
 
@@ -130,34 +142,17 @@ public:
     void refresh() { m_poll.refresh(); }
     void flash(const QString &text) { m_toast.flash(text); }
 
-    void markAlertsRead() { m_alertFeed.markRead(); }
-    void clearAlertHistory() { m_alertFeed.clearHistory(); }
-    void refreshNotifStatus();
-    /// Asks for leave to post notifications; `done` may be empty.
-    void requestNotifications(std::function<void(bool granted)> done = {});
-    void testNotification();
-
+    void refreshNotifStatus() { m_notifications.refresh(); }
     void setLaunchAtLogin(bool on) { m_login.setLaunchAtLogin(on); }
-    void reRegisterLogin() { m_login.reRegisterLogin(); }
     void healLoginItemIfNeeded() { m_login.healLoginItemIfNeeded(); }
     /// Notes that this launch was an automatic one.
     void recordSystemStart() { m_login.recordSystemStart(); }
-    void setKeepAwake(bool on) { m_keepAwake.set(on); }
     /// Takes up the wish of an earlier run.
     void restoreKeepAwake() { m_keepAwake.restore(); }
     /// Whether browsers accept the service's HTTPS port; looked up apart from the main thread.
     void refreshTrust() { m_trust.refreshTrust(); }
-    /// Has the service's certificate authority trusted; `done` may be empty.
-    void trustForSafari(HttpsTrust::Done done = {}) { m_trust.trustForSafari(std::move(done)); }
-    void checkUpdate() { m_updates.checkUpdate(); }
-    void installUpdate() { m_updates.installUpdate(); }
     /// The connection check, told stage by stage.
     void runScan() { m_check.runScan(); }
-    /// Saves the diagnostics report where the person says.
-    void exportDiagnostics() { m_report.exportDiagnostics(); }
-    /// Opens the system's own settings, or says that there are none.
-    void openSettings(Desktop::SettingsPane pane);
-    [[nodiscard]] Desktop &desktop() { return m_desktop; }
 
 Q_SIGNALS:
     void runningChanged();
@@ -183,10 +178,11 @@ Q_SIGNALS:
 private:
     void onServiceSeen();
 
-    Notifier &m_notifier;
     Desktop &m_desktop;
     ServiceLog m_log;
     Toast m_toast;
+    SystemSettings m_systemSettings;
+    Notifications m_notifications;
     ServiceSupervisor m_supervisor;
     AdminChannel m_channel;
     StatePoll m_poll;
@@ -203,7 +199,6 @@ private:
     PortConflictReport m_conflictReport;
 
     std::optional<Page> m_requestedPage;
-    NotificationStatus m_notifStatus = NotificationStatus::NotDetermined;
 };
 
 } // namespace zemrak

@@ -108,7 +108,7 @@ void AppDelegate::carryOut(StatusCommand command)
         m_agent.runScan();
         break;
     case StatusCommand::OpenLoginSettings:
-        m_agent.openSettings(Desktop::SettingsPane::LoginItems);
+        m_agent.systemSettings().open(Desktop::SettingsPane::LoginItems);
         break;
     }
 }

@@ -375,7 +375,7 @@ private:
     SystemClock m_clock;
     Stage m_stage{m_clock};
     Appearance m_appearance{std::make_unique<none::NoAppearanceSettings>()};
-    DesignerPresenter m_designer{m_stage.agent(), 0};
+    DesignerPresenter m_designer{m_stage.agent().commands(), m_stage.agent().messages(), 0};
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQuickWindow> m_bench;
     std::unique_ptr<QQuickWindow> m_gallery;

@@ -1,13 +1,12 @@
 // The designer without its page: what the paper shows, what is sent, and what a person must not lose.
 #include "designer/symbolcheck.h"
-#include "support/application.h"
+#include "support/answeredcommands.h"
 #include "support/testmain.h"
 #include "support/wiredata.h"
 #include "ui/presenters/designer/designerpresenter.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QMetaProperty>
 #include <QSignalSpy>
 #include <QTest>
@@ -18,25 +17,20 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const QByteArray printPath = "/admin/designer/print";
+const QString printPath = QStringLiteral("/admin/designer/print");
 
-struct DesignerApplication : Application
+struct DesignerApplication : AnsweredCommands
 {
+    DesignerPresenter view{commands, toast, 0};
+
     void havePrinters(const QList<std::pair<QString, QString>> &printers) // name, state
     {
-        QJsonArray list;
-        for (const auto &[name, printerState] : printers) {
-            QJsonObject printer = state.value(QStringLiteral("printers")).toArray().first().toObject();
-            printer.insert(QStringLiteral("id"), name);
-            printer.insert(QStringLiteral("name"), name);
-            printer.insert(QStringLiteral("profile"), QJsonValue::Null);
-            printer.insert(QStringLiteral("state"), printerState);
-            list.append(printer);
-        }
-        state.insert(QStringLiteral("printers"), list);
-        poll();
+        AgentState state;
+        for (const auto &[name, printerState] : printers)
+            state.printers.append({.id = name, .name = name, .state = printerState});
+        view.show(&state);
     }
-    QList<HttpRequest> prints() { return server.requestsTo(printPath); }
+    [[nodiscard]] qsizetype prints() const { return service.countTo(printPath); }
 };
 
 /// A receipt of the shared rows: the bare one with its changes.
@@ -96,7 +90,7 @@ private Q_SLOTS:
     void editTouchesOneRow()
     {
         DesignerApplication app;
-        DesignerPresenter view(app.agent, 0);
+        DesignerPresenter &view = app.view;
         view.loadSample();
         QSignalSpy rows(view.items(), &QAbstractItemModel::dataChanged);
         QSignalSpy lines(view.preview(), &QAbstractItemModel::dataChanged);
@@ -125,7 +119,7 @@ private Q_SLOTS:
     void nothingTypedIsLost()
     {
         DesignerApplication app;
-        DesignerPresenter view(app.agent, 0);
+        DesignerPresenter &view = app.view;
         view.loadSample(); // in place of the defaults, which nobody typed
         QVERIFY(!view.canUndo());
         DesignerDoc doc = view.doc();
@@ -153,7 +147,7 @@ private Q_SLOTS:
     void staysWithinWhatTheServiceTakes()
     {
         DesignerApplication app;
-        DesignerPresenter view(app.agent, 0);
+        DesignerPresenter &view = app.view;
         DesignerDoc doc;
         doc.subtitle = QString(5000, u'س');
         doc.qrData = QString(612, u'x');
@@ -193,7 +187,7 @@ private Q_SLOTS:
     void choosesAPrinterThatIsThere()
     {
         DesignerApplication app;
-        DesignerPresenter view(app.agent, 0);
+        DesignerPresenter &view = app.view;
         QSignalSpy told(&view, &DesignerPresenter::printersChanged);
         const QString a = QStringLiteral("a"), b = QStringLiteral("b"), c = QStringLiteral("c");
         view.print();
@@ -213,62 +207,55 @@ private Q_SLOTS:
         QVERIFY(view.selected().isEmpty() && !view.canPrint());
         view.print();
         app.havePrinters({{a, QStringLiteral("offline")}});
-        QVERIFY(app.prints().isEmpty() && !view.isPrinting());
+        QVERIFY(app.prints() == 0 && !view.isPrinting());
+        view.show(nullptr);
+        QVERIFY(view.connected().isEmpty());
     }
 
     void printsOnceAndSaysSo()
     {
         DesignerApplication app;
+        DesignerPresenter &view = app.view;
         app.havePrinters({{QStringLiteral("كاشير"), QStringLiteral("ready")}});
-        DesignerPresenter view(app.agent, 0);
-        app.held = printPath;
+        app.service.holdBack = true;
         view.print();
         view.print();
         QVERIFY(view.isPrinting() && !view.canPrint());
-        QTRY_VERIFY(app.unanswered);
-        QCOMPARE(app.prints().size(), 1);
-        const QJsonObject body = QJsonDocument::fromJson(app.prints().first().body).object();
+        QCOMPARE(app.prints(), 1);
+        const QJsonObject body = app.service.lastTo(printPath);
         QCOMPARE(body[QLatin1String("printer")].toString(), QStringLiteral("كاشير"));
         QCOMPARE(body[QLatin1String("doc")].toObject(), view.doc().json());
-        app.unanswered->write(HttpServer::response(app.answer));
-        QTRY_VERIFY(view.canPrint());
-        QCOMPARE(app.agent.toast(), QStringLiteral("تم إرسال الورقة إلى «\u2068كاشير\u2069»"));
+        QVERIFY(app.service.release(printPath, "{}"));
+        QVERIFY(view.canPrint());
+        QCOMPARE(app.toast.text(), QStringLiteral("تم إرسال الورقة إلى «\u2068كاشير\u2069»"));
 
         const QString failed = QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة");
-        app.held.clear();
-        app.answer = R"({"error":"no"})";
         view.print(); // the second half of a double click
         QVERIFY(!view.isPrinting());
-        app.clock.advance(Commands::oneWish);
-        view.print();
-        QTRY_VERIFY(!view.isPrinting());
-        QCOMPARE(app.agent.toast(), failed);
+        for (const PrintService::Answer &answer : {PrintService::Answer(R"({"error":"no"})"), PrintService::Answer()}) {
+            app.toast.flash(QString());
+            app.clock.advance(Commands::oneWish);
+            view.print();
+            QVERIFY(view.isPrinting());
+            QVERIFY(app.service.release(printPath, answer));
+            QVERIFY(!view.isPrinting());
+            QCOMPARE(app.toast.text(), failed);
+        }
 
-        app.held = printPath; // the service goes before it answers
-        app.unanswered.clear();
-        app.clock.advance(Commands::oneWish);
-        view.print();
-        QTRY_VERIFY(app.unanswered);
-        app.agent.flash(QString());
-        app.unanswered->abort();
-        QTRY_VERIFY(!view.isPrinting());
-        QCOMPARE(app.agent.toast(), failed);
-
-        auto gone = std::make_unique<DesignerPresenter>(app.agent, 0);
-        app.unanswered.clear();
+        auto gone = std::make_unique<DesignerPresenter>(app.commands, app.toast, 0);
+        const AgentState state{.printers = {{.id = QStringLiteral("a"), .state = QStringLiteral("ready")}}};
+        gone->show(&state);
         app.clock.advance(Commands::oneWish);
         gone->print();
-        QTRY_VERIFY(app.unanswered);
         gone.reset();
-        app.unanswered->write(HttpServer::response("{}")); // finds nobody
-        app.havePrinters({});
+        QVERIFY(app.service.release(printPath, "{}")); // its presenter is gone
     }
 
     void timeOnThePaper()
     {
-        DesignerApplication app;
+        AnsweredCommands app;
         const QDateTime noon(QDate(2026, 1, 31), QTime(12, 5, 59));
-        DesignerPresenter view(app.agent, noon.toMSecsSinceEpoch());
+        DesignerPresenter view(app.commands, app.toast, noon.toMSecsSinceEpoch());
         QSignalSpy lines(view.preview(), &QAbstractItemModel::dataChanged);
         view.setNow(noon.toMSecsSinceEpoch() + 900);
         QVERIFY(lines.isEmpty());
@@ -281,7 +268,7 @@ private Q_SLOTS:
     void keystrokeWithManyItems()
     {
         DesignerApplication app;
-        DesignerPresenter view(app.agent, 0);
+        DesignerPresenter &view = app.view;
         DesignerDoc doc = DesignerDoc::sample();
         for (int i = 3; i < 300; ++i)
             doc.items.append({.name = QStringLiteral("صنف"), .qty = QStringLiteral("2"), .price = QString::number(i)});

@@ -136,7 +136,11 @@ private Q_SLOTS:
     void settings()
     {
         Application app;
-        SettingsPresenter page(app.agent, QStringLiteral("1.2.3"));
+        Agent &agent = app.agent;
+        SettingsPresenter page(
+            {agent.loginLaunch(), agent.notifications(), agent.awakeKeeper(), agent.commands(), agent.trust(),
+                agent.supervisor(), agent.diagnostics(), agent.updates(), agent.systemSettings()},
+            QStringLiteral("1.2.3"));
         QSignalSpy changed(&page, &SettingsPresenter::changed);
         SettingsFacts facts;
         page.show(facts);

@@ -1,6 +1,6 @@
-#include "app/adminchannel.h"
 #include "support/answeredcommands.h"
-#include "support/application.h"
+#include "support/recordingservice.h"
+#include "support/testhost.h"
 #include "support/testmain.h"
 #include "ui/presenters/addprinter/addprinterpresenter.h"
 #include "ui/presenters/alerts/alertspresenter.h"
@@ -32,10 +32,31 @@ QStringList outcomes(const WizardPresenter &wizard)
     return list;
 }
 
-const QByteArray browsePath = "/admin/discover/bonjour";
+const QString browsePath = QStringLiteral("/admin/discover/bonjour");
 const QString enabled = QStringLiteral("مفعّل gGreen");
 const QString skipped = QStringLiteral("تم التخطي #80ffffff");
 const QString failed = QStringLiteral("لم يكتمل gAmber");
+
+/// The parts that the wizard and the page of alerts use, on a computer that does nothing of itself.
+struct AnsweredParts : AnsweredCommands
+{
+    QTemporaryDir home;
+    UserDefaults defaults{home.filePath(QStringLiteral("settings.ini"))};
+    FakeBundle files;
+    TestHost computer;
+    RecordingCommands oneShots;
+    LaunchAtLogin login{computer.loginItem, defaults, clock, files.bundle().path()};
+    Notifications notifications{computer.notifier};
+    HttpsTrust trust{oneShots};
+    AlertDelivery delivery{computer.notifier, clock, {}, [](const QStringList &) {}};
+    AlertFeed feed{service, [] { return true; }, delivery, clock};
+    ConnectionCheck check{service, clock};
+    Updates updates{service, clock, files.bundle(), {}};
+    SystemSettings systemSettings{computer.desktop, toast};
+
+    [[nodiscard]] WizardParts forWizard() { return {login, notifications, trust, commands}; }
+    [[nodiscard]] AlertsParts forAlerts() { return {feed, check, updates, systemSettings}; }
+};
 
 } // namespace
 
@@ -190,17 +211,17 @@ private Q_SLOTS:
 
     void wizardGoesForward()
     {
-        Application app;
+        AnsweredParts app;
         app.computer.loginItem.works = true;
         app.computer.notifier.holdPermission = true;
-        app.held = browsePath;
-        WizardPresenter wizard(app.agent);
+        app.service.holdBack = true;
+        WizardPresenter wizard(app.forWizard());
         QSignalSpy finished(&wizard, &WizardPresenter::finished);
         QCOMPARE(wizard.counter(), QStringLiteral("الخطوة 1 من 4"));
         QCOMPARE(wizard.current()[QStringLiteral("icon")].toString(), QStringLiteral("power"));
         wizard.allow();
         QCOMPARE(wizard.step(), 1);
-        QVERIFY(!wizard.isBusy() && app.agent.launchAtLogin());
+        QVERIFY(!wizard.isBusy() && app.login.launchAtLogin());
 
         wizard.allow();
         QVERIFY(wizard.isBusy() && wizard.step() == 1);
@@ -218,14 +239,9 @@ private Q_SLOTS:
         wizard.skip();
         QCOMPARE(wizard.counter(), QStringLiteral("الخطوة 4 من 4"));
         wizard.allow();
-        QTRY_VERIFY(app.unanswered);
-        const QList<HttpRequest> browsing = app.server.requestsTo(browsePath);
-        QCOMPARE(browsing.size(), 1);
-        QCOMPARE(browsing.first().method, QByteArray("POST"));
-        QCOMPARE(browsing.first().body, QByteArray());
         QVERIFY(wizard.isBusy());
-        app.unanswered->write(HttpServer::response("{}")); // whatever was found
-        QTRY_VERIFY(wizard.isSummary());
+        QVERIFY(app.service.release(browsePath, "{}")); // whatever was found
+        QVERIFY(wizard.isSummary());
         QVERIFY(!wizard.isBusy() && wizard.current().isEmpty() && wizard.counter().isEmpty());
         QCOMPARE(outcomes(wizard), (QStringList{enabled, enabled, skipped, enabled}));
         wizard.allow();
@@ -237,32 +253,32 @@ private Q_SLOTS:
 
     void wizardTellsRefusalFromFailure()
     {
-        Application app;
+        AnsweredParts app;
         app.computer.notifier.holdPermission = true;
-        app.held = browsePath;
-        auto wizard = std::make_unique<WizardPresenter>(app.agent);
+        app.service.holdBack = true;
+        auto wizard = std::make_unique<WizardPresenter>(app.forWizard());
         wizard->allow();
         wizard->allow();
         app.computer.notifier.asked(false, {});
-        app.files.setService(QStringLiteral("exit 1")); // the command that adds the authority fails
         wizard->allow();
-        QTRY_COMPARE(wizard->step(), 3);
+        QVERIFY(wizard->isBusy());
+        app.oneShots.commands.takeLast().end(1); // the command that adds the authority fails
+        QCOMPARE(wizard->step(), 3);
         QCOMPARE(outcomes(*wizard), (QStringList{failed, skipped, skipped, skipped}));
         QCOMPARE(wizard->choice(2), WizardChoice::Skipped);
         wizard->allow();
-        QTRY_VERIFY(app.unanswered);
-        wizard.reset(); // an answer finds nobody
-        app.unanswered->write(HttpServer::response("{}"));
-        app.poll();
+        wizard.reset();
+        QVERIFY(app.service.release(browsePath, "{}")); // its wizard is gone
     }
 
     void alertsAreReadAfterAMoment()
     {
-        Application app;
-        AlertsPresenter page(app.agent, app.clock);
+        AnsweredParts app;
+        AlertsPresenter page(app.forAlerts(), app.clock);
         const auto posts = [&app] {
-            return QList<qsizetype>{
-                app.sentTo("/admin/alerts/read"), app.sentTo("/admin/alerts/clear"), app.sentTo("/admin/update/stage")};
+            return QList<qsizetype>{app.service.countTo(QStringLiteral("/admin/alerts/read")),
+                app.service.countTo(QStringLiteral("/admin/alerts/clear")),
+                app.service.countTo(QStringLiteral("/admin/update/stage"))};
         };
         const AlertItem local{.id = QStringLiteral("local-down")};
         const AlertItem unread{.id = QStringLiteral("a")};
@@ -278,10 +294,10 @@ private Q_SLOTS:
         app.clock.advance(1500ms);
         page.pageShown();
         app.clock.advance(1499ms);
-        page.clearHistory(); // comes after what was sent before it
-        QTRY_COMPARE(posts(), (QList<qsizetype>{0, 1, 0}));
+        page.clearHistory();
+        QCOMPARE(posts(), (QList<qsizetype>{0, 1, 0}));
         app.clock.advance(1ms);
-        QTRY_COMPARE(posts(), (QList<qsizetype>{1, 1, 0}));
+        QCOMPARE(posts(), (QList<qsizetype>{1, 1, 0}));
 
         QSignalSpy requested(&page, &AlertsPresenter::pageRequested);
         for (const char *action : {"scan", "printers", "jobs", "settings", "update", "network-permission", "dance", ""})
@@ -290,9 +306,9 @@ private Q_SLOTS:
         for (const QList<QVariant> &call : requested)
             pages.append(call.first().toString());
         QCOMPARE(pages.join(QLatin1Char(' ')), QStringLiteral("overview printers jobs settings"));
-        QVERIFY(app.agent.isScanning());
+        QVERIFY(app.check.isScanning());
         QCOMPARE(app.computer.desktop.panes, QList{Desktop::SettingsPane::Network});
-        QTRY_COMPARE(posts(), (QList<qsizetype>{1, 1, 1}));
+        QCOMPARE(posts(), (QList<qsizetype>{1, 1, 1}));
     }
 
     void sitesAreAddedOnce()

@@ -6,9 +6,9 @@ namespace zemrak {
 
 using namespace std::chrono_literals;
 
-AlertsPresenter::AlertsPresenter(Agent &agent, Clock &clock, QObject *parent)
+AlertsPresenter::AlertsPresenter(const AlertsParts &parts, Clock &clock, QObject *parent)
     : QObject(parent)
-    , m_agent(agent)
+    , m_parts(parts)
     , m_alerts(clock.wallTime())
     , m_reading(clock.makeTimer(Clock::Repeat::Once, [this] {
         if (m_unread)
@@ -37,25 +37,25 @@ void AlertsPresenter::press(const QString &action)
 {
     if (action == QLatin1String("scan")) {
         Q_EMIT pageRequested(QStringLiteral("overview"));
-        m_agent.runScan();
+        m_parts.check.runScan();
     } else if (action == QLatin1String("printers") || action == QLatin1String("jobs")
         || action == QLatin1String("settings")) {
         Q_EMIT pageRequested(action); // the page of the same name
     } else if (action == QLatin1String("update")) {
-        m_agent.installUpdate();
+        m_parts.updates.installUpdate();
     } else if (action == QLatin1String("network-permission")) {
-        m_agent.openSettings(Desktop::SettingsPane::Network);
+        m_parts.systemSettings.open(Desktop::SettingsPane::Network);
     }
 }
 
 void AlertsPresenter::markAllRead()
 {
-    m_agent.markAlertsRead();
+    m_parts.feed.markRead();
 }
 
 void AlertsPresenter::clearHistory()
 {
-    m_agent.clearAlertHistory();
+    m_parts.feed.clearHistory();
 }
 
 } // namespace zemrak

@@ -1,7 +1,10 @@
 #pragma once
 
-#include "app/agent.h"
+#include "app/alertfeed.h"
+#include "app/systemsettings.h"
 #include "base/clock.h"
+#include "host/connectioncheck.h"
+#include "host/updates.h"
 #include "ui/presenters/alerts/alertlistmodel.h"
 
 #include <QObject>
@@ -10,6 +13,15 @@
 
 namespace zemrak {
 
+/// What the page of alerts asks of the application. All of it outlives the page.
+struct AlertsParts
+{
+    AlertFeed &feed;
+    ConnectionCheck &check;
+    Updates &updates;
+    SystemSettings &systemSettings;
+};
+
 /// The page of alerts. Main thread only.
 class AlertsPresenter : public QObject
 {
@@ -17,8 +29,8 @@ class AlertsPresenter : public QObject
     Q_PROPERTY(zemrak::AlertListModel *alerts READ alerts CONSTANT)
 
 public:
-    /// Both outlive this object.
-    AlertsPresenter(Agent &agent, Clock &clock, QObject *parent = nullptr);
+    /// `clock` outlives this object.
+    AlertsPresenter(const AlertsParts &parts, Clock &clock, QObject *parent = nullptr);
 
     /// `all` are the application's own alerts and then the service's, `service` the service's alone.
     void show(const QList<AlertItem> &all, const QList<AlertItem> &service);
@@ -38,7 +50,7 @@ Q_SIGNALS:
     void pageRequested(const QString &page);
 
 private:
-    Agent &m_agent;
+    AlertsParts m_parts;
     AlertListModel m_alerts;
     std::unique_ptr<Timer> m_reading;
     bool m_unread = false; ///< one of the service's is

@@ -76,22 +76,21 @@ bool readsLike(const DesignerDoc &doc, const DesignerDoc &other)
 
 } // namespace
 
-DesignerPresenter::DesignerPresenter(Agent &agent, qint64 now, QObject *parent)
+DesignerPresenter::DesignerPresenter(Commands &commands, Toast &messages, qint64 now, QObject *parent)
     : QObject(parent)
-    , m_agent(agent)
+    , m_commands(commands)
+    , m_messages(messages)
 {
-    connect(&agent, &Agent::stateChanged, this, &DesignerPresenter::takeState);
     connect(this, &DesignerPresenter::printersChanged, this, &DesignerPresenter::canPrintChanged);
     connect(this, &DesignerPresenter::printingChanged, this, &DesignerPresenter::canPrintChanged);
     m_items.show(m_doc.items);
     setNow(now);
-    takeState();
 }
 
-void DesignerPresenter::takeState()
+void DesignerPresenter::show(const AgentState *state)
 {
     QVariantList now;
-    if (const AgentState *state = m_agent.state()) {
+    if (state) {
         for (const PrinterInfo &printer : state->printers) {
             if (isConnected(printer))
                 now.append(option(printer.id, displayName(printer)));
@@ -133,10 +132,10 @@ void DesignerPresenter::setDoc(const DesignerDoc &doc)
     if (taken == m_doc)
         return;
     m_before.reset(); // undoing that would lose what has been typed since
-    show(taken);
+    showDoc(taken);
 }
 
-void DesignerPresenter::show(const DesignerDoc &doc)
+void DesignerPresenter::showDoc(const DesignerDoc &doc)
 {
     m_doc = doc;
     m_items.show(m_doc.items);
@@ -163,7 +162,7 @@ void DesignerPresenter::replaceBy(const DesignerDoc &doc)
     const bool typed = !readsLike(m_doc, DesignerDoc()) && !readsLike(m_doc, DesignerDoc::sample());
     if (typed) // else what was typed before that is still to be brought back
         m_before = m_doc;
-    show(doc);
+    showDoc(doc);
 }
 
 void DesignerPresenter::loadSample()
@@ -179,7 +178,7 @@ void DesignerPresenter::reset()
 void DesignerPresenter::undo()
 {
     if (const std::optional<DesignerDoc> before = std::exchange(m_before, std::nullopt))
-        show(*before);
+        showDoc(*before);
 }
 
 void DesignerPresenter::addItem()
@@ -197,7 +196,7 @@ void DesignerPresenter::removeItem(const QString &itemId)
     if (doc.items.removeIf([&id](const DesignerItem &item) { return item.id == id; }) == 0)
         return;
     m_before = m_doc;
-    show(doc);
+    showDoc(doc);
 }
 
 void DesignerPresenter::setItemText(const QString &itemId, QString DesignerItem::*field, const QString &text)
@@ -229,14 +228,14 @@ void DesignerPresenter::print()
 {
     if (!canPrint())
         return;
-    const bool begun = m_agent.commands().printDesigner(
-        selected(), m_doc.json(), [self = QPointer(this), name = destination()](bool ok) {
-            if (!self)
-                return;
-            self->setPrinting(false);
-            self->m_agent.flash(ok ? QStringLiteral("تم إرسال الورقة إلى «%1»").arg(isolatedName(name))
-                                   : QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة"));
-        });
+    const bool begun
+        = m_commands.printDesigner(selected(), m_doc.json(), [self = QPointer(this), name = destination()](bool ok) {
+              if (!self)
+                  return;
+              self->setPrinting(false);
+              self->m_messages.flash(ok ? QStringLiteral("تم إرسال الورقة إلى «%1»").arg(isolatedName(name))
+                                        : QStringLiteral("تعذر الطباعة. تحقق من اتصال الطابعة"));
+          });
     if (begun)
         setPrinting(true);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
-#include "app/agent.h"
+#include "app/commands.h"
+#include "app/toast.h"
 #include "designer/designerdoc.h"
+#include "model/agentstate.h"
 #include "ui/presenters/designer/designeritemmodel.h"
 #include "ui/presenters/designer/receiptpreviewmodel.h"
 
@@ -45,8 +47,11 @@ public:
     static constexpr qsizetype maximumLength = 2000;
     static constexpr double maximumAmount = 1e13; ///< of the subtotal and of the total
 
-    /// `agent` outlives this object; `now` is in milliseconds since 1970-01-01 UTC.
-    DesignerPresenter(Agent &agent, qint64 now, QObject *parent = nullptr);
+    /// `commands` and `messages` outlive this object; `now` is in milliseconds since 1970-01-01 UTC.
+    DesignerPresenter(Commands &commands, Toast &messages, qint64 now, QObject *parent = nullptr);
+
+    /// `state` null: the service does not answer.
+    void show(const AgentState *state);
 
     /// Texts longer than maximumLength, and items beyond maximumItems, are cut off on the way in.
     [[nodiscard]] const DesignerDoc &doc() const { return m_doc; }
@@ -110,14 +115,14 @@ Q_SIGNALS:
     void canPrintChanged();
 
 private:
-    void takeState();
     void setPrinting(bool printing);
     void replaceBy(const DesignerDoc &doc);
-    void show(const DesignerDoc &doc);
+    void showDoc(const DesignerDoc &doc);
     void showPaper();
     void setItemText(const QString &itemId, QString DesignerItem::*field, const QString &text);
 
-    Agent &m_agent;
+    Commands &m_commands;
+    Toast &m_messages;
     DesignerDoc m_doc;
     std::optional<DesignerDoc> m_before; ///< what undo() brings back
     DesignerItemModel m_items;

@@ -6,9 +6,9 @@
 
 namespace zemrak {
 
-SettingsPresenter::SettingsPresenter(Agent &agent, QString version, QObject *parent)
+SettingsPresenter::SettingsPresenter(const SettingsParts &parts, QString version, QObject *parent)
     : QObject(parent)
-    , m_agent(agent)
+    , m_parts(parts)
     , m_version(std::move(version))
 {
 }

@@ -1,7 +1,14 @@
 #pragma once
 
-#include "app/agent.h"
-#include "health/notifier.h"
+#include "app/commands.h"
+#include "app/notifications.h"
+#include "app/servicesupervisor.h"
+#include "app/systemsettings.h"
+#include "host/diagnosticsreport.h"
+#include "host/httpstrust.h"
+#include "host/keepawake.h"
+#include "host/launchatlogin.h"
+#include "host/updates.h"
 #include "model/agentstate.h"
 
 #include <QDateTime>
@@ -23,6 +30,20 @@ struct SettingsFacts
     QString availableUpdate; ///< empty: none is known
     bool updating = false;
     qint64 now = 0; ///< milliseconds since 1970-01-01 UTC
+};
+
+/// What the page of settings asks of the application, a part for each of its rows. All of it outlives the page.
+struct SettingsParts
+{
+    LaunchAtLogin &login;
+    Notifications &notifications;
+    KeepAwake &keepAwake;
+    Commands &commands;
+    HttpsTrust &trust;
+    ServiceSupervisor &supervisor;
+    DiagnosticsReport &diagnostics;
+    Updates &updates;
+    SystemSettings &systemSettings;
 };
 
 /// The page of settings. Main thread only.
@@ -47,8 +68,8 @@ class SettingsPresenter : public QObject
     Q_PROPERTY(bool updating READ isUpdating NOTIFY changed)
 
 public:
-    /// `agent` outlives this object; `version` is the application's.
-    SettingsPresenter(Agent &agent, QString version, QObject *parent = nullptr);
+    /// `version` is the application's.
+    SettingsPresenter(const SettingsParts &parts, QString version, QObject *parent = nullptr);
 
     /// Tells of a change only when something shown is not what it was.
     void show(const SettingsFacts &facts);
@@ -73,20 +94,20 @@ public:
     [[nodiscard]] bool offersInstall() const { return !m_shown.availableUpdate.isEmpty(); }
     [[nodiscard]] bool isUpdating() const { return m_shown.updating; }
 
-    Q_INVOKABLE void setLaunchAtLogin(bool on) { m_agent.setLaunchAtLogin(on); }
-    Q_INVOKABLE void reRegisterLogin() { m_agent.reRegisterLogin(); }
-    Q_INVOKABLE void openLoginSettings() { m_agent.openSettings(Desktop::SettingsPane::LoginItems); }
-    Q_INVOKABLE void requestNotifications() { m_agent.requestNotifications(); }
-    Q_INVOKABLE void testNotification() { m_agent.testNotification(); }
-    Q_INVOKABLE void openNotificationSettings() { m_agent.openSettings(Desktop::SettingsPane::Notifications); }
-    Q_INVOKABLE void openLocalNetworkSettings() { m_agent.openSettings(Desktop::SettingsPane::Network); }
-    Q_INVOKABLE void setKeepAwake(bool on) { m_agent.setKeepAwake(on); }
-    Q_INVOKABLE void setAutoApprove(bool on) { m_agent.commands().setAutoApprove(on); }
-    Q_INVOKABLE void trustForSafari() { m_agent.trustForSafari(); }
-    Q_INVOKABLE void restartService() { m_agent.restart(); }
-    Q_INVOKABLE void exportDiagnostics() { m_agent.exportDiagnostics(); }
-    Q_INVOKABLE void checkUpdate() { m_agent.checkUpdate(); }
-    Q_INVOKABLE void installUpdate() { m_agent.installUpdate(); }
+    Q_INVOKABLE void setLaunchAtLogin(bool on) { m_parts.login.setLaunchAtLogin(on); }
+    Q_INVOKABLE void reRegisterLogin() { m_parts.login.reRegisterLogin(); }
+    Q_INVOKABLE void openLoginSettings() { m_parts.systemSettings.open(Desktop::SettingsPane::LoginItems); }
+    Q_INVOKABLE void requestNotifications() { m_parts.notifications.request(); }
+    Q_INVOKABLE void testNotification() { m_parts.notifications.postTest(); }
+    Q_INVOKABLE void openNotificationSettings() { m_parts.systemSettings.open(Desktop::SettingsPane::Notifications); }
+    Q_INVOKABLE void openLocalNetworkSettings() { m_parts.systemSettings.open(Desktop::SettingsPane::Network); }
+    Q_INVOKABLE void setKeepAwake(bool on) { m_parts.keepAwake.set(on); }
+    Q_INVOKABLE void setAutoApprove(bool on) { m_parts.commands.setAutoApprove(on); }
+    Q_INVOKABLE void trustForSafari() { m_parts.trust.trustForSafari(); }
+    Q_INVOKABLE void restartService() { m_parts.supervisor.restart(); }
+    Q_INVOKABLE void exportDiagnostics() { m_parts.diagnostics.exportDiagnostics(); }
+    Q_INVOKABLE void checkUpdate() { m_parts.updates.checkUpdate(); }
+    Q_INVOKABLE void installUpdate() { m_parts.updates.installUpdate(); }
 
 Q_SIGNALS:
     void changed();
@@ -108,7 +129,7 @@ private:
         bool operator==(const Shown &) const = default;
     };
 
-    Agent &m_agent;
+    SettingsParts m_parts;
     QString m_version;
     Shown m_shown;
 };

@@ -16,9 +16,9 @@ enum Step
 
 } // namespace
 
-WizardPresenter::WizardPresenter(Agent &agent, QObject *parent)
+WizardPresenter::WizardPresenter(const WizardParts &parts, QObject *parent)
     : QObject(parent)
-    , m_agent(agent)
+    , m_parts(parts)
 {
 }
 
@@ -65,19 +65,19 @@ void WizardPresenter::allow()
     setBusy(true);
     switch (Step(m_step)) {
     case Login:
-        m_agent.setLaunchAtLogin(true);
-        settler(WizardChoice::Failed)(m_agent.launchAtLogin());
+        m_parts.login.setLaunchAtLogin(true);
+        settler(WizardChoice::Failed)(m_parts.login.launchAtLogin());
         break;
     // A refusal counts as a choice of the person, not as a failure.
     case Notifications:
-        m_agent.requestNotifications(settler(WizardChoice::Skipped));
+        m_parts.notifications.request(settler(WizardChoice::Skipped));
         break;
     case Safari:
-        m_agent.trustForSafari(settler(WizardChoice::Skipped));
+        m_parts.trust.trustForSafari(settler(WizardChoice::Skipped));
         break;
     case Network:
         // Whatever it finds: the search makes the system ask the person for leave.
-        m_agent.commands().scanBonjour([done = settler(WizardChoice::Enabled)](const auto &) { done(true); });
+        m_parts.commands.scanBonjour([done = settler(WizardChoice::Enabled)](const auto &) { done(true); });
         break;
     }
 }

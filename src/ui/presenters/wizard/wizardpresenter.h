@@ -1,6 +1,9 @@
 #pragma once
 
-#include "app/agent.h"
+#include "app/commands.h"
+#include "app/notifications.h"
+#include "host/httpstrust.h"
+#include "host/launchatlogin.h"
 #include "ui/presenters/wizard/wizardstep.h"
 
 #include <QObject>
@@ -10,6 +13,15 @@
 #include <functional>
 
 namespace zemrak {
+
+/// What the first-run wizard asks of the application, a part for each step. All of it outlives the wizard.
+struct WizardParts
+{
+    LaunchAtLogin &login;
+    Notifications &notifications;
+    HttpsTrust &trust;
+    Commands &commands;
+};
 
 /// The first-run wizard: four steps forward, each done or skipped, then a summary. Main thread only.
 class WizardPresenter : public QObject
@@ -26,8 +38,7 @@ class WizardPresenter : public QObject
 public:
     static constexpr int steps = 4;
 
-    /// `agent` outlives this object.
-    explicit WizardPresenter(Agent &agent, QObject *parent = nullptr);
+    explicit WizardPresenter(const WizardParts &parts, QObject *parent = nullptr);
 
     /// From 0; `steps` is the summary.
     [[nodiscard]] int step() const { return m_step; }
@@ -64,7 +75,7 @@ private:
     void settle(int step, WizardChoice choice);
     [[nodiscard]] std::function<void(bool)> settler(WizardChoice otherwise);
 
-    Agent &m_agent;
+    WizardParts m_parts;
     std::array<WizardChoice, steps> m_choices{};
     int m_step = 0;
     bool m_busy = false;

@@ -1,5 +1,6 @@
 #include "ui/window/shell/qmlwindow.h"
 
+#include "app/agent.h"
 #include "base/clock.h"
 #include "ui/kit/clickoutside.h"
 #include "ui/kit/windowshortcuts.h"
@@ -50,8 +51,11 @@ void setWindowIconOnce()
 QmlWindow::QmlWindow(const MainWindowServices &services)
     : m_services(services)
     , m_appearance(services.makeAppearanceSettings())
-    , m_designer(services.agent, services.clock.wallTime())
+    , m_designer(services.agent.commands(), services.agent.messages(), services.clock.wallTime())
 {
+    const auto showState = [this] { m_designer.show(m_services.agent.state()); };
+    connect(&services.agent, &Agent::stateChanged, this, showState);
+    showState();
 }
 
 QmlWindow::~QmlWindow() = default;

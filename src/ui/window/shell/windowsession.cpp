@@ -28,9 +28,22 @@ WindowSession::WindowSession(const MainWindowServices &services, Appearance &app
     , m_foundJobs(m_jobs,
           {JobListModel::PrinterNameRole, JobListModel::KindTextRole, JobListModel::StatusTextRole,
               JobListModel::ErrorTextRole, JobListModel::ErrorCodeRole, JobListModel::IdRole})
-    , m_alerts(m_agent, m_clock)
+    , m_alerts({.feed = m_agent.alertFeed(),
+                   .check = m_agent.connectionCheck(),
+                   .updates = m_agent.updates(),
+                   .systemSettings = m_agent.systemSettings()},
+          m_clock)
     , m_docs(m_agent.desktop(), m_agent.messages())
-    , m_settings(m_agent, QStringLiteral(ZEMRAK_VERSION))
+    , m_settings({.login = m_agent.loginLaunch(),
+                     .notifications = m_agent.notifications(),
+                     .keepAwake = m_agent.awakeKeeper(),
+                     .commands = m_agent.commands(),
+                     .trust = m_agent.trust(),
+                     .supervisor = m_agent.supervisor(),
+                     .diagnostics = m_agent.diagnostics(),
+                     .updates = m_agent.updates(),
+                     .systemSettings = m_agent.systemSettings()},
+          QStringLiteral(ZEMRAK_VERSION))
 {
     followAgent();
     followView();
@@ -140,7 +153,11 @@ void WindowSession::openWizard()
 {
     if (m_view.showsOnboarding() == (m_wizard != nullptr))
         return;
-    m_wizard.reset(m_view.showsOnboarding() ? new WizardPresenter(m_agent, this) : nullptr);
+    const WizardParts parts{.login = m_agent.loginLaunch(),
+        .notifications = m_agent.notifications(),
+        .trust = m_agent.trust(),
+        .commands = m_agent.commands()};
+    m_wizard.reset(m_view.showsOnboarding() ? new WizardPresenter(parts, this) : nullptr);
     Q_EMIT wizardChanged();
 }
 
