@@ -8,6 +8,8 @@ import { drawText } from '../../agent/lib/print/draw-text.mjs';
 import { ownJob } from '../../agent/lib/print/own-jobs.mjs';
 import { render } from '../../agent/lib/print/render.mjs';
 import { TextEngine } from '../../agent/lib/print/textrender.mjs';
+import { makePayload } from '../../agent/lib/jobs/payload.mjs';
+import { renderPdf } from '../../agent/lib/print/pdf.mjs';
 import { codePageTest } from '../../agent/lib/print/test-page.mjs';
 import { bitmap, fromPng, toPng } from './support/bitmap.mjs';
 import { readPaper } from './support/escpos-reader.mjs';
@@ -15,6 +17,7 @@ import { designerDoc, fakePrinter, fakeProgram, privateHome, startService, until
 
 const inTree = (relative) => fileURLToPath(new URL(`../../${relative}`, import.meta.url));
 const TEXTRENDER = process.env.ZEMRAK_TEST_TEXTRENDER ?? inTree('build/bundle/resources/textrender');
+const PDFRENDER = process.env.ZEMRAK_TEST_PDFRENDER ?? inTree('build/bundle/resources/pdfrender');
 const DOTS = { 58: 384, 72: 512, 80: 576 };
 
 const item = (name, qty, price) => ({ name, qty, price });
@@ -89,6 +92,24 @@ test('columns of drawn and printed lines are the same', async () => {
     for (const { width } of events.filter(({ kind }) => kind === 'picture')) assert.equal(width, Math.floor(dots / 12) * 12);
     assert.match(text, /2 × 35\.50 +71\.00 SAR\n/, 'read as typed');
   }
+});
+
+test('an ordinary printer of the print system gets pages on which Arabic is drawn', async () => {
+  const printer = { type: 'cups', displayName: 'طابعة المكتب', protocol: 'none', profile: {} };
+  const pagesOf = async (task, tools = { engine }) => {
+    const { bytes, raw } = await makePayload({ printer, now: new Date(2026, 0, 31, 13, 5), ...task }, tools);
+    assert.equal(raw, false);
+    return bytes.includes('%PDF') ? renderPdf(PDFRENDER, bytes, { dots: 600, dither: 'threshold' }) : bytes.toString('utf8');
+  };
+  const [{ height, bits }, ...others] = await pagesOf({ kind: 'test' });
+  assertLooksLike(bitmap(600, height, bits), 'test-page-a4');
+  assert.deepEqual(others, []);
+  const list = { kind: 'commands', commands: Array.from({ length: 40 }, () => ({ type: 'text', text: 'سطر طويل '.repeat(9), size: 3 })) };
+  const pages = await pagesOf({ job: list, options: { media: 'A5' } });
+  const room = 600 * (595 - 36) / 420;
+  assert.ok(pages.length > 3 && pages.every((page) => page.height < room), 'no line goes over the end of a page');
+  assert.match(await pagesOf({ job: { kind: 'commands', commands: [{ type: 'text', text: 'plain' }] }, options: {} }), /^plain\r\n\f$/);
+  assert.match(await pagesOf({ kind: 'test' }, { engine: null }), /طباعة تجريبية/);
 });
 
 test('lines are drawn only where that helps', async () => {

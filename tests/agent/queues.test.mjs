@@ -8,6 +8,7 @@ import { fakePrinter, privateHome, startService, until } from './support/service
 import { hasCups, realCups } from './support/real-cups.mjs';
 import { Devices } from '../../agent/lib/printers/devices.mjs';
 import { queueStatus, waitsForDevice } from '../../agent/lib/printers/queue-state.mjs';
+import { QueueWatch } from '../../agent/lib/printers/queue-watch.mjs';
 
 test('what the print system says of a queue', () => {
   const rows = [
@@ -30,6 +31,21 @@ test('what the print system says of a queue', () => {
     assert.equal([state, reason ?? problem ?? paper].filter(Boolean).join(' '), wanted, JSON.stringify(told));
   }
   assert.deepEqual(['The printer is in use.', 'connecting-to-device', 'Waiting for printer to become available.', 'Printing page 1'].map(waitsForDevice), ['busy', 'offline', 'offline', null]);
+});
+
+test('a job that a busy printer turns away over and over says so, and has not reached it', () => {
+  // As the print system tells it of a printer that speaks IPP: it asks again every ten seconds.
+  const told = (since, message, alerts = 'none') => `printer Office now printing Office-3.  enabled since Mon Nov 23 22:48:${since} 2026\n\t${message}\n\tAlerts: ${alerts}\n`;
+  const rows = [
+    [told('08', 'Processing page 1...'), null, true], [told('08', 'The printer is in use.'), 'busy', false], [told('08', 'Printing.'), 'busy', false],
+    [told('18', 'Printing.'), 'busy', false], [told('28', 'Printing.', 'media-low'), 'busy', false],
+    [told('39', 'Printing.', 'cups-waiting-for-job-completed'), null, true], [told('39', 'Idle.', 'cups-waiting-for-job-completed'), null, true],
+  ];
+  const watches = { 'all looks': rows, 'the word of the refusal missed': rows.filter((_, index) => ![1, 2].includes(index)) };
+  for (const [name, looks] of Object.entries(watches)) {
+    const watch = new QueueWatch({ queue: 'Office', request: 'Office-3', isTold: true });
+    for (const [text, wanted, hasReached] of looks) assert.deepEqual([watch.look(text), watch.hasReached], [wanted, hasReached], `${name}: ${text}`);
+  }
 });
 
 const lasting = async (service) => (await service.alerts()).filter(({ resolvedAt }) => !resolvedAt).map(({ key }) => key).sort();

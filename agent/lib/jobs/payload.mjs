@@ -1,11 +1,12 @@
 import { ApiError, unsupportedImage } from '../api-error.mjs';
 import { checkCommands } from '../print/commands.mjs';
-import { drawText } from '../print/draw-text.mjs';
+import { drawDocument } from '../print/document.mjs';
+import { drawText, needsPicture } from '../print/draw-text.mjs';
 import { commandOperations, finishOperations } from '../print/operations.mjs';
 import { ownJob } from '../print/own-jobs.mjs';
 import { isWholePdf, renderPdf } from '../print/pdf.mjs';
 import { checkPicture, pictureDots } from '../print/picture-files.mjs';
-import { render } from '../print/render.mjs';
+import { PLAIN, render } from '../print/render.mjs';
 import { translateToStar } from '../print/star-translate.mjs';
 import { dotsOf, invalidOptions } from '../public/options.mjs';
 import { decodeData, rawPayload } from './data.mjs';
@@ -35,8 +36,8 @@ const ORDINARY_DOTS = 960;
 export async function makePayload(task, tools) {
   if (task.job) return payloadOf(task.job, task.options, task.printer, tools);
   const { operations, dots } = ownJob(task);
-  const { protocol } = task.printer;
-  const target = { protocol, profile: task.printer.profile, dots };
+  const { type, protocol, profile } = task.printer;
+  const target = { type, protocol, profile, dots };
   return { ...await printed(operations, target, tools), raw: protocol !== 'none' };
 }
 
@@ -56,7 +57,17 @@ export async function payloadOf(job, options, printer, tools) {
 }
 
 async function printed(operations, target, tools) {
-  return render(await drawText(operations, target, tools), target);
+  const made = render(await drawText(operations, target, tools), target);
+  // The print system takes documents; of a plain text it prints Arabic letters one by one, and from the left.
+  const isPage = target.protocol === 'none' && target.type === 'cups' && operations.some(needsPicture);
+  if (!isPage || !tools.engine) return made;
+  try {
+    const shown = operations.filter(({ op }) => PLAIN.includes(op));
+    return { ...made, bytes: await drawDocument(shown, target, tools.engine) };
+  } catch (error) {
+    tools.onFailure?.(error.message);
+    return made;
+  }
 }
 
 async function thermal(job, options, printer, tools) {
@@ -108,9 +119,10 @@ async function ordinary(job, options, printer, tools) {
   if (job.kind === 'commands') {
     const commands = checkCommands(job.commands);
     if (commands.some(({ type }) => !['text', 'feed', 'cut', 'beep'].includes(type))) refuse();
-    const target = { protocol: 'none', profile: printer.profile, dots: ORDINARY_DOTS };
-    const operations = commandOperations(commands, printer.profile);
-    return { ...await printed(operations, target, tools), raw: printer.type !== 'cups' };
+    const { type, profile } = printer;
+    const target = { type, protocol: 'none', profile, dots: ORDINARY_DOTS, media: options.media };
+    const operations = commandOperations(commands, profile);
+    return { ...await printed(operations, target, tools), raw: type !== 'cups' };
   }
   const file = decodeData(job);
   const text = `${sizeNote(job, file)}\n`;

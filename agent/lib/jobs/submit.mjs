@@ -79,8 +79,8 @@ export class AdminJobs {
       await this.#queue.refuse(printer, kind, 'offline', record);
       throw new ApiError(409, 'offline', 'الطابعة غير متصلة.');
     }
-    const { displayName, protocol, profile } = printer;
-    const task = { kind, printer: { displayName, protocol, profile }, ...content };
+    const { displayName, type, protocol, profile } = printer;
+    const task = { kind, printer: { displayName, type, protocol, profile }, ...content };
     const payload = await this.#maker.make(task, { asker: record?.origin, signal });
     if (signal?.aborted) throw new ApiError(409, 'cancelled', 'أُلغي الطلب قبل بدء الطباعة.');
     return this.#queue.accept(printer, kind, payload, { record });

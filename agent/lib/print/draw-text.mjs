@@ -31,12 +31,17 @@ export async function drawText(operations, { protocol, profile, dots }, { engine
 }
 
 /** Whether the operation has letters that are not ASCII; invisible direction marks alone do not count. */
-function needsPicture({ op, text, left, right }) {
+export function needsPicture({ op, text, left, right }) {
   if (op !== 'text' && op !== 'row') return false;
   return /[^\p{ASCII}\p{Cf}]/u.test(op === 'text' ? text : left + right);
 }
 
-function requestFor(operation, columns) {
+/**
+ * What the text engine is asked for.
+ * @param {Record<string, any>} operation "text" or "row"
+ * @param {number} columns of a line
+ */
+export function requestFor(operation, columns) {
   const { op, text, left, right, align, size = 1, rtl = false } = operation;
   const { bold = false, underline = false, invert = false } = operation;
   const style = {

@@ -7,8 +7,8 @@ const DEFAULT_DOTS = PAPER_DOTS[80];
 
 /**
  * The jobs of the person at this computer as operations for render().
- * @param {{ kind: 'test'|'designer'|'drawer'|'cut'|'codepage-test', printer: { displayName: string, protocol: string,
- *   profile: Record<string, any> }, doc?: Record<string, any>, pin?: string, now?: Date }} job doc = as
+ * @param {{ kind: 'test'|'designer'|'drawer'|'cut'|'codepage-test', printer: { displayName: string, type?: string,
+ *   protocol: string, profile: Record<string, any> }, doc?: Record<string, any>, pin?: string, now?: Date }} job doc = as
  *     checkDesignerDoc returned it
  * @returns {{ operations: Record<string, any>[], dots: number }}
  */
@@ -17,7 +17,10 @@ export function ownJob({ kind, printer, doc, pin, now = new Date() }) {
   const dots = profile.dots ?? DEFAULT_DOTS;
   const cut = cutOf(profile);
   switch (kind) {
-    case 'test': return { operations: testPage({ name: displayName, dots, cut, now }), dots };
+    case 'test': {
+      const paper = protocol === 'none' ? undefined : dots;
+      return { operations: testPage({ name: displayName, dots: paper, cut, now }), dots };
+    }
     case 'designer': {
       // The designer says that these printers get no barcode.
       const printed = protocol === 'starline' ? { ...doc, barcodeEnabled: false } : doc;

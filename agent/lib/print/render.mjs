@@ -5,8 +5,8 @@ import { holdsCommands, qrPicture } from './qr-picture.mjs';
 import { codepageOf } from './text-encoder.mjs';
 
 const LANGUAGES = { escpos, starline };
-// What an ordinary printer can do: text and the end of the page.
-const PLAIN = ['text', 'row', 'rule', 'feed'];
+/** What an ordinary printer can do: text and the end of the page. */
+export const PLAIN = ['text', 'row', 'rule', 'feed'];
 
 /**
  * The one way from operations to bytes. Operations, printed in order:

@@ -5,16 +5,17 @@ const PAGES = 64;
 
 /**
  * A short receipt that shows the printer's name, the width of a line and Arabic letters.
- * @param {{ name: string, dots: number, cut: string, now?: Date }} page dots = in a line of the paper
+ * @param {{ name: string, dots?: number, cut: string, now?: Date }} page dots = in a line of a receipt's paper
  */
 export function testPage({ name, dots, cut, now = new Date() }) {
+  const width = dots ? [{ op: 'text', text: '1234567890'.repeat(6).slice(0, columnsOfDots(dots)) }] : [];
   return [
     { op: 'text', text: 'Zemrak Printer', align: 'center', bold: true, size: 2 },
     { op: 'text', text: 'طباعة تجريبية', align: 'center', bold: true },
     { op: 'text', text: name, align: 'center' },
     { op: 'text', text: stamp(now), align: 'center' },
     { op: 'rule' },
-    { op: 'text', text: '1234567890'.repeat(6).slice(0, columnsOfDots(dots)) },
+    ...width,
     { op: 'text', text: 'ABCDEFGHIJKLMNOPQRSTUVWXYZ' },
     { op: 'text', text: 'أبجد هوز حطي كلمن سعفص قرشت', align: 'right' },
     { op: 'row', left: '1 x 10.00', right: '10.00 SAR' },

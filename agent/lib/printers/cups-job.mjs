@@ -1,6 +1,6 @@
 import { SendError } from './send-error.mjs';
 import { jobReport } from './ipp-job.mjs';
-import { parseQueueStates, queueStatus, waitsForDevice } from './queue-state.mjs';
+import { QueueWatch } from './queue-watch.mjs';
 import { runProgram } from '../system/program.mjs';
 
 /**
@@ -15,6 +15,9 @@ const WILL_RETRY = /^\s+Alerts:.*\bresources-are-not-ready\b/m;
 // What a person sees to before the printer goes on.
 const MENDABLE = ['paper_out', 'cover_open', 'jam'];
 
+// When a try was begun; one that is begun over and over is no headway.
+const SINCE = / since .*$/m;
+
 /** A job that the print system has taken. */
 export class CupsJob {
   #programs;
@@ -22,8 +25,7 @@ export class CupsJob {
   #queue;
   #request;
   #isTold;
-  // Whether the print system has ever been seen at it without waiting for its device; null = not seen at it yet.
-  #hasReached = null;
+  #watch;
 
   /**
    * @param {{ lpstat: string, cancel: string | null }} programs
@@ -32,6 +34,7 @@ export class CupsJob {
    */
   constructor({ lpstat, cancel }, { queue, request, env, isTold = false }) {
     this.#isTold = isTold;
+    this.#watch = new QueueWatch({ queue, request, isTold });
     this.#programs = { lpstat, cancel };
     this.#queue = queue;
     this.#request = request;
@@ -59,14 +62,15 @@ export class CupsJob {
       const now = performance.now();
       if (line && !line.own && await this.#isPrinted()) return done();
       if (signal?.aborted && await this.cancel()) throw new SendError('cancelled', 'called off');
-      const waitsFor = this.#watch(printer.stdout);
+      const waitsFor = this.#watch.look(printer.stdout);
       onWait(waitsFor);
       if (WILL_RETRY.test(line?.own)) await this.#preventRetry();
       // A system that does not answer tells nothing.
       if (line && printer.status === 0) {
         last.headway = report?.headway ?? last.headway;
-        const telling = JSON.stringify([line.before, line.own, printer.stdout, last.headway]);
-        if (telling !== last.told || this.#isAtAnother(printer.stdout) || MENDABLE.includes(waitsFor)) Object.assign(last, { told: telling, at: now });
+        const telling = JSON.stringify([line.before, line.own, printer.stdout.replace(SINCE, ''), last.headway]);
+        const isWaitedFor = MENDABLE.includes(waitsFor) || (this.#isTold && waitsFor === 'busy');
+        if (telling !== last.told || this.#isAtAnother(printer.stdout) || isWaitedFor) Object.assign(last, { told: telling, at: now });
         if (!told.has(telling)) last.newAt = now;
         told.add(telling);
       }
@@ -85,20 +89,8 @@ export class CupsJob {
     return cancel !== null && (await runProgram(cancel, [this.#request])).status === 0;
   }
 
-  /**
-   * Notes whether the print system has got through to the device with this job. @returns {string | null} what it waits
-   * for
-   */
-  #watch(told) {
-    const state = parseQueueStates(told).get(this.#queue);
-    if (!state) return null;
-    const away = waitsForDevice(`${state.reasons.join(' ')} ${state.message}`);
-    if (new RegExp(`^printer \\S+ now printing ${escaped(this.#request)}\\.`, 'm').test(told)) this.#hasReached = this.#hasReached === true || !away;
-    return away ?? queueStatus(state).problems[0] ?? null;
-  }
-
   /** Whether nothing of it has left this computer: it was not begun, or only ever waited for its device. */
-  #isUntouched(report) { return report?.isUntouched === true || this.#hasReached === false; }
+  #isUntouched(report) { return report?.isUntouched === true || this.#watch.hasReached === false; }
 
   /**
    * Reads one of the print system's two lists of jobs.
@@ -172,5 +164,3 @@ export class CupsJob {
     throw new SendError('timeout', 'the job cannot be cancelled');
   }
 }
-
-const escaped = (text) => text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&');
