@@ -4,9 +4,13 @@ import { endBy } from './system/forced-end.mjs';
 const EX_CONFIG = 78;
 // Milliseconds. The companion asks the kernel to tell of its own end at once; who else starts the service may not.
 const PARENT_CHECK_MS = 1000;
-// Last resorts when something refuses to end, after the request to stop: gone within three seconds, with the above.
+// Last resorts when something refuses to end, after the request to stop: what is known is written, or not even that.
 const FORCED_EXIT_MS = 1800;
 const KILL_MS = 1950;
+// When the parent has gone, both count from when it was last seen, and this much more: three seconds after its end all
+// is over, also where a busy computer has this process look late. Saving keeps the time that it needs.
+const UNSEEN_MS = 850;
+const MOST_SPENT_MS = 1300;
 
 /**
  * The command "run": serves until told to stop.
@@ -21,11 +25,12 @@ export async function run() {
 
   // From the first moment: the ports are open, and requests are answered, before the start is over.
   let stopping = false;
-  const stop = async (why) => {
+  const stop = async (why, since = performance.now()) => {
     if (stopping) return;
     stopping = true;
-    endBy(KILL_MS);
-    setTimeout(leave, FORCED_EXIT_MS);
+    const spent = Math.min(performance.now() - since, MOST_SPENT_MS);
+    endBy(KILL_MS - spent);
+    setTimeout(leave, FORCED_EXIT_MS - spent);
     const { log, stop: end } = await starting; // a start that fails ends the process
     log.info(`stopping: ${why}`);
     await end();
@@ -52,8 +57,11 @@ export async function run() {
   process.on('uncaughtException', crash);
   process.on('unhandledRejection', crash);
   if (process.env.ZEMRAK_LP_EXIT_WITH_PARENT === '1') {
+    let seen = performance.now();
     setInterval(() => {
-      if (process.ppid !== bornUnder || bornUnder === 1) void stop('the parent process has gone');
+      const now = performance.now();
+      if (process.ppid !== bornUnder || bornUnder === 1) void stop('the parent process has gone', seen + UNSEEN_MS);
+      else seen = now;
     }, PARENT_CHECK_MS).unref();
   }
   log.plain(`listening on http://127.0.0.1:${listeners.httpPort}`);
