@@ -1,4 +1,7 @@
-/** Refusal that travels to the caller as an HTTP answer; its message may be shown to the person. */
+/**
+ * Refusal that travels to the caller as an HTTP answer; its message may be shown to the person. It has no stack: who
+ * asks in a loop is refused in a loop, and looking back takes longer than all the rest of that.
+ */
 export class ApiError extends Error {
   /**
    * @param {number} status HTTP status, 400 to 599
@@ -7,7 +10,10 @@ export class ApiError extends Error {
    * @param {Record<string, string>} headers extra answer headers
    */
   constructor(status, code, message, headers = {}) {
+    const { stackTraceLimit } = Error;
+    Error.stackTraceLimit = 0;
     super(message);
+    Error.stackTraceLimit = stackTraceLimit;
     this.status = status;
     this.code = code;
     this.headers = headers;

@@ -20,7 +20,7 @@ export function quantile(numbers, share) {
 
 /**
  * @param {{ agent: string, helpers: string }} folders the service's, and that of textrender and pdfrender
- * @returns {Promise<object>} call(method, path, body), print(job), gap(), forgetPeak(), peakBytes(), memoryBytes(),
+ * @returns {Promise<object>} call(method, path, body), port, admin(method, path, body), print(job), gap(), forgetPeak(), peakBytes(), memoryBytes(),
  *   close()
  */
 export async function openShop({ agent, helpers }) {
@@ -74,6 +74,9 @@ export async function openShop({ agent, helpers }) {
   token = (await call('POST', '/v1/pair', JSON.stringify({ clientName: 'Bench' }))).body.token;
   return {
     call,
+    port,
+    /** A request of the companion's. */
+    admin: (method, route, body) => call(method, route, body, admin),
     print: (job) => call('POST', '/v1/jobs', JSON.stringify({ printer: target, ...job })),
     /** The longest gap of the main loop since the last question, in ms: by the clock, and of processor time. */
     gap: async () => { child.kill('SIGUSR2'); await sleep(150); return JSON.parse(readFileSync(gapFile, 'utf8')); },

@@ -1,11 +1,12 @@
 import { ApiError } from '../api-error.mjs';
+import { nextTurn } from '../system/next-turn.mjs';
 import { peerKey, peersOf } from '../system/peers.mjs';
 
 /**
  * Connections: `most` of strangers in all, and `late` more in which only the companion is served. From `crowd` of them
  * on, no program keeps more than `peer`. Requests of one connection that have no answer yet: `unanswered`.
  */
-export const LIMITS = Object.freeze({ most: 600, late: 100, crowd: 300, peer: 128, unanswered: 16 });
+export const LIMITS = Object.freeze({ most: 600, late: 100, crowd: 300, peer: 128, unanswered: 8 });
 
 /**
  * Milliseconds. A browser that asks the person for leave holds a connection on which it has sent nothing for as long;
@@ -14,17 +15,24 @@ export const LIMITS = Object.freeze({ most: 600, late: 100, crowd: 300, peer: 12
  */
 const PATIENCE = Object.freeze({ silent: 75_000, late: 2000, head: 10_000 });
 
+// A connection that is given up for what came over it is held, unread, for as long: who connects anew at once, and
+// does the same, would take more time than he did before.
+const SHUT_MS = 1000;
+// Connections closed at one time, before others have their turn.
+const CLOSED_AT_ONCE = 32;
+
 const THIN_MS = 1000;
-// Refusals that are answered at once in any such time; who is refused more often than that gets the rest later.
+// Refusals that are answered at once in any such time; the rest is answered later, and not all of it at one time.
 const PACE_MS = 100;
 const PACE_MOST = 20;
+const PACED_MS = [200, 1200];
 const HEAD_END = '\r\n\r\n';
 
 const busy = () => new ApiError(503, 'busy', 'برامج كثيرة متصلة بخدمة الطباعة. حاول بعد قليل.', { 'Retry-After': '2' });
 
 /**
  * @typedef {{ socket: import('node:net').Socket, open: number, isInHead: boolean, isOwn: boolean, isLate: boolean,
- *   last?: import('node:http').IncomingMessage, timer?: NodeJS.Timeout }} Connection
+ *   isShut?: boolean, last?: import('node:http').IncomingMessage, timer?: NodeJS.Timeout }} Connection
  *   open = requests without an answer; last = the newest one
  */
 
@@ -35,6 +43,9 @@ const busy = () => new ApiError(503, 'busy', 'برامج كثيرة متصلة �
 export class Connections {
   /** @type {Map<string, Connection>} */
   #all = new Map();
+  // Those that are not the companion's.
+  /** @type {Set<Connection>} */
+  #strangers = new Set();
   #log;
   #onSlowHead;
   #refusals = { since: -Infinity, count: 0 };
@@ -55,12 +66,15 @@ export class Connections {
     const key = keyOf(socket);
     /** @type {Connection} */
     const connection = (isAgreed && this.#all.get(key))
-      || { socket, open: 0, isInHead: false, isOwn: false, isLate: this.#strangers().length >= LIMITS.most };
+      || { socket, open: 0, isInHead: false, isOwn: false, isLate: this.#strangers.size >= LIMITS.most };
     connection.socket = socket;
     this.#all.set(key, connection);
+    if (!connection.isOwn) this.#strangers.add(connection);
     socket.once('close', () => {
       clearTimeout(connection.timer);
-      if (this.#all.get(key) === connection && connection.socket === socket) this.#all.delete(key);
+      if (connection.socket !== socket) return;
+      this.#strangers.delete(connection);
+      if (this.#all.get(key) === connection) this.#all.delete(key);
     });
     this.#patiently(connection, connection.isLate ? PATIENCE.late : PATIENCE.silent, () => socket.destroy());
     if (!isEncrypted) socket.prependListener('data', (chunk) => this.#inspect(connection, chunk));
@@ -78,9 +92,12 @@ export class Connections {
     Object.assign(connection, { isInHead: false, last: request, open: connection.open + 1 });
     response.once('close', () => { connection.open -= 1; });
     if (connection.open <= LIMITS.unanswered) return connection;
-    request.socket.destroy();
+    this.#shut(connection);
     return null;
   }
+
+  /** Whether a connection is given up: nothing that came over it is to be answered. */
+  isShut(socket) { return this.#all.get(keyOf(socket))?.isShut === true; }
 
   /**
    * Lets a request pass that its guard has let pass.
@@ -93,7 +110,8 @@ export class Connections {
       // Its long commands send nothing for a while.
       connection.socket.setTimeout(0);
       Object.assign(connection, { isOwn, isLate: false });
-    } else if (connection.isLate && this.#strangers().length > LIMITS.most) {
+      this.#strangers.delete(connection);
+    } else if (connection.isLate && this.#strangers.size > LIMITS.most) {
       throw busy();
     }
   }
@@ -103,10 +121,18 @@ export class Connections {
     const now = performance.now();
     if (now - this.#refusals.since > PACE_MS) this.#refusals = { since: now, count: 0 };
     this.#refusals.count += 1;
-    if (this.#refusals.count > PACE_MOST) await new Promise((resolve) => { setTimeout(resolve, PACE_MS); });
+    if (this.#refusals.count <= PACE_MOST) return;
+    const [least, most] = PACED_MS;
+    await new Promise((resolve) => { setTimeout(resolve, least + Math.random() * (most - least)); });
   }
 
-  #strangers() { return [...this.#all.values()].filter(({ isOwn }) => !isOwn); }
+  /** Reads nothing more of a connection, and closes it after a while. */
+  #shut(connection) {
+    if (connection.isShut) return;
+    connection.isShut = true;
+    connection.socket.removeAllListeners('data').pause();
+    this.#patiently(connection, SHUT_MS, () => connection.socket.destroy());
+  }
 
   #patiently(connection, ms, onEnd) {
     clearTimeout(connection.timer);
@@ -129,13 +155,13 @@ export class Connections {
     if (requests <= LIMITS.unanswered) return;
     // Hundreds of requests in one piece would each be parsed at once: nothing the parser understands is left of them.
     chunk.fill(0);
-    connection.socket.destroy();
+    this.#shut(connection);
   }
 
   #makeRoom() {
-    const strangers = this.#strangers();
-    if (strangers.length >= LIMITS.crowd) void this.#thin();
-    const late = strangers.filter(({ isLate }) => isLate);
+    if (this.#strangers.size >= LIMITS.crowd) void this.#thin();
+    if (this.#strangers.size <= LIMITS.most) return;
+    const late = [...this.#strangers].filter(({ isLate }) => isLate);
     if (late.length > LIMITS.late) (late.find(({ open }) => open === 0) ?? late[0]).socket.destroy();
   }
 
@@ -145,23 +171,28 @@ export class Connections {
     if (this.#isThinning || now - this.#thinnedAt < THIN_MS) return;
     this.#isThinning = true;
     this.#thinnedAt = now;
-    const ports = new Set(this.#strangers().map(({ socket }) => socket.localPort));
+    const ports = new Set([...this.#strangers].map(({ socket }) => socket.localPort));
     const held = new Map();
     for (const port of ports) {
       const holders = port ? await peersOf(port) : new Map();
-      for (const connection of this.#strangers().filter(({ socket }) => socket.localPort === port)) {
+      for (const connection of [...this.#strangers].filter(({ socket }) => socket.localPort === port)) {
         const holder = holders.get(peerKey(connection.socket));
         const name = holder?.processId ? `process ${holder.processId}` : `user ${holder?.userId ?? 'unknown'}`;
-        held.set(name, [...held.get(name) ?? [], connection]);
+        const others = held.get(name) ?? [];
+        others.push(connection);
+        held.set(name, others);
+      }
+    }
+    for (const [name, connections] of held) {
+      const surplus = connections.reverse().sort((one, other) => one.open - other.open).slice(0, -LIMITS.peer);
+      const counts = `${surplus.length} of ${connections.length}`;
+      if (surplus.length > 0) this.#log.warn(`${counts} connections of ${name} closed: too many`);
+      for (const [index, { socket }] of surplus.entries()) {
+        socket.destroy();
+        if (index % CLOSED_AT_ONCE === CLOSED_AT_ONCE - 1) await nextTurn();
       }
     }
     this.#isThinning = false;
-    for (const [name, connections] of held) {
-      const surplus = connections.reverse().sort((one, other) => one.open - other.open).slice(0, -LIMITS.peer);
-      for (const { socket } of surplus) socket.destroy();
-      const counts = `${surplus.length} of ${connections.length}`;
-      if (surplus.length > 0) this.#log.warn(`${counts} connections of ${name} closed: too many`);
-    }
   }
 }
 

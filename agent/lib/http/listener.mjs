@@ -85,7 +85,9 @@ function makeServer({ tls, answer, connections, mayRead, log }) {
     const port = request.socket.localPort;
     if (connection) void serve(request, response, connection, { answer, connections, port, log });
   });
-  server.on('clientError', (error, socket) => refuseBroken(error, /** @type {any} */ (socket), mayRead));
+  server.on('clientError', (error, socket) => {
+    if (!connections.isShut(socket)) refuseBroken(error, /** @type {any} */ (socket), mayRead);
+  });
   return server;
 }
 

@@ -3,6 +3,8 @@ import { readFile } from 'node:fs/promises';
 import path from 'node:path';
 import { nextTurn } from './next-turn.mjs';
 
+// Lines and files looked at in one go, before others have their turn.
+const PIECE = 150;
 const TABLES = ['/proc/net/tcp', '/proc/net/tcp6'];
 const MAPPED = '0000000000000000FFFF0000';
 const ONE = '00000000000000000000000001000000';
@@ -26,9 +28,12 @@ export async function peersOf(port) {
   const sockets = new Map();
   for (const table of TABLES) {
     const text = await readFile(table, 'latin1').catch(() => '');
-    for (const line of text.split('\n').slice(1)) {
+    const suffix = `:${port.toString(16).toUpperCase().padStart(4, '0')}`;
+    for (const [index, line] of text.split('\n').entries()) {
+      if (index % PIECE === PIECE - 1) await nextTurn();
+      if (!line.includes(suffix)) continue;
       const [, local, remote, , , , , userId, , inode] = line.trim().split(/\s+/);
-      if (inode === undefined || inode === '0' || parseInt(remote.split(':')[1], 16) !== port) continue;
+      if (inode === undefined || inode === '0' || !remote.endsWith(suffix)) continue;
       const [address, from] = local.split(':');
       const key = `${addressOf(address)} ${parseInt(from, 16)}`;
       sockets.set(inode, { key, userId: Number(userId), processId: null });
@@ -72,7 +77,8 @@ async function findProcesses(sockets) {
     if (!/^\d+$/.test(name)) continue;
     const folder = `/proc/${name}/fd`;
     const files = list(folder);
-    for (const file of files) {
+    for (const [index, file] of files.entries()) {
+      if (index % PIECE === PIECE - 1) await nextTurn();
       const socket = sockets.get(/^socket:\[(\d+)\]$/.exec(link(`${folder}/${file}`))?.[1]);
       if (socket) socket.processId = Number(name);
     }
