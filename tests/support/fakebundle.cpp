@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSaveFile>
 
 namespace zemrak::test {
 
@@ -22,8 +23,8 @@ QString FakeBundle::resource(const QString &name) const
 
 void FakeBundle::write(const QString &name, const QByteArray &content) const
 {
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    QSaveFile file(name); // replaced, not rewritten: a shell reads its script bit by bit
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
         qFatal("Cannot write %s", qUtf8Printable(name));
 }
 
