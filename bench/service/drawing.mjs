@@ -1,4 +1,5 @@
-// What drawing costs everybody else: node bench/service/drawing.mjs [folder of the service] [folder of the helpers]
+// What drawing costs everybody else; README.md. [PARTS="accept short long pictures ready"]
+// node bench/service/drawing.mjs [folder of the service] [folder of the helpers]
 import zlib from 'node:zlib';
 import { fileURLToPath } from 'node:url';
 import { pdf } from '../../tests/agent/support/pdf.mjs';
@@ -6,6 +7,7 @@ import { openShop, quantile, sleep } from './shop.mjs';
 
 const inTree = (relative) => fileURLToPath(new URL(`../../${relative}`, import.meta.url));
 const [agent = inTree('agent'), helpers = inTree('build/bundle/resources')] = process.argv.slice(2);
+const PARTS = (process.env.PARTS ?? 'accept short long pictures ready').split(' ');
 const RECEIPTS = 50;
 const CLIENTS = 50;
 
@@ -43,8 +45,8 @@ const told = [];
 const tell = (name, value, unit) => told.push(`${name.padEnd(66)} ${value.toFixed(1).padStart(8)} ${unit}`);
 try {
   tell('memory before the first job', shop.memoryBytes() / 1e6, 'MB');
-  const times = [];
-  for (let n = 0; n < RECEIPTS; n += 1) {
+  const times = [0];
+  for (let n = 0; n < RECEIPTS && PARTS.includes('accept'); n += 1) {
     const began = performance.now();
     const { status } = await shop.print(receipt(30, n * 100));
     if (status !== 202) throw new Error(`a receipt was answered ${status}`);
@@ -66,7 +68,8 @@ try {
       await sleep(100);
     }
   });
-  const rounds = async (name, jobs) => {
+  const rounds = async (part, name, jobs) => {
+    if (!PARTS.includes(part)) return;
     hellos.length = 0;
     await shop.gap();
     shop.forgetPeak();
@@ -86,14 +89,14 @@ try {
       depth = body.printers.some(({ state }) => state === 'busy') ? 1 : 0;
     }
   };
-  await rounds('20 receipts of 30 lines', Array.from({ length: 20 }, (_, n) => receipt(30, n * 50)));
-  await rounds('20 receipts of 600 lines', Array.from({ length: 20 }, (_, n) => receipt(600, n * 700)));
+  await rounds('short', '20 receipts of 30 lines', Array.from({ length: 20 }, (_, n) => receipt(30, n * 50)));
+  await rounds('long', '20 receipts of 600 lines', Array.from({ length: 20 }, (_, n) => receipt(600, n * 700)));
   const png = largePng().toString('base64');
   const document = pdf({ pages: 30, box: '0 0 595 842' }).toString('base64');
-  await rounds('10 pictures of 12 MP and 10 documents of 30 pages', Array.from({ length: 20 }, (_, n) => (
+  await rounds('pictures', '10 pictures of 12 MP and 10 documents of 30 pages', Array.from({ length: 20 }, (_, n) => (
     n % 2 ? { kind: 'image', data: png } : { kind: 'pdf', data: document })));
   const bytes = Buffer.alloc(18 * 1024 * 1024, 'x').toString('base64');
-  await rounds('2 jobs of 18 MB, ready bytes', Array(2).fill({ kind: 'raw', data: bytes }));
+  await rounds('ready', '2 jobs of 18 MB, ready bytes', Array(2).fill({ kind: 'raw', data: bytes }));
   isOver = true;
   await Promise.all(clients);
 } finally {

@@ -5,7 +5,7 @@ import dns from 'node:dns';
 import { startService, until } from './support/service.mjs';
 import { raw, siteOf, text } from './support/site.mjs';
 import { talkingPrinter } from './support/talking-printer.mjs';
-import { bandsOf } from '../../agent/lib/printers/bands.mjs';
+import { bandsOf as bands } from '../../agent/lib/printers/bands.mjs';
 import { escposDialogue } from '../../agent/lib/printers/dialogue-escpos.mjs';
 import { starDialogue } from '../../agent/lib/printers/dialogue-star.mjs';
 import { dialogueFor } from '../../agent/lib/printers/dialogues.mjs';
@@ -50,6 +50,8 @@ test('answers, told apart from each other and from noise, in whatever pieces the
     assert.deepEqual(bytes.flatMap((byte) => reader.read([byte])).map(say), wanted, Buffer.from(bytes).toString('hex'));
   }
 });
+
+const bandsOf = (...given) => [...bands(...given)];
 
 test('bands end where no command is open, and copies are bands of their own', () => {
   const picture = (rows) => Buffer.concat([Buffer.of(0x1d, 0x76, 0x30, 0, 64, 0, rows, 0), Buffer.alloc(64 * rows, 0x1b)]);

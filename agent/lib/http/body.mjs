@@ -63,31 +63,41 @@ export async function readJobBody(request) {
 }
 
 function readBytes(request, limit, patienceMs) {
-  if (Number(request.headers['content-length'] ?? 0) > limit) throw tooLarge();
+  const announced = Number(request.headers['content-length'] ?? 0);
+  if (announced > limit) throw tooLarge();
   return new Promise((resolve, reject) => {
-    /** @type {Buffer[] | null} */
-    let chunks = [];
+    // One place for all of it; what is announced and does not come takes none.
+    let room = Buffer.allocUnsafeSlow(announced > 0 ? announced : SMALL_BODY_BYTES);
+    let isOver = false;
     let size = 0;
     const settle = (call, value) => {
-      if (!chunks) return;
-      chunks = null;
+      if (isOver) return;
+      isOver = true;
       held -= size;
       clearTimeout(timer);
       request.off('data', onData);
       call(value);
     };
     const onData = (chunk) => {
+      const before = size;
       size += chunk.length;
       held += chunk.length;
       if (size > limit) return settle(reject, tooLarge());
       if (held > HELD_BYTES) return settle(reject, busy());
-      chunks?.push(chunk);
+      if (size > room.length) room = grown(room, Math.min(limit, Math.max(size, room.length * 2)));
+      chunk.copy(room, before);
     };
     const timer = setTimeout(() => settle(reject, tooSlow()), patienceMs);
     request.on('data', onData);
-    request.once('end', () => settle(resolve, chunks && Buffer.concat(chunks)));
+    request.once('end', () => settle(resolve, room.subarray(0, size)));
     request.once('error', () => settle(reject, incomplete())).once('close', () => settle(reject, incomplete()));
   });
+}
+
+function grown(room, length) {
+  const larger = Buffer.allocUnsafeSlow(length);
+  room.copy(larger);
+  return larger;
 }
 
 function objectOf(bytes) {

@@ -6,7 +6,7 @@ import { Lane } from './lane.mjs';
 export const MAX_WAITING = 30;
 
 /** Bytes of all jobs that are not over. */
-const MAX_BYTES = 256 * 1024 * 1024;
+const MAX_BYTES = 96 * 1024 * 1024;
 
 // A page that the person at the printer has asked for waits this long for paper and cover, in milliseconds.
 const MEND_MS = 30_000;

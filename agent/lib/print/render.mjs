@@ -32,7 +32,10 @@ export function render(operations, { protocol, profile, dots }) {
   const codepage = codepageOf(profile);
   const begin = operations[0]?.op === 'bytes' ? [] : [language.begin(codepage)];
   const parts = operations.map((operation) => encode(operation, language, { codepage, columns, dots }));
-  return { bytes: Buffer.concat([...begin, ...parts]), text: readableText(operations, columns) };
+  const pieces = [...begin, ...parts];
+  // Ready bytes may be many: they are not copied.
+  const bytes = pieces.length === 1 ? pieces[0] : Buffer.concat(pieces);
+  return { bytes, text: readableText(operations, columns) };
 }
 
 function encode(operation, language, { codepage, columns, dots }) {

@@ -33,44 +33,43 @@ function starSymbol(bytes, at) {
   return bytes[at + 3] === 0x44 ? 8 + word(bytes, at + 6) : 0;
 }
 
-const PREFIXES = [ESC, GS, FS, 0x10];
+// Bytes that begin a command.
+const IS_PREFIX = new Uint8Array(256);
+for (const byte of [ESC, GS, FS, 0x10]) IS_PREFIX[byte] = 1;
 
 /**
- * Cuts a job's bytes into bands: between two of them no command of the printer's is open, so that questions may be
- * asked there and the job be called off.
+ * Cuts a job's bytes into bands, each when it is asked for: between two of them no command of the printer's is open, so
+ * that questions may be asked there and the job be called off.
  * @param {{ bytes: Buffer, repeats?: number }} payload repeats = how often the bytes hold the same receipt
  * @param {'escpos'|'starline'|'none'} protocol
- * @returns {Buffer[]} one band for bytes of which no end of a command is known; copies are bands in any case
+ * @returns {Generator<Buffer>} one band for bytes of which no end of a command is known; copies are bands in any case
  */
-export function bandsOf({ bytes, repeats = 1 }, protocol) {
+export function* bandsOf({ bytes, repeats = 1 }, protocol) {
   const copy = bytes.length / repeats;
   const commands = { escpos: ESCPOS, starline: STARLINE }[protocol];
-  const one = Number.isInteger(copy) ? bytes.subarray(0, copy) : bytes;
-  const cuts = commands ? endsOf(one, commands) : [one.length];
-  const bands = [];
-  for (let start = 0; start < bytes.length; start += one.length) {
-    let from = 0;
-    for (const to of cuts) {
-      bands.push(bytes.subarray(start + from, start + to));
+  const length = Number.isInteger(copy) ? copy : bytes.length;
+  for (let start = 0; start < bytes.length; start += length) {
+    const one = bytes.subarray(start, start + length);
+    for (let from = 0; from < one.length;) {
+      const to = commands ? endOfBand(one, from, commands) : one.length;
+      yield one.subarray(from, to);
       from = to;
     }
   }
-  return bands;
 }
 
-/** Where bands may end; up to the first command that is not in the table. */
-function endsOf(bytes, commands) {
-  const ends = [];
-  let last = 0;
-  for (let at = 0; at < bytes.length;) {
-    let length = 1;
-    if (PREFIXES.includes(bytes[at])) {
-      const entry = commands[bytes[at]]?.[bytes[at + 1]];
-      length = typeof entry === 'function' ? entry(bytes, at) : entry ?? 0;
-      if (length <= 0) break;
+/** Where the band that begins at a place may end: the end of the bytes from a command on that is not in the table. */
+function endOfBand(bytes, from, commands) {
+  for (let at = from; at < bytes.length;) {
+    if (at - from >= BAND_BYTES) return at;
+    if (IS_PREFIX[bytes[at]] === 0) {
+      at += 1;
+      continue;
     }
+    const entry = commands[bytes[at]]?.[bytes[at + 1]];
+    const length = typeof entry === 'function' ? entry(bytes, at) : entry ?? 0;
+    if (length <= 0) return bytes.length;
     at += length;
-    if (at - last >= BAND_BYTES && at < bytes.length) ends.push(last = at);
   }
-  return [...ends, bytes.length];
+  return bytes.length;
 }

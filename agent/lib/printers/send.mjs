@@ -1,3 +1,4 @@
+import { nextTurn } from '../system/next-turn.mjs';
 import { bandsOf } from './bands.mjs';
 import { openCups } from './transport-cups.mjs';
 import { openLpd } from './transport-lpd.mjs';
@@ -19,6 +20,9 @@ import { SendError } from './send-error.mjs';
 
 // Kinds of jobs whose bytes somebody else made: they go as they are, and nothing is known of their language.
 const FOREIGN = ['raw', 'raster'];
+
+// Milliseconds of sending after which others have their turn.
+const TURN_MS = 4;
 
 // Milliseconds for the end of a paper that is called off.
 const CANCEL_MS = 3000;
@@ -61,8 +65,15 @@ async function carry(open, payload, printer, { sending, printing = () => {}, lef
   try {
     await link.ready();
     await sending();
-    await link.begin(bands[0], payload.bytes.length);
-    for (const band of bands) {
+    const first = bands.next().value ?? payload.bytes;
+    await link.begin(first, payload.bytes.length);
+    let since = performance.now();
+    for (let band = first; band; band = bands.next().value) {
+      // What the system takes at once gives nobody else a turn by itself.
+      if (performance.now() - since > TURN_MS) {
+        await nextTurn();
+        since = performance.now();
+      }
       if (signal?.aborted) await callOff(link);
       await untilAborted(link.send(band), signal, link);
     }

@@ -16,17 +16,19 @@ try {
 const { textrender, pdfrender } = workerData;
 const engine = textrender ? new TextEngine(textrender) : null;
 
-parentPort.on('message', async ({ task }) => {
+const port = /** @type {import('node:worker_threads').MessagePort} */ (parentPort);
+port.on('message', async ({ task }) => {
   const notes = [];
   try {
     const onFailure = (why) => notes.push(`text engine: ${why}`);
     const payload = await makePayload(task, { engine, pdfrender, onFailure });
+    const { bytes } = payload;
     // Small buffers are slices of one that others use: those are copied.
-    const isWhole = payload.bytes.byteLength === payload.bytes.buffer.byteLength;
-    parentPort.postMessage({ result: { payload, notes } }, isWhole ? [payload.bytes.buffer] : []);
+    const isOwn = bytes.byteLength === bytes.buffer.byteLength || bytes.byteLength > Buffer.poolSize;
+    port.postMessage({ result: { payload, notes } }, isOwn ? [bytes.buffer] : []);
   } catch (error) {
     const { status, code, message, headers } = error;
     const refused = error instanceof ApiError ? { status, code, message, headers } : null;
-    parentPort.postMessage({ result: { refused, failed: error.stack } });
+    port.postMessage({ result: { refused, failed: error.stack } });
   }
 });
