@@ -1,7 +1,8 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
-import { OFFLINE_MS, fakePrinter, fakeProgram, privateHome, startService, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import { OFFLINE_MS, fakeProgram, privateHome, startService, until } from './support/service.mjs';
 import { ORIGIN } from './support/site.mjs';
 import * as client from '../../sdk/zemrak-local-print-client.mjs';
 

@@ -13,7 +13,8 @@ import { renderPdf } from '../../agent/lib/print/pdf.mjs';
 import { codePageTest } from '../../agent/lib/print/test-page.mjs';
 import { bitmap, fromPng, toPng } from './support/bitmap.mjs';
 import { readPaper } from './support/escpos-reader.mjs';
-import { designerDoc, fakePrinter, fakeProgram, privateHome, startService, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import { designerDoc, fakeProgram, privateHome, startService, until } from './support/service.mjs';
 
 const inTree = (relative) => fileURLToPath(new URL(`../../${relative}`, import.meta.url));
 const TEXTRENDER = process.env.ZEMRAK_TEST_TEXTRENDER ?? inTree('build/bundle/resources/textrender');

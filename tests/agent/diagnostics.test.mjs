@@ -3,7 +3,10 @@ import assert from 'node:assert/strict';
 import { mkdirSync } from 'node:fs';
 import { Writable } from 'node:stream';
 import path from 'node:path';
-import { configFolder, designerDoc, exchange, fakePrinter, fakeProgram, plant, privateHome, readConfig, startService } from './support/service.mjs';
+import { exchange, fakePrinter } from './support/printers.mjs';
+import {
+  configFolder, designerDoc, fakeProgram, plant, privateHome, readConfig, startService,
+} from './support/service.mjs';
 import { mapTexts, redactor } from '../../agent/lib/admin/redact.mjs';
 import { LOG_LINES, Log, PROBLEM_LINES } from '../../agent/lib/log.mjs';
 

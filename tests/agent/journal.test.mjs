@@ -6,7 +6,8 @@ import { appendFileSync, copyFileSync, existsSync, mkdirSync, readFileSync, read
   writeFileSync } from 'node:fs';
 import { open } from 'node:fs/promises';
 import path from 'node:path';
-import { configFolder, fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import { configFolder, plant, privateHome, startService, until } from './support/service.mjs';
 import { raw, siteOf } from './support/site.mjs';
 import { testJournal } from './support/store.mjs';
 import { Alerts } from '../../agent/lib/alerts/alerts.mjs';

@@ -3,7 +3,11 @@ import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync, statSync } from 'node:fs';
 import net from 'node:net';
-import { SCRIPT, command, configFolder, designerDoc, fakePrinter, fakeProgram, launch, plant, plantPaper, privateHome, readConfig, startService, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import {
+  SCRIPT, command, configFolder, designerDoc, fakeProgram, launch, plant, plantPaper, privateHome, readConfig,
+  startService, until,
+} from './support/service.mjs';
 import { storedJobs } from './support/store.mjs';
 
 test('wrong command lines', async (t) => {

@@ -1,6 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { fakePrinter, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import { until } from './support/service.mjs';
 import { AddressKeeper, LOST_MS } from '../../agent/lib/printers/address-keeper.mjs';
 import { parseNeighbours } from '../../agent/lib/printers/neighbours.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';

@@ -1,6 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
-import { OFFLINE_MS, fakePrinter, plant, privateHome, startService, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import { OFFLINE_MS, plant, privateHome, startService, until } from './support/service.mjs';
 import { stored, testJournal } from './support/store.mjs';
 import { NetworkMonitor } from '../../agent/lib/printers/monitor.mjs';
 import { Alerts, MAX_ALERTS } from '../../agent/lib/alerts/alerts.mjs';

@@ -1,7 +1,8 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
-import { OFFLINE_MS, fakePrinter, fakeProgram, plant, privateHome, startService, until } from './support/service.mjs';
+import { fakePrinter } from './support/printers.mjs';
+import { OFFLINE_MS, fakeProgram, plant, privateHome, startService, until } from './support/service.mjs';
 import { storedJobs } from './support/store.mjs';
 import { talkingPrinter } from './support/talking-printer.mjs';
 import { ORIGIN, raw, siteOf, text } from './support/site.mjs';

@@ -1,13 +1,43 @@
 import { SendError } from './send-error.mjs';
 import { jobReport } from './ipp-job.mjs';
 import { QueueWatch } from './queue-watch.mjs';
-import { runProgram } from '../system/program.mjs';
+import { findProgram, runProgram } from '../system/program.mjs';
 
 /**
  * Milliseconds: a job is stalled that has made no headway for `stall`, unless the printer is at work on another one
  * meanwhile, or has told nothing new for `most`: a printer that swings between two states gets nowhere.
  */
 export const TIMES = Object.freeze({ stall: 60_000, most: 30 * 60_000, poll: 1000 });
+
+/**
+ * What the print system is reached by, and the time: tests have others.
+ * @typedef {object} System
+ * @property {typeof TIMES} times
+ * @property {typeof findProgram} find
+ * @property {typeof runProgram} run
+ * @property {typeof jobReport} report
+ * @property {() => number} now milliseconds of a clock that nobody sets
+ * @property {(ms: number, signal?: AbortSignal) => Promise<void>} pause ends early when the signal comes
+ */
+
+/** @type {Readonly<System>} */
+export const SYSTEM = Object.freeze({
+  times: TIMES, find: findProgram, run: runProgram, report: jobReport, now: () => performance.now(), pause,
+});
+
+/** @returns {Promise<void>} */
+function pause(ms, signal) {
+  if (signal?.aborted) return new Promise((resolve) => { setTimeout(resolve, ms); });
+  return new Promise((resolve) => {
+    const timer = setTimeout(wake, ms);
+    function wake() {
+      clearTimeout(timer);
+      signal?.removeEventListener('abort', wake);
+      resolve();
+    }
+    signal?.addEventListener('abort', wake, { once: true });
+  });
+}
 
 // How the print system says that it has failed and will begin again after a while.
 const WILL_RETRY = /^\s+Alerts:.*\bresources-are-not-ready\b/m;
@@ -21,6 +51,7 @@ const SINCE = / since .*$/m;
 /** A job that the print system has taken. */
 export class CupsJob {
   #programs;
+  #system;
   #env;
   #queue;
   #request;
@@ -31,8 +62,10 @@ export class CupsJob {
    * @param {{ lpstat: string, cancel: string | null }} programs
    * @param {{ queue: string, request: string, env: NodeJS.ProcessEnv, isTold?: boolean }} which request = as lp named
    *   it, such as "Office-7"; isTold = the printer itself tells the print system when it has printed
+   * @param {System} [system]
    */
-  constructor({ lpstat, cancel }, { queue, request, env, isTold = false }) {
+  constructor({ lpstat, cancel }, { queue, request, env, isTold = false }, system = SYSTEM) {
+    this.#system = system;
     this.#isTold = isTold;
     this.#watch = new QueueWatch({ queue, request, isTold });
     this.#programs = { lpstat, cancel };
@@ -54,12 +87,15 @@ export class CupsJob {
   async finished({ times = TIMES, signal, onWait = () => {} } = {}) {
     const { lpstat } = this.#programs;
     const done = () => (this.#isTold ? 'yes' : 'unknown');
-    const began = performance.now();
+    const { now: clock, pause: rest } = this.#system;
+    const began = clock();
     const last = { told: null, at: began, newAt: began, headway: '' };
     const told = new Set();
     for (;;) {
-      const [line, printer, report] = await Promise.all([this.#listed('not-completed'), runProgram(lpstat, ['-p', this.#queue]), this.#report()]);
-      const now = performance.now();
+      const [line, printer, report] = await Promise.all([
+        this.#listed('not-completed'), this.#system.run(lpstat, ['-p', this.#queue]), this.#report(),
+      ]);
+      const now = clock();
       if (line && !line.own && await this.#isPrinted()) return done();
       if (signal?.aborted && await this.cancel()) throw new SendError('cancelled', 'called off');
       const waitsFor = this.#watch.look(printer.stdout);
@@ -75,18 +111,14 @@ export class CupsJob {
         told.add(telling);
       }
       if (now - last.at > times.stall || now - last.newAt > times.most) return this.#giveUp().then(done);
-      await new Promise((resolve) => {
-        const timer = setTimeout(wake, times.poll);
-        function wake() { clearTimeout(timer); signal?.removeEventListener('abort', wake); resolve(); }
-        if (!signal?.aborted) signal?.addEventListener('abort', wake, { once: true });
-      });
+      await rest(times.poll, signal);
     }
   }
 
   /** @returns {Promise<boolean>} false when the print system does not cancel it */
   async cancel() {
     const { cancel } = this.#programs;
-    return cancel !== null && (await runProgram(cancel, [this.#request])).status === 0;
+    return cancel !== null && (await this.#system.run(cancel, [this.#request])).status === 0;
   }
 
   /** Whether nothing of it has left this computer: it was not begun, or only ever waited for its device. */
@@ -98,7 +130,9 @@ export class CupsJob {
    *   job, what is said of the job, and whether there are any others; null when nobody says
    */
   async #listed(which) {
-    const { status, stdout } = await runProgram(this.#programs.lpstat, ['-l', '-W', which, '-o', this.#queue]);
+    const { status, stdout } = await this.#system.run(
+      this.#programs.lpstat, ['-l', '-W', which, '-o', this.#queue],
+    );
     if (status !== 0) return null;
     // A job's line begins at the edge; what is said of it stands indented below.
     const entries = stdout.split(/\n(?=\S)/).map((entry) => [entry.split(/\s/)[0], entry]);
@@ -107,7 +141,7 @@ export class CupsJob {
     return { before: entries.slice(0, Math.max(0, place)).map(([request]) => request), own: entries[place]?.[1], hasOthers };
   }
 
-  #report() { return jobReport(Number(/\d+$/.exec(this.#request)?.[0]), this.#env); }
+  #report() { return this.#system.report(Number(/\d+$/.exec(this.#request)?.[0]), this.#env); }
 
   /** Whether the printer is at work on a job before this one. */
   #isAtAnother(told) {

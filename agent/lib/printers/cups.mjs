@@ -1,11 +1,11 @@
 import { SendError } from './send-error.mjs';
-import { CupsJob, TIMES } from './cups-job.mjs';
+import { CupsJob, SYSTEM } from './cups-job.mjs';
 import { Devices } from './devices.mjs';
 import { PrinterAlerts } from './printer-alerts.mjs';
 import { isQueueName, readQueues } from './queue-reader.mjs';
 import { queueStatus } from './queue-state.mjs';
 import { SCHEDULER_KEY, schedulerStopped } from '../alerts/texts.mjs';
-import { findProgram, runProgram } from '../system/program.mjs';
+import { runProgram } from '../system/program.mjs';
 import { ApiError } from '../api-error.mjs';
 
 /**
@@ -45,7 +45,7 @@ export class CupsQueues {
   #refreshing = null;
   #hooks;
   #alerts;
-  #times;
+  #system;
   #env;
   #lookedAt = -Infinity;
 
@@ -54,11 +54,12 @@ export class CupsQueues {
    *   remember?: (records: object[]) => void }} hooks changed = called after every refresh; remember = keeps the queues
    *   for a start without the print system, and remembered gives them back
    * @param {NodeJS.ProcessEnv} env ZEMRAK_LP_USB_DEVICES = folder in place of the kernel's list of USB devices
+   * @param {Partial<import('./cups-job.mjs').System>} system
    */
-  constructor(hooks = {}, env = process.env, times = TIMES) {
-    this.#times = times;
+  constructor(hooks = {}, env = process.env, system = {}) {
+    this.#system = { ...SYSTEM, ...system };
     this.#env = env;
-    this.#programs = Object.fromEntries(PROGRAMS.map((name) => [name, findProgram(name, env)]));
+    this.#programs = Object.fromEntries(PROGRAMS.map((name) => [name, this.#system.find(name, env)]));
     this.#hooks = { changed: () => {}, nameOf: (id) => id, remembered: () => [], remember: () => {}, ...hooks };
     this.#alerts = hooks.alerts ? new PrinterAlerts(hooks.alerts, this.#hooks.nameOf) : null;
     this.#devices = new Devices({ root: env.ZEMRAK_LP_USB_DEVICES });
@@ -129,16 +130,16 @@ export class CupsQueues {
     const { lp } = this.#programs;
     if (!lp) throw new SendError('offline', 'no lp program');
     const options = [...(raw ? ['-o', 'raw'] : []), ...(copies > 1 ? ['-n', String(copies)] : []), ...(media ? ['-o', `media=${media}`] : [])];
-    const sent = await runProgram(lp, ['-d', queue, '-t', title, ...options], { input: bytes, timeoutMs: 15_000 });
+    const sent = await this.#system.run(lp, ['-d', queue, '-t', title, ...options], { input: bytes, timeoutMs: 15_000 });
     const request = /request id is (\S+)/.exec(sent.stdout)?.[1];
     // Only what lp itself refused is certain not to be in the queue: one that was killed may have handed it over.
     if (sent.status > 0) throw new SendError('offline', 'lp failed', { untouched: false });
     if (sent.status < 0 || !request) throw new SendError('timeout', 'lp did not say what became of the job');
     // Nobody tells how much of such bytes is out: many copies take their time without a word.
-    const { stall, most } = this.#times;
-    const times = { ...this.#times, stall: raw ? Math.min(most, stall + bytes.length / SLOWEST + (repeats - 1) * REPEAT_MS) : stall };
+    const { stall, most } = this.#system.times;
+    const times = { ...this.#system.times, stall: raw ? Math.min(most, stall + bytes.length / SLOWEST + (repeats - 1) * REPEAT_MS) : stall };
     const uri = this.#records.find((each) => each.queue === queue)?.uri;
-    const job = new CupsJob(this.#programs, { queue, request, env: this.#env, isTold: /^(?:ipps?|https?):/.test(uri ?? '') });
+    const job = new CupsJob(this.#programs, { queue, request, env: this.#env, isTold: /^(?:ipps?|https?):/.test(uri ?? '') }, this.#system);
     return { finished: (how) => job.finished({ ...how, times }), cancel: () => job.cancel() };
   }
 

@@ -1,51 +1,102 @@
 import http from 'node:http';
-import { existsSync, readFileSync, writeFileSync } from 'node:fs';
-import path from 'node:path';
-import { fakeProgram } from './service.mjs';
 
-const STATES = { pending: 3, held: 4, processing: 5, stopped: 6, canceled: 7, aborted: 8, completed: 9 };
+const IS_OVER = { canceled: 'cancelled', aborted: 'aborted', completed: 'completed' };
+const DONE = { status: 0, stdout: '' };
+export const FAILED = { status: 1, stdout: '' };
 
 /**
- * A stand-in for the system's print queues: lp, lpstat and cancel in the private bin/, and the answers of the print system itself.
- * It has one queue, Office, and of this service one job, Office-7, which has been begun unless `isBegun` says otherwise. Its programs print what those of a print system print.
- * @param {{ answers?: boolean }} options answers = false: nobody listens at the print system's own socket
+ * A stand-in for the system's print queues, as CupsQueues takes it: what its programs print, what the print system
+ * itself says of a job, and a clock that moves only while somebody waits for the next look. It has one queue, Office,
+ * and of this service one job, Office-7, which has been begun unless `isBegun` says otherwise.
  */
-export async function printSystem(t, home, { answers = true } = {}) {
-  const file = (name) => path.join(home, name);
-  const system = { env: { PATH: file('bin'), CUPS_SERVER: file('cups.sock') }, state: null, isBegun: true, sheets: 0 };
-  const write = (name, text) => writeFileSync(file(name), text);
-  /** What lpstat lists; `before` = other programs' requests, `records` = earlier jobs are listed. A job of no state is not known any more. */
-  system.job = (state, alerts = 'none', { before = [], told = state, records = true } = {}) => {
-    system.state = told;
-    const entry = (request, say) => `${request.padEnd(23)} cashier           1024   Mon Nov 23 09:50:00 2026\n\tStatus: \n\tAlerts: ${say}\n\tqueued for Office\n`;
-    const isOver = STATES[state] >= STATES.canceled;
-    write('not-completed', before.map((request) => entry(request, 'none')).join('') + (state && !isOver ? entry('Office-7', alerts) : ''));
-    write('completed', (records ? entry('Office-6', 'job-canceled-by-user') : '') + (isOver ? entry('Office-7', alerts) : ''));
-  };
-  /** What lpstat tells of the printer. */
-  system.printer = (text) => write('printer', text);
-  system.cancelled = () => readFileSync(file('cancelled'), 'utf8');
-  system.isCancelled = () => existsSync(file('cancelled'));
-  system.program = (name, script) => fakeProgram(home, name, script);
-  system.job('processing', 'job-printing');
-  system.printer('printer Office now printing Office-7.  enabled since Mon Nov 23 09:50:00 2026\n');
-  system.program('lp', 'cat > /dev/null; echo "request id is Office-7 (0 file(s))"');
-  system.program('cancel', `echo "$@" > "${file('cancelled')}"`);
-  system.program('lpstat', `case "$*" in "-p "*) cat "${file('printer')}";; *not-completed*) cat "${file('not-completed')}";; *completed*) cat "${file('completed')}";; esac`);
-  if (!answers) return system;
+export class PrintSystem {
+  times = { stall: 400, most: 60_000, poll: 50 };
+  time = 0;
+  isBegun = true;
+  sheets = 0;
+  cancelled = [];
+  /** false: nobody listens at the print system's own socket */
+  answers = true;
+  /** What programs do in place of the usual, by name. @type {Record<string, (args: string[]) => object>} */
+  programs = {};
+  /** Called whenever the clock has moved on. */
+  moved = () => {};
+  printer = 'printer Office now printing Office-7.  enabled since Mon Nov 23 09:50:00 2026\n';
 
-  const attribute = (tag, name, value) => Buffer.concat([Buffer.of(tag, 0, name.length), Buffer.from(name), Buffer.of(0, value.length), value]);
+  constructor() { this.job('processing', 'job-printing'); }
+
+  /**
+   * What lpstat lists; a job of no state is not known any more.
+   * @param {string | null} state
+   * @param {string} alerts
+   * @param {{ before?: string[], told?: string | null, records?: boolean }} more before = other programs' requests,
+   *   told = what the print system says in place of the state, records = earlier jobs are listed
+   */
+  job(state, alerts = 'none', { before = [], told = state, records = true } = {}) {
+    this.state = told;
+    const entry = (request, say) => `${request.padEnd(23)} cashier           1024   Mon Nov 23 09:50:00 2026\n`
+      + `\tStatus: \n\tAlerts: ${say}\n\tqueued for Office\n`;
+    const isOver = state !== null && state in IS_OVER;
+    this.underway = before.map((request) => entry(request, 'none')).join('')
+      + (state && !isOver ? entry('Office-7', alerts) : '');
+    this.over = (records ? entry('Office-6', 'job-canceled-by-user') : '') + (isOver ? entry('Office-7', alerts) : '');
+  }
+
+  /** The job stands in line behind another one. */
+  inLine() {
+    this.isBegun = false;
+    this.job('pending', 'none', { before: ['Office-6'] });
+  }
+
+  find = (name) => name;
+
+  run = async (name, args) => {
+    if (name === 'cancel') this.cancelled.push(...args);
+    const own = this.programs[name]?.(args);
+    if (own) return own;
+    if (name === 'lp') return { status: 0, stdout: 'request id is Office-7 (0 file(s))\n' };
+    if (name === 'cancel') return DONE;
+    const which = { '-p': this.printer, 'not-completed': this.underway, completed: this.over };
+    return { status: 0, stdout: which[args[0] === '-p' ? '-p' : args[2]] ?? '' };
+  };
+
+  report = async () => {
+    if (!this.answers) return null;
+    const state = this.state ? IS_OVER[this.state] ?? 'underway' : 'forgotten';
+    return { state, isUntouched: this.state !== null && !this.isBegun, headway: String(this.sheets) };
+  };
+
+  now = () => this.time;
+
+  pause = async (ms) => {
+    this.time += ms;
+    this.moved();
+  };
+}
+
+/**
+ * Somebody who speaks IPP, and gives one answer.
+ * @param {import('node:test').TestContext} t
+ * @param {number | string} where port (0 = any) or the path of a socket
+ * @param {() => { status?: number, group: number, attributes: [number, string, Buffer][] }} answer
+ * @returns {Promise<http.Server>}
+ */
+export async function ippServer(t, where, answer) {
+  const encoded = ([tag, name, value]) => Buffer.concat([
+    Buffer.of(tag, 0, name.length), Buffer.from(name), Buffer.of(0, value.length), value,
+  ]);
   const server = http.createServer((request, response) => {
-    request.resume().on('end', () => response.end(Buffer.concat([
-      Buffer.of(1, 1, ...(system.state ? [0, 0] : [0x04, 0x06]), 0, 0, 0, 1, 1),
-      attribute(0x47, 'attributes-charset', Buffer.from('utf-8')), attribute(0x48, 'attributes-natural-language', Buffer.from('en')),
-      ...(system.state ? [
-        Buffer.of(2), attribute(0x21, 'job-media-sheets-completed', Buffer.of(0, 0, 0, system.sheets)), attribute(0x23, 'job-state', Buffer.of(0, 0, 0, STATES[system.state])),
-        system.isBegun ? attribute(0x21, 'time-at-processing', Buffer.of(0x69, 0x22, 0, 0)) : attribute(0x13, 'time-at-processing', Buffer.alloc(0)),
-      ] : []), Buffer.of(3),
-    ])));
+    const { status = 0, group, attributes } = answer();
+    const head = Buffer.of(1, 1, status >> 8, status & 0xff, 0, 0, 0, 1, group);
+    request.resume().on('end', () => response.end(Buffer.concat([head, ...attributes.map(encoded), Buffer.of(3)])));
   });
-  await new Promise((resolve) => { server.listen(system.env.CUPS_SERVER, resolve); });
-  t.after(() => server.close());
-  return system;
+  await new Promise((resolve) => {
+    if (typeof where === 'string') server.listen(where, () => resolve(null));
+    else server.listen(where, '127.0.0.1', () => resolve(null));
+  });
+  t.after(() => {
+    server.closeAllConnections();
+    server.close();
+  });
+  return server;
 }

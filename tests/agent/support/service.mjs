@@ -1,9 +1,9 @@
 import { spawn } from 'node:child_process';
 import { chmodSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import net from 'node:net';
 import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
+import { fakePrinter } from './printers.mjs';
 
 // What is tested: the modules of the source tree, or a bundle made of them.
 export const SCRIPT = process.env.ZEMRAK_TEST_SERVICE
@@ -20,19 +20,20 @@ async function endChildren(home) {
 }
 
 /**
- * Milliseconds in which a printer that went off is called so: the next look at it comes after 2.7 s, and it has to refuse for 4.5 s;
- * as much again for a busy computer.
+ * Milliseconds in which a printer that went off is called so: the next look at it comes after 2.7 s, and it has to
+ * refuse for 4.5 s; as much again for a busy computer.
  */
 export const OFFLINE_MS = 15_000;
+const LONGEST_PAUSE_MS = 100;
 
-/** Polls until `read` gives something truthy; fails with `what` after `ms`. */
+/** Polls until `read` gives something truthy, less often the longer it takes; fails with `what` after `ms`. */
 export async function until(read, what, ms = 8000) {
   const end = Date.now() + ms;
-  for (;;) {
+  for (let pause = 5; ; pause = Math.min(pause * 1.5, LONGEST_PAUSE_MS)) {
     const value = await read();
     if (value) return value;
     if (Date.now() > end) throw new Error(`timed out waiting for ${what}`);
-    await new Promise((resolve) => { setTimeout(resolve, 20); });
+    await new Promise((resolve) => { setTimeout(resolve, pause); });
   }
 }
 
@@ -51,8 +52,9 @@ export const configFolder = (home) => path.join(home, 'Library', 'Application Su
 
 /** Writes a file of the service's config folder before a start. */
 export function plant(home, name, content) {
-  mkdirSync(path.dirname(path.join(configFolder(home), name)), { recursive: true });
-  writeFileSync(path.join(configFolder(home), name), typeof content === 'string' ? content : JSON.stringify(content));
+  const file = path.join(configFolder(home), name);
+  mkdirSync(path.dirname(file), { recursive: true });
+  writeFileSync(file, typeof content === 'string' ? content : JSON.stringify(content));
 }
 
 export const readConfig = (home, name) => readFileSync(path.join(configFolder(home), name), 'utf8');
@@ -66,15 +68,20 @@ export function fakeProgram(home, name, script) {
 
 /** Starts the script; the child is gone when the test ends, however it ends. */
 export function launch(t, home, args, env = {}, script = SCRIPT) {
-  const child = spawn(process.execPath, [script, ...args], {
-    env: { HOME: home, PATH: path.join(home, 'bin'), CUPS_SERVER: path.join(home, 'cups.sock'), ZEMRAK_LP_NO_OS_NOTIFY: '1', ZEMRAK_LP_EXIT_WITH_PARENT: '1', ...env },
-    stdio: ['ignore', 'pipe', 'pipe'],
-  });
+  const own = {
+    HOME: home, PATH: path.join(home, 'bin'), CUPS_SERVER: path.join(home, 'cups.sock'),
+    ZEMRAK_LP_NO_OS_NOTIFY: '1', ZEMRAK_LP_EXIT_WITH_PARENT: '1',
+  };
+  const stdio = ['ignore', 'pipe', 'pipe'];
+  const child = spawn(process.execPath, [script, ...args], { env: { ...own, ...env }, stdio });
   const result = { child, stdout: '', stderr: '' };
   child.stdout.on('data', (data) => { result.stdout += data; });
   child.stderr.on('data', (data) => { result.stderr += data; });
   result.exited = new Promise((resolve) => {
-    child.on('close', (status, signal) => { children.delete(child); resolve(status ?? signal); });
+    child.on('close', (status, signal) => {
+      children.delete(child);
+      resolve(status ?? signal);
+    });
   });
   children.set(child, { home, exited: result.exited });
   t.after(() => endChildren(home));
@@ -90,106 +97,98 @@ export async function command(t, home, args, env) {
   return { status, stdout: run.stdout, stderr: run.stderr };
 }
 
+/** A network printer as settings.json has it. */
+export const printerRecord = (port, more) => ({
+  id: 'net-1', name: 'K', host: '127.0.0.1', port, transport: 'raw', ...more,
+});
+
 /**
- * Adds a printer to the settings of a service that has not been started: it has the id "paper", takes everything and says nothing.
+ * Adds a printer to the settings of a service that has not been started: it has the id "paper", takes everything and
+ * says nothing.
  * @returns {Promise<object>} as of fakePrinter()
  */
 export async function plantPaper(t, home) {
   const printer = await fakePrinter(t);
-  const file = path.join(configFolder(home), 'settings.json');
-  const settings = existsSync(file) ? JSON.parse(readFileSync(file, 'utf8')) : {};
-  const record = { id: 'paper', name: 'Paper', host: '127.0.0.1', port: printer.port, transport: 'raw', dialogue: { language: 'none' } };
+  const settings = existsSync(path.join(configFolder(home), 'settings.json'))
+    ? JSON.parse(readConfig(home, 'settings.json')) : {};
+  const record = printerRecord(printer.port, { id: 'paper', name: 'Paper', dialogue: { language: 'none' } });
   plant(home, 'settings.json', { ...settings, printers: [...settings.printers ?? [], record] });
   return printer;
 }
 
-/** A running service, with a client for its private commands; `paper` = with a printer of that id, as of plantPaper(). */
+/** Whether a job has come to its end; not one that there is no record of. */
+export const isOver = (job) => ['completed', 'failed', 'cancelled'].includes(job?.status);
+
+/** A running service with a client for its private commands; `paper` = with a printer of that id, as of plantPaper() */
 export async function startService(t, { home = privateHome(t), env = {}, script, paper = false } = {}) {
   const planted = paper ? await plantPaper(t, home) : null;
   const run = launch(t, home, ['run'], { ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ...env }, script);
   await until(() => /listening on http:.*\n/.test(run.stdout) || run.child.exitCode !== null, 'the service to listen');
   const port = Number(/listening on http:\/\/127\.0\.0\.1:(\d+)/.exec(run.stdout)?.[1]);
   if (!port) throw new Error(`the service did not start: ${run.stderr}`);
-  const call = async (route, body) => {
+  const call = async (route, body, signal) => {
     const response = await fetch(`http://127.0.0.1:${port}${route}`, {
-      method: body === undefined ? 'GET' : 'POST',
-      headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') },
-      body: body === undefined ? undefined : JSON.stringify(body),
+      method: body === undefined ? 'GET' : 'POST', headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') },
+      body: body === undefined ? undefined : JSON.stringify(body), signal,
     });
     const text = await response.text();
     return { status: response.status, text, body: JSON.parse(text) };
   };
   const state = async () => (await call('/admin/state')).body;
+  const jobOf = async (id) => (await state()).recentJobs.find((job) => job.id === id);
+  const ended = (id) => until(async () => {
+    const job = await jobOf(id);
+    return isOver(job) && job;
+  }, `job ${id} to end`, 15_000);
+  const post = (route, body = {}, signal = undefined) => call(route, body, signal);
   // The same object as before: its output goes on growing.
   return Object.assign(run, {
     home,
     port,
     paper: planted,
     get: (route) => call(route),
-    post: (route, body = {}) => call(route, body),
+    post,
     state,
     printer: async (id) => (await state()).printers.find((printer) => printer.id === id),
+    /** Until the printer is in a state, which by default takes as long as it takes to be called lost. */
+    becomes: (id, wanted, ms = OFFLINE_MS) => until(async () => (
+      await state()).printers.find((printer) => printer.id === id)?.state === wanted, `${id} to be ${wanted}`, ms),
     alerts: async () => (await call('/admin/alerts')).body.alerts,
+    /** The keys of what is wrong now, sorted. */
+    problems: async () => (await call('/admin/alerts')).body.alerts.filter(({ resolvedAt }) => !resolvedAt)
+      .map(({ key }) => key).sort(),
+    jobOf,
     /** The job with this id, once it has ended. */
-    ended: (id) => until(async () => (await state()).recentJobs
-      .find((job) => job.id === id && ['completed', 'failed', 'cancelled'].includes(job.status)), `job ${id} to end`, 15_000),
-    addPrinter: async (target, name = 'Kitchen', transport = 'raw') => (await call('/admin/printers/add', {
+    ended,
+    /** Prints a test page, to its end. */
+    printTest: async (printer) => ended((await post('/admin/test', { printer })).body.job.id),
+    /** Status and code of the refusal of a command. */
+    refusal: async (route, body) => {
+      const { status, body: { error } } = await post(route, body);
+      return [status, error?.code];
+    },
+    addPrinter: async (target, name = 'Kitchen', transport = 'raw') => (await post('/admin/printers/add', {
       type: 'net', name, host: '127.0.0.1', port: target, transport,
     })).body.printer.id,
-    stop: async (signal = 'SIGTERM') => { run.child.kill(signal); return run.exited; },
-  });
-}
-
-/**
- * A TCP listener in a printer's place. Connections without a byte (probes) leave no trace, nor does the question that the first
- * receipts begin with.
- * @param {(socket: net.Socket) => void} onConnection in place of reading everything
- */
-export async function fakePrinter(t, { onConnection, port = 0, allowHalfOpen = false } = {}) {
-  const printer = { jobs: [], sockets: new Set(), port };
-  const server = net.createServer({ allowHalfOpen }, (socket) => {
-    printer.sockets.add(socket);
-    socket.on('error', () => {});
-    socket.on('close', () => printer.sockets.delete(socket));
-    if (onConnection) return void onConnection(socket, printer);
-    const chunks = [];
-    socket.on('data', (chunk) => chunks.push(chunk));
-    socket.on('end', () => {
-      const receipt = withoutQuestion(Buffer.concat(chunks));
-      if (receipt.length > 0) printer.jobs.push(receipt);
-    });
-  });
-  await new Promise((resolve, reject) => { server.once('error', reject).listen(port, '127.0.0.1', resolve); });
-  printer.port = server.address().port;
-  printer.close = () => new Promise((resolve) => {
-    server.close(resolve);
-    for (const socket of printer.sockets) socket.destroy();
-  });
-  t.after(() => printer.close());
-  return printer;
-}
-
-const QUESTIONS = ['\x1b@\x10\x04\x01', '\x1b\x06\x01', '\x10\x04\x01'].map((text) => Buffer.from(text, 'latin1'));
-const withoutQuestion = (bytes) => bytes.subarray(QUESTIONS.find((each) => bytes.subarray(0, each.length).equals(each))?.length ?? 0);
-
-/** Sends bytes to a port and gives back everything that comes until the other end closes. */
-export function exchange(port, ...pieces) {
-  return new Promise((resolve) => {
-    const socket = net.connect(port, '127.0.0.1');
-    let answer = '';
-    socket.on('data', (data) => { answer += data; });
-    socket.on('error', () => {});
-    socket.on('close', () => resolve(answer));
-    for (const piece of pieces) socket.write(piece);
+    stop: async (signal = 'SIGTERM') => {
+      run.child.kill(signal);
+      return run.exited;
+    },
   });
 }
 
 /** A receipt of the designer with all its keys. */
 export function designerDoc(changes = {}) {
   return {
-    paperWidthMm: 80, currency: 'SAR', businessName: 'Shop', subtitle: '', address: '', phone: '', taxNumber: '', title: 'Invoice',
-    receiptNo: 'T-1', customer: '', cashier: '', payment: '', items: [{ name: 'Gel', qty: '2', price: '35.5' }], discount: '', vatPercent: '',
-    qrEnabled: false, qrData: '', qrSize: 6, barcodeEnabled: false, barcodeFormat: 'code128', barcodeData: '', footer: '', footerNote: '',
-    cut: true, drawer: false, beep: false, ...changes,
+    paperWidthMm: 80, currency: 'SAR', businessName: 'Shop', subtitle: '', address: '', phone: '', taxNumber: '',
+    title: 'Invoice', receiptNo: 'T-1', customer: '', cashier: '', payment: '',
+    items: [{ name: 'Gel', qty: '2', price: '35.5' }], discount: '', vatPercent: '',
+    qrEnabled: false, qrData: '', qrSize: 6, barcodeEnabled: false, barcodeFormat: 'code128', barcodeData: '',
+    footer: '', footerNote: '', cut: true, drawer: false, beep: false, ...changes,
   };
 }
+
+/** A receipt of half a megabyte: more than the system takes for a printer that does not read. */
+export const longReceipt = () => designerDoc({
+  items: Array.from({ length: 300 }, (_, n) => ({ name: `${n} ${'long name '.repeat(180)}`, qty: '1', price: '1' })),
+});

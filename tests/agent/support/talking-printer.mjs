@@ -1,4 +1,4 @@
-import { fakePrinter } from './service.mjs';
+import { fakePrinter } from './printers.mjs';
 
 const GS = 0x1d;
 const ESC = 0x1b;
