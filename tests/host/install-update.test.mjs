@@ -27,10 +27,10 @@ after(() => {
 });
 
 /** What was started, in order: "VERSION PID". */
-const journal = (root) =>
-  existsSync(path.join(root, 'journal'))
-    ? readFileSync(path.join(root, 'journal'), 'utf8').split('\n').filter(Boolean)
-    : [];
+function journal(root) {
+  const file = path.join(root, 'journal');
+  return existsSync(file) ? readFileSync(file, 'utf8').split('\n').filter(Boolean) : [];
+}
 const started = (root) => journal(root).map((line) => line.split(' ')[0]);
 const log = (root) => readFileSync(path.join(root, 'home/.local/state/zemrak-printer/install-update.log'), 'utf8');
 
@@ -47,18 +47,13 @@ function makeBundle(root, folder, version, behaviour, mode = 0o755) {
   symlinkSync(process.execPath, path.join(folder, 'resources/node'));
 }
 
-/** Every file of a folder with its mode and content. */
+/** Everything in a folder with its mode and content. */
 function contents(folder) {
-  const files = {};
-  for (const name of readdirSync(folder).sort()) {
-    const file = path.join(folder, name);
-    const info = lstatSync(file);
-    if (info.isDirectory()) {
-      for (const [inner, what] of Object.entries(contents(file))) files[`${name}/${inner}`] = what;
-    }
-    else files[name] = `${info.mode.toString(8)} ${info.isFile() ? readFileSync(file).toString('latin1') : ''}`;
-  }
-  return files;
+  return Object.fromEntries(readdirSync(folder, { recursive: true }).sort().map((name) => {
+    const info = lstatSync(path.join(folder, name));
+    const content = info.isFile() ? readFileSync(path.join(folder, name), 'latin1') : '';
+    return [name, `${info.mode.toString(8)} ${content}`];
+  }));
 }
 
 /**
@@ -80,6 +75,8 @@ function place({ behaviour = STAY, mode } = {}) {
   };
 }
 
+// Above the highest number that a process can have.
+const ENDED = '4194305';
 // A version that does not stay up ends its watch by itself, so that one may be long.
 const PATIENT = { ZEMRAK_UPDATE_WATCH_SECONDS: '20' };
 const BRISK = { ZEMRAK_UPDATE_QUIT_SECONDS: '20', ZEMRAK_UPDATE_WATCH_SECONDS: '1', ZEMRAK_UPDATE_SETTLE_SECONDS: '5' };
@@ -95,18 +92,26 @@ function run(file, args, options) {
   });
 }
 
-/** An application that quits in a moment. */
-function quittingProcess(t, seconds = 0.3) {
-  const child = spawn('/bin/sleep', [String(seconds)], { stdio: 'ignore' });
+/** A process that ends with the test, if not before. */
+function start(t, file, args, stdio = 'ignore') {
+  const child = spawn(file, args, { stdio: ['ignore', stdio, 'ignore'] });
   t.after(() => child.kill('SIGKILL'));
-  return child.pid;
+  return child;
 }
 
-function install(t, { root, installed, fresh }, { pid = quittingProcess(t), env, ...options } = {}) {
+/** An application that quits in a moment. */
+const quittingProcess = (t, seconds = 0.3) => start(t, '/bin/sleep', [String(seconds)]).pid;
+
+function install(t, { root, installed, fresh }, { pid = quittingProcess(t), env } = {}) {
   return run('/bin/bash', [path.join(installed, 'resources/install-update.sh'), fresh, installed, String(pid), '2.0'], {
-    env: environment(root, env), ...options,
+    env: environment(root, env),
   });
 }
+
+/** The first thing that a process prints. */
+const firstOutput = (child) => new Promise((resolve) => {
+  child.stdout.once('data', (data) => resolve(String(data).trim()));
+});
 
 async function until(read, what, ms = 20_000) {
   for (const end = Date.now() + ms; ;) {
@@ -142,11 +147,9 @@ describe('install-update.sh', { concurrency: 8 }, () => {
     const where = place({ behaviour: `grep SigIgn /proc/self/status >"$HOME/signals"\npwd >"$HOME/folder"\n${STAY}` });
     mkdirSync(where.kept);
     writeFileSync(path.join(where.kept, 'older'), '');
-    const application = spawn('/bin/sleep', ['60'], { stdio: 'ignore' });
-    t.after(() => application.kill('SIGKILL'));
-    const { installed, fresh } = where;
-    const line = `nohup /bin/bash '${installed}/resources/install-update.sh' '${fresh}' '${installed}' \
-      ${application.pid} 2.0 >/dev/null 2>&1 &`;
+    const application = start(t, '/bin/sleep', ['60']);
+    const line = `nohup /bin/bash '${where.installed}/resources/install-update.sh' '${where.fresh}' \
+      '${where.installed}' ${application.pid} 2.0 >/dev/null 2>&1 &`;
     assert.equal(await run('/bin/bash', ['-c', line], { env: environment(where.root) }), 0);
     await until(() => existsSync(path.join(where.root, 'home/.local/state')), 'the log');
     await new Promise((resolve) => { setTimeout(resolve, 600); });
@@ -170,15 +173,24 @@ describe('install-update.sh', { concurrency: 8 }, () => {
     );
   });
 
-  for (const [name, behaviour, env = {}] of [
-    ['stays', STAY],
-    ['is a launcher that leaves the program running', 'sleep 5 & exit 0'],
-    ['was quit by somebody', 'exit 0', { ZEMRAK_UPDATE_SETTLE_SECONDS: '0' }],
+  // Status 0: the new version is in place and was started; 1: the former one, after `ran`.
+  for (const [name, options, status, env = {}, ran = ['2.0']] of [
+    ['stays', {}, 0],
+    ['is a launcher that leaves the program running', { behaviour: 'sleep 5 & exit 0' }, 0],
+    ['was quit by somebody', { behaviour: 'exit 0' }, 0, { ZEMRAK_UPDATE_SETTLE_SECONDS: '0' }],
+    ['ends with an error', { behaviour: 'exit 3' }, 1, PATIENT],
+    ['crashes after a moment', { behaviour: 'sleep 0.4; kill -SEGV $$' }, 1, PATIENT],
+    ['ends at once without an error', { behaviour: 'exit 0' }, 1, PATIENT],
+    ['leaves only a helper behind when it crashes', { behaviour: 'sleep 5 & exit 1' }, 1, PATIENT],
+    ['is no program', { broken: true }, 1, PATIENT, []],
+    ['is not executable', { mode: 0o644 }, 1, PATIENT, []],
   ]) {
     test(`a new version that ${name}`, async (t) => {
-      const where = place({ behaviour });
-      assert.equal(await install(t, where, { env }), 0, log(where.root));
-      await assertNew(where);
+      const where = place(options);
+      if (options.broken) writeFileSync(path.join(where.fresh, 'bin/zemrak-printer'), '\x7fELF broken');
+      assert.equal(await install(t, where, { env }), status, log(where.root));
+      if (status === 0) await assertNew(where);
+      else await assertFormer(where, ran);
     });
   }
 
@@ -226,7 +238,7 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
   // Pressed again while the first is watched: the application that the first has started quits for the second.
   for (const [when, settle, versions] of [
     ['in the middle of its watch', '0', ['2.0', '3.0']],
-      ['before it has settled, so that the first takes it for broken', '20', ['2.0', '1.0']],
+    ['before it has settled, so that the first takes it for broken', '20', ['2.0', '1.0']],
   ]) {
     test(`an update pressed again ${when}: the application comes back`, async (t) => {
       const where = place();
@@ -250,29 +262,12 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
 
   test('behind another update that does not end, the application comes back', async (t) => {
     const where = place();
-    const holder = spawn('/usr/bin/flock', [where.apps, '/bin/sh', '-c', 'echo held; exec sleep 60'],
-      { stdio: ['ignore', 'pipe', 'ignore'] });
-    t.after(() => holder.kill('SIGKILL'));
-    await new Promise((resolve) => { holder.stdout.once('data', resolve); });
+    // Without a fork, so that the lock ends with the process that is known here.
+    const holding = ['-F', where.apps, '/bin/sh', '-c', 'echo held; exec sleep 60'];
+    await firstOutput(start(t, '/usr/bin/flock', holding, 'pipe'));
     assert.equal(await install(t, where, { env: { ZEMRAK_UPDATE_TURN_SECONDS: '0' } }), 1);
     await assertFormer(where);
   });
-
-  for (const [name, options, ran = ['2.0']] of [
-    ['ends with an error', { behaviour: 'exit 3' }],
-    ['crashes after a moment', { behaviour: 'sleep 0.4; kill -SEGV $$' }],
-    ['ends at once without an error', { behaviour: 'exit 0' }],
-    ['leaves only a helper behind when it crashes', { behaviour: 'sleep 5 & exit 1' }],
-    ['is no program', { behaviour: 'x' }, []],
-    ['is not executable', { mode: 0o644 }, []],
-  ]) {
-    test(`a new version that ${name} gives way to the former one`, async (t) => {
-      const where = place(options);
-      if (name === 'is no program') writeFileSync(path.join(where.fresh, 'bin/zemrak-printer'), '\x7fELF broken');
-      assert.equal(await install(t, where, { env: PATIENT }), 1, log(where.root));
-      await assertFormer(where, ran);
-    });
-  }
 
   test('a new bundle that is missing, or overlaps with the installed one', async (t) => {
     const where = place();
@@ -298,16 +293,13 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
 
   test('an application that has ended but was not reaped counts as ended', async (t) => {
     const where = place();
-    const parent = spawn('/bin/bash', ['-c', 'sleep 0.2 & echo $!; exec sleep 60'], {
-      stdio: ['ignore', 'pipe', 'ignore'],
-    });
-    t.after(() => parent.kill('SIGKILL'));
-    const pid = await new Promise((resolve) => { parent.stdout.once('data', (data) => resolve(String(data).trim())); });
+    const parent = start(t, '/bin/bash', ['-c', 'sleep 0.2 >/dev/null & echo $!; exec sleep 60'], 'pipe');
+    const pid = await firstOutput(parent);
     assert.equal(await install(t, where, { pid }), 0, log(where.root));
     await assertNew(where);
   });
 
-  test('wrong arguments, and an installed bundle that is not there, change nothing', async (t) => {
+  test('wrong arguments, and an installed bundle that is not there, change nothing', async () => {
     const where = place();
     const env = environment(where.root);
     for (const args of [
@@ -317,9 +309,9 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
     ]) {
       assert.equal(await run('/bin/bash', [SCRIPT, ...args], { env, cwd: where.root }), 64, args.join(' '));
     }
-    const gone = path.join(where.apps, 'gone');
-    assert.equal(await run('/bin/bash', [SCRIPT, where.fresh, gone, String(quittingProcess(t)), '2.0'], { env }), 1);
-    assert.equal(await run('/bin/bash', [SCRIPT, where.fresh, '/', String(quittingProcess(t)), '2.0'], { env }), 1);
+    for (const nothing of [path.join(where.apps, 'gone'), '/']) {
+      assert.equal(await run('/bin/bash', [SCRIPT, where.fresh, nothing, ENDED, '2.0'], { env }), 1);
+    }
     assert.deepEqual([contents(where.installed), started(where.root)], [where.former, []]);
     assert.deepEqual(readdirSync(where.apps), [path.basename(where.installed)]);
   });
@@ -410,7 +402,7 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
       writeFileSync(path.join(where.root, 'count'), '');
       const status = await run('/bin/bash', ['-c', 'echo $$ >"$0/pid"; exec /bin/bash "$@"', where.root,
         path.join(where.installed, 'resources/install-update.sh'), where.fresh, where.installed,
-          String(quittingProcess(t, 0.05)), '2.0'], { env });
+          ENDED, '2.0'], { env });
       const now = contents(where.installed);
       const version = now['resources/version'].split(' ')[1];
       assert.deepEqual(now, version === '2.0' ? where.newer : where.former, `cut before step ${step}`);
@@ -419,11 +411,13 @@ if (readlink("/proc/self/exe") =~ m{^(.*)/bin/zemrak-printer$}) {
       endPrograms(where.root);
       rmSync(where.fresh, { recursive: true });
       makeBundle(where.root, where.fresh, '3.0', STAY);
-      assert.equal(await install(t, where), 0, `after a cut before step ${step}: ${log(where.root)}`);
+      const next = await install(t, where, { pid: ENDED, env: { ZEMRAK_UPDATE_WATCH_SECONDS: '0' } });
+      assert.equal(next, 0, `after a cut before step ${step}: ${log(where.root)}`);
       assert.deepEqual(contents(where.installed), contents(where.fresh));
       assert.deepEqual(
         readdirSync(where.apps).sort(), [path.basename(where.installed), path.basename(where.kept)].sort(),
       );
+      await until(() => started(where.root).includes('3.0'), 'what the next update starts');
       endPrograms(where.root);
       return null;
     };
