@@ -1,44 +1,22 @@
+// The login item and the sleep inhibitor: the person's wishes, kept over restarts and over refusals.
 #include "host/keepawake.h"
 #include "host/launchatlogin.h"
+#include "support/fakeloginitem.h"
 #include "support/manualclock.h"
+#include "support/rows.h"
 #include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace zemrak;
 using namespace zemrak::test;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A desktop that does as it is told, unless it is to refuse.
-class FakeItem final : public LoginItem
-{
-public:
-    LoginItemStatus status() const override { return now; }
-    std::optional<QString> registerItem() override { return change(QLatin1Char('r'), LoginItemStatus::Enabled); }
-    std::optional<QString> unregisterItem() override
-    {
-        return change(QLatin1Char('u'), LoginItemStatus::NotRegistered);
-    }
-
-    LoginItemStatus now = LoginItemStatus::NotRegistered;
-    bool refuses = false;
-    QString calls;
-
-private:
-    std::optional<QString> change(QChar call, LoginItemStatus to)
-    {
-        calls += call;
-        if (refuses)
-            return QStringLiteral("no room");
-        now = to;
-        return std::nullopt;
-    }
-};
-
+/// Notes each activity as it begins and ends.
 class FakeActivities final : public ProcessActivities
 {
 public:
@@ -46,43 +24,45 @@ public:
     {
         struct Held : Activity
         {
-            explicit Held(int &count)
-                : held(count)
+            explicit Held(QString &calls)
+                : log(calls)
             {
-                ++held;
             }
-            ~Held() override { --held; }
-            int &held;
+            ~Held() override { log += u'-'; }
+            QString &log;
         };
-        heldAtBegin = held;
-        forbidden = idleSleep == IdleSleep::Forbidden;
+        log += idleSleep == IdleSleep::Forbidden ? u"+"_s : u"allowed"_s;
         lastReason = reason;
-        return std::make_unique<Held>(held);
+        return std::make_unique<Held>(log);
     }
-    int held = 0;
-    int heldAtBegin = 0;
-    bool forbidden = false;
+    QString log;
     QString lastReason;
 };
 
 struct Fixture
 {
     QTemporaryDir folder;
-    UserDefaults defaults{folder.filePath(QStringLiteral("settings.ini"))};
+    UserDefaults defaults{folder.filePath(u"settings.ini"_s)};
     ManualClock clock;
-    FakeItem item;
-    QStringList notices;
-    QString log;
+    FakeLoginItem item;
+    QStringList told;
+
+    explicit Fixture(bool works = true) { item.works = works; }
 
     std::unique_ptr<LaunchAtLogin> make()
     {
-        auto login = std::make_unique<LaunchAtLogin>(item, defaults, clock, QStringLiteral("/here"));
-        QObject::connect(login.get(), &LaunchAtLogin::notice, [this](const QString &text) { notices.append(text); });
-        QObject::connect(login.get(), &LaunchAtLogin::logged, [this](const QString &text) { log += text; });
+        auto login = std::make_unique<LaunchAtLogin>(item, defaults, clock, u"/here"_s);
+        QObject::connect(login.get(), &LaunchAtLogin::notice, [this](const QString &text) { told.append(text); });
+        QObject::connect(login.get(), &LaunchAtLogin::logged, [this](const QString &text) { told.append(text); });
+        QObject::connect(login.get(), &LaunchAtLogin::loginNeedsApprovalChanged, [this] { told.append(u"!"_s); });
         return login;
     }
-    [[nodiscard]] bool wanted() const { return defaults.boolean(QLatin1String("loginWanted")); }
-    [[nodiscard]] QString path() const { return defaults.string(QLatin1String("loginRegisteredPath")); }
+    /// The wish, and the folder it is for.
+    [[nodiscard]] QString kept() const
+    {
+        return (defaults.boolean("loginWanted"_L1) ? u"wanted "_s : QString())
+            + defaults.string("loginRegisteredPath"_L1);
+    }
 };
 
 } // namespace
@@ -94,107 +74,83 @@ class LaunchAtLoginTest : public QObject
 private Q_SLOTS:
     void refusalsAreLoggedAndTheWishIsKept()
     {
-        Fixture f;
+        Fixture f(false);
         const auto login = f.make();
         QSignalSpy changed(login.get(), &LaunchAtLogin::launchAtLoginChanged);
-        f.item.refuses = true;
         login->setLaunchAtLogin(true);
-        QVERIFY(f.wanted() && !login->launchAtLogin());
-        QCOMPARE(f.path(), QStringLiteral("/here"));
-        QCOMPARE(f.log, QStringLiteral("\nLogin item: no room"));
+        QVERIFY(!login->launchAtLogin());
+        QCOMPARE(f.kept(), u"wanted /here"_s);
+        QCOMPARE(f.told, QStringList(u"\nLogin item: not on this platform"_s));
 
-        f.item.refuses = false; // the next launch tries again
-        const auto next = f.make();
-        next->healLoginItemIfNeeded();
-        QVERIFY(next->launchAtLogin());
-
+        f.item.works = true; // the next launch tries again
+        f.make()->healLoginItemIfNeeded();
         login->refreshLoginState();
         login->refreshLoginState();
+        QVERIFY(login->launchAtLogin());
         QCOMPARE(changed.count(), 1);
-        f.item.refuses = true;
+        f.item.works = false;
         login->setLaunchAtLogin(false);
-        QVERIFY(!f.wanted() && login->launchAtLogin());
-        QCOMPARE(f.path(), QStringLiteral("/here"));
-        QVERIFY(f.notices.isEmpty());
+        QVERIFY(login->launchAtLogin());
+        QCOMPARE(f.kept(), u"/here"_s);
     }
 
-    void healing_data()
-    {
-        QTest::addColumn<bool>("wanted");
-        QTest::addColumn<LoginItemStatus>("status");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<bool>("refuses");
-        QTest::addColumn<QString>("calls");
-        QTest::addColumn<QString>("storedAfter");
-        using enum LoginItemStatus;
-        const QString here = QStringLiteral("/here");
-        const QString there = QStringLiteral("/Here");
-        const QString repair = QStringLiteral("ur");
-        QTest::newRow("never asked for") << false << NotRegistered << QString() << false << QString() << QString();
-        QTest::newRow("not wanted any more") << false << NotFound << there << false << QString() << there;
-        QTest::newRow("sound") << true << Enabled << here << false << QString() << here;
-        QTest::newRow("moved") << true << Enabled << there << false << repair << here;
-        QTest::newRow("no path stored") << true << Enabled << QString() << false << repair << here;
-        QTest::newRow("switched off") << true << RequiresApproval << here << false << repair << here;
-        QTest::newRow("gone") << true << NotRegistered << here << false << repair << here;
-        QTest::newRow("broken") << true << NotFound << there << false << repair << here;
-        QTest::newRow("refused") << true << Enabled << there << true << repair << there;
-    }
     void healing()
     {
-        QFETCH(bool, wanted);
-        QFETCH(LoginItemStatus, status);
-        QFETCH(QString, stored);
-        QFETCH(bool, refuses);
-        QFETCH(QString, calls);
-        QFETCH(QString, storedAfter);
-        Fixture f;
-        if (wanted)
-            f.defaults.setBoolean(QLatin1String("loginWanted"), true);
-        if (!stored.isNull())
-            f.defaults.setString(QLatin1String("loginRegisteredPath"), stored);
-        f.item.now = status;
-        f.item.refuses = refuses;
-        const auto login = f.make();
-        login->healLoginItemIfNeeded();
-        QCOMPARE(f.item.calls, calls);
-        QCOMPARE(f.path(), storedAfter);
-        QCOMPARE(login->launchAtLogin(), f.item.now == LoginItemStatus::Enabled);
-        QCOMPARE(login->loginNeedsApproval(), f.item.now == LoginItemStatus::RequiresApproval);
-        QCOMPARE(f.log, refuses ? QStringLiteral("\nLogin item re-register: no room") : QString());
-        QVERIFY(f.notices.isEmpty());
+        // The wish, the item's status, the folder it was registered for; then the calls, and the folder kept.
+        for (const QStringList &row : rowsOf(R"(
+                never asked for     |        | 0 |       |       |    |
+                not wanted any more |        | 3 | /Here |       |    | /Here
+                sound               | wanted | 1 | /here |       |    | /here
+                moved               | wanted | 1 | /Here |       | ur | /here
+                no folder stored    | wanted | 1 |       |       | ur | /here
+                switched off        | wanted | 2 | /here |       | ur | /here
+                gone                | wanted | 0 | /here |       | ur | /here
+                broken              | wanted | 3 | /Here |       | ur | /here
+                refused             | wanted | 2 | /Here | fails | ur | /Here)")) {
+            Fixture f(row[4].isEmpty());
+            f.defaults.setBoolean("loginWanted"_L1, !row[1].isEmpty());
+            if (!row[3].isEmpty())
+                f.defaults.setString("loginRegisteredPath"_L1, row[3]);
+            f.item.current = LoginItemStatus(row[2].toInt());
+            const auto login = f.make();
+            QCOMPARE(login->loginNeedsApproval(), row[2] == u"2");
+            login->healLoginItemIfNeeded();
+            QCOMPARE(row[0] + f.item.calls + f.kept().section(u' ', -1), row[0] + row[5] + row[6]);
+            QCOMPARE(login->launchAtLogin(), f.item.current == LoginItemStatus::Enabled);
+            QCOMPARE(f.told.join(u' '),
+                row[4].isEmpty() ? row[2] == u"2" ? u"!"_s : QString()
+                                 : u"\nLogin item re-register: not on this platform"_s);
+        }
     }
 
     void repairByHandSaysHowItWent()
     {
-        Fixture f;
+        Fixture f(false);
         const auto login = f.make();
-        f.item.refuses = true;
         login->reRegisterLogin();
-        QCOMPARE(f.item.calls, QStringLiteral("ur"));
-        QVERIFY(!f.wanted() && f.path().isNull());
-        f.item.refuses = false;
+        QCOMPARE(f.item.calls + f.kept(), u"ur"_s);
+        f.item.works = true;
         login->reRegisterLogin();
-        QVERIFY(f.wanted() && login->launchAtLogin());
-        QCOMPARE(f.path(), QStringLiteral("/here"));
-        QCOMPARE(f.notices,
-            QStringList(
-                {QStringLiteral("تعذرت إعادة التسجيل: no room"), QStringLiteral("أُعيد تسجيل التشغيل عند الدخول")}));
-        QVERIFY(f.log.isEmpty());
+        QVERIFY(login->launchAtLogin());
+        QCOMPARE(f.kept(), u"wanted /here"_s);
+        QCOMPARE(
+            f.told, (QStringList{u"تعذرت إعادة التسجيل: not on this platform"_s, u"أُعيد تسجيل التشغيل عند الدخول"_s}));
     }
 
     void proofOfAnAutomaticStart()
     {
-        QVERIFY(isAutomaticStart({}, 299'900ms) && !isAutomaticStart({QStringLiteral("--automatic")}, 300s));
-        QVERIFY(isAutomaticStart({QStringLiteral("x"), QStringLiteral("--automatic-start")}, 400h));
+        QVERIFY(isAutomaticStart({}, 299'999ms) && !isAutomaticStart({u"--automatic"_s}, 300s));
+        QVERIFY(isAutomaticStart({u"x"_s, u"--automatic-start"_s}, 400h));
 
         Fixture f;
         const auto login = f.make();
+        const QSignalSpy changed(login.get(), &LaunchAtLogin::lastSystemStartChanged);
         QVERIFY(!login->lastSystemStart().isValid());
         login->recordSystemStart();
+        QCOMPARE(changed.count(), 1);
         QCOMPARE(login->lastSystemStart().toMSecsSinceEpoch(), f.clock.wallTime());
         QCOMPARE(f.make()->lastSystemStart(), login->lastSystemStart());
-        f.defaults.setString(QLatin1String("lastSystemStart"), QStringLiteral("yesterday"));
+        f.defaults.setString("lastSystemStart"_L1, u"yesterday"_s);
         QVERIFY(!f.make()->lastSystemStart().isValid());
     }
 
@@ -207,22 +163,19 @@ private Q_SLOTS:
             QSignalSpy changed(&awake, &KeepAwake::changed);
             awake.restore();
             awake.set(false);
-            QCOMPARE(activities.held + static_cast<int>(changed.count()), 0);
+            QCOMPARE(activities.log + QString::number(changed.count()), u"0"_s);
             awake.set(true);
             awake.set(true);
-            QVERIFY(awake.isOn() && activities.forbidden);
-            QCOMPARE(activities.held, 1);
-            QCOMPARE(activities.heldAtBegin, 0);
-            QCOMPARE(changed.count(), 1);
+            QVERIFY(awake.isOn());
+            QCOMPARE(activities.log + QString::number(changed.count()), u"+-+1"_s);
         }
-        QCOMPARE(activities.held, 0);
         KeepAwake again(activities, f.defaults);
-        QVERIFY(again.isOn() && activities.held == 0);
+        QVERIFY(again.isOn());
+        QCOMPARE(activities.log, u"+-+-"_s);
         again.restore();
-        QCOMPARE(activities.held, 1);
-        QCOMPARE(activities.lastReason, QStringLiteral("Keep the cashier Mac awake so print requests are served"));
         again.set(false);
-        QCOMPARE(activities.held, 0);
+        QCOMPARE(activities.log, u"+-+-+-"_s);
+        QCOMPARE(activities.lastReason, u"Keep the cashier Mac awake so print requests are served"_s);
         QVERIFY(!KeepAwake(activities, f.defaults).isOn());
     }
 };

@@ -1,43 +1,44 @@
+// Trust in the service's certificate authority, by the exit status of the service's commands.
 #include "host/httpstrust.h"
 #include "support/recordingservice.h"
 #include "support/testmain.h"
 
-#include <QSignalSpy>
-#include <QTest>
-
-#include <memory>
-
 using namespace zemrak;
 using namespace zemrak::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString enabled = QStringLiteral("تم تفعيل HTTPS لـ Safari");
-const QString notEnabled = QStringLiteral("لم يتم التفعيل (يمكنك إعادته لاحقًا من الإعدادات)");
+const QString yes = u"تم تفعيل HTTPS لـ Safari|done 1"_s;
+const QString no = u"لم يتم التفعيل (يمكنك إعادته لاحقًا من الإعدادات)|done 0"_s;
 
 struct Fixture
 {
     RecordingCommands service;
     std::unique_ptr<HttpsTrust> trust = std::make_unique<HttpsTrust>(service);
-    QSignalSpy changed{trust.get(), &HttpsTrust::caTrustedChanged};
-    QStringList order; ///< notices, and what `done` was told
+    QStringList told; ///< notices, changes, and what `done` was called with
 
     Fixture()
     {
-        QObject::connect(trust.get(), &HttpsTrust::notice, [this](const QString &text) { order.append(text); });
+        QObject::connect(trust.get(), &HttpsTrust::notice, [this](const QString &text) { told.append(text); });
+        QObject::connect(trust.get(), &HttpsTrust::caTrustedChanged,
+            [this] { told.append(trust->caTrusted() ? u"trusted"_s : u"not trusted"_s); });
     }
-    HttpsTrust::Done report()
+    void install()
     {
-        return [this](bool trusted) { order.append(trusted ? QStringLiteral("yes") : QStringLiteral("no")); };
+        trust->trustForSafari([this](bool trusted) { told.append(u"done %1"_s.arg(trusted)); });
     }
-    /// Ends the oldest command, which is `name`, with `status`.
-    void end(const char *name, int status)
+    /// Ends the oldest commands, which are these, with their statuses.
+    void end(const QList<std::pair<const char *, int>> &commands)
     {
-        QVERIFY(!service.commands.isEmpty());
-        const RecordingCommands::Command command = service.commands.takeFirst();
-        QCOMPARE(command.arguments, QStringList(QString::fromLatin1(name)));
-        command.end(status);
+        for (const auto &[name, status] : commands) {
+            QVERIFY(!service.commands.isEmpty());
+            const RecordingCommands::Command command = service.commands.takeFirst();
+            QCOMPARE(command.arguments, QStringList(QString::fromLatin1(name)));
+            command.end(status);
+        }
     }
+    QString takeTold() { return std::exchange(told, {}).join(u'|'); }
 };
 
 } // namespace
@@ -47,95 +48,73 @@ class TrustTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Freshest last: of several checks one runs at a time.
-    void refreshPublishesSilently()
+    // Of several checks one runs at a time, so that the last result published is the freshest.
+    void refreshing()
     {
         Fixture f;
-        f.trust->refreshTrust();
-        f.trust->refreshTrust();
-        f.trust->refreshTrust();
+        for (int i = 0; i < 3; ++i)
+            f.trust->refreshTrust();
         QCOMPARE(f.service.commands.size(), 1);
-        f.end("trust-status", 0);
+        f.end({{"trust-status", 0}, {"trust-status", 0}});
         QVERIFY(f.trust->caTrusted());
-        f.end("trust-status", 0);
-        f.end("trust-status", 1);
-        QVERIFY(!f.trust->caTrusted());
-        QCOMPARE(f.changed.size(), 2);
-        QVERIFY(f.order.isEmpty() && f.service.commands.isEmpty());
+        f.end({{"trust-status", 1}});
+        QCOMPARE(f.takeTold(), u"trusted|not trusted"_s);
+        QVERIFY(f.service.commands.isEmpty());
     }
 
-    void installs_data()
+    void installing()
     {
-        QTest::addColumn<int>("install");
-        QTest::addColumn<int>("status"); // of the check; it is made only after a success
-        QTest::addColumn<bool>("trusted");
-        QTest::newRow("installed and confirmed") << 0 << 0 << true;
-        QTest::newRow("installed, yet not trusted") << 0 << 1 << false;
-        QTest::newRow("installed, nobody can tell") << 0 << 69 << false;
-        QTest::newRow("refused") << 1 << 0 << false;
-        QTest::newRow("never launched, or killed") << -1 << 0 << false;
-    }
-    void installs()
-    {
-        QFETCH(const int, install);
-        QFETCH(const int, status);
-        QFETCH(const bool, trusted);
         Fixture f;
-        f.trust->refreshTrust();
-        f.end("trust-status", 0); // an earlier yes does not outlive a no
-        f.trust->trustForSafari(f.report());
-        f.end("trust-ca", install);
-        if (install == 0)
-            f.end("trust-status", status);
-        QVERIFY(f.service.commands.isEmpty());
-        QCOMPARE(f.order,
-            trusted ? (QStringList{enabled, QStringLiteral("yes")}) : (QStringList{notEnabled, QStringLiteral("no")}));
-        QCOMPARE(f.trust->caTrusted(), trusted);
+        f.install();
+        f.end({{"trust-ca", 0}, {"trust-status", 0}});
+        QCOMPARE(f.takeTold(), u"trusted|"_s + yes);
+        // Refused, never launched or killed, installed yet not trusted, nobody can tell: each takes an earlier yes
+        // back.
+        for (const auto &[status, check] : {std::pair{1, -2}, {-1, -2}, {0, 1}, {0, 69}}) {
+            f.install();
+            f.end({{"trust-ca", status}});
+            if (check != -2)
+                f.end({{"trust-status", check}});
+            QCOMPARE(f.takeTold(), u"not trusted|"_s + no);
+            QVERIFY(f.service.commands.isEmpty());
+            f.trust->refreshTrust();
+            f.end({{"trust-status", 0}});
+            QCOMPARE(f.takeTold(), u"trusted"_s);
+        }
     }
 
     void overlappingCallsEachEndOnTheirOwn()
     {
         Fixture f;
-        f.trust->trustForSafari(f.report());
+        f.install();
         f.trust->trustForSafari();
         f.trust->refreshTrust();
-        f.end("trust-ca", 0);
-        f.end("trust-ca", 1);
-        QCOMPARE(f.order, QStringList(notEnabled));
-        f.end("trust-status", 0);
-        f.end("trust-status", 0); // the check of the first call
-        QCOMPARE(f.order, (QStringList{notEnabled, enabled, QStringLiteral("yes")}));
-        QVERIFY(f.trust->caTrusted());
+        f.end({{"trust-ca", 0}, {"trust-ca", 1}});
+        QCOMPARE(f.takeTold(), no.section(u'|', 0, 0));
+        f.end({{"trust-status", 0}, {"trust-status", 0}}); // the second is the check of the first call
+        QCOMPARE(f.takeTold(), u"trusted|"_s + yes);
     }
 
-    void destroyedAtAnyTime_data()
-    {
-        QTest::addColumn<QString>("when");
-        for (const char *when : {"install", "check", "change", "done"})
-            QTest::newRow(when) << QString::fromLatin1(when);
-    }
     void destroyedAtAnyTime()
     {
-        QFETCH(const QString, when);
-        Fixture f;
-        const auto destroy = [&f] { f.trust.reset(); };
-        if (when == QLatin1String("change"))
-            QObject::connect(f.trust.get(), &HttpsTrust::caTrustedChanged, this, destroy);
-        const bool byDone = when == QLatin1String("done");
-        f.trust->trustForSafari([&, kept = QString(40, QLatin1Char('x'))](bool) {
-            if (byDone)
-                destroy();
-            f.order.append(kept.left(1));
-        });
-        if (when == QLatin1String("install"))
-            destroy();
-        f.end("trust-ca", 0);
-        if (when == QLatin1String("check"))
-            destroy();
-        if (!f.service.commands.isEmpty())
-            f.end("trust-status", 0);
-        QVERIFY(!f.trust);
-        QCOMPARE(f.order, byDone ? (QStringList{enabled, QStringLiteral("x")}) : QStringList());
+        for (const QLatin1String when : {"install"_L1, "check"_L1, "change"_L1, "done"_L1}) {
+            Fixture f;
+            const auto destroyIf = [&f, when](QLatin1String moment) { moment == when ? f.trust.reset() : void(); };
+            connect(f.trust.get(), &HttpsTrust::notice, this, [&] { f.told = {u"notice"_s}; });
+            disconnect(f.trust.get(), &HttpsTrust::caTrustedChanged, nullptr, nullptr);
+            connect(f.trust.get(), &HttpsTrust::caTrustedChanged, this, [&] { destroyIf("change"_L1); });
+            f.trust->trustForSafari([&, kept = QString(40, u'x')](bool) {
+                destroyIf("done"_L1);
+                f.told.append(kept.left(1)); // what this lambda holds is still there
+            });
+            destroyIf("install"_L1);
+            f.end({{"trust-ca", 0}});
+            destroyIf("check"_L1);
+            if (!f.service.commands.isEmpty())
+                f.end({{"trust-status", 0}});
+            QVERIFY(!f.trust);
+            QCOMPARE(f.takeTold(), when == "done"_L1 ? u"notice|x"_s : QString());
+        }
     }
 };
 
