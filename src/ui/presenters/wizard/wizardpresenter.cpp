@@ -6,7 +6,7 @@ namespace zemrak {
 
 namespace {
 
-enum Step
+enum class Step
 {
     Login,
     Notifications,
@@ -64,18 +64,18 @@ void WizardPresenter::allow()
         return;
     setBusy(true);
     switch (Step(m_step)) {
-    case Login:
+    case Step::Login:
         m_parts.login.setLaunchAtLogin(true);
         settler(WizardChoice::Failed)(m_parts.login.launchAtLogin());
         break;
     // A refusal counts as a choice of the person, not as a failure.
-    case Notifications:
+    case Step::Notifications:
         m_parts.notifications.request(settler(WizardChoice::Skipped));
         break;
-    case Safari:
+    case Step::Safari:
         m_parts.trust.trustForSafari(settler(WizardChoice::Skipped));
         break;
-    case Network:
+    case Step::Network:
         // Whatever it finds: the search makes the system ask the person for leave.
         m_parts.commands.scanBonjour([done = settler(WizardChoice::Enabled)](const auto &) { done(true); });
         break;
