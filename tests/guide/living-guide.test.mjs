@@ -3,9 +3,10 @@
 import { after, before, test } from 'node:test';
 import assert from 'node:assert/strict';
 import { createHash, X509Certificate } from 'node:crypto';
+import { once } from 'node:events';
 import http from 'node:http';
 import https from 'node:https';
-import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -182,17 +183,17 @@ test('scripts', async (t) => {
 
 test('pages in Chromium, on another origin', async (t) => {
   const pages = samples.filter(({ lang, tab }) => lang === 'js' && tab !== NODE_TAB);
-  const { secure, plain, spki } = await serveSite(t, pages);
+  const { secure, plain } = await serveSite(t, pages);
   const local = `http://localhost:${plain}`;
   await startAgain();
   await service.post('/admin/origins/add', { origin: local });
-  const keys = [spki, spkiOf(readConfig(service.home, 'tls/server.crt'))];
-  // The certificates of the site, made here, and of the service are trusted by the digests of their keys. Both pages
-  // count as pages of the internet: Chromium asks for leave to reach this computer for those only, and not for pages
-  // that come from it.
+  const { publicKey } = new X509Certificate(readConfig(service.home, 'tls/server.crt'));
+  const digest = createHash('sha256').update(publicKey.export({ type: 'spki', format: 'der' })).digest('base64');
+  // Both pages count as pages of the internet: Chromium asks for leave to reach this computer for those only, and not
+  // for pages that come from it.
   const browser = new Chromium([
     `--host-resolver-rules=MAP pos.zemrak.example:443 127.0.0.1:${secure}`,
-    `--ignore-certificate-errors-spki-list=${keys}`,
+    `--ignore-certificate-errors-spki-list=${digest}`,
     `--ip-address-space-overrides=127.0.0.1:${secure}=public,127.0.0.1:${plain}=public,[::1]:${plain}=public`,
   ]);
   t.after(() => browser.close());
@@ -264,7 +265,7 @@ async function pythonWithRequests() {
 
 /**
  * Serves the samples as modules of a site, beside what the guide says they find there.
- * @returns {Promise<{ secure: number, plain: number, spki: string }>}
+ * @returns {Promise<{ secure: number, plain: number }>} its ports
  */
 async function serveSite(t, pages) {
   const files = {
@@ -284,24 +285,11 @@ async function serveSite(t, pages) {
     const [type, content] = files[url] ?? [];
     response.writeHead(type ? 200 : 404, type ? { 'Content-Type': `${type}; charset=utf-8` } : {}).end(content);
   };
-  const keys = path.join(folder, 'site');
-  mkdirSync(keys);
-  const made = await run(
-    'openssl',
-    [
-      'req', '-x509', '-newkey', 'ec', '-pkeyopt', 'ec_paramgen_curve:P-256', '-nodes', '-days', '2', '-subj',
-      '/CN=pos.zemrak.example', '-addext', 'subjectAltName=DNS:pos.zemrak.example', '-keyout', 'key.pem', '-out',
-      'cert.pem',
-    ],
-    { cwd: keys, env },
-  );
-  assert.equal(made.status, 0, made.stderr);
-  const [key, cert] = ['key.pem', 'cert.pem'].map((name) => readFileSync(path.join(keys, name)));
+  // The site shows the service's certificate: Chromium is told to trust that key, whatever the name.
+  const [key, cert] = ['key', 'crt'].map((ending) => readConfig(service.home, `tls/server.${ending}`));
   const [secure, plain] = await Promise.all(
     [https.createServer({ key, cert }, answer), http.createServer(answer)].map(async (server) => {
-      await new Promise((resolve) => {
-        server.listen(0, '127.0.0.1', resolve);
-      });
+      await once(server.listen(0, '127.0.0.1'), 'listening');
       t.after(() => {
         server.close();
         server.closeAllConnections();
@@ -309,10 +297,5 @@ async function serveSite(t, pages) {
       return server.address().port;
     }),
   );
-  return { secure, plain, spki: spkiOf(cert) };
+  return { secure, plain };
 }
-
-const spkiOf = (certificate) =>
-  createHash('sha256')
-    .update(new X509Certificate(certificate).publicKey.export({ type: 'spki', format: 'der' }))
-    .digest('base64');

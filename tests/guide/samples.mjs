@@ -1,4 +1,4 @@
-import { spawn } from 'node:child_process';
+import { execFile } from 'node:child_process';
 
 /**
  * The fenced blocks of a Markdown text.
@@ -33,15 +33,12 @@ export function samplesOf(markdown) {
  */
 export function run(file, args, { cwd, env, timeoutMs = 60_000 }) {
   return new Promise((resolve) => {
-    const child = spawn(file, args, { cwd, env, stdio: ['ignore', 'pipe', 'pipe'] });
-    const result = { status: -1, stdout: '', stderr: '' };
-    let isLate = false;
-    const timer = setTimeout(() => { isLate = true; child.kill('SIGKILL'); }, timeoutMs);
-    child.stdout.setEncoding('utf8').on('data', (data) => { result.stdout += data; });
-    child.stderr.setEncoding('utf8').on('data', (data) => { result.stderr += data; });
-    const settle = (status) => { clearTimeout(timer); resolve({ ...result, status: isLate ? 'late' : status }); };
-    child.on('error', () => settle('missing'));
-    child.on('close', (status, signal) => settle(status ?? signal));
+    const options = { cwd, env, timeout: timeoutMs, killSignal: 'SIGKILL', maxBuffer: 64 << 20 };
+    const child = execFile(file, args, options, (error, stdout, stderr) => {
+      const why = error?.killed ? 'late' : error?.syscall ? 'missing' : error?.code ?? error?.signal;
+      resolve({ status: error ? why : 0, stdout, stderr });
+    });
+    child.stdin?.on('error', () => {}).end();
   });
 }
 
