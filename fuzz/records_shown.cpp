@@ -25,31 +25,11 @@ constexpr qint64 now = 1'700'000'000'000;
 
 void checkStep(double then)
 {
-    using Unit = RelativeStep::Unit;
+    // Now, seconds, minutes, hours, days, weeks, months; no calendar goes farther than so many years.
+    constexpr qint64 mostOf[] = {0, 59, 59, 23, 6, 4, 11, 280'000};
     const RelativeStep step = relativeStep(then, now);
-    const qint64 size = step.value < 0 ? -step.value : step.value;
-    const auto mostOf = [](Unit unit) -> qint64 {
-        switch (unit) {
-        case Unit::Now:
-            return 0;
-        case Unit::Second:
-        case Unit::Minute:
-            return 59;
-        case Unit::Hour:
-            return 23;
-        case Unit::Day:
-            return 6;
-        case Unit::Week:
-            return 4;
-        case Unit::Month:
-            return 11;
-        case Unit::Year:
-            break;
-        }
-        return 280'000; // no calendar goes farther
-    };
-    require(
-        size <= mostOf(step.unit) && (size > 0) == (step.unit != Unit::Now), "a time is told in the unit that fits");
+    require(qAbs(step.value) <= mostOf[int(step.unit)] && (step.value != 0) == (step.unit != RelativeStep::Unit::Now),
+        "a time is told in the unit that fits");
     require(!relativeTime(then, now).isEmpty() && !relativeAge(then, now).isEmpty(), "every time has words");
 }
 
@@ -71,26 +51,19 @@ template <typename Row, typename Model> void show(Model &model, const QList<Row>
 
 void checkLabels(const AgentState &state)
 {
-    const auto isOneOf = [](const QString &code, std::initializer_list<const char *> known) {
-        return std::any_of(
-            known.begin(), known.end(), [&code](const char *each) { return code == QLatin1String(each); });
-    };
     const QString unknown = QStringLiteral("?");
+    const auto label = [](const auto &found, const auto &other, const QString &code, const char *known) {
+        require((found == other) != QByteArray(known).split(' ').contains(code.toUtf8()),
+            "a known code has its own label, an unknown one the default");
+    };
     for (const PrinterInfo &printer : state.printers) {
-        require((stateInfo(printer.state) == stateInfo(unknown))
-                == !isOneOf(printer.state, {"ready", "busy", "offline", "error"}),
-            "an unknown state has the default label, a known one its own");
-        require((reasonLabel(printer.reason) == reasonLabel({}))
-                == !(printer.reason
-                    && isOneOf(*printer.reason, {"not_connected", "unreachable", "no_route", "device_missing"})),
-            "an unknown reason has the default label, a known one its own");
-        require((typeLabel(printer.type) == typeLabel(unknown)) == !isOneOf(printer.type, {"cups", "net"}),
-            "an unknown type has the default label, a known one its own");
+        label(stateInfo(printer.state), stateInfo(unknown), printer.state, "ready busy offline error");
+        label(reasonLabel(printer.reason), reasonLabel({}), printer.reason.value_or(QString()),
+            "not_connected unreachable no_route device_missing");
+        label(typeLabel(printer.type), typeLabel(unknown), printer.type, "cups net");
     }
     for (const JobInfo &job : state.recentJobs) {
-        require((jobLabel(job.status) == jobLabel(unknown))
-                == !isOneOf(job.status, {"completed", "failed", "cancelled", "printing", "waiting"}),
-            "an unknown status has the default label, a known one its own");
+        label(jobLabel(job.status), jobLabel(unknown), job.status, "completed failed cancelled printing waiting");
         require(jobErrorText(job.errorCode).isEmpty() == job.errorCode.value_or(QString()).isEmpty(),
             "an error has words, and no error none");
     }

@@ -1,5 +1,6 @@
-#include "fuzz/records_schema.h"
+#include "support/recordschema.h"
 
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QVariant>
@@ -7,83 +8,78 @@
 #include <algorithm>
 #include <cmath>
 
-namespace zemrak::fuzz {
+namespace zemrak::test {
 
 namespace {
 
-template <bool (*type)(const QJsonValue &)> bool isOptional(const QJsonValue &value)
+// Each key with its type: text, number, whole, flag, a record, or [a list of those]. "?": it may be null or missing.
+const QHash<QByteArray, QByteArrayList> &schemas()
 {
-    return value.isUndefined() || value.isNull() || type(value);
+    static const QHash<QByteArray, QByteArrayList> all = [] {
+        QHash<QByteArray, QByteArrayList> split;
+        for (const auto &[record, keys] : {
+                 std::pair("printer", "id:text name:text type:text state:text"),
+                 std::pair("site", "id:text origin:text name:text createdAt:number"),
+                 std::pair("job", "id:text printerName:text? kind:text status:text errorCode:text? updatedAt:number"),
+                 std::pair("state",
+                     "version:text httpPort:whole httpsPort:whole tls:flag printers:[printer] pairedSites:[site] "
+                     "recentJobs:[job] allowedOrigins:[text] defaultOrigins:[text] autoApprovePairing:flag "
+                     "alertsUnread:whole"),
+                 std::pair("alert",
+                     "id:text key:text severity:text title:text message:text action:text? createdAt:number "
+                     "lastAt:number count:whole read:flag resolvedAt:number?"),
+                 std::pair("alerts", "alerts:[alert] unread:whole"),
+                 std::pair("scanned", "id:text name:text state:text reason:text?"),
+                 std::pair("scan", "printers:[scanned] connected:whole"),
+                 std::pair("host", "host:text port:whole"),
+                 std::pair("network", "hosts:[host]"),
+                 std::pair("device", "vendor:text? product:text uri:text"),
+                 std::pair("usb", "devices:[device]"),
+                 std::pair("announced", "name:text host:text port:whole transport:text"),
+                 std::pair("bonjour", "services:[announced]"),
+             })
+            split.insert(record, QByteArray(keys).split(' '));
+        return split;
+    }();
+    return all;
 }
 
-template <const Schema &(*schema)()> bool isListOf(const QJsonValue &value)
+bool holds(const QJsonValue &value, const QByteArray &type)
 {
-    const QJsonArray array = value.toArray();
-    return value.isArray()
-        && std::all_of(array.begin(), array.end(), [](const QJsonValue &each) { return fits(each, schema()); });
-}
-
-bool isTexts(const QJsonValue &value)
-{
-    const QJsonArray array = value.toArray();
-    return value.isArray() && std::all_of(array.begin(), array.end(), isText);
-}
-
-const Schema &siteSchema()
-{
-    static const Schema schema{{"id", isText}, {"origin", isText}, {"name", isText}, {"createdAt", isNumber}};
-    return schema;
-}
-
-const Schema &jobSchema()
-{
-    static const Schema schema{{"id", isText}, {"printerName", isOptional<isText>}, {"kind", isText},
-        {"status", isText}, {"errorCode", isOptional<isText>}, {"updatedAt", isNumber}};
-    return schema;
-}
-
-const Schema &alertSchema()
-{
-    static const Schema schema{{"id", isText}, {"key", isText}, {"severity", isText}, {"title", isText},
-        {"message", isText}, {"action", isOptional<isText>}, {"createdAt", isNumber}, {"lastAt", isNumber},
-        {"count", isWhole}, {"read", isFlag}, {"resolvedAt", isOptional<isNumber>}};
-    return schema;
-}
-
-const Schema &scannedSchema()
-{
-    static const Schema schema{{"id", isText}, {"name", isText}, {"state", isText}, {"reason", isOptional<isText>}};
-    return schema;
-}
-
-const Schema &hostSchema()
-{
-    static const Schema schema{{"host", isText}, {"port", isWhole}};
-    return schema;
-}
-
-const Schema &deviceSchema()
-{
-    static const Schema schema{{"vendor", isOptional<isText>}, {"product", isText}, {"uri", isText}};
-    return schema;
-}
-
-const Schema &announcedSchema()
-{
-    static const Schema schema{{"name", isText}, {"host", isText}, {"port", isWhole}, {"transport", isText}};
-    return schema;
+    if (type.endsWith('?'))
+        return value.isUndefined() || value.isNull() || holds(value, type.chopped(1));
+    if (type.startsWith('[')) {
+        const QJsonArray array = value.toArray();
+        const QByteArray each = type.sliced(1, type.size() - 2);
+        return value.isArray()
+            && std::all_of(array.begin(), array.end(), [&each](const QJsonValue &one) { return holds(one, each); });
+    }
+    if (type == "text")
+        return value.isString();
+    if (type == "number")
+        return value.isDouble();
+    if (type == "flag")
+        return value.isBool();
+    return type == "whole" ? isWhole(value) : fits(value, type);
 }
 
 } // namespace
 
-bool isText(const QJsonValue &value)
+QByteArrayList keysOf(const QByteArray &record)
 {
-    return value.isString();
+    QByteArrayList keys;
+    for (const QByteArray &field : schemas().value(record))
+        keys.append(field.left(field.indexOf(':')));
+    return keys;
 }
 
-bool isNumber(const QJsonValue &value)
+bool fits(const QJsonValue &value, const QByteArray &record)
 {
-    return value.isDouble();
+    const QByteArrayList &fields = schemas().constFind(record).value();
+    return value.isObject() && std::all_of(fields.cbegin(), fields.cend(), [&value](const QByteArray &field) {
+        const qsizetype colon = field.indexOf(':');
+        return holds(value[QLatin1String(field.left(colon))], field.mid(colon + 1));
+    });
 }
 
 bool isWhole(const QJsonValue &value)
@@ -95,62 +91,4 @@ bool isWhole(const QJsonValue &value)
     return real == std::floor(real) && real >= -0x1p63 && real < 0x1p63;
 }
 
-bool isFlag(const QJsonValue &value)
-{
-    return value.isBool();
-}
-
-bool fits(const QJsonValue &value, const Schema &schema)
-{
-    const QJsonObject object = value.toObject();
-    return value.isObject() && std::all_of(schema.cbegin(), schema.cend(), [&object](const Field &field) {
-        return field.fits(object.value(QLatin1String(field.key)));
-    });
-}
-
-const Schema &printerSchema()
-{
-    static const Schema schema{{"id", isText}, {"name", isText}, {"type", isText}, {"state", isText}};
-    return schema;
-}
-
-const Schema &stateSchema()
-{
-    static const Schema schema{{"version", isText}, {"httpPort", isWhole}, {"httpsPort", isWhole}, {"tls", isFlag},
-        {"printers", isListOf<printerSchema>}, {"pairedSites", isListOf<siteSchema>},
-        {"recentJobs", isListOf<jobSchema>}, {"allowedOrigins", isTexts}, {"defaultOrigins", isTexts},
-        {"autoApprovePairing", isFlag}, {"alertsUnread", isWhole}};
-    return schema;
-}
-
-const Schema &alertsSchema()
-{
-    static const Schema schema{{"alerts", isListOf<alertSchema>}, {"unread", isWhole}};
-    return schema;
-}
-
-const Schema &scanSchema()
-{
-    static const Schema schema{{"printers", isListOf<scannedSchema>}, {"connected", isWhole}};
-    return schema;
-}
-
-const Schema &networkSchema()
-{
-    static const Schema schema{{"hosts", isListOf<hostSchema>}};
-    return schema;
-}
-
-const Schema &usbSchema()
-{
-    static const Schema schema{{"devices", isListOf<deviceSchema>}};
-    return schema;
-}
-
-const Schema &bonjourSchema()
-{
-    static const Schema schema{{"services", isListOf<announcedSchema>}};
-    return schema;
-}
-
-} // namespace zemrak::fuzz
+} // namespace zemrak::test

@@ -1,32 +1,16 @@
 #pragma once
 
+#include <QByteArrayList>
 #include <QJsonValue>
 
-#include <vector>
+namespace zemrak::test {
 
-namespace zemrak::fuzz {
-
-/// What one key of a record must hold. Written down a second time, apart from the decoders, to compare them with.
-struct Field
-{
-    const char *key;
-    bool (*fits)(const QJsonValue &value); ///< called with undefined for a key that is missing
-};
-using Schema = std::vector<Field>;
-
-[[nodiscard]] bool isText(const QJsonValue &value);
-[[nodiscard]] bool isNumber(const QJsonValue &value);
+/// The keys that a record of the wire must have, written down apart from the decoders, to compare them with. Records:
+/// printer, site, job, state, alert, alerts, scanned, scan, host, network, device, usb, announced, bonjour.
+[[nodiscard]] QByteArrayList keysOf(const QByteArray &record);
+/// `value` is an object, and each of those keys holds what it must.
+[[nodiscard]] bool fits(const QJsonValue &value, const QByteArray &record);
+/// A number without a fraction that 64 bits can hold.
 [[nodiscard]] bool isWhole(const QJsonValue &value);
-[[nodiscard]] bool isFlag(const QJsonValue &value);
-/// `value` is an object, and each of the keys fits.
-[[nodiscard]] bool fits(const QJsonValue &value, const Schema &schema);
 
-[[nodiscard]] const Schema &stateSchema();
-[[nodiscard]] const Schema &alertsSchema();
-[[nodiscard]] const Schema &scanSchema();
-[[nodiscard]] const Schema &networkSchema();
-[[nodiscard]] const Schema &usbSchema();
-[[nodiscard]] const Schema &bonjourSchema();
-[[nodiscard]] const Schema &printerSchema();
-
-} // namespace zemrak::fuzz
+} // namespace zemrak::test
