@@ -69,32 +69,18 @@ class RowModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void edits_data()
-    {
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<QList<RowEdit>>("edits");
-        const auto row = [](const char *before, const char *after, const QList<RowEdit> &edits) {
-            QTest::addRow("%s to %s", before, after)
-                << QString::fromLatin1(before) << QString::fromLatin1(after) << edits;
-        };
-        row("", "abc", {{insertion, 0, 3}});
-        row("abc", "", {{removal, 0, 3}});
-        row("abc", "xabc", {{insertion, 0, 1}});
-        row("abcd", "xyab", {{removal, 2, 2}, {insertion, 0, 2}});
-        row("abcde", "ace", {{removal, 3, 1}, {removal, 1, 1}});
-        row("abcd", "bcda", {{shift, 0, 1, 3}}); // one row moves, not three
-        row("abcd", "dabc", {{shift, 3, 1, 0}});
-        row("abcd", "acbd", {{shift, 1, 1, 2}});
-        row("aab", "aba", {{shift, 1, 1, 2}}); // the second of two equal ids
-        row("aa", "a", {{removal, 1, 1}});
-    }
     void edits()
     {
-        QFETCH(QString, before);
-        QFETCH(QString, after);
-        QFETCH(QList<RowEdit>, edits);
-        QCOMPARE(rowEdits(ids(before), ids(after)), edits);
+        const std::tuple<const char *, const char *, QList<RowEdit>> rows[]
+            = {{"", "abc", {{insertion, 0, 3}}}, {"abc", "", {{removal, 0, 3}}}, {"abc", "xabc", {{insertion, 0, 1}}},
+                {"abcd", "xyab", {{removal, 2, 2}, {insertion, 0, 2}}},
+                {"abcde", "ace", {{removal, 3, 1}, {removal, 1, 1}}},
+                {"abcd", "bcda", {{shift, 0, 1, 3}}}, // one row moves, not three
+                {"abcd", "dabc", {{shift, 3, 1, 0}}}, {"abcd", "acbd", {{shift, 1, 1, 2}}},
+                {"aab", "aba", {{shift, 1, 1, 2}}}, // the second of two equal ids
+                {"aa", "a", {{removal, 1, 1}}}};
+        for (const auto &[before, after, edits] : rows)
+            QCOMPARE(rowEdits(ids(QString::fromLatin1(before)), ids(QString::fromLatin1(after))), edits);
     }
 
     // Whatever the lists, following the edits ends at the new list, and the model's own tester has no complaint.

@@ -47,22 +47,18 @@ private Q_SLOTS:
         }
     }
 
-    void amounts_data()
-    {
-        QTest::addColumn<QJsonObject>("row");
-        for (const QJsonValue &row : numbers().value(u"receipts").toArray())
-            QTest::newRow(qPrintable(row[u"name"].toString())) << row.toObject();
-    }
-
     void amounts()
     {
-        QFETCH(const QJsonObject, row);
-        const DesignerDoc doc = receipt(row[u"items"].toArray(), row[u"discount"].toString(), row[u"vat"].toString());
-        QCOMPARE(doc.lines().size(), doc.items.size());
-        QCOMPARE(doc.money(doc.subtotal()), row[u"subtotal"].toString());
-        QCOMPARE(doc.money(doc.discountValue()), row[u"taken"].toString());
-        QCOMPARE(doc.money(doc.vat()), row[u"tax"].toString());
-        QCOMPARE(doc.money(doc.total()), row[u"total"].toString());
+        for (const QJsonValue &row : numbers().value(u"receipts").toArray()) {
+            const test::InRow name(row[u"name"].toString().toUtf8());
+            const DesignerDoc doc
+                = receipt(row[u"items"].toArray(), row[u"discount"].toString(), row[u"vat"].toString());
+            QCOMPARE(doc.lines().size(), doc.items.size());
+            QCOMPARE(doc.money(doc.subtotal()), row[u"subtotal"].toString());
+            QCOMPARE(doc.money(doc.discountValue()), row[u"taken"].toString());
+            QCOMPARE(doc.money(doc.vat()), row[u"tax"].toString());
+            QCOMPARE(doc.money(doc.total()), row[u"total"].toString());
+        }
     }
 
     void hundredLinesAddUpAsShown()
@@ -91,19 +87,12 @@ private Q_SLOTS:
 
     void moneyAsShown()
     {
-        const DesignerDoc riyals;
-        QCOMPARE(riyals.money(10), QStringLiteral("10.00 SAR"));
-        QCOMPARE(riyals.money(0), QStringLiteral("0.00 SAR"));
-        DesignerDoc bare;
-        bare.currency.clear();
-        QCOMPARE(bare.money(10), QStringLiteral("10.00"));
-        QCOMPARE(bare.money(1234567.891), QStringLiteral("1234567.89"));
-        QCOMPARE(bare.money(-2.5), QStringLiteral("-2.50"));
-        QCOMPARE(bare.money(-0.0), QStringLiteral("0.00"));
-        QCOMPARE(bare.money(-0.004), QStringLiteral("0.00"));
-        QCOMPARE(bare.money(0.005), QStringLiteral("0.01"));
-        bare.currency = QStringLiteral(" ");
-        QCOMPARE(bare.money(1), QStringLiteral("1.00  "));
+        const std::tuple<const char *, double, const char *> rows[]
+            = {{"SAR", 10, "10.00 SAR"}, {"SAR", 0, "0.00 SAR"}, {"", 10, "10.00"}, {"", 1234567.891, "1234567.89"},
+                {"", -2.5, "-2.50"}, {"", -0.0, "0.00"}, {"", -0.004, "0.00"}, {"", 0.005, "0.01"}, {" ", 1, "1.00  "}};
+        for (const auto &[currency, amount, shown] : rows)
+            QCOMPARE(DesignerDoc{.currency = QString::fromLatin1(currency)}.money(amount), QString::fromLatin1(shown));
+        QCOMPARE(DesignerDoc().currency, QStringLiteral("SAR"));
     }
 
     void sample()

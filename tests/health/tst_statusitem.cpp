@@ -7,6 +7,7 @@
 #include <QTest>
 
 using namespace zemrak;
+using zemrak::test::InRow;
 
 namespace {
 
@@ -75,67 +76,53 @@ class StatusItemTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void texts_data()
-    {
-        QTest::addColumn<StatusContent>("content");
-        QTest::addColumn<QString>("tooltip");
-        QTest::addColumn<QString>("menu");
-        const QString window = QStringLiteral("\n--\nفتح النافذة 0\nفحص الاتصال 1\n--\n");
-        const QString end = QStringLiteral("\nإعادة تشغيل الخدمة 4\n--\nخروج 5");
-        const auto good = [&](int connected, const QString &printers) {
-            QTest::addRow("%d connected", connected) << statusContent(fine(connected), true, false)
-                                                     << QStringLiteral("Zemrak Printer\n✓ كل شيء يعمل — ") + printers
-                                                     << QStringLiteral("[✓ كل شيء يعمل]\n[   ") + printers + u']'
-                    + window + QStringLiteral("التشغيل عند بدء تشغيل الجهاز+2") + end;
-        };
-        good(0, QStringLiteral("0 طابعات متصلة"));
-        good(1, QStringLiteral("طابعة واحدة متصلة"));
-        good(3, QStringLiteral("3 طابعات متصلة"));
-        QTest::newRow("problems, and leave to be given")
-            << statusContent(broken, false, true)
-            << QStringLiteral("Zemrak Printer\n\u26A0\uFE0E المنفذ مشغول\n\u2022 ا\n\u2022 ب")
-            << QStringLiteral("[\u26A0\uFE0E المنفذ مشغول]\n[   ا]\n[   ب]") + window
-                + QStringLiteral("التشغيل عند بدء تشغيل الجهاز-2\nالسماح من إعدادات النظام… 3") + end;
-    }
     void texts()
     {
-        QFETCH(StatusContent, content);
-        QTEST(content.tooltip, "tooltip");
-        QTEST(asText(content.menu), "menu");
-        QCOMPARE(content.problem, content.menu.size() == 12);
+        const QString window = QStringLiteral("\n--\nفتح النافذة 0\nفحص الاتصال 1\n--\n");
+        const QString login = window + QStringLiteral("التشغيل عند بدء تشغيل الجهاز");
+        const QString end = QStringLiteral("\nإعادة تشغيل الخدمة 4\n--\nخروج 5");
+        for (const auto &[connected, printers] : {std::pair(0, QStringLiteral("0 طابعات متصلة")),
+                 std::pair(1, QStringLiteral("طابعة واحدة متصلة")), std::pair(3, QStringLiteral("3 طابعات متصلة"))}) {
+            const StatusContent content = statusContent(fine(connected), true, false);
+            QCOMPARE(content.tooltip, QStringLiteral("Zemrak Printer\n✓ كل شيء يعمل — ") + printers);
+            QCOMPARE(asText(content.menu),
+                QStringLiteral("[✓ كل شيء يعمل]\n[   ") + printers + u']' + login + QStringLiteral("+2") + end);
+            QVERIFY(!content.problem);
+        }
+        const StatusContent content = statusContent(broken, false, true); // and leave is to be given
+        QCOMPARE(content.tooltip, QStringLiteral("Zemrak Printer\n\u26A0\uFE0E المنفذ مشغول\n\u2022 ا\n\u2022 ب"));
+        QCOMPARE(asText(content.menu),
+            QStringLiteral("[\u26A0\uFE0E المنفذ مشغول]\n[   ا]\n[   ب]") + login
+                + QStringLiteral("-2\nالسماح من إعدادات النظام… 3") + end);
+        QVERIFY(content.problem);
     }
 
-    void icon_data()
-    {
-        QTest::addColumn<QImage>("logo");
-        QTest::addColumn<qreal>("scale");
-        for (const qreal scale : {1.0, 1.5, 2.0, 3.0, 8.0}) {
-            QTest::addRow("logo at %g", scale) << plainLogo() << scale;
-            QTest::addRow("no logo at %g", scale) << QImage() << scale;
-        }
-    }
     void icon()
     {
-        QFETCH(QImage, logo);
-        QFETCH(qreal, scale);
-        const QImage good = drawStatusIcon(logo, false, scale);
-        const QImage bad = drawStatusIcon(logo, true, scale);
-        QCOMPARE(good.size(), QSize(qRound(22 * scale), qRound(22 * scale)));
-        QCOMPARE(bad.size(), good.size());
+        for (const qreal scale : {1.0, 1.5, 2.0, 3.0, 8.0}) {
+            for (const QImage &logo : {plainLogo(), QImage()}) {
+                const InRow row(QByteArray::number(scale) + (logo.isNull() ? ", no logo" : ""));
+                const QImage good = drawStatusIcon(logo, false, scale);
+                const QImage bad = drawStatusIcon(logo, true, scale);
+                QCOMPARE(good.size(), QSize(qRound(22 * scale), qRound(22 * scale)));
+                QCOMPARE(bad.size(), good.size());
 
-        // The mark fills its place and leaves the rest, with the wider margin above.
-        QCOMPARE(at(good, {11, 7}).alpha(), 255);
-        for (const QPointF &outside : {QPointF(1, 11), QPointF(20.9, 11), QPointF(11, 1), QPointF(11, 19.9)})
-            QCOMPARE(at(good, outside).alpha(), 0);
-        QCOMPARE(at(bad, {16.9, 16.9}), red);
-        QCOMPARE(at(bad, {16.9, 14.5}), red);
-        QCOMPARE(at(bad, {11, 7}), at(good, {11, 7}));
-        QVERIFY(at(good, {16.9, 16.9}) != red);
-        // On the coarsest screen the ring falls between pixels; the panel still shows through more than the logo.
-        QVERIFY(at(bad, {16.9, 12.95}).alpha() < 128);
-        if (scale < 8 || logo.isNull())
-            return;
+                // The mark fills its place and leaves the rest, with the wider margin above.
+                QCOMPARE(at(good, {11, 7}).alpha(), 255);
+                for (const QPointF &outside : {QPointF(1, 11), QPointF(20.9, 11), QPointF(11, 1), QPointF(11, 19.9)})
+                    QCOMPARE(at(good, outside).alpha(), 0);
+                QCOMPARE(at(bad, {16.9, 16.9}), red);
+                QCOMPARE(at(bad, {16.9, 14.5}), red);
+                QCOMPARE(at(bad, {11, 7}), at(good, {11, 7}));
+                QVERIFY(at(good, {16.9, 16.9}) != red);
+                // On the coarsest screen the ring falls between pixels; the panel still shows through more than the
+                // logo.
+                QVERIFY(at(bad, {16.9, 12.95}).alpha() < 128);
+            }
+        }
         // At this scale the ring between the radii 3.3 and 4.6 holds whole pixels all the way round.
+        const QImage good = drawStatusIcon(plainLogo(), false, 8);
+        const QImage bad = drawStatusIcon(plainLogo(), true, 8);
         for (const QPointF &gap : {QPointF(16.9, 12.95), QPointF(12.95, 16.9), QPointF(14.1, 14.1)}) {
             QCOMPARE(at(good, gap), QColor(Qt::blue));
             QCOMPARE(at(bad, gap).alpha(), 0);

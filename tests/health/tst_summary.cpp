@@ -35,26 +35,24 @@ class SummaryTest : public QObject
 private Q_SLOTS:
     void labels()
     {
-        QCOMPARE(stateInfo(QStringLiteral("ready")), (Label{QStringLiteral("جاهزة"), Tone::Green}));
-        QCOMPARE(stateInfo(QStringLiteral("busy")), (Label{QStringLiteral("مشغولة"), Tone::Amber}));
-        QCOMPARE(stateInfo(QStringLiteral("offline")), (Label{QStringLiteral("غير متصلة"), Tone::Red}));
-        QCOMPARE(stateInfo(QStringLiteral("error")), (Label{QStringLiteral("بها مشكلة"), Tone::Red}));
-        QCOMPARE(stateInfo(QStringLiteral("Ready")), (Label{QStringLiteral("غير معروفة"), Tone::Muted}));
-        QCOMPARE(jobLabel(QStringLiteral("completed")), (Label{QStringLiteral("تمت"), Tone::Green}));
-        QCOMPARE(jobLabel(QStringLiteral("failed")), (Label{QStringLiteral("فشلت"), Tone::Red}));
-        QCOMPARE(jobLabel(QStringLiteral("cancelled")), (Label{QStringLiteral("أُلغيت"), Tone::Muted}));
-        QCOMPARE(jobLabel(QStringLiteral("printing")), (Label{QStringLiteral("تُطبع"), Tone::Amber}));
-        QCOMPARE(jobLabel(QStringLiteral("waiting")), (Label{QStringLiteral("بانتظار الطابعة"), Tone::Amber}));
-        QCOMPARE(jobLabel(QStringLiteral("queued")), (Label{QStringLiteral("قيد الإرسال"), Tone::Amber}));
+        using Labels = std::initializer_list<std::tuple<const char *, const char *, Tone>>;
+        for (const auto &[code, text, tone] : Labels{{"ready", "جاهزة", Tone::Green}, {"busy", "مشغولة", Tone::Amber},
+                 {"offline", "غير متصلة", Tone::Red}, {"error", "بها مشكلة", Tone::Red},
+                 {"Ready", "غير معروفة", Tone::Muted}})
+            QCOMPARE(stateInfo(QString::fromLatin1(code)), (Label{QString::fromUtf8(text), tone}));
+        for (const auto &[code, text, tone] : Labels{{"completed", "تمت", Tone::Green}, {"failed", "فشلت", Tone::Red},
+                 {"cancelled", "أُلغيت", Tone::Muted}, {"printing", "تُطبع", Tone::Amber},
+                 {"waiting", "بانتظار الطابعة", Tone::Amber}, {"queued", "قيد الإرسال", Tone::Amber}})
+            QCOMPARE(jobLabel(QString::fromLatin1(code)), (Label{QString::fromUtf8(text), tone}));
+        using Texts = std::initializer_list<std::pair<const char *, const char *>>;
         QCOMPARE(reasonLabel(std::nullopt), QStringLiteral("غير متصلة"));
-        QCOMPARE(reasonLabel(QStringLiteral("not_connected")), QStringLiteral("غير موصولة بالجهاز"));
-        QCOMPARE(reasonLabel(QStringLiteral("unreachable")), QStringLiteral("لا تستجيب على الشبكة"));
-        QCOMPARE(reasonLabel(QStringLiteral("no_route")), QStringLiteral("لا مسار للشبكة (راجع إذن الشبكة المحلية)"));
-        QCOMPARE(reasonLabel(QStringLiteral("device_missing")), QStringLiteral("الجهاز غير موجود"));
-        QCOMPARE(reasonLabel(QStringLiteral(" unreachable")), QStringLiteral("غير متصلة"));
-        QCOMPARE(typeLabel(QStringLiteral("cups")), QStringLiteral("طابعة النظام"));
-        QCOMPARE(typeLabel(QStringLiteral("net")), QStringLiteral("طابعة شبكة"));
-        QCOMPARE(typeLabel(QStringLiteral("serial")), QStringLiteral("بلوتوث / تسلسلي"));
+        for (const auto &[code, text] : Texts{{"not_connected", "غير موصولة بالجهاز"},
+                 {"unreachable", "لا تستجيب على الشبكة"}, {"no_route", "لا مسار للشبكة (راجع إذن الشبكة المحلية)"},
+                 {"device_missing", "الجهاز غير موجود"}, {" unreachable", "غير متصلة"}})
+            QCOMPARE(reasonLabel(QString::fromLatin1(code)), QString::fromUtf8(text));
+        for (const auto &[code, text] :
+            Texts{{"cups", "طابعة النظام"}, {"net", "طابعة شبكة"}, {"serial", "بلوتوث / تسلسلي"}})
+            QCOMPARE(typeLabel(QString::fromLatin1(code)), QString::fromUtf8(text));
     }
 
     void withoutSnapshot()
@@ -68,38 +66,31 @@ private Q_SLOTS:
         QVERIFY(!taken.ok && !down.ok && taken.connected == 0 && down.connected == 0);
     }
 
-    void ofPrinters_data()
+    void ofPrinters()
     {
-        QTest::addColumn<QList<PrinterInfo>>("printers");
-        QTest::addColumn<HealthSummary>("expected");
-        const auto row = [](const char *name, const QList<PrinterInfo> &printers, const HealthSummary &expected) {
-            QTest::newRow(name) << printers << expected;
-        };
-        row("none", {},
-            {false, QStringLiteral("لا توجد طابعة"),
-                {QStringLiteral("لم يتم العثور على أي طابعة: وصّل الطابعة أو أضفها من البرنامج.")}, 0});
-        row("fine", {printer("ready"), printer("busy")}, {true, QStringLiteral("كل شيء يعمل"), {}, 2});
-        row("unknown states only", {printer("Ready"), printer("")}, {true, QStringLiteral("كل شيء يعمل"), {}, 0});
-        row("one in error", {printer("error")},
-            {false, QStringLiteral("مشكلة في طابعة"),
-                {QStringLiteral("Bar: بها مشكلة (ورق منتهٍ أو غطاء مفتوح أو خطأ في الطابعة)")}, 1});
-        row("one offline", {printer("offline")},
-            {false, QStringLiteral("لا توجد طابعة متصلة"), {QStringLiteral("Bar: غير متصلة")}, 0});
         PrinterInfo named = printer("offline", "no_route");
         named.profile = Profile{.alias = QStringLiteral("كاشير 1")};
         PrinterInfo unnamed = printer("offline", "unreachable");
         unnamed.profile = Profile{};
-        row("in printer order", {printer("ready"), named, unnamed},
-            {false, QStringLiteral("مشكلة في طابعة"),
-                {QStringLiteral("كاشير 1: لا مسار للشبكة (راجع إذن الشبكة المحلية)"),
-                    QStringLiteral("Bar: لا تستجيب على الشبكة")},
-                1});
-    }
-    void ofPrinters()
-    {
-        QFETCH(QList<PrinterInfo>, printers);
-        QFETCH(HealthSummary, expected);
-        QCOMPARE(summaryOf(printers), expected);
+        const QString fine = QStringLiteral("كل شيء يعمل");
+        const QString trouble = QStringLiteral("مشكلة في طابعة");
+        const std::pair<QList<PrinterInfo>, HealthSummary> rows[]
+            = {{{},
+                   {false, QStringLiteral("لا توجد طابعة"),
+                       {QStringLiteral("لم يتم العثور على أي طابعة: وصّل الطابعة أو أضفها من البرنامج.")}, 0}},
+                {{printer("ready"), printer("busy")}, {true, fine, {}, 2}},
+                {{printer("Ready"), printer("")}, {true, fine, {}, 0}}, // unknown states
+                {{printer("error")},
+                    {false, trouble, {QStringLiteral("Bar: بها مشكلة (ورق منتهٍ أو غطاء مفتوح أو خطأ في الطابعة)")}, 1}},
+                {{printer("offline")},
+                    {false, QStringLiteral("لا توجد طابعة متصلة"), {QStringLiteral("Bar: غير متصلة")}, 0}},
+                {{printer("ready"), named, unnamed},
+                    {false, trouble,
+                        {QStringLiteral("كاشير 1: لا مسار للشبكة (راجع إذن الشبكة المحلية)"),
+                            QStringLiteral("Bar: لا تستجيب على الشبكة")},
+                        1}}};
+        for (const auto &[printers, expected] : rows)
+            QCOMPARE(summaryOf(printers), expected);
     }
 
     void emptyAliasIsUsedAsItIs()

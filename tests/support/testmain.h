@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QTest>
 
 namespace zemrak::test {
@@ -10,6 +11,25 @@ using Run = int (*)(int argc, char *argv[]);
 
 /// Makes `run` known as `name`. Called before main(); true for the sake of that.
 bool addRun(const char *name, Run run);
+
+/// Names the row of a table whose checks failed: made at the head of a loop over rows, where a check ends the function.
+class InRow
+{
+public:
+    explicit InRow(QByteArray name)
+        : m_name(std::move(name))
+    {
+    }
+    ~InRow()
+    {
+        if (QTest::currentTestFailed())
+            qInfo("In the row: %s", m_name.constData());
+    }
+    Q_DISABLE_COPY_MOVE(InRow)
+
+private:
+    QByteArray m_name;
+};
 
 template <typename Test, typename Application> int runTest(int argc, char *argv[])
 {

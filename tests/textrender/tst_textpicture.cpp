@@ -6,6 +6,7 @@
 #include <QTest>
 
 using namespace zemrak;
+using zemrak::test::InRow;
 
 namespace {
 
@@ -107,34 +108,28 @@ private Q_SLOTS:
         QVERIFY(inkOf({.text = QStringLiteral("\x1b\x07\x7f")}).isNull());
     }
 
-    void hostileTextEndsSoon_data()
-    {
-        QTest::addColumn<QString>("text");
-        const auto full = [](const QString &part) { return part.repeated(LineOfPaper::maximumLength / part.size()); };
-        QTest::newRow("line ends") << full(QStringLiteral("\n"));
-        QTest::newRow("words") << full(QStringLiteral("ش "));
-        QTest::newRow("one word") << full(QStringLiteral("ش"));
-        QTest::newRow("marks") << QStringLiteral("ش") + full(QStringLiteral("\u0651")).chopped(1);
-        QTest::newRow("embeddings") << full(QStringLiteral("\u202bا\u202aa"));
-        QTest::newRow("isolates") << full(QStringLiteral("\u2067ا\u2066a"));
-        QTest::newRow("invisible") << full(QStringLiteral("\u200b\u2060"));
-        QTest::newRow("lone surrogates") << full(QString(QChar(0xd800)));
-        QTest::newRow("ligatures") << full(QStringLiteral("ﷺﷲ"));
-        QTest::newRow("pictures") << full(QStringLiteral("😀"));
-    }
-
     void hostileTextEndsSoon()
     {
-        QFETCH(const QString, text);
-        for (const int size : {1, 8}) {
-            QElapsedTimer timer;
-            timer.start();
-            const QImage picture = drawTextPicture({.text = text, .width = 64, .across = size, .down = size});
-            const LineOfPaper pair{.text = text.chopped(8), .opposite = QStringLiteral("1.00 SAR"), .width = 576};
-            QVERIFY(pair.problem().isEmpty());
-            QVERIFY(drawTextPicture(pair).height() <= maximumPictureRows);
-            QVERIFY(picture.height() <= maximumPictureRows);
-            QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        const auto full = [](const QString &part) { return part.repeated(LineOfPaper::maximumLength / part.size()); };
+        const std::tuple<const char *, QString> rows[] = {{"line ends", full(QStringLiteral("\n"))},
+            {"words", full(QStringLiteral("ش "))}, {"one word", full(QStringLiteral("ش"))},
+            {"marks", QStringLiteral("ش") + full(QStringLiteral("\u0651")).chopped(1)},
+            {"embeddings", full(QStringLiteral("\u202bا\u202aa"))},
+            {"isolates", full(QStringLiteral("\u2067ا\u2066a"))}, {"invisible", full(QStringLiteral("\u200b\u2060"))},
+            {"lone surrogates", full(QString(QChar(0xd800)))}, {"ligatures", full(QStringLiteral("ﷺﷲ"))},
+            {"pictures", full(QStringLiteral("😀"))}};
+        for (const auto &[tag, text] : rows) {
+            const InRow row(tag);
+            for (const int size : {1, 8}) {
+                QElapsedTimer timer;
+                timer.start();
+                const QImage picture = drawTextPicture({.text = text, .width = 64, .across = size, .down = size});
+                const LineOfPaper pair{.text = text.chopped(8), .opposite = QStringLiteral("1.00 SAR"), .width = 576};
+                QVERIFY(pair.problem().isEmpty());
+                QVERIFY(drawTextPicture(pair).height() <= maximumPictureRows);
+                QVERIFY(picture.height() <= maximumPictureRows);
+                QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+            }
         }
     }
 
