@@ -6,6 +6,11 @@
 
 namespace zemrak::test {
 
+inline QByteArray hex(const char *bytes)
+{
+    return QByteArray::fromHex(bytes);
+}
+
 /// Prints bytes and keeps what comes of them.
 class Sheet : public paper::Listener
 {
@@ -66,24 +71,23 @@ private:
     paper::Interpreter m_interpreter;
 };
 
-/// The box around everything black within an area.
-inline QRect inkOf(const paper::Dots &dots, const QRect &area)
+/// What is black within an area: the box around it, and how many dots.
+struct Ink
 {
     QRect box;
-    for (int y = area.top(); y <= area.bottom(); ++y)
-        for (int x = area.left(); x <= area.right(); ++x)
-            if (dots.at(x, y))
-                box |= QRect(x, y, 1, 1);
-    return box;
-}
+    int dots = 0;
+};
 
-inline int blackIn(const paper::Dots &dots, const QRect &area)
+inline Ink inkOf(const paper::Dots &dots, const QRect &area)
 {
-    int count = 0;
-    for (int y = area.top(); y <= area.bottom(); ++y)
-        for (int x = area.left(); x <= area.right(); ++x)
-            count += dots.at(x, y) ? 1 : 0;
-    return count;
+    Ink ink;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (dots.at(x, y))
+                ink = {ink.box | QRect(x, y, 1, 1), ink.dots + 1};
+        }
+    }
+    return ink;
 }
 
 } // namespace zemrak::test

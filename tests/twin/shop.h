@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sheet.h"
 #include "twin/twin.h"
 
 #include <QJsonDocument>
@@ -12,11 +13,6 @@
 namespace zemrak::test {
 
 using namespace zemrak::twin;
-
-inline QByteArray hex(const char *bytes)
-{
-    return QByteArray::fromHex(bytes);
-}
 
 /// A twin on free ports with a folder of its own.
 struct Shop

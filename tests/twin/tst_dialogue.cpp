@@ -14,35 +14,24 @@ class DialogueTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void questionsOnArrival_data()
-    {
-        QTest::addColumn<QString>("knob");
-        QTest::addColumn<QByteArray>("answer"); // to DLE EOT 1, 2, 3, 4
-        const auto row = [](const char *knob, const char *answer) {
-            QTest::newRow(knob) << QString::fromLatin1(knob) << QByteArray(answer);
-        };
-        row("paper=ok", "12121212");
-        row("paper=low", "1212121e");
-        row("paper=out", "1a32127e");
-        row("cover=open", "1a161212");
-        row("button=offline", "1a121212");
-        row("error=cutter", "1a521a12");
-        row("error=fatal", "1a523212");
-        row("drawer=open", "16121212");
-        row("answers=out-of-paper", "1a32127e");
-    }
     void questionsOnArrival()
     {
-        QFETCH(const QString, knob);
-        QFETCH(const QByteArray, answer);
-        Shop shop({knob});
-        const auto socket = shop.connect();
-        socket->write(hex("100401100402100403100404"));
-        QCOMPARE(answers(*socket, 4), answer);
-        QCOMPARE(shop.receipts(), 0);
-        // Nothing to print: neither it nor its end keeps anybody waiting, whatever the printer's state.
-        socket->disconnectFromHost();
-        QTRY_COMPARE(shop.printer().openLines(), 0);
+        for (const auto &[knob, answer] : {// to DLE EOT 1, 2, 3, 4
+                 std::pair("paper=ok", "12121212"), std::pair("paper=low", "1212121e"),
+                 std::pair("paper=out", "1a32127e"), std::pair("cover=open", "1a161212"),
+                 std::pair("button=offline", "1a121212"), std::pair("error=cutter", "1a521a12"),
+                 std::pair("error=fatal", "1a523212"), std::pair("drawer=open", "16121212"),
+                 std::pair("answers=out-of-paper", "1a32127e")}) {
+            const InRow row(knob);
+            Shop shop({QString::fromLatin1(knob)});
+            const auto socket = shop.connect();
+            socket->write(hex("100401100402100403100404"));
+            QCOMPARE(answers(*socket, 4), QByteArray(answer));
+            QCOMPARE(shop.receipts(), 0);
+            // Nothing to print: neither it nor its end keeps anybody waiting, whatever the printer's state.
+            socket->disconnectFromHost();
+            QTRY_COMPARE(shop.printer().openLines(), 0);
+        }
     }
 
     void theTruthIsTold()
@@ -103,25 +92,20 @@ private Q_SLOTS:
         QCOMPARE(answers(socket, 7), QByteArray("37224142434400"));
     }
 
-    void lies_data()
+    void wrongAnswers()
     {
-        QTest::addColumn<QString>("answers");
-        QTest::addColumn<QByteArray>("expected"); // to DLE EOT 4 and GS r 1, without paper... which GS r waits for
-        QTest::newRow("realtime-only") << QStringLiteral("realtime-only") << QByteArray("1e");
-        QTest::newRow("all-well") << QStringLiteral("all-well") << QByteArray("1200");
-        QTest::newRow("nonsense") << QStringLiteral("nonsense") << QByteArray("7e7e");
-        QTest::newRow("silent") << QStringLiteral("silent") << QByteArray();
-    }
-    void lies()
-    {
-        QFETCH(const QString, answers);
-        QFETCH(const QByteArray, expected);
-        Shop shop({QStringLiteral("paper=low"), QStringLiteral("answers=") + answers});
-        const auto socket = shop.connect();
-        socket->write(hex("100404") + hex("1d7201") + "a\n");
-        QTRY_COMPARE(shop.journal().printedBytes(), 5);
-        QCOMPARE(zemrak::test::answers(*socket, expected.size() / 2), expected);
-        QCOMPARE(shop.journal().toJson().value(QLatin1String("answers")).toInt(), expected.size() / 2);
+        // To DLE EOT 4 and to GS r 1, with paper that runs low.
+        for (const auto &[setting, expected] : {std::pair("realtime-only", "1e"), std::pair("all-well", "1200"),
+                 std::pair("nonsense", "7e7e"), std::pair("silent", "")}) {
+            const InRow row(setting);
+            Shop shop({QStringLiteral("paper=low"), QStringLiteral("answers=") + QLatin1String(setting)});
+            const auto socket = shop.connect();
+            socket->write(hex("100404") + hex("1d7201") + "a\n");
+            QTRY_COMPARE(shop.journal().printedBytes(), 5);
+            const QByteArray wanted(expected);
+            QCOMPARE(answers(*socket, wanted.size() / 2), wanted);
+            QCOMPARE(shop.journal().toJson().value(QLatin1String("answers")).toInt(), wanted.size() / 2);
+        }
     }
 
     void starStatus()
