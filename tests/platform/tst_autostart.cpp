@@ -10,6 +10,7 @@
 
 using namespace zemrak;
 using namespace zemrak::linux_;
+using zemrak::test::InRow;
 
 namespace {
 
@@ -97,38 +98,27 @@ private Q_SLOTS:
         QCOMPARE(entry.status(), LoginItemStatus::NotRegistered);
     }
 
-    void readsWhatTheDesktopWouldDo_data()
-    {
-        QTest::addColumn<QByteArray>("added");
-        QTest::addColumn<LoginItemStatus>("status");
-        using enum LoginItemStatus;
-        QTest::newRow("as written") << QByteArray() << Enabled;
-        QTest::newRow("hidden") << QByteArray("Hidden=true\n") << RequiresApproval;
-        QTest::newRow("switched off") << QByteArray("X-GNOME-Autostart-enabled=false\n") << RequiresApproval;
-        QTest::newRow("for another desktop") << QByteArray("OnlyShowIn=KDE;XFCE;\n") << RequiresApproval;
-        QTest::newRow("for this desktop") << QByteArray("OnlyShowIn=KDE;GNOME;\nNotShowIn=XFCE;\n") << Enabled;
-        QTest::newRow("not for this one") << QByteArray("NotShowIn=GNOME;\n") << RequiresApproval;
-        QTest::newRow("program gone") << QByteArray("Exec=/nowhere/zemrak-printer\n") << NotFound;
-        QTest::newRow("program on the path") << QByteArray("Exec=sh -c \"exit %%d\" %U\n") << Enabled;
-        QTest::newRow("condition fails") << QByteArray("TryExec=/nowhere\n") << NotFound;
-        QTest::newRow("quotes left open") << QByteArray("Exec=\"/bin/sh\n") << NotFound;
-        QTest::newRow("unknown code") << QByteArray("Exec=/bin/sh %z\n") << NotFound;
-        QTest::newRow("nothing to start") << QByteArray("Exec=\n") << NotFound;
-        QTest::newRow("a link") << QByteArray("Type=Link\n") << NotFound;
-        QTest::newRow("garbage") << QByteArray("\xff\xfe garbage\n") << NotFound;
-        QTest::newRow("of another group") << QByteArray("[Desktop Action x]\nHidden=true\nExec=/nowhere\n") << Enabled;
-    }
     void readsWhatTheDesktopWouldDo()
     {
-        QFETCH(QByteArray, added);
-        QFETCH(LoginItemStatus, status);
-        Fixture f;
-        AutostartEntry entry = f.entry();
-        QCOMPARE(entry.registerItem(), std::nullopt);
-        Fixture::write(f.file(), f.text() + added);
-        QCOMPARE(entry.status(), status);
-        QCOMPARE(entry.registerItem(), std::nullopt); // a new registration mends it
-        QCOMPARE(entry.status(), LoginItemStatus::Enabled);
+        using enum LoginItemStatus;
+        const std::pair<const char *, LoginItemStatus> rows[] = {{"", Enabled}, {"Hidden=true\n", RequiresApproval},
+            {"X-GNOME-Autostart-enabled=false\n", RequiresApproval}, {"OnlyShowIn=KDE;XFCE;\n", RequiresApproval},
+            {"OnlyShowIn=KDE;GNOME;\nNotShowIn=XFCE;\n", Enabled}, {"NotShowIn=GNOME;\n", RequiresApproval},
+            {"Exec=/nowhere/zemrak-printer\n", NotFound},
+            {"Exec=sh -c \"exit %%d\" %U\n", Enabled}, // found on the path
+            {"TryExec=/nowhere\n", NotFound}, {"Exec=\"/bin/sh\n", NotFound}, {"Exec=/bin/sh %z\n", NotFound},
+            {"Exec=\n", NotFound}, {"Type=Link\n", NotFound}, {"\xff\xfe garbage\n", NotFound},
+            {"[Desktop Action x]\nHidden=true\nExec=/nowhere\n", Enabled}}; // of another group
+        for (const auto &[added, status] : rows) {
+            const InRow row(added);
+            Fixture f;
+            AutostartEntry entry = f.entry();
+            QCOMPARE(entry.registerItem(), std::nullopt);
+            Fixture::write(f.file(), f.text() + added);
+            QCOMPARE(entry.status(), status);
+            QCOMPARE(entry.registerItem(), std::nullopt); // a new registration mends it
+            QCOMPARE(entry.status(), Enabled);
+        }
     }
 
     void filesThatAreNone()

@@ -6,7 +6,6 @@
 #include "support/privatebus.h"
 #include "support/testmain.h"
 
-#include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -23,7 +22,7 @@ struct Fixture
 {
     PrivateBus bus;
     QTemporaryDir folder;
-    QDBusConnection connection = QDBusConnection::connectToBus(bus.address(), QStringLiteral("client"));
+    BusClient client{bus.address()};
     std::unique_ptr<NotificationServer> server;
     std::unique_ptr<DesktopNotifier> notifier;
     QStringList clicks; ///< by their tokens
@@ -34,7 +33,6 @@ struct Fixture
     {
         notifier.reset();
         server.reset();
-        QDBusConnection::disconnectFromBus(connection.name());
     }
 
     void startServer(const QStringList &capabilities = {QStringLiteral("actions"), QStringLiteral("body-markup")})
@@ -47,7 +45,7 @@ struct Fixture
     void startNotifier()
     {
         notifier.reset();
-        notifier = std::make_unique<DesktopNotifier>(connection, folder.filePath(QStringLiteral("ledger")), QString());
+        notifier = std::make_unique<DesktopNotifier>(client.bus, folder.filePath(QStringLiteral("ledger")), QString());
         notifier->onClicked([this](const QString &token) { clicks.append(token); });
         notifier->install();
     }
@@ -234,39 +232,33 @@ private Q_SLOTS:
         QCOMPARE(f.status, NotificationStatus::Authorized);
     }
 
-    void hangingServerIsNotWaitedFor_data()
-    {
-        QTest::addColumn<bool>("dies");
-        QTest::addColumn<bool>("isReplaced");
-        QTest::newRow("wakes up") << false << false;
-        QTest::newRow("dies and is replaced") << true << true;
-        QTest::newRow("hangs on, replaced") << false << true;
-    }
+    // It wakes up; it dies and is replaced; it hangs on and is replaced.
     void hangingServerIsNotWaitedFor()
     {
-        QFETCH(bool, dies);
-        QFETCH(bool, isReplaced);
-        Fixture f;
-        f.startServer();
-        f.roundTrip();
-        f.server->setMood(Mood::Hanging);
-        const int calls = f.server->calls();
-        QElapsedTimer took;
-        took.start();
-        for (int i = 0; i < 100; ++i)
-            f.post(QString::number(i));
-        QVERIFY(took.elapsed() < 200);
-        QTRY_COMPARE(f.server->calls(), calls + 1);
-        std::unique_ptr<NotificationServer> hanging;
-        if (!isReplaced) {
-            f.server->wakeUp();
-        } else if (!dies) {
-            f.server->loseName();
-            hanging = std::move(f.server);
-        }
-        if (isReplaced)
+        for (const auto &[dies, isReplaced] :
+            {std::pair(false, false), std::pair(true, true), std::pair(false, true)}) {
+            Fixture f;
             f.startServer();
-        QTRY_COMPARE(f.server->notes().size(), 100);
+            f.roundTrip();
+            f.server->setMood(Mood::Hanging);
+            const int calls = f.server->calls();
+            QElapsedTimer took;
+            took.start();
+            for (int i = 0; i < 100; ++i)
+                f.post(QString::number(i));
+            QVERIFY(took.elapsed() < 200);
+            QTRY_COMPARE(f.server->calls(), calls + 1);
+            std::unique_ptr<NotificationServer> hanging;
+            if (!isReplaced) {
+                f.server->wakeUp();
+            } else if (!dies) {
+                f.server->loseName();
+                hanging = std::move(f.server);
+            }
+            if (isReplaced)
+                f.startServer();
+            QTRY_COMPARE(f.server->notes().size(), 100);
+        }
     }
 
     void withoutABusEverythingIsRefusedQuietly()

@@ -21,20 +21,6 @@ namespace {
 
 const QString reason = QStringLiteral("so that receipts come out");
 
-/// A connection of the test's own to a bus, as a service of that bus has one.
-struct Connection
-{
-    explicit Connection(const PrivateBus &privateBus)
-        : name(QStringLiteral("service%1").arg(++count))
-        , bus(QDBusConnection::connectToBus(privateBus.address(), name))
-    {
-    }
-    ~Connection() { QDBusConnection::disconnectFromBus(name); }
-    static inline int count = 0;
-    QString name;
-    QDBusConnection bus;
-};
-
 } // namespace
 
 /// The login manager: an inhibition lasts as long as somebody holds the other end of its pipe.
@@ -44,12 +30,10 @@ class Login : public QObject
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
 
 public:
-    explicit Login(const PrivateBus &privateBus)
-        : m_connection(privateBus)
+    explicit Login(const PrivateBus &bus)
+        : m_client(bus.address())
     {
-        m_connection.bus.registerObject(
-            QStringLiteral("/org/freedesktop/login1"), this, QDBusConnection::ExportAllSlots);
-        m_connection.bus.registerService(QStringLiteral("org.freedesktop.login1"));
+        m_client.provide(QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"), this);
     }
     ~Login() override
     {
@@ -81,7 +65,7 @@ public Q_SLOTS:
     }
 
 private:
-    Connection m_connection;
+    BusClient m_client;
     QList<int> m_ends;
 };
 
@@ -92,17 +76,15 @@ class Session : public QObject, protected QDBusContext
     Q_CLASSINFO("D-Bus Interface", "org.gnome.SessionManager")
 
 public:
-    explicit Session(const PrivateBus &privateBus)
-        : m_connection(privateBus)
+    explicit Session(const PrivateBus &bus)
+        : m_client(bus.address())
     {
-        m_connection.bus.registerObject(
-            QStringLiteral("/org/gnome/SessionManager"), this, QDBusConnection::ExportAllSlots);
-        m_connection.bus.registerService(QStringLiteral("org.gnome.SessionManager"));
+        m_client.provide(QStringLiteral("org.gnome.SessionManager"), QStringLiteral("/org/gnome/SessionManager"), this);
     }
     void answerNow()
     {
         for (const QDBusMessage &call : std::exchange(m_waiting, {}))
-            m_connection.bus.send(call.createReply(++m_lastCookie));
+            m_client.bus.send(call.createReply(++m_lastCookie));
     }
     QList<uint> flags;
     QList<uint> released;
@@ -121,7 +103,7 @@ public Q_SLOTS:
     void Uninhibit(uint cookie) { released.append(cookie); }
 
 private:
-    Connection m_connection;
+    BusClient m_client;
     QList<QDBusMessage> m_waiting;
     uint m_lastCookie = 40;
 };

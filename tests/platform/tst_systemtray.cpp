@@ -228,83 +228,63 @@ private Q_SLOTS:
         QCOMPARE(middle(f.panel.menu().at(0).icon), QColor(0x34, 0xc7, 0x59));
     }
 
-    void panelThatComesLaterAndIsRestarted_data()
-    {
-        QTest::addColumn<TrayPanel::Registrar>("first");
-        QTest::newRow("nothing at first") << TrayPanel::Registrar::WithHost;
-        QTest::newRow("a registrar first, the tray later") << TrayPanel::Registrar::WithoutHost;
-        QTest::newRow("one that hangs at first") << TrayPanel::Registrar::Silent;
-    }
+    // Nothing at first; a registrar first and the tray later; one that answers nothing at first.
     void panelThatComesLaterAndIsRestarted()
     {
-        QFETCH(TrayPanel::Registrar, first);
-        Fixture f;
-        if (first == TrayPanel::Registrar::Silent)
-            f.panel.appear(first);
-        f.start();
-        QVERIFY(!f.isAvailable());
-        if (first != TrayPanel::Registrar::Silent)
-            f.panel.appear(first);
-        if (first != TrayPanel::Registrar::WithHost) {
-            QTRY_VERIFY(f.panel.wasAsked());
+        using enum TrayPanel::Registrar;
+        for (const TrayPanel::Registrar first : {WithHost, WithoutHost, Silent}) {
+            const InRow row(QByteArray::number(int(first)));
+            Fixture f;
+            if (first == Silent)
+                f.panel.appear(first);
+            f.start();
             QVERIFY(!f.isAvailable());
-            f.panel.showItems();
+            if (first != Silent)
+                f.panel.appear(first);
+            if (first != WithHost) {
+                QTRY_VERIFY(f.panel.wasAsked());
+                QVERIFY(!f.isAvailable());
+                f.panel.showItems();
+            }
+            QTRY_COMPARE(f.panel.items().size(), 1);
+            QCOMPARE(f.panel.labels().size(), 10);
+
+            f.panel.goAway();
+            QTRY_VERIFY(!f.isAvailable());
+            QCOMPARE(f.tell(QStringLiteral("meanwhile")), QByteArray("shown"));
+            f.panel.appear();
+            QTRY_COMPARE(f.panel.items().size(), 1);
+            QVERIFY(f.panel.toolTip().endsWith(QStringLiteral("meanwhile")));
+            QCOMPARE(f.panel.labels().value(1), QStringLiteral("   meanwhile"));
+            f.panel.choose(QStringLiteral("خروج"));
+            QCOMPARE(f.heard(), chosen(StatusCommand::Quit));
         }
-        QTRY_COMPARE(f.panel.items().size(), 1);
-        QCOMPARE(f.panel.labels().size(), 10);
-
-        f.panel.goAway();
-        QTRY_VERIFY(!f.isAvailable());
-        QCOMPARE(f.tell(QStringLiteral("meanwhile")), QByteArray("shown"));
-        f.panel.appear();
-        QTRY_COMPARE(f.panel.items().size(), 1);
-        QVERIFY(f.panel.toolTip().endsWith(QStringLiteral("meanwhile")));
-        QCOMPARE(f.panel.labels().value(1), QStringLiteral("   meanwhile"));
-        f.panel.choose(QStringLiteral("خروج"));
-        QCOMPARE(f.heard(), chosen(StatusCommand::Quit));
     }
 
-    void withoutDisplayThereIsNoTray_data()
-    {
-        QTest::addColumn<bool>("bus");
-        QTest::newRow("bus") << true;
-        QTest::newRow("no bus") << false;
-    }
-    void withoutDisplayThereIsNoTray()
-    {
-        QFETCH(bool, bus);
-        Fixture f({.x11 = false, .bus = bus});
-        f.start();
-        QCOMPARE(f.tell(QStringLiteral("a")), QByteArray("shown"));
-        QVERIFY(!f.isAvailable());
-    }
-
-    void trayOfTheOlderKind_data()
-    {
-        QTest::addColumn<bool>("bus");
-        QTest::addColumn<bool>("later");
-        QTest::newRow("no bus") << false << false;
-        QTest::newRow("no bus, panel later") << false << true;
-        QTest::newRow("nothing on the bus") << true << false;
-        QTest::newRow("nothing on the bus, panel later") << true << true;
-    }
     void trayOfTheOlderKind()
     {
-        QFETCH(bool, bus);
-        QFETCH(bool, later);
-        Fixture f({.bus = bus});
-        auto panel = later ? nullptr : std::make_unique<X11Panel>(f.display);
-        f.start();
-        if (later) {
-            QVERIFY(!f.isAvailable());
+        for (const auto &[bus, later] :
+            {std::pair(false, false), std::pair(false, true), std::pair(true, false), std::pair(true, true)}) {
+            const InRow row(QByteArray(bus ? "nothing on the bus" : "no bus") + (later ? ", panel later" : ""));
+            Fixture withoutDisplay({.x11 = false, .bus = bus});
+            withoutDisplay.start();
+            QCOMPARE(withoutDisplay.tell(QStringLiteral("a")), QByteArray("shown"));
+            QVERIFY(!withoutDisplay.isAvailable());
+
+            Fixture f({.bus = bus});
+            auto panel = later ? nullptr : std::make_unique<X11Panel>(f.display);
+            f.start();
+            if (later) {
+                QVERIFY(!f.isAvailable());
+                panel = std::make_unique<X11Panel>(f.display);
+            }
+            QTRY_COMPARE(panel->dockedIcons(), 1);
+            QVERIFY(f.isAvailable());
+            panel.reset(); // the panel is restarted
+            QTRY_VERIFY(!f.isAvailable());
             panel = std::make_unique<X11Panel>(f.display);
+            QTRY_COMPARE(panel->dockedIcons(), 1);
         }
-        QTRY_COMPARE(panel->dockedIcons(), 1);
-        QVERIFY(f.isAvailable());
-        panel.reset(); // the panel is restarted
-        QTRY_VERIFY(!f.isAvailable());
-        panel = std::make_unique<X11Panel>(f.display);
-        QTRY_COMPARE(panel->dockedIcons(), 1);
     }
 
     void betterTrayIsWaitedFor()

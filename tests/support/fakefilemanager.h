@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "support/privatebus.h"
+
 #include <QObject>
 #include <QStringList>
 
@@ -14,24 +15,19 @@ class FakeFileManager : public QObject
 
 public:
     explicit FakeFileManager(const QString &busAddress)
-        : m_bus(QDBusConnection::connectToBus(busAddress, QStringLiteral("file-manager")))
+        : m_client(busAddress)
     {
-        const bool up = m_bus.registerObject(
-                            QStringLiteral("/org/freedesktop/FileManager1"), this, QDBusConnection::ExportAllSlots)
-            && m_bus.registerService(QStringLiteral("org.freedesktop.FileManager1"));
-        if (!up)
-            qFatal("The fake file manager cannot start");
+        const QString service = QStringLiteral("org.freedesktop.FileManager1");
+        m_client.provide(service, QStringLiteral("/org/freedesktop/FileManager1"), this);
     }
-    ~FakeFileManager() override { QDBusConnection::disconnectFromBus(QStringLiteral("file-manager")); }
 
-    [[nodiscard]] QStringList shown() const { return m_shown; }
+    QStringList shown;
 
 public Q_SLOTS:
-    void ShowItems(const QStringList &uris, const QString &) { m_shown += uris; }
+    void ShowItems(const QStringList &uris, const QString &) { shown += uris; }
 
 private:
-    QDBusConnection m_bus;
-    QStringList m_shown;
+    BusClient m_client;
 };
 
 } // namespace zemrak::test

@@ -9,6 +9,9 @@ namespace zemrak::test {
 
 namespace {
 
+const QString portalName = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+
 QStringList patternsOf(const QVariant &filters)
 {
     QStringList patterns;
@@ -18,26 +21,11 @@ QStringList patternsOf(const QVariant &filters)
         QString name;
         list.beginStructure();
         list >> name;
-        list.beginArray();
-        while (!list.atEnd()) {
-            uint kind = 0;
-            QString pattern;
-            list.beginStructure();
-            list >> kind >> pattern;
-            list.endStructure();
-            patterns.append(pattern);
-        }
-        list.endArray();
+        forEachStructure<uint, QString>(list, [&](uint, const QString &pattern) { patterns.append(pattern); });
         list.endStructure();
     }
     list.endArray();
     return patterns;
-}
-
-QString freshConnectionName()
-{
-    static int count = 0;
-    return QStringLiteral("portal-%1").arg(++count);
 }
 
 } // namespace
@@ -64,28 +52,19 @@ private:
 };
 
 FakePortal::FakePortal(const QString &busAddress, Mood mood)
-    : m_connectionName(freshConnectionName())
-    , m_bus(QDBusConnection::connectToBus(busAddress, m_connectionName))
+    : m_client(busAddress)
     , m_mood(mood)
 {
-    const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-    const bool up = m_bus.registerObject(path, this, QDBusConnection::ExportAllSlots)
-        && m_bus.registerVirtualObject(
-            path + QStringLiteral("/request"), new PortalRequestObject(this), QDBusConnection::SubPath)
-        && m_bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
-    if (!up)
-        qFatal("The fake portal cannot start");
+    m_client.bus.registerVirtualObject(
+        portalPath + QStringLiteral("/request"), new PortalRequestObject(this), QDBusConnection::SubPath);
+    m_client.provide(portalName, portalPath, this);
 }
 
-FakePortal::~FakePortal()
-{
-    m_bus.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
-    QDBusConnection::disconnectFromBus(m_connectionName);
-}
+FakePortal::~FakePortal() = default;
 
 QDBusObjectPath FakePortal::SaveFile(const QString &, const QString &title, const QVariantMap &options)
 {
-    const QString root = QStringLiteral("/org/freedesktop/portal/desktop/request/");
+    const QString root = portalPath + QStringLiteral("/request/");
     const QString token = options.value(QStringLiteral("handle_token")).toString();
     const QString asker = message().service();
     const QString usual = root + asker.mid(1).replace(QLatin1Char('.'), QLatin1Char('_')) + QLatin1Char('/') + token;
@@ -103,8 +82,7 @@ QDBusObjectPath FakePortal::SaveFile(const QString &, const QString &title, cons
 void FakePortal::settle(const QDBusConnection &client)
 {
     const QDBusPendingCallWatcher ping(client.asyncCall(QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
-        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"))));
+        portalName, portalPath, QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"))));
     QSignalSpy answered(&ping, &QDBusPendingCallWatcher::finished);
     if (!answered.wait())
         qFatal("The fake portal does not answer");
@@ -116,7 +94,7 @@ void FakePortal::respond(uint response, const QStringList &uris)
     QDBusMessage signal = QDBusMessage::createTargetedSignal(
         question.asker, question.request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
     signal.setArguments({response, QVariantMap{{QStringLiteral("uris"), uris}}});
-    m_bus.send(signal);
+    m_client.bus.send(signal);
 }
 
 } // namespace zemrak::test

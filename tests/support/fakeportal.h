@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "support/privatebus.h"
+
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -49,8 +50,7 @@ public Q_SLOTS:
     QDBusObjectPath SaveFile(const QString &parent, const QString &title, const QVariantMap &options);
 
 private:
-    QString m_connectionName;
-    QDBusConnection m_bus;
+    BusClient m_client;
     Mood m_mood;
     QList<Question> m_questions;
     QStringList m_closed;

@@ -3,38 +3,30 @@
 #include <QDBusArgument>
 #include <QDBusMessage>
 
+#include <algorithm>
+
 namespace zemrak::test {
 
 namespace {
 
-QString freshConnectionName()
-{
-    static int count = 0;
-    return QStringLiteral("notification-server-%1").arg(++count);
-}
+const QString serviceName = QStringLiteral("org.freedesktop.Notifications");
 
 } // namespace
 
 NotificationServer::NotificationServer(const QString &busAddress)
-    : m_connectionName(freshConnectionName())
-    , m_bus(QDBusConnection::connectToBus(busAddress, m_connectionName))
+    : m_client(busAddress)
 {
-    const bool up = m_bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), this,
-                        QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals)
-        && m_bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
-    if (!up)
-        qFatal("The fake notification server cannot start");
+    m_client.provide(serviceName, QStringLiteral("/org/freedesktop/Notifications"), this);
 }
 
 NotificationServer::~NotificationServer()
 {
     loseName();
-    QDBusConnection::disconnectFromBus(m_connectionName);
 }
 
 void NotificationServer::loseName()
 {
-    m_bus.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
+    m_client.bus.unregisterService(serviceName);
 }
 
 bool NotificationServer::evades()
@@ -57,9 +49,9 @@ void NotificationServer::wakeUp()
     m_mood = Mood::Serving;
     for (const QDBusMessage &call : std::exchange(m_hanging, {})) {
         if (call.member() == QLatin1String("GetCapabilities"))
-            m_bus.send(call.createReply(QVariant(m_capabilities)));
+            m_client.bus.send(call.createReply(QVariant(m_capabilities)));
         else if (call.member() == QLatin1String("Notify"))
-            m_bus.send(call.createReply(QVariant(show(call.arguments()))));
+            m_client.bus.send(call.createReply(QVariant(show(call.arguments()))));
     }
 }
 
@@ -72,11 +64,8 @@ uint NotificationServer::show(const QVariantList &call)
 
 const NotificationServer::Note *NotificationServer::find(const QString &title) const
 {
-    for (const Note &note : m_notes) {
-        if (note.title == title)
-            return &note;
-    }
-    return nullptr;
+    const auto note = std::ranges::find(m_notes, title, &Note::title);
+    return note == m_notes.cend() ? nullptr : &*note;
 }
 
 void NotificationServer::click(uint number, const QString &token)

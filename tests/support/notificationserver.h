@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "support/privatebus.h"
+
 #include <QDBusContext>
 #include <QObject>
 #include <QStringList>
@@ -65,8 +66,7 @@ private:
     bool evades();
     uint show(const QVariantList &call);
 
-    QString m_connectionName;
-    QDBusConnection m_bus;
+    BusClient m_client;
     Mood m_mood = Mood::Serving;
     QStringList m_capabilities{QStringLiteral("actions"), QStringLiteral("body"), QStringLiteral("body-markup")};
     QList<Note> m_notes;

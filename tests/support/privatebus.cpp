@@ -35,4 +35,21 @@ void PrivateBus::thaw() const
     ::kill(static_cast<pid_t>(m_daemon.processId()), SIGCONT);
 }
 
+BusClient::BusClient(const QString &address)
+    : bus(QDBusConnection::connectToBus(address, QStringLiteral("client-%1").arg(quintptr(this))))
+{
+}
+
+BusClient::~BusClient()
+{
+    QDBusConnection::disconnectFromBus(bus.name());
+}
+
+void BusClient::provide(const QString &service, const QString &path, QObject *object)
+{
+    constexpr auto all = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
+    if (!bus.registerObject(path, object, all) || !bus.registerService(service))
+        qFatal("%s cannot be provided on the test's bus", qUtf8Printable(service));
+}
+
 } // namespace zemrak::test

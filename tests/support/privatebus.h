@@ -1,7 +1,11 @@
 #pragma once
 
+#include <QDBusArgument>
+#include <QDBusConnection>
 #include <QProcess>
 #include <QString>
+
+#include <tuple>
 
 namespace zemrak::test {
 
@@ -23,5 +27,32 @@ private:
     QProcess m_daemon;
     QString m_address;
 };
+
+/// A connection of its own to a bus, closed with this object.
+class BusClient
+{
+public:
+    explicit BusClient(const QString &address);
+    ~BusClient();
+    Q_DISABLE_COPY_MOVE(BusClient)
+
+    /// Makes the slots and signals of `object` those of `service`, at `path`.
+    void provide(const QString &service, const QString &path, QObject *object);
+
+    QDBusConnection bus;
+};
+
+/// Calls `each` with the values of every structure of an array.
+template <typename... Values, typename Each> void forEachStructure(const QDBusArgument &array, Each each)
+{
+    for (array.beginArray(); !array.atEnd();) {
+        std::tuple<Values...> values;
+        array.beginStructure();
+        std::apply([&array](Values &...value) { (array >> ... >> value); }, values);
+        array.endStructure();
+        std::apply(each, values);
+    }
+    array.endArray();
+}
 
 } // namespace zemrak::test

@@ -1,6 +1,5 @@
 #include "support/screenreader.h"
 
-#include <QDBusArgument>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 
@@ -26,31 +25,17 @@ constexpr int showingState = 25;
 QStringList pathsOf(const QVariant &elements)
 {
     QStringList paths;
-    const auto list = elements.value<QDBusArgument>();
-    for (list.beginArray(); !list.atEnd();) {
-        QString program;
-        QDBusObjectPath path;
-        list.beginStructure();
-        list >> program >> path;
-        list.endStructure();
-        paths.append(path.path());
-    }
+    forEachStructure<QString, QDBusObjectPath>(elements.value<QDBusArgument>(),
+        [&paths](const QString &, const QDBusObjectPath &path) { paths.append(path.path()); });
     return paths;
 }
 
+// Actions travel with a description and their keys.
 QStringList namesOf(const QVariant &actions)
 {
     QStringList names;
-    const auto list = actions.value<QDBusArgument>();
-    for (list.beginArray(); !list.atEnd();) {
-        QString name;
-        QString description;
-        QString keys;
-        list.beginStructure();
-        list >> name >> description >> keys;
-        list.endStructure();
-        names.append(name);
-    }
+    forEachStructure<QString, QString, QString>(actions.value<QDBusArgument>(),
+        [&names](const QString &name, const QString &, const QString &) { names.append(name); });
     return names;
 }
 
@@ -58,20 +43,14 @@ QStringList namesOf(const QVariant &actions)
 
 ScreenReader::ScreenReader(const QString &busAddress)
     : m_address(busAddress)
-    , m_name(QStringLiteral("reader-%1").arg(reinterpret_cast<quintptr>(this)))
-    , m_bus(QDBusConnection::connectToBus(busAddress, m_name))
+    , m_client(busAddress)
 {
-    const bool up = m_bus.registerVirtualObject(QStringLiteral("/org/a11y/bus"), this)
-        && m_bus.registerVirtualObject(rootPath, this)
-        && m_bus.registerService(QStringLiteral("org.a11y.atspi.Registry"))
-        && m_bus.registerService(QStringLiteral("org.a11y.Bus"));
+    QDBusConnection &bus = m_client.bus;
+    const bool up = bus.registerVirtualObject(QStringLiteral("/org/a11y/bus"), this)
+        && bus.registerVirtualObject(rootPath, this) && bus.registerService(QStringLiteral("org.a11y.atspi.Registry"))
+        && bus.registerService(QStringLiteral("org.a11y.Bus"));
     if (!up)
         qFatal("The screen reader cannot start");
-}
-
-ScreenReader::~ScreenReader()
-{
-    QDBusConnection::disconnectFromBus(m_name);
 }
 
 bool ScreenReader::finds(const QString &name) const
@@ -176,7 +155,7 @@ QVariant ScreenReader::ask(
         return {};
     QDBusMessage question = QDBusMessage::createMethodCall(m_program, path, interface, method);
     question.setArguments(arguments);
-    const QDBusMessage answer = m_bus.call(question, QDBus::Block, 5000);
+    const QDBusMessage answer = m_client.bus.call(question, QDBus::Block, 5000);
     // An element may go while it is asked about, and the program too.
     return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0) : QVariant();
 }

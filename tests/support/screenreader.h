@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "support/privatebus.h"
+
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QString>
@@ -19,7 +20,6 @@ class ScreenReader final : public QDBusVirtualObject
 
 public:
     explicit ScreenReader(const QString &busAddress);
-    ~ScreenReader() override;
 
     /// A program has come that can be asked. Until then it may wait for an answer of ours: ask it nothing else either.
     [[nodiscard]] bool knowsProgram() const { return !m_program.isEmpty(); }
@@ -51,8 +51,7 @@ private:
         const QString &path, const QString &interface, const QString &method, const QVariantList &arguments = {}) const;
 
     QString m_address;
-    QString m_name;
-    QDBusConnection m_bus;
+    BusClient m_client;
     QString m_program; ///< its name on the bus
 };
 

@@ -1,6 +1,5 @@
 #include "support/traypanel.h"
 
-#include <QDBusArgument>
 #include <QDBusConnectionInterface>
 #include <QtEndian>
 
@@ -50,38 +49,30 @@ QString text(const QDBusArgument &toolTip)
 } // namespace
 
 TrayPanel::TrayPanel(const QString &busAddress)
-    : m_name(QStringLiteral("panel-%1").arg(reinterpret_cast<quintptr>(this)))
-    , m_bus(QDBusConnection::connectToBus(busAddress, m_name))
+    : m_client(busAddress)
 {
-    if (!m_bus.isConnected())
-        qFatal("No bus for the panel: %s", qUtf8Printable(m_bus.lastError().message()));
-}
-
-TrayPanel::~TrayPanel()
-{
-    QDBusConnection::disconnectFromBus(m_name);
 }
 
 void TrayPanel::appear(Registrar registrar)
 {
     m_registrar = registrar;
-    if (!m_bus.registerVirtualObject(registrarPath, this) || !m_bus.registerService(registrarName))
+    if (!m_client.bus.registerVirtualObject(registrarPath, this) || !m_client.bus.registerService(registrarName))
         qFatal("The panel cannot appear");
 }
 
 void TrayPanel::showItems()
 {
     if (std::exchange(m_registrar, Registrar::WithHost) == Registrar::WithoutHost)
-        m_bus.send(
+        m_client.bus.send(
             QDBusMessage::createSignal(registrarPath, registrarName, QStringLiteral("StatusNotifierHostRegistered")));
     for (const QDBusMessage &question : std::exchange(m_unanswered, {}))
-        handleMessage(question, m_bus);
+        handleMessage(question, m_client.bus);
 }
 
 void TrayPanel::goAway()
 {
-    m_bus.unregisterService(registrarName);
-    m_bus.unregisterObject(registrarPath);
+    m_client.bus.unregisterService(registrarName);
+    m_client.bus.unregisterObject(registrarPath);
     m_items.clear();
 }
 
@@ -89,7 +80,7 @@ QStringList TrayPanel::items() const
 {
     QStringList alive;
     for (const QString &item : m_items) {
-        if (m_bus.interface()->isServiceRegistered(item))
+        if (m_client.bus.interface()->isServiceRegistered(item))
             alive.append(item);
     }
     return alive;
@@ -104,19 +95,11 @@ QList<QImage> TrayPanel::icons() const
 {
     QList<QImage> images;
     const auto pixmaps = properties().value(QStringLiteral("IconPixmap")).value<QDBusArgument>();
-    pixmaps.beginArray();
-    while (!pixmaps.atEnd()) {
-        int width = 0;
-        int height = 0;
-        QByteArray pixels; // in network byte order
-        pixmaps.beginStructure();
-        pixmaps >> width >> height >> pixels;
-        pixmaps.endStructure();
-        qFromBigEndian<quint32>(pixels.constData(), pixels.size() / 4, pixels.data());
+    forEachStructure<int, int, QByteArray>(pixmaps, [&images](int width, int height, QByteArray &pixels) {
+        qFromBigEndian<quint32>(pixels.constData(), pixels.size() / 4, pixels.data()); // from network byte order
         images.append(
             QImage(reinterpret_cast<const uchar *>(pixels.constData()), width, height, QImage::Format_ARGB32).copy());
-    }
-    pixmaps.endArray();
+    });
     return images;
 }
 
@@ -200,7 +183,7 @@ void TrayPanel::listenTo(const QString &item)
 {
     m_items.append(item);
     const auto listen = [this, &item](const QString &path, const QString &interface, const char *signal) {
-        m_bus.connect(item, path, interface, QLatin1String(signal), this, SLOT(noteSignal(QDBusMessage)));
+        m_client.bus.connect(item, path, interface, QLatin1String(signal), this, SLOT(noteSignal(QDBusMessage)));
     };
     for (const char *signal : {"NewIcon", "NewToolTip", "NewMenu", "NewStatus", "NewTitle"})
         listen(itemPath, itemName, signal);
@@ -219,7 +202,7 @@ QDBusMessage TrayPanel::ask(
 {
     QDBusMessage question = QDBusMessage::createMethodCall(items().value(0), path, interface, method);
     question.setArguments(arguments);
-    QDBusMessage answer = m_bus.call(question, QDBus::Block, 5000);
+    QDBusMessage answer = m_client.bus.call(question, QDBus::Block, 5000);
     if (answer.type() == QDBusMessage::ErrorMessage)
         qWarning("%s: %s", qUtf8Printable(method), qUtf8Printable(answer.errorMessage()));
     return answer;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusConnection>
+#include "support/privatebus.h"
+
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QImage>
@@ -19,7 +20,6 @@ class TrayPanel final : public QDBusVirtualObject
 
 public:
     explicit TrayPanel(const QString &busAddress);
-    ~TrayPanel() override;
 
     enum class Registrar
     {
@@ -71,8 +71,7 @@ private:
     QDBusMessage ask(
         const QString &path, const QString &interface, const QString &method, const QVariantList &arguments) const;
 
-    QString m_name;
-    QDBusConnection m_bus;
+    BusClient m_client;
     Registrar m_registrar = Registrar::WithHost;
     QStringList m_items;
     QList<QDBusMessage> m_unanswered;
