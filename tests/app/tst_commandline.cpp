@@ -6,54 +6,34 @@
 
 using namespace zemrak;
 
-Q_DECLARE_METATYPE(zemrak::LaunchMode)
-
 class CommandLineTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstMatchingModeWins_data()
-    {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<LaunchMode>("mode");
-        const auto row = [](const char *arguments, LaunchMode::Kind kind, const char *operand = nullptr) {
-            QTest::newRow(arguments) << QString::fromLatin1(arguments)
-                                     << LaunchMode{kind, QString::fromLatin1(operand)};
-        };
-        using enum LaunchMode::Kind;
-        row("", Interactive);
-        row("file - -- --other", Interactive);
-        row("--automatic-start", Interactive);
-        row("-platform -x --style=fusion -session 1 -reverse --qmljsdebugger=port:1", Interactive);
-        row("--render-menubar", Interactive);
-        row("--export-docs", Interactive);
-        row("--render-menubar out", RenderMenubar, "out");
-        row("--notif-check --render-menubar out", RenderMenubar, "out");
-        row("--notif-check --render-menubar", NotificationCheck);
-        row("--login-item=on --notif-check", NotificationCheck);
-        row("--export-docs guide.md --login-item=on", ExportDocs, "guide.md");
-        row("--export-docs --notif-check", NotificationCheck);
-        row("--export-docs --login-item=on", ExportDocs, "--login-item=on");
-        row("x --login-item=off --login-item=on", LoginItem, "off");
-        row("--login-item=On", LoginItem, "On");
-        row("--login-item= --export-docs", LoginItem, "");
-        row("--login-item", Interactive);
-        row("file --other -x --json", Interactive);
-        row("--notif-check --other", NotificationCheck);
-        row("--status", Status);
-        row("--json --status", StatusJson);
-        row("--status --login-item=on", LoginItem, "on");
-        row("--other --version", Version);
-        row("-v -h", Help);
-    }
     void firstMatchingModeWins()
     {
-        QFETCH(QString, arguments);
-        QFETCH(LaunchMode, mode);
-        const LaunchMode found = launchMode(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
-        QCOMPARE(found.kind, mode.kind);
-        QCOMPARE(found.operand, mode.operand);
+        using enum LaunchMode::Kind;
+        const std::tuple<const char *, LaunchMode::Kind, const char *> rows[]
+            = {{"", Interactive, ""}, {"file - -- --other", Interactive, ""}, {"--automatic-start", Interactive, ""},
+                {"-platform -x --style=fusion -session 1 -reverse --qmljsdebugger=port:1", Interactive, ""},
+                {"--render-menubar", Interactive, ""}, {"--export-docs", Interactive, ""},
+                {"--render-menubar out", RenderMenubar, "out"},
+                {"--notif-check --render-menubar out", RenderMenubar, "out"},
+                {"--notif-check --render-menubar", NotificationCheck, ""},
+                {"--login-item=on --notif-check", NotificationCheck, ""},
+                {"--export-docs guide.md --login-item=on", ExportDocs, "guide.md"},
+                {"--export-docs --notif-check", NotificationCheck, ""},
+                {"--export-docs --login-item=on", ExportDocs, "--login-item=on"},
+                {"x --login-item=off --login-item=on", LoginItem, "off"}, {"--login-item=On", LoginItem, "On"},
+                {"--login-item= --export-docs", LoginItem, ""}, {"--login-item", Interactive, ""},
+                {"file --other -x --json", Interactive, ""}, {"--notif-check --other", NotificationCheck, ""},
+                {"--status", Status, ""}, {"--json --status", StatusJson, ""},
+                {"--status --login-item=on", LoginItem, "on"}, {"--other --version", Version, ""}, {"-v -h", Help, ""}};
+        for (const auto &[arguments, kind, operand] : rows) {
+            const LaunchMode found = launchMode(QString::fromLatin1(arguments).split(u' ', Qt::SkipEmptyParts));
+            QVERIFY2(found.kind == kind && found.operand == QLatin1String(operand), arguments);
+        }
     }
 
     // What the help offers is understood, and fits a terminal.

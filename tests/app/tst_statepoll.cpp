@@ -1,13 +1,8 @@
-#include "app/agent.h"
 #include "app/statepoll.h"
 #include "app/toast.h"
-#include "support/fakebundle.h"
-#include "support/httpserver.h"
-#include "support/manualclock.h"
+#include "support/application.h"
 #include "support/recordingservice.h"
-#include "support/testhost.h"
 #include "support/testmain.h"
-#include "support/wiredata.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -187,18 +182,12 @@ private Q_SLOTS:
 
     void requestedPageTellsEachRequest()
     {
-        FakeBundle files;
-        ManualClock clock;
-        TestHost host;
-        QTemporaryDir settings;
-        UserDefaults defaults(settings.filePath(QStringLiteral("s.ini")));
-        Agent agent(
-            {.bundle = files.bundle(), .configDir = files.configDir(), .port = 1}, defaults, clock, host.forAgent());
-        QSignalSpy requested(&agent, &Agent::requestedPageChanged);
-        agent.setRequestedPage(Page::Alerts);
-        agent.setRequestedPage(Page::Alerts);
-        agent.setRequestedPage(std::nullopt);
-        agent.setRequestedPage(Page::Alerts);
+        Application f;
+        QSignalSpy requested(&f.agent, &Agent::requestedPageChanged);
+        f.agent.setRequestedPage(Page::Alerts);
+        f.agent.setRequestedPage(Page::Alerts);
+        f.agent.setRequestedPage(std::nullopt);
+        f.agent.setRequestedPage(Page::Alerts);
         QCOMPARE(requested.count(), 3);
     }
 };

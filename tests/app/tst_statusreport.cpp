@@ -1,10 +1,6 @@
-#include "app/agent.h"
 #include "app/statusreport.h"
-#include "support/httpserver.h"
-#include "support/manualclock.h"
-#include "support/testhost.h"
+#include "support/application.h"
 #include "support/testmain.h"
-#include "support/wiredata.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -31,35 +27,27 @@ private Q_SLOTS:
     // A copy from its start on: what it tells, in JSON and in words, and how the command ends.
     void followsTheAgent()
     {
-        FakeBundle files;
-        ManualClock clock;
-        HttpServer server;
-        TestHost host;
-        const QTemporaryDir settings;
-        UserDefaults defaults(settings.filePath(QStringLiteral("settings.ini")));
-        Agent agent({.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
-            host.forAgent());
+        Application f;
+        Agent &agent = f.agent;
         const auto words = [&](int exitStatus) {
             const StatusOutcome outcome = statusOutcome(told(statusReport(agent)), false);
             return outcome.exitStatus == exitStatus && outcome.error.isEmpty() ? outcome.output : QString();
         };
         QVERIFY(words(1).contains(QStringLiteral("Service: does not run\n")));
 
-        files.setService(QStringLiteral("exit 78"));
+        f.files.setService(QStringLiteral("exit 78"));
         agent.start();
         QTRY_VERIFY(agent.portConflict());
         QVERIFY(words(1).contains(QStringLiteral("Service: does not run, another program holds its port\n")));
         QVERIFY(words(1).contains(QStringLiteral("17731"))); // the problem, as the person reads it
 
-        QJsonObject state = storedObject(QStringLiteral("wire/state.json"));
-        state.insert(QStringLiteral("httpPort"), server.port());
+        QJsonObject &state = f.state;
         const QJsonArray all = state.value(QLatin1String("printers")).toArray();
         QJsonObject printer = all.first().toObject();
         printer.insert(QStringLiteral("state"), QStringLiteral("ready"));
         for (const bool healthy : {false, true}) {
             if (healthy)
                 state.insert(QStringLiteral("printers"), QJsonArray{printer});
-            server.answerJson(toJson(state));
             agent.refresh();
             QTRY_VERIFY(agent.state() && agent.state()->printers.size() == (healthy ? 1 : all.size()));
             const QJsonObject report = statusReport(agent);
@@ -79,35 +67,25 @@ private Q_SLOTS:
         }
     }
 
-    void saysWhyThereIsNoReport_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<QByteArray>("report");
-        QTest::addColumn<QString>("why");
-        QTest::addColumn<int>("exitStatus");
-        const QString odd = QStringLiteral("the running copy answers in a way that is not understood");
-        QTest::newRow("no copy") << int(Kind::NoCopy) << QByteArray() << QStringLiteral("no copy is running") << 2;
-        QTest::newRow("silent") << int(Kind::Silent) << QByteArray() << QStringLiteral("it hangs") << 1;
-        QTest::newRow("nothing") << int(Kind::Told) << QByteArray() << odd << 1;
-        QTest::newRow("not JSON") << int(Kind::Told) << QByteArray("healthy") << odd << 1;
-        QTest::newRow("another format") << int(Kind::Told) << QByteArray(R"({"format":2,"healthy":true})") << odd << 1;
-    }
     void saysWhyThereIsNoReport()
     {
-        QFETCH(int, kind);
-        QFETCH(QByteArray, report);
-        QFETCH(QString, why);
-        QFETCH(int, exitStatus);
-        const RunningCopyAnswer answer{.kind = Kind(kind), .report = report, .reason = QStringLiteral("it hangs")};
-        const StatusOutcome words = statusOutcome(answer, false);
-        QCOMPARE(words.exitStatus, exitStatus);
-        QCOMPARE(words.error, QStringLiteral("zemrak-printer: %1\n").arg(why));
-        QVERIFY(words.output.isEmpty());
-        const StatusOutcome json = statusOutcome(answer, true);
-        QCOMPARE(json.exitStatus, exitStatus);
-        QCOMPARE(QJsonDocument::fromJson(json.output.toUtf8()).object(),
-            (QJsonObject{
-                {QStringLiteral("format"), 1}, {QStringLiteral("healthy"), false}, {QStringLiteral("error"), why}}));
+        const char *const odd = "the running copy answers in a way that is not understood";
+        const std::tuple<Kind, const char *, const char *, int> rows[]
+            = {{Kind::NoCopy, "", "no copy is running", 2}, {Kind::Silent, "", "it hangs", 1}, {Kind::Told, "", odd, 1},
+                {Kind::Told, "healthy", odd, 1}, {Kind::Told, R"({"format":2,"healthy":true})", odd, 1}};
+        for (const auto &[kind, report, why, exitStatus] : rows) {
+            const InRow row(report);
+            const RunningCopyAnswer answer{.kind = kind, .report = report, .reason = QStringLiteral("it hangs")};
+            const StatusOutcome words = statusOutcome(answer, false);
+            QCOMPARE(words.exitStatus, exitStatus);
+            QCOMPARE(words.error, QStringLiteral("zemrak-printer: %1\n").arg(QLatin1String(why)));
+            QVERIFY(words.output.isEmpty());
+            const StatusOutcome json = statusOutcome(answer, true);
+            QCOMPARE(json.exitStatus, exitStatus);
+            QCOMPARE(QJsonDocument::fromJson(json.output.toUtf8()).object(),
+                (QJsonObject{{QStringLiteral("format"), 1}, {QStringLiteral("healthy"), false},
+                    {QStringLiteral("error"), QLatin1String(why)}}));
+        }
     }
 };
 

@@ -98,92 +98,75 @@ private Q_SLOTS:
         QTRY_COMPARE(f.files.launches(), (QStringList{initTls, run, run}));
     }
 
-    void certificateThatHangs_data()
-    {
-        QTest::addColumn<bool>("stops");
-        QTest::addColumn<bool>("startsAgain");
-        QTest::addColumn<QStringList>("launches");
-        QTest::newRow("is given up") << false << false << QStringList{initTls, run};
-        QTest::newRow("is stopped") << true << false << QStringList{initTls};
-        QTest::newRow("is stopped and begun anew") << true << true << QStringList{initTls, initTls, run};
-    }
+    // It is given up, or stopped, or stopped and begun anew.
     void certificateThatHangs()
     {
-        QFETCH(bool, stops);
-        QFETCH(bool, startsAgain);
-        QFETCH(QStringList, launches);
-        Fixture f;
-        f.files.setCertificate(false);
-        f.files.setInitTls(QStringLiteral("exec sleep 60"));
-        f.files.setLastingService();
-        f.supervisor.start();
-        QTRY_COMPARE(f.files.launches(), QStringList{initTls});
-        if (stops)
-            f.supervisor.stop();
-        f.files.setInitTls(QStringLiteral("exit 0"));
-        f.files.setLastingService();
-        if (startsAgain)
+        for (const auto &[stops, startsAgain, launches] :
+            {std::tuple(false, false, QStringList{initTls, run}), std::tuple(true, false, QStringList{initTls}),
+                std::tuple(true, true, QStringList{initTls, initTls, run})}) {
+            const InRow row(launches.join(u' ').toLatin1());
+            Fixture f;
+            f.files.setCertificate(false);
+            f.files.setInitTls(QStringLiteral("exec sleep 60"));
+            f.files.setLastingService();
             f.supervisor.start();
-        else
-            f.clock.advance(60s);
-        QTRY_COMPARE(f.files.launches(), launches);
-        QVERIFY(f.staysAt(launches.count(run)));
+            QTRY_COMPARE(f.files.launches(), QStringList{initTls});
+            if (stops)
+                f.supervisor.stop();
+            f.files.setInitTls(QStringLiteral("exit 0"));
+            f.files.setLastingService();
+            if (startsAgain)
+                f.supervisor.start();
+            else
+                f.clock.advance(60s);
+            QTRY_COMPARE(f.files.launches(), launches);
+            QVERIFY(f.staysAt(launches.count(run)));
+        }
     }
 
-    void relaunchesAfterItsDelay_data()
-    {
-        QTest::addColumn<QString>("end");
-        QTest::addColumn<int>("delayMs");
-        QTest::newRow("status 0") << QStringLiteral("exit 0") << 2000;
-        QTest::newRow("status 1") << QStringLiteral("exit 1") << 2000;
-        QTest::newRow("port taken") << QStringLiteral("exit 78") << 15000;
-        QTest::newRow("killed") << QStringLiteral("kill -KILL $$") << 2000;
-        QTest::newRow("aborted") << QStringLiteral("kill -ABRT $$") << 2000;
-    }
     void relaunchesAfterItsDelay()
     {
-        QFETCH(QString, end);
-        QFETCH(int, delayMs);
-        Fixture f(end);
-        QSignalSpy running(&f.supervisor, &ServiceSupervisor::runningChanged);
-        QSignalSpy portTaken(&f.supervisor, &ServiceSupervisor::portTaken);
-        f.supervisor.start();
-        constexpr int deaths = 10;
-        for (int launch = 1; launch <= deaths; ++launch) {
-            QTRY_COMPARE(f.clock.pending(), 1); // the launch to come, and nothing else
-            QCOMPARE(f.runs(), launch);
-            QVERIFY(!f.supervisor.isRunning());
-            QCOMPARE(f.supervisor.portConflict(), delayMs == 15000);
-            f.clock.advance(std::chrono::milliseconds(delayMs - 1));
-            QCOMPARE(f.clock.pending(), 1);
-            f.clock.advance(1ms);
-            QCOMPARE(f.clock.pending(), 0);
+        for (const auto &[end, delay] :
+            {std::pair("exit 0", 2000ms), std::pair("exit 1", 2000ms), std::pair("exit 78", 15000ms),
+                std::pair("kill -KILL $$", 2000ms), std::pair("kill -ABRT $$", 2000ms)}) {
+            const InRow row(end);
+            const bool taken = delay == 15000ms;
+            Fixture f(QString::fromLatin1(end));
+            QSignalSpy running(&f.supervisor, &ServiceSupervisor::runningChanged);
+            QSignalSpy portTaken(&f.supervisor, &ServiceSupervisor::portTaken);
+            f.supervisor.start();
+            constexpr int deaths = 10;
+            for (int launch = 1; launch <= deaths; ++launch) {
+                QTRY_COMPARE(f.clock.pending(), 1); // the launch to come, and nothing else
+                QCOMPARE(f.runs(), launch);
+                QVERIFY(!f.supervisor.isRunning());
+                QCOMPARE(f.supervisor.portConflict(), taken);
+                f.clock.advance(delay - 1ms);
+                QCOMPARE(f.clock.pending(), 1);
+                f.clock.advance(1ms);
+                QCOMPARE(f.clock.pending(), 0);
+            }
+            QTRY_COMPARE(running.count(), 2 * deaths + 2);
+            QCOMPARE(portTaken.count(), taken ? deaths + 1 : 0);
+            f.supervisor.clearPortConflict();
+            QVERIFY(!f.supervisor.portConflict());
         }
-        QTRY_COMPARE(running.count(), 2 * deaths + 2);
-        QCOMPARE(portTaken.count(), delayMs == 15000 ? deaths + 1 : 0);
-        f.supervisor.clearPortConflict();
-        QVERIFY(!f.supervisor.portConflict());
     }
 
-    void launchFailureIsToldAndNotRetried_data()
-    {
-        QTest::addColumn<bool>("missing");
-        QTest::newRow("missing") << true;
-        QTest::newRow("not executable") << false;
-    }
     void launchFailureIsToldAndNotRetried()
     {
-        QFETCH(bool, missing);
-        Fixture f;
-        missing ? f.files.removeNode() : f.files.makeNodeUnusable();
-        QSignalSpy startRequested(&f.supervisor, &ServiceSupervisor::startRequested);
-        f.log.append(QStringLiteral("old"));
-        f.supervisor.start();
-        QTRY_VERIFY(f.log.text().startsWith(QStringLiteral("تعذر تشغيل الخدمة: ")));
-        QVERIFY(f.log.text().size() > 20);
-        QVERIFY(!f.supervisor.isRunning());
-        QCOMPARE(f.clock.pending(), 0);
-        QCOMPARE(startRequested.count(), 1);
+        for (const bool missing : {true, false}) {
+            Fixture f;
+            missing ? f.files.removeNode() : f.files.makeNodeUnusable();
+            QSignalSpy startRequested(&f.supervisor, &ServiceSupervisor::startRequested);
+            f.log.append(QStringLiteral("old"));
+            f.supervisor.start();
+            QTRY_VERIFY(f.log.text().startsWith(QStringLiteral("تعذر تشغيل الخدمة: ")));
+            QVERIFY(f.log.text().size() > 20);
+            QVERIFY(!f.supervisor.isRunning());
+            QCOMPARE(f.clock.pending(), 0);
+            QCOMPARE(startRequested.count(), 1);
+        }
     }
 
     void restartLaunchesExactlyOnceMore()
@@ -233,7 +216,9 @@ private Q_SLOTS:
     // However the old process takes it to be replaced, its end is no news: no flag, no second launch.
     void startReplacesALivingService()
     {
-        Fixture f(QStringLiteral("trap 'kill $!; exit 78' TERM; echo up; sleep 60 9>&- & wait"));
+        // It waits without a child of its own, which might outlive it with the lock by which an overlap is seen.
+        Fixture f(QStringLiteral("mkfifo \"$JOURNAL.pipe\"; exec 8<>\"$JOURNAL.pipe\"; trap 'exit 78' TERM; echo up; "
+                                 "read -rt 60 <&8"));
         QSignalSpy conflict(&f.supervisor, &ServiceSupervisor::portConflictChanged);
         f.supervisor.start();
         QVERIFY(f.says(QStringLiteral("up")));
@@ -317,28 +302,20 @@ private Q_SLOTS:
         QCOMPARE(ends.size(), 3);
     }
 
-    void outputIsKept_data()
-    {
-        QTest::addColumn<QString>("service");
-        QTest::addColumn<QString>("end");
-        QTest::addColumn<int>("size");
-        QTest::newRow("decoded across pieces")
-            << QStringLiteral(R"(printf '\xd8'; sleep 0.2; printf '\xb9|\xff|'; exec sleep 60)")
-            << QStringLiteral("ع|\ufffd|") << 4;
-        QTest::newRow("the end of a burst")
-            << QStringLiteral("head -c 10000000 /dev/zero | tr '\\0' x; echo; echo the end; exec sleep 60")
-            << QStringLiteral("the end\n") << 4000;
-        QTest::newRow("last words") << QStringLiteral("echo why; exit 1") << QStringLiteral("why\n") << 4;
-    }
+    // Letters that come in pieces, the end of more than is kept, and the last words of a process that ends.
     void outputIsKept()
     {
-        QFETCH(QString, service);
-        QFETCH(QString, end);
-        QFETCH(int, size);
-        Fixture f(service);
-        f.supervisor.start();
-        QTRY_VERIFY_WITH_TIMEOUT(f.log.text().endsWith(end), 20'000);
-        QCOMPARE(f.log.text().size(), size);
+        const std::tuple<const char *, QString, qsizetype> rows[]
+            = {{R"(printf '\xd8'; sleep 0.2; printf '\xb9|\xff|'; exec sleep 60)", QStringLiteral("ع|\ufffd|"), 4},
+                {R"(head -c 10000000 /dev/zero | tr '\0' x; echo; echo the end; exec sleep 60)",
+                    QStringLiteral("the end\n"), 4000},
+                {"echo why; exit 1", QStringLiteral("why\n"), 4}};
+        for (const auto &[service, end, size] : rows) {
+            Fixture f(QString::fromLatin1(service));
+            f.supervisor.start();
+            QTRY_VERIFY_WITH_TIMEOUT(f.log.text().endsWith(end), 20'000);
+            QCOMPARE(f.log.text().size(), size);
+        }
     }
 };
 
