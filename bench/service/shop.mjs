@@ -28,7 +28,7 @@ export async function openShop({ agent, helpers }) {
   const gapFile = path.join(home, 'gap');
   const preload = fileURLToPath(new URL('loop-gap.mjs', import.meta.url));
   const script = path.join(agent, 'bin', 'zemrak-local-print.mjs');
-  const flags = process.env.BENCH_NODE_FLAGS?.split(' ') ?? [];
+  const flags = (process.env.BENCH_NODE_FLAGS ?? '').split(' ').filter(Boolean);
   const child = spawn(process.execPath, [...flags, '--import', preload, script, 'run'], {
     env: {
       HOME: home, PATH: '/nowhere', ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ZEMRAK_LP_NO_OS_NOTIFY: '1',
