@@ -1,5 +1,6 @@
 import { PortTaken, startService } from './service.mjs';
 import { endBy } from './system/forced-end.mjs';
+import { guardAgainstParent } from './system/parent-guard.mjs';
 
 const EX_CONFIG = 78;
 // Milliseconds. The companion asks the kernel to tell of its own end at once; who else starts the service may not.
@@ -11,6 +12,8 @@ const KILL_MS = 1950;
 // is over, also where a busy computer has this process look late. Saving keeps the time that it needs.
 const UNSEEN_MS = 850;
 const MOST_SPENT_MS = 1300;
+// Seconds after which a process that does not even notice is killed from outside.
+const GUARD_SECONDS = 2.5;
 
 /**
  * The command "run": serves until told to stop.
@@ -57,6 +60,7 @@ export async function run() {
   process.on('uncaughtException', crash);
   process.on('unhandledRejection', crash);
   if (process.env.ZEMRAK_LP_EXIT_WITH_PARENT === '1') {
+    guardAgainstParent(GUARD_SECONDS);
     let seen = performance.now();
     setInterval(() => {
       const now = performance.now();

@@ -117,6 +117,8 @@ void ServiceSupervisor::launch()
 {
     m_process = std::make_unique<QProcess>();
     setServiceCommand(*m_process, m_bundle, {QStringLiteral("run")});
+    // A pipe, never written to: its end tells the service's guard of ours, also where the service hangs.
+    m_process->setStandardInputFile(QString());
     m_process->setProcessEnvironment(serviceEnvironment(m_bundle));
     m_process->setProcessChannelMode(QProcess::MergedChannels);
     m_guard.guard(*m_process);

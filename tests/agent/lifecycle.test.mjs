@@ -134,6 +134,9 @@ const hasEnded = (pid) => {
   }
 };
 
+// Loaded before the service: a main thread that gets round to nothing any more.
+const HANGS = 'data:text/javascript,process.on("SIGUSR2", () => { for (;;); })';
+
 test('ends with its parent, and saves what it holds', async (t) => {
   const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
   const keptOpen = (port) => new Promise((resolve) => {
@@ -142,7 +145,7 @@ test('ends with its parent, and saves what it holds', async (t) => {
     socket.on('error', () => {}).once('data', resolve);
   });
   const script = `const { spawn } = require('child_process');
-    const child = spawn(process.execPath, [${JSON.stringify(SCRIPT)}, 'run'], { stdio: ['ignore', 'pipe', 'inherit'] });
+    const child = spawn(process.execPath, [...${JSON.stringify(['--import', HANGS])}, ${JSON.stringify(SCRIPT)}, 'run'], { stdio: ['pipe', 'pipe', 'inherit'] });
     child.stdout.on('data', (data) => console.log(child.pid + ' ' + data));`;
   const endsAfter = async (prepare) => {
     const home = privateHome(t);
@@ -153,7 +156,7 @@ test('ends with its parent, and saves what it holds', async (t) => {
     t.after(() => parent.kill('SIGKILL'));
     const [, pid, port] = await until(() => /^(\d+) .*listening on http:.*:(\d+)\n/.exec(output), 'the service to listen');
     t.after(() => { if (!hasEnded(pid)) process.kill(pid, 'SIGKILL'); });
-    await prepare?.(Number(port), home);
+    await prepare?.(Number(port), home, Number(pid));
     assert.ok(!hasEnded(pid));
     parent.kill('SIGKILL');
     const began = performance.now();
@@ -161,7 +164,11 @@ test('ends with its parent, and saves what it holds', async (t) => {
     assert.ok(performance.now() - began < 3000, `ended after ${performance.now() - began} ms`);
     return home;
   };
-  await Promise.all([endsAfter(), endsAfter(keptOpen), endsAfter(async (port, home) => {
+  const hung = async (port, home, pid) => {
+    process.kill(pid, 'SIGUSR2');
+    await assert.rejects(fetch(`http://127.0.0.1:${port}/v1/hello`, { signal: AbortSignal.timeout(300) }));
+  };
+  await Promise.all([endsAfter(), endsAfter(keptOpen), endsAfter(hung), endsAfter(async (port, home) => {
     const post = async (route, body) => (await fetch(`http://127.0.0.1:${port}/admin/${route}`, {
       method: 'POST', body: JSON.stringify(body), headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') },
     })).json();

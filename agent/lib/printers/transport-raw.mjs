@@ -1,4 +1,3 @@
-import { finish } from '../print/finish.mjs';
 import { UNKNOWN, isTold, mergeConditions, problemsOf } from './condition.mjs';
 import { dialogueFor, languageOf } from './dialogues.mjs';
 import { ASK, askAll, listen, pause } from './questions.mjs';
@@ -109,6 +108,8 @@ class RawLink {
 
   /** Ends the paper of a job that is called off between two bands. */
   async cancel() {
+    // With the code pages behind it, which the main thread needs for nothing else.
+    const { finish } = await import('../print/finish.mjs');
     const { protocol, profile } = this.#printer;
     const language = languageOf(protocol);
     const cut = finish({ feedLines: 2, cut: true }, { protocol, profile, cuts: true });
