@@ -9,8 +9,10 @@ target_compile_definitions(zemrak_options INTERFACE
   QT_DISABLE_DEPRECATED_BEFORE=0x060400
   ZEMRAK_VERSION="${PROJECT_VERSION}")
 if(ZEMRAK_SANITIZE)
+  # Checks of memory as calls in place of code of their own at every access: half the time to compile.
   target_compile_options(zemrak_options INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer
+    --param asan-instrumentation-with-call-threshold=0)
   target_link_options(zemrak_options INTERFACE -fsanitize=address,undefined)
 endif()
 if(ZEMRAK_FUZZ)
