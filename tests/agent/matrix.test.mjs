@@ -81,7 +81,7 @@ async function tryFault({ service, view, twin, id, isAnswering }, [name, on, off
   if (record?.status === 'failed') assert.equal(record.confirmed, 'no', where);
   if (mustTell && moment !== 'after') assert.equal(record.status, 'completed', `${where}: nothing is lost`);
   const isMended = (state) => printerIn(state).state === 'ready' && !isTold(state);
-  await sees(isMended, 'the fault to be withdrawn', SOON + 15_000);
+  await sees(isMended, 'the fault to be withdrawn', SOON);
   return record?.errorCode ?? record?.status ?? 'refused';
 }
 
