@@ -2,7 +2,7 @@ import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import dgram from 'node:dgram';
 import dns from 'node:dns';
-import { startService, until } from './support/service.mjs';
+import { fakePrinter, startService, until } from './support/service.mjs';
 import { raw, siteOf, text } from './support/site.mjs';
 import { talkingPrinter } from './support/talking-printer.mjs';
 import { bandsOf as bands } from '../../agent/lib/printers/bands.mjs';
@@ -10,6 +10,7 @@ import { escposDialogue } from '../../agent/lib/printers/dialogue-escpos.mjs';
 import { starDialogue } from '../../agent/lib/printers/dialogue-star.mjs';
 import { dialogueFor } from '../../agent/lib/printers/dialogues.mjs';
 import { Names } from '../../agent/lib/printers/names.mjs';
+import { TIMES, TcpLink, connectPrinter } from '../../agent/lib/printers/tcp-link.mjs';
 
 test('who may be asked, and in which language', () => {
   const net = { type: 'net', transport: 'raw', protocol: 'escpos', profile: {} };
@@ -109,4 +110,18 @@ test('a name is looked up once, and a name server that does not answer delays on
   server.removeAllListeners('message');
   now += 60 * 60_000;
   assert.equal(await names.addressOf('kitchen.shop.example'), '10.1.2.3', 'an old answer is better than none');
+});
+
+test('a link that stalls and moves again says so, one that ends does not', async (t) => {
+  for (const isEnded of [false, true]) {
+    const printer = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
+    const told = [];
+    const link = new TcpLink(await connectPrinter({ host: '127.0.0.1', port: printer.port }), (why) => told.push(why), { ...TIMES, stall: 20 });
+    const written = link.write(Buffer.alloc(20_000_000)).then(() => 'taken', ({ code }) => code);
+    await until(() => told.length > 1, 'the stall to be told');
+    for (const socket of printer.sockets) { if (isEnded) socket.resetAndDestroy(); else socket.resume(); }
+    assert.equal(await written, isEnded ? 'interrupted' : 'taken');
+    assert.deepEqual([...new Set(told)], isEnded ? ['unread'] : ['unread', null]);
+    link.destroy();
+  }
 });

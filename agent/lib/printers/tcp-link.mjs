@@ -159,10 +159,12 @@ export class TcpLink {
       timer = setTimeout(look, this.#times.stall);
     });
     try {
-      return await Promise.race([promise, this.#broken, dead]);
+      const result = await Promise.race([promise, this.#broken, dead]);
+      // A link that has ended moves no more: what was told of it stands.
+      if (hasStalled) this.#onStall(null);
+      return result;
     } finally {
       clearTimeout(timer);
-      if (hasStalled) this.#onStall(null);
     }
   }
 
