@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <optional>
 
 using namespace zemrak::test;
 
@@ -27,6 +28,24 @@ bool isToldToEnd(qint64 processId)
     return (text.mid(at, 16).toULongLong(nullptr, 16) & (1ULL << (SIGTERM - 1))) != 0;
 }
 
+/// The program in a home and on a bus of its own.
+struct Running
+{
+    const QTemporaryDir home;
+    const PrivateBus bus;
+    std::optional<Program> program;
+    qint64 service = 0; ///< process id
+
+    /// False: its service does not serve.
+    [[nodiscard]] bool start(const QStringList &arguments = {}, const QString &bundle = builtBundle())
+    {
+        program.emplace(home, bus, arguments, bundle);
+        const bool serves = QTest::qWaitFor(servicePortTaken, 15'000);
+        service = childrenOf(program->processId()).value(0);
+        return serves && service != 0;
+    }
+};
+
 } // namespace
 
 class LifecycleTest : public QObject
@@ -36,106 +55,82 @@ class LifecycleTest : public QObject
 private Q_SLOTS:
     void init() { QVERIFY2(!servicePortTaken(), "Port 17731 is in use on this machine"); }
 
-    void runsItsServiceAndEndsWithIt_data()
-    {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("SIGTERM") << int(SIGTERM);
-        QTest::newRow("SIGINT") << int(SIGINT);
-    }
     void runsItsServiceAndEndsWithIt()
     {
-        QFETCH(int, signal);
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        Program program(home, bus);
-        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
-        const QList<qint64> services = childrenOf(program.processId());
-        QCOMPARE(services.size(), 1);
+        for (const int signal : {SIGTERM, SIGINT}) {
+            Running r;
+            QVERIFY(r.start());
+            Program second(r.home, r.bus);
+            QTRY_VERIFY(second.endedWith(0));
+            QVERIFY2(!second.output().contains("Warn") && !second.output().contains("zemrak.service"),
+                second.output().constData());
+            QTRY_VERIFY(r.program->output().contains("Asked to show the main window"));
+            QCOMPARE(childrenOf(r.program->processId()), QList<qint64>{r.service});
 
-        Program second(home, bus);
-        QTRY_VERIFY(second.endedWith(0));
-        QVERIFY2(!second.output().contains("Warn") && !second.output().contains("zemrak.service"),
-            second.output().constData());
-        QTRY_VERIFY(program.output().contains("Asked to show the main window"));
-        QCOMPARE(childrenOf(program.processId()), services);
-
-        QFile token(home.filePath(QStringLiteral("Library/Application Support/Zemrak Local Print/admin.token")));
-        QVERIFY(token.open(QIODevice::ReadOnly));
-        const QByteArray secret = token.readAll();
-        QVERIFY(secret.size() >= 32);
-        program.signal(signal);
-        QTRY_VERIFY(program.endedWith(0));
-        const QByteArray output = program.output();
-        QVERIFY2(output.contains("The print service ended; status 0"), output.constData()); // it was not killed
-        QVERIFY(!exists(services.first()));
-        QVERIFY(!output.contains(secret)); // with every log message switched on
+            QFile token(r.home.filePath(QStringLiteral("Library/Application Support/Zemrak Local Print/admin.token")));
+            QVERIFY(token.open(QIODevice::ReadOnly));
+            const QByteArray secret = token.readAll();
+            QVERIFY(secret.size() >= 32);
+            r.program->signal(signal);
+            QTRY_VERIFY(r.program->endedWith(0));
+            const QByteArray output = r.program->output();
+            QVERIFY2(output.contains("The print service ended; status 0"), output.constData()); // it was not killed
+            QVERIFY(!exists(r.service));
+            QVERIFY(!output.contains(secret)); // with every log message switched on
+        }
     }
 
     // What only the window needs is not in memory before somebody asks for it.
     void windowIsLoadedWhenItIsAskedFor()
     {
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        TrayPanel panel(bus.address()); // without one the window would come by itself after a while
+        Running r;
+        TrayPanel panel(r.bus.address()); // without one the window would come by itself after a while
         panel.appear();
-        writeSettings(home);
-        Program program(home, bus, {QStringLiteral("--automatic-start")});
-        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
-        QTRY_VERIFY(program.output().contains("There is a tray"));
+        writeSettings(r.home);
+        QVERIFY(r.start({QStringLiteral("--automatic-start")}));
+        QTRY_VERIFY(r.program->output().contains("There is a tray"));
         for (const char *library : {"libQt6Qml", "libQt6Quick", "libQt6Svg", "libzemrak-window"})
-            QVERIFY2(!program.maps(library), library);
-        QVERIFY(!program.output().contains("Asked to show"));
-        const Program second(home, bus);
-        QTRY_VERIFY(program.maps("libQt6Quick"));
+            QVERIFY2(!r.program->maps(library), library);
+        QVERIFY(!r.program->output().contains("Asked to show"));
+        const Program second(r.home, r.bus);
+        QTRY_VERIFY(r.program->maps("libQt6Quick"));
         QTRY_VERIFY(!second.isAlive());
     }
 
-    void killedProgramLeavesNoService_data()
-    {
-        QTest::addColumn<bool>("frozen");
-        QTest::newRow("a service that works") << false;
-        QTest::newRow("a service that stands still for a while") << true;
-    }
+    // One that works, and one that stands still for a while.
     void killedProgramLeavesNoService()
     {
-        QFETCH(bool, frozen);
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        Program program(home, bus);
-        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
-        const QList<qint64> services = childrenOf(program.processId());
-        QCOMPARE(services.size(), 1);
-        const auto service = static_cast<pid_t>(services.first());
-        if (frozen)
-            ::kill(service, SIGSTOP);
-        program.signal(SIGKILL);
-        if (frozen) {
-            const bool isTold = QTest::qWaitFor([&] { return isToldToEnd(service); });
-            ::kill(service, SIGCONT); // before anything may fail: it holds the port for whatever is tested next
-            QVERIFY(isTold);
+        for (const bool frozen : {false, true}) {
+            Running r;
+            QVERIFY(r.start());
+            QCOMPARE(childrenOf(r.program->processId()).size(), 1);
+            const auto service = static_cast<pid_t>(r.service);
+            if (frozen)
+                ::kill(service, SIGSTOP);
+            r.program->signal(SIGKILL);
+            if (frozen) {
+                const bool isTold = QTest::qWaitFor([&] { return isToldToEnd(service); });
+                ::kill(service, SIGCONT); // before anything may fail: it holds the port for whatever is tested next
+                QVERIFY(isTold);
+            }
+            QTRY_VERIFY(!exists(service));
+            QVERIFY(r.start());
         }
-        QTRY_VERIFY(!exists(service));
-
-        Program next(home, bus);
-        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
     }
 
     // Started anew while the old copy still waits for its frozen service, three seconds at most: the new one takes
     // over.
     void relaunchDuringTheEndTakesOver()
     {
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        Program program(home, bus);
-        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
-        const QList<qint64> services = childrenOf(program.processId());
-        ::kill(static_cast<pid_t>(services.value(0)), SIGSTOP);
-        program.signal(SIGTERM);
-        QTRY_VERIFY(isToldToEnd(services.value(0)));
-        QVERIFY(program.isAlive());
-        Program next(home, bus);
-        QTRY_VERIFY_WITH_TIMEOUT(program.endedWith(0), 6000);
-        QVERIFY(!exists(services.value(0)));
+        Running r;
+        QVERIFY(r.start());
+        ::kill(static_cast<pid_t>(r.service), SIGSTOP);
+        r.program->signal(SIGTERM);
+        QTRY_VERIFY(isToldToEnd(r.service));
+        QVERIFY(r.program->isAlive());
+        const Program next(r.home, r.bus);
+        QTRY_VERIFY_WITH_TIMEOUT(r.program->endedWith(0), 6000);
+        QVERIFY(!exists(r.service));
         QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
         QVERIFY(next.isAlive());
     }
@@ -158,35 +153,23 @@ private Q_SLOTS:
         QVERIFY(record.readAll().contains(own));
     }
 
-    void modesEndAtOnceWithoutAService_data()
-    {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<int>("status");
-        const auto row = [](const char *arguments, int status) {
-            QTest::newRow(arguments) << QString::fromLatin1(arguments) << status;
-        };
-        row("--render-menubar /proc/none", 0);
-        row("--notif-check", 0);
-        row("--export-docs /proc/none/guide.md", 0);
-        row("--login-item=neither", 0);
-        row("--help", 0);
-        row("--version", 0);
-        row("--status", 2);
-        row("--status --json", 2);
-    }
     void modesEndAtOnceWithoutAService()
     {
-        QFETCH(QString, arguments);
-        QFETCH(int, status);
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        const QByteArray screen = qgetenv("QT_QPA_PLATFORM");
-        qputenv("QT_QPA_PLATFORM", "no-such-screen"); // and none is needed
-        Program program(home, bus, arguments.split(QLatin1Char(' ')));
-        qputenv("QT_QPA_PLATFORM", screen);
-        QTRY_VERIFY(program.endedWith(status));
-        QVERIFY(program.output().count('\n') >= (arguments.contains(QLatin1String("/proc/none")) ? 0 : 1));
-        QVERIFY(!QDir(home.filePath(QStringLiteral("Library"))).exists());
+        for (const auto &[arguments, status] : {std::pair("--render-menubar /proc/none", 0),
+                 std::pair("--notif-check", 0), std::pair("--export-docs /proc/none/guide.md", 0),
+                 std::pair("--login-item=neither", 0), std::pair("--help", 0), std::pair("--version", 0),
+                 std::pair("--status", 2), std::pair("--status --json", 2)}) {
+            const InRow row(arguments);
+            const QTemporaryDir home;
+            const PrivateBus bus;
+            // No display is needed.
+            Program program(home, bus, QString::fromLatin1(arguments).split(u' '), builtBundle(),
+                {{QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("no-such-screen")}});
+            QTRY_VERIFY(program.endedWith(status));
+            const bool cannotWrite = QByteArray(arguments).contains("/proc/none");
+            QVERIFY(program.output().count('\n') >= (cannotWrite ? 0 : 1));
+            QVERIFY(!QDir(home.filePath(QStringLiteral("Library"))).exists());
+        }
     }
 
     void tellsItsStatus()
@@ -211,22 +194,21 @@ private Q_SLOTS:
     // An upgrade puts other files under the same names while the program runs and has not shown its window yet.
     void replacedFilesDoNotReachTheRunningCopy()
     {
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        const QString moved = home.filePath(QStringLiteral("bundle"));
+        Running r;
+        const QString moved = r.home.filePath(QStringLiteral("bundle"));
         QCOMPARE(QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), builtBundle(), moved}), 0);
-        TrayPanel panel(bus.address());
+        TrayPanel panel(r.bus.address());
         panel.appear();
-        writeSettings(home);
-        Program program(home, bus, {QStringLiteral("--automatic-start")}, moved);
-        QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
+        writeSettings(r.home);
+        QVERIFY(r.start({QStringLiteral("--automatic-start")}, moved));
+        Program &program = *r.program;
         QTRY_VERIFY(program.output().contains("There is a tray"));
         const auto windowIsLoaded = [&program] { return program.maps("libzemrak-window.so (deleted)"); };
         QFile plugin(moved + QStringLiteral("/lib/libzemrak-window.so"));
         QVERIFY(plugin.remove() && plugin.open(QIODevice::WriteOnly) && plugin.write("of another version") > 0);
         plugin.close();
         QVERIFY(!windowIsLoaded() && !program.output().contains("Asked to show"));
-        Program second(home, bus, {}, moved);
+        Program second(r.home, r.bus, {}, moved);
         QTRY_VERIFY(second.endedWith(0));
         QTRY_VERIFY_WITH_TIMEOUT(windowIsLoaded(), 15'000);
         QVERIFY2(program.isAlive() && !program.output().contains("cannot be shown"), program.output().constData());
@@ -235,23 +217,20 @@ private Q_SLOTS:
     // Moved anywhere, the bundle uses what lies in it; one without its service says so and ends.
     void bundleStandsOnItsOwn()
     {
-        const QTemporaryDir home;
-        const PrivateBus bus;
-        const QString moved = home.filePath(QStringLiteral("متجر 'الزاوية' %1"));
+        Running r;
+        const QString moved = r.home.filePath(QStringLiteral("متجر 'الزاوية' %1"));
         QVERIFY(QDir().mkpath(moved));
         QCOMPARE(QProcess::execute(
                      QStringLiteral("cp"), {QStringLiteral("-a"), builtBundle() + QStringLiteral("/."), moved}),
             0);
-        {
-            Program program(home, bus, {}, moved);
-            QTRY_VERIFY_WITH_TIMEOUT(servicePortTaken(), 15'000);
-            QFile command(QStringLiteral("/proc/%1/cmdline").arg(childrenOf(program.processId()).value(0)));
-            QVERIFY(command.open(QIODevice::ReadOnly));
-            QCOMPARE(QString::fromUtf8(command.readAll()).split(QChar(0)).value(1),
-                moved + QStringLiteral("/resources/agent/bin/zemrak-local-print.mjs"));
-        }
+        QVERIFY(r.start({}, moved));
+        QFile command(QStringLiteral("/proc/%1/cmdline").arg(r.service));
+        QVERIFY(command.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(command.readAll()).split(QChar(0)).value(1),
+            moved + QStringLiteral("/resources/agent/bin/zemrak-local-print.mjs"));
+        r.program.reset();
         QVERIFY(QDir(moved + QStringLiteral("/resources/agent")).removeRecursively());
-        Program broken(home, bus, {}, moved);
+        Program broken(r.home, r.bus, {}, moved);
         QTRY_VERIFY(broken.endedWith(1));
         QVERIFY(broken.output().contains("lacks the print service"));
     }
