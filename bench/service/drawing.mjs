@@ -58,10 +58,10 @@ try {
   tell('accept of a 30-line Arabic receipt, p99', quantile(times, 0.99), 'ms');
   await shop.gap();
 
-  let isOver = false;
+  const over = new AbortController();
   const hellos = [];
   const clients = Array.from({ length: CLIENTS }, async () => {
-    while (!isOver) {
+    while (!over.signal.aborted) {
       const began = performance.now();
       await shop.call('GET', '/v1/hello');
       hellos.push(performance.now() - began);
@@ -97,7 +97,7 @@ try {
     n % 2 ? { kind: 'image', data: png } : { kind: 'pdf', data: document })));
   const bytes = Buffer.alloc(18 * 1024 * 1024, 'x').toString('base64');
   await rounds('ready', '2 jobs of 18 MB, ready bytes', Array(2).fill({ kind: 'raw', data: bytes }));
-  isOver = true;
+  over.abort();
   await Promise.all(clients);
 } finally {
   await shop.close();

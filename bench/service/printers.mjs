@@ -1,6 +1,7 @@
-// Measures the print service with printers in software: how long a job takes from the accepted request to its last byte, receipts a
-// second through one printer, connections to an idle printer, and the processor's time for idle printers.
-// Usage: [PARTS="time rate idle"] node bench/service/printers.mjs PAPER_TWIN [SERVICE_SCRIPT] (bounded: about two minutes)
+// Measures the print service with printers in software: how long a job takes from the accepted request to its last
+// byte, receipts a second through one printer, connections to an idle printer, and the processor's time for idle
+// printers. Bounded: about two minutes.
+// Usage: [PARTS="time rate idle"] node bench/service/printers.mjs PAPER_TWIN [SERVICE_SCRIPT]
 import { spawn } from 'node:child_process';
 import { mkdtempSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import net from 'node:net';
@@ -8,7 +9,8 @@ import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 
-const [TWIN, SCRIPT = fileURLToPath(new URL('../../agent/bin/zemrak-local-print.mjs', import.meta.url))] = process.argv.slice(2);
+const [TWIN, SCRIPT = fileURLToPath(new URL('../../agent/bin/zemrak-local-print.mjs', import.meta.url))] =
+  process.argv.slice(2);
 const ORIGINS = Array.from({ length: 8 }, (_, n) => `http://localhost:${3000 + n}`);
 const pause = (ms) => new Promise((resolve) => { setTimeout(resolve, ms); });
 const children = [];
@@ -32,7 +34,8 @@ async function firstLine(child, pattern) {
 
 async function twin() {
   const args = ['--headless', '--address', '127.0.0.1', '--port', '0', '--control-port', '0'];
-  const child = spawn(TWIN, args, { stdio: ['ignore', 'pipe', 'ignore'], env: { ...process.env, QT_QPA_PLATFORM: 'offscreen' } });
+  const child = spawn(TWIN, args, { stdio: ['ignore', 'pipe', 'ignore'],
+    env: { ...process.env, QT_QPA_PLATFORM: 'offscreen' } });
   children.push(child);
   return { ...JSON.parse((await firstLine(child, /\{.*\}/))[0]), end: () => child.kill('SIGKILL') };
 }
@@ -43,15 +46,18 @@ async function service(printers) {
   folders.push(home);
   const folder = path.join(home, 'Library', 'Application Support', 'Zemrak Local Print');
   mkdirSync(folder, { recursive: true });
-  writeFileSync(path.join(folder, 'settings.json'), JSON.stringify({ printers, origins: ORIGINS, autoApprovePairing: true }));
+  writeFileSync(path.join(folder, 'settings.json'),
+    JSON.stringify({ printers, origins: ORIGINS, autoApprovePairing: true }));
   const child = spawn(process.execPath, [SCRIPT, 'run'], {
     stdio: ['ignore', 'pipe', 'ignore'],
-    env: { HOME: home, PATH: path.join(home, 'bin'), ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0', ZEMRAK_LP_NO_OS_NOTIFY: '1' },
+    env: { HOME: home, PATH: path.join(home, 'bin'), ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_HTTPS_PORT: '0',
+      ZEMRAK_LP_NO_OS_NOTIFY: '1' },
   });
   children.push(child);
   const port = Number((await firstLine(child, /http:\/\/127\.0\.0\.1:(\d+)/))[1]);
   const ask = async (method, route, body, headers = {}) => {
-    const response = await fetch(`http://127.0.0.1:${port}${route}`, { method, body: body && JSON.stringify(body), headers: { Origin: ORIGINS[0], ...headers } });
+    const response = await fetch(`http://127.0.0.1:${port}${route}`,
+      { method, body: body && JSON.stringify(body), headers: { Origin: ORIGINS[0], ...headers } });
     return response.json();
   };
   // A site may print 120 times a minute; only these many can keep a fast printer at work.
@@ -61,13 +67,17 @@ async function service(printers) {
     sites.push((method, route, body) => ask(method, route, body, { Origin, Authorization: `Bearer ${token}` }));
   }
   const [site] = sites;
-  const ticks = () => readFileSync(`/proc/${child.pid}/stat`, 'utf8').split(') ')[1].split(' ').slice(11, 13).reduce((sum, each) => sum + Number(each), 0) * 10;
+  const ticks = () => readFileSync(`/proc/${child.pid}/stat`, 'utf8').split(') ')[1].split(' ').slice(11, 13)
+    .reduce((sum, each) => sum + Number(each), 0) * 10;
   return { site, sites, ticks, end: () => child.kill('SIGKILL') };
 }
 
-const printerAt = (port, id = 'p', dialogue = { language: 'escpos', confirm: 'process' }) => ({ id, name: id, host: '127.0.0.1', port, transport: 'raw', dialogue });
+const printerAt = (port, id = 'p', dialogue = { language: 'escpos', confirm: 'process' }) => ({ id, name: id,
+  host: '127.0.0.1', port, transport: 'raw', dialogue });
 const median = (values) => values.sort((one, other) => one - other)[Math.floor(values.length / 2)];
-const receipt = (bytes) => Buffer.concat([Buffer.from('\x1b@'), Buffer.from('a receipt\n'.repeat(Math.ceil(bytes / 10))).subarray(0, bytes - 6), Buffer.from('\x1dVB\x00')]).toString('base64');
+const receipt = (bytes) =>
+  Buffer.concat([Buffer.from('\x1b@'), Buffer.from('a receipt\n'.repeat(Math.ceil(bytes / 10))).subarray(0, bytes - 6),
+    Buffer.from('\x1dVB\x00')]).toString('base64');
 
 async function endToEnd() {
   for (const bytes of [1000, 30_000, 100_000]) {
@@ -78,7 +88,9 @@ async function endToEnd() {
     const server = net.createServer((socket) => socket.on('data', (data) => {
       for (let at = 0; at < data.length; at += 1) {
         if (data[at] === 0x10 && data[at + 1] === 4) socket.write(Buffer.of(0x12));
-        if (data[at] === 0x1d && data[at + 1] === 0x28 && data[at + 2] === 0x48) socket.write(Buffer.concat([Buffer.of(0x37, 0x22), data.subarray(at + 7, at + 11), Buffer.of(0)]));
+        if (data[at] === 0x1d && data[at + 1] === 0x28
+          && data[at + 2] === 0x48) socket.write(Buffer.concat([Buffer.of(0x37, 0x22), data.subarray(at + 7, at + 11),
+            Buffer.of(0)]));
       }
       seen.bytes += data.length;
       if (seen.bytes >= bytes) last = performance.now();
@@ -93,14 +105,16 @@ async function endToEnd() {
       await site('GET', `/v1/jobs/${job.id}?after=99&wait=5000`);
       times.push(Math.max(0, last - accepted));
     }
-    console.log(`accepted to last byte, ${bytes} bytes: median ${median(times).toFixed(1)} ms, 99th ${times.at(-1).toFixed(1)} ms`);
+    console.log(`accepted to last byte, ${bytes} bytes: median ${median(times).toFixed(1)} ms, 99th ${times.at(-1)
+      .toFixed(1)} ms`);
     end();
     server.close();
   }
 }
 
 async function receiptsASecond() {
-  for (const [name, dialogue] of [['answers', { language: 'escpos', confirm: 'process' }], ['says nothing', { language: 'none' }]]) {
+  for (const [name, dialogue] of [['answers', { language: 'escpos', confirm: 'process' }],
+    ['says nothing', { language: 'none' }]]) {
     const printer = await twin();
     const { sites, ticks, end } = await service([printerAt(printer.port, 'p', dialogue)]);
     await pause(500);
@@ -120,7 +134,8 @@ async function receiptsASecond() {
       await pause(5);
     }
     const rate = (COUNT * 1000) / (performance.now() - began);
-    console.log(`receipts a second through one printer that ${name}: ${rate.toFixed(1)}, ${((ticks() - before) / COUNT).toFixed(1)} ms of processor time each`);
+    console.log(`receipts a second through one printer that ${name}: ${rate.toFixed(1)}, ${((ticks() - before) / COUNT)
+      .toFixed(1)} ms of processor time each`);
     end();
     printer.end();
   }
@@ -131,17 +146,20 @@ async function idle() {
     let connections = 0;
     const server = net.createServer((socket) => {
       connections += 1;
-      socket.on('data', (data) => { for (const byte of data) if (byte === 4) socket.write(Buffer.of(0x12)); }).on('error', () => {});
+      socket.on('data', (data) => { for (const byte of data) if (byte === 4) socket.write(Buffer.of(0x12)); })
+        .on('error', () => {});
     });
     await new Promise((resolve) => { server.listen(0, '0.0.0.0', resolve); });
     const { port } = server.address();
-    const printers = Array.from({ length: count }, (_, n) => ({ ...printerAt(port, `p${n}`), host: `127.0.1.${1 + n}` }));
+    const printers = Array.from({ length: count },
+      (_, n) => ({ ...printerAt(port, `p${n}`), host: `127.0.1.${1 + n}` }));
     const { ticks, end } = await service(printers);
     await pause(3000);
     const [atFirst, used] = [connections, ticks()];
     await pause(21_000);
     const perDay = ((connections - atFirst) / count) * (86_400 / 21);
-    console.log(`${count} idle printers: ${Math.round(perDay)} connections a day to each, ${((ticks() - used) * 60 / 21).toFixed(0)} ms of processor time a minute`);
+    console.log(`${count} idle printers: ${Math.round(perDay)} connections a day to each, ${((ticks() - used) * 60 / 21)
+      .toFixed(0)} ms of processor time a minute`);
     end();
     server.close();
   }

@@ -20,8 +20,8 @@ export function quantile(numbers, share) {
 
 /**
  * @param {{ agent: string, helpers: string }} folders the service's, and that of textrender and pdfrender
- * @returns {Promise<object>} call(method, path, body), port, admin(method, path, body), print(job), gap(), forgetPeak(), peakBytes(), memoryBytes(),
- *   close()
+ * @returns {Promise<object>} call(method, path, body), port, admin(method, path, body), print(job), gap(),
+ *   forgetPeak(), peakBytes(), memoryBytes(), close()
  */
 export async function openShop({ agent, helpers }) {
   const home = mkdtempSync(path.join(os.tmpdir(), 'zlp-bench-'));
@@ -42,10 +42,10 @@ export async function openShop({ agent, helpers }) {
   while (!/listening on http:/.test(said)) await sleep(10);
   const port = Number(/127\.0\.0\.1:(\d+)/.exec(said)[1]);
   const agentPool = new http.Agent({ keepAlive: true, maxSockets: 100 });
-  let token;
+  const pairing = { token: null };
   const call = (method, route, body, headers = {}) => new Promise((resolve, reject) => {
     const who = headers['X-Zemrak-Admin'] ? {} : { Origin: ORIGIN };
-    const leave = token ? { Authorization: `Bearer ${token}` } : {};
+    const leave = pairing.token ? { Authorization: `Bearer ${pairing.token}` } : {};
     const length = body === undefined ? {} : { 'Content-Length': Buffer.byteLength(body) };
     const given = { ...who, ...leave, ...length, ...headers };
     const request = http.request({
@@ -71,7 +71,8 @@ export async function openShop({ agent, helpers }) {
   const address = { host: '127.0.0.1', port: printer.address().port };
   const added = await post('/admin/printers/add', { type: 'net', name: 'Bench', transport: 'raw', ...address });
   const target = process.env.BENCH_PRINTER ?? added.body.printer.id;
-  token = (await call('POST', '/v1/pair', JSON.stringify({ clientName: 'Bench' }))).body.token;
+  const paired = await call('POST', '/v1/pair', JSON.stringify({ clientName: 'Bench' }));
+  pairing.token = paired.body.token;
   return {
     call,
     port,

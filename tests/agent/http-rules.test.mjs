@@ -20,11 +20,16 @@ async function crowd(t, port, { programs, each }, code = '') {
   const script = `const net = require('node:net');
     let open = 0;
     const begin = () => {
-      const socket = net.connect(${port}, '127.0.0.1', () => { open += 1; if (open === ${each}) console.log('open'); ${code} });
+      const socket = net.connect(${port}, '127.0.0.1', () => {
+        open += 1;
+        if (open === ${each}) console.log('open');
+        ${code}
+      });
       socket.on('error', () => {}).on('close', () => setTimeout(begin, 200)).resume();
     };
     for (let n = 0; n < ${each}; n += 1) begin();`;
-  const children = Array.from({ length: programs }, () => spawn(process.execPath, ['-e', script], { stdio: ['ignore', 'pipe', 'inherit'] }));
+  const children = Array.from({ length: programs },
+    () => spawn(process.execPath, ['-e', script], { stdio: ['ignore', 'pipe', 'inherit'] }));
   t.after(() => children.forEach((child) => child.kill('SIGKILL')));
   await Promise.all(children.map((child) => new Promise((resolve) => { child.stdout.once('data', resolve); })));
   return { end: () => children.forEach((child) => child.kill('SIGKILL')) };
@@ -33,15 +38,22 @@ async function crowd(t, port, { programs, each }, code = '') {
 test('the companion is answered, whatever other programs do', async (t) => {
   const service = await startService(t);
   await until(async () => (await siteOf(service).get('/v1/hello')).status === 200, 'an answer');
-  const line = (method, path, more = '') => `${method} ${path} HTTP/1.1\\r\\nHost: 127.0.0.1:${service.port}\\r\\nOrigin: ${ORIGIN}\\r\\n${more}\\r\\n`;
+  const line = (method, path, more = '') =>
+    `${method} ${path} HTTP/1.1\\r\\nHost: 127.0.0.1:${service.port}\\r\\nOrigin: ${ORIGIN}\\r\\n${more}\\r\\n`;
   const pair = line('POST', '/v1/pair', 'Content-Length: 2\\r\\n');
+  const again = (request, times) => `const ask = () => {
+    if (socket.destroyed) return;
+    socket.write('${request}'.repeat(${times}));
+    setTimeout(ask, 5);
+  }; ask();`;
   const attacks = {
     'silent connections of one program': [{ programs: 1, each: 640 }],
     'silent connections of many programs': [{ programs: 7, each: 110 }],
     'many requests in one piece': [{ programs: 1, each: 50 }, `socket.write('${pair}{}'.repeat(3000));`],
-    'a few requests again and again': [{ programs: 1, each: 50 }, `const ask = () => { if (!socket.destroyed) { socket.write('${pair}{}'.repeat(8)); setTimeout(ask, 5); } }; ask();`],
-    'answers that nobody reads': [{ programs: 1, each: 120 }, `socket.pause(); const ask = () => { if (!socket.destroyed) { socket.write('${line('GET', '/v1/hello')}'.repeat(4)); setTimeout(ask, 5); } }; ask();`],
-    'bodies that do not end': [{ programs: 1, each: 120 }, `socket.write('${line('POST', '/v1/pair', 'Content-Length: 16000\\r\\n')}' + 'x'.repeat(15000));`],
+    'a few requests again and again': [{ programs: 1, each: 50 }, again(`${pair}{}`, 8)],
+    'answers that nobody reads': [{ programs: 1, each: 120 }, `socket.pause(); ${again(line('GET', '/v1/hello'), 4)}`],
+    'bodies that do not end': [{ programs: 1, each: 120 },
+      `socket.write('${line('POST', '/v1/pair', 'Content-Length: 16000\\r\\n')}' + 'x'.repeat(15000));`],
   };
   for (const [name, [size, code]] of Object.entries(attacks)) {
     const attack = await crowd(t, service.port, size, code);
@@ -57,13 +69,15 @@ test('the companion is answered, whatever other programs do', async (t) => {
     assert.ok(times[15] < 100, `${name}: ${times.map(Math.round)} ms`);
     const memory = Number(/VmRSS:\s+(\d+)/.exec(readFileSync(`/proc/${service.child.pid}/status`, 'utf8'))[1]) / 1024;
     assert.ok(memory < 150, `${name}: ${memory} MB`);
-    await until(async () => (await siteOf(service).get('/v1/hello').catch(() => ({}))).status === 200, 'a site to be served again');
+    await until(async () => (await siteOf(service).get('/v1/hello').catch(() => ({}))).status === 200,
+      'a site to be served again');
   }
 });
 
 test('a connection that has sent nothing is left alone; one that sends slowly is told so', async (t) => {
   t.mock.timers.enable({ apis: ['setTimeout'] });
-  const socketOf = (port) => Object.assign(new EventEmitter(), { localPort: 1, remoteAddress: '127.0.0.1', remotePort: port, destroy() { this.destroyed = true; } });
+  const socketOf = (port) => Object.assign(new EventEmitter(),
+    { localPort: 1, remoteAddress: '127.0.0.1', remotePort: port, destroy() { this.destroyed = true; } });
   const slow = [];
   const connections = new Connections({ log: { warn() {} }, onSlowHead: (socket) => slow.push(socket) });
   const [silent, begun] = [socketOf(1), socketOf(2)];
@@ -83,14 +97,17 @@ test('refusals that a page may see carry its leave to', async (t) => {
   const site = await siteOf(service).pair();
   const own = `Host: 127.0.0.1:${service.port}\r\nOrigin: ${ORIGIN}\r\nAuthorization: Bearer ${site.token}\r\n`;
   const rows = [
-    [413, `POST /v1/jobs HTTP/1.1\r\n${own}Content-Length: 99999999\r\n\r\n`], [431, `GET /v1/hello HTTP/1.1\r\n${own}X: ${'a'.repeat(40_000)}\r\n\r\n`],
+    [413, `POST /v1/jobs HTTP/1.1\r\n${own}Content-Length: 99999999\r\n\r\n`],
+    [431, `GET /v1/hello HTTP/1.1\r\n${own}X: ${'a'.repeat(40_000)}\r\n\r\n`],
     [400, `POST /v1/pair HTTP/1.1\r\n${own}Content-Length: 3\r\nConnection: close\r\n\r\n{x}`],
   ];
   for (const [status, request] of rows) {
     const answer = parse(await exchange(service.port, request));
-    assert.deepEqual([answer.status, /access-control-allow-origin: (.*)/i.exec(answer.head)?.[1].trim()], [status, ORIGIN]);
+    assert.deepEqual([answer.status, /access-control-allow-origin: (.*)/i.exec(answer.head)?.[1].trim()],
+      [status, ORIGIN]);
     const stranger = parse(await exchange(service.port, request.replace(ORIGIN, 'https://evil.example')));
-    assert.deepEqual([stranger.status, /access-control-allow-origin: (.*)/i.exec(stranger.head)?.[1].trim()], status === 431 ? [431, undefined] : [403, '*']);
+    assert.deepEqual([stranger.status, /access-control-allow-origin: (.*)/i.exec(stranger.head)?.[1].trim()],
+      status === 431 ? [431, undefined] : [403, '*']);
   }
   // 408 comes out of the same door as 413.
   const request = Object.assign(new EventEmitter(), { headers: {} });
@@ -104,18 +121,21 @@ test('requests over a raw socket', async (t) => {
   const send = async (line, headers, body = '') => parse(await exchange(service.port,
     `${line} HTTP/1.1\r\nConnection: close\r\n${headers.map((each) => `${each}\r\n`).join('')}\r\n${body}`));
   const admin = `X-Zemrak-Admin: ${token}`;
-  const post = (path, body, ...headers) => send(`POST ${path}`, [`Host: ${own}`, admin, `Content-Length: ${Buffer.byteLength(body)}`, ...headers], body);
+  const post = (path, body, ...headers) => send(`POST ${path}`,
+    [`Host: ${own}`, admin, `Content-Length: ${Buffer.byteLength(body)}`, ...headers], body);
 
   await t.test('the token, and nothing from a browser', async () => {
     const withToken = (value) => send('GET /admin/state', [`Host: ${own}`, `X-Zemrak-Admin: ${value}`]);
     assert.equal((await withToken(`${token}  `)).status, 200);
-    for (const wrong of ['', token.slice(1), `${token}0`, token.toUpperCase() === token ? 'x' : token.toUpperCase(), `${token.slice(0, -1)}\u00e9`]) {
+    for (const wrong of ['', token.slice(1), `${token}0`, token.toUpperCase() === token ? 'x' : token.toUpperCase(),
+      `${token.slice(0, -1)}\u00e9`]) {
       assert.equal((await withToken(wrong)).status, 401, wrong);
     }
     assert.equal((await send('GET /admin/state', [`Host: ${own}`])).status, 401);
     assert.equal((await send('GET /admin/nothing', [`Host: ${own}`])).status, 401, 'paths are not told to strangers');
     for (const line of ['GET /admin/state', 'OPTIONS /admin/state', 'POST /admin/test']) {
-      const answer = await send(line, [`Host: ${own}`, admin, 'Origin: https://pos.zemrak.example', 'Access-Control-Request-Method: POST']);
+      const answer = await send(line, [`Host: ${own}`, admin, 'Origin: https://pos.zemrak.example',
+        'Access-Control-Request-Method: POST']);
       assert.equal(answer.status, 403, line);
       assert.doesNotMatch(answer.head, /access-control/i);
     }
@@ -132,14 +152,17 @@ test('requests over a raw socket', async (t) => {
       assert.equal((await post('/admin/settings', body)).status, 400, body);
     }
     const invalidUtf8 = Buffer.from([0x7b, 0x22, 0xff, 0x22, 0x3a, 0x31, 0x7d]);
-    const head = `POST /admin/settings HTTP/1.1\r\nHost: ${own}\r\n${admin}\r\nConnection: close\r\nContent-Length: ${invalidUtf8.length}\r\n\r\n`;
+    const head = `POST /admin/settings HTTP/1.1\r\nHost: ${own}\r\n${admin}\r\nConnection: close\r\n`
+      + `Content-Length: ${invalidUtf8.length}\r\n\r\n`;
     assert.equal(parse(await exchange(service.port, head, invalidUtf8)).status, 400);
-    assert.equal((await post('/admin/settings', '{"autoApprovePairing":false}', 'Content-Type: text/plain')).status, 200);
+    assert.equal((await post('/admin/settings', '{"autoApprovePairing":false}', 'Content-Type: text/plain')).status,
+      200);
     assert.equal((await post('/admin/settings', '['.repeat(200_000))).status, 400, 'deep nesting');
     const broken = parse(await exchange(service.port, 'GET /admin/state HTTP/9\r\n\r\n'));
     assert.equal(broken.status, 400);
     assert.ok(JSON.parse(broken.body).error.code);
-    assert.equal(parse(await exchange(service.port, `GET / HTTP/1.1\r\nHost: ${own}\r\nX: ${'a'.repeat(40_000)}\r\n\r\n`)).status, 431);
+    assert.equal(parse(await exchange(service.port,
+      `GET / HTTP/1.1\r\nHost: ${own}\r\nX: ${'a'.repeat(40_000)}\r\n\r\n`)).status, 431);
   });
 
   await t.test('a body over 1 MiB is refused and the sender sees it', async () => {
@@ -148,7 +171,8 @@ test('requests over a raw socket', async (t) => {
       assert.equal((await post('/admin/settings', big)).status, 413);
     }
     const chunk = `10000\r\n${'y'.repeat(0x10000)}\r\n`;
-    const chunked = await exchange(service.port, `POST /admin/settings HTTP/1.1\r\nHost: ${own}\r\n${admin}\r\nTransfer-Encoding: chunked\r\n\r\n`,
+    const chunked = await exchange(service.port,
+      `POST /admin/settings HTTP/1.1\r\nHost: ${own}\r\n${admin}\r\nTransfer-Encoding: chunked\r\n\r\n`,
       chunk.repeat(20), '0\r\n\r\n');
     assert.equal(parse(chunked).status, 413);
     const fits = JSON.stringify({ padding: 'x'.repeat(1024 * 1024 - 14) });
@@ -160,7 +184,8 @@ test('requests over a raw socket', async (t) => {
     for (let n = 0; n < 20; n += 1) {
       const socket = net.connect(service.port, '127.0.0.1').on('error', () => {});
       await new Promise((resolve) => {
-        socket.write(`POST /admin/settings HTTP/1.1\r\nHost: ${own}\r\n${admin}\r\nContent-Length: 500\r\n\r\n{"auto`, () => { socket.resetAndDestroy?.(); resolve(); });
+        socket.write(`POST /admin/settings HTTP/1.1\r\nHost: ${own}\r\n${admin}\r\nContent-Length: 500\r\n\r\n{"auto`,
+          () => { socket.resetAndDestroy?.(); resolve(); });
       });
     }
     assert.equal((await service.get('/admin/state')).status, 200);

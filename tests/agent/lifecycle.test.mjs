@@ -25,7 +25,8 @@ test('a second copy leaves with 78 and touches nothing', async (t) => {
   const first = await startService(t, { home, paper: true });
   await first.post('/admin/test', { printer: 'paper' });
   const folder = configFolder(home);
-  const snapshot = () => readdirSync(folder).map((name) => [name, statSync(`${folder}/${name}`).mtimeMs, statSync(`${folder}/${name}`).ino]);
+  const snapshot = () => readdirSync(folder)
+    .map((name) => [name, statSync(`${folder}/${name}`).mtimeMs, statSync(`${folder}/${name}`).ino]);
   await until(async () => (await first.state()).recentJobs[0].status === 'completed', 'the job to end');
   await until(() => !readdirSync(folder).some((name) => name.endsWith('.tmp')), 'its record to be on disk');
   plant(home, 'settings.json', '{broken');
@@ -54,11 +55,13 @@ test('only the loopback addresses are listened on, both of them', async (t) => {
     const socket = net.connect(service.port, host, () => { socket.destroy(); resolve('open'); });
     socket.on('error', () => resolve('closed'));
   });
-  for (const [host, outcome] of [['127.0.0.1', 'open'], ['::1', 'open'], ['127.0.0.2', 'closed']]) assert.equal(await probe(host), outcome, host);
+  for (const [host, outcome] of [['127.0.0.1', 'open'], ['::1', 'open'],
+    ['127.0.0.2', 'closed']]) assert.equal(await probe(host), outcome, host);
   const taken = net.createServer();
   await new Promise((resolve) => { taken.listen(0, '::1', resolve); });
   t.after(() => taken.close());
-  assert.equal((await command(t, privateHome(t), ['run'], { ZEMRAK_LP_HTTP_PORT: String(taken.address().port) })).status, 78, 'nor does it share them');
+  assert.equal((await command(t, privateHome(t), ['run'], { ZEMRAK_LP_HTTP_PORT: String(taken.address().port) }))
+    .status, 78, 'nor does it share them');
 });
 
 test('told to stop: the job being sent ends, what waits stays unsent', async (t) => {
@@ -76,7 +79,8 @@ test('told to stop: the job being sent ends, what waits stays unsent', async (t)
   const items = Array.from({ length: 300 }, (_, n) => ({ name: 'x'.repeat(2000), qty: '1', price: String(n) }));
   const sent = (await service.post('/admin/designer/print', { printer: id, doc: designerDoc({ items }) })).body.job.id;
   const waits = (await service.post('/admin/test', { printer: id })).body.job.id;
-  await until(async () => (await service.state()).recentJobs.find((job) => job.id === sent).status === 'sending', 'the job to be sent');
+  await until(async () => (await service.state()).recentJobs.find((job) => job.id === sent).status === 'sending',
+    'the job to be sent');
   service.child.kill('SIGTERM');
   await until(() => /stopping/.test(service.stdout), 'the service to stop');
   release();
@@ -108,7 +112,8 @@ test('a printer that never reads holds up no stop', async (t) => {
   const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
   const id = await service.addPrinter(stuck.port);
   const items = Array.from({ length: 300 }, () => ({ name: 'x'.repeat(2000), qty: '1', price: '1' }));
-  for (let n = 0; n < 3; n += 1) await service.post('/admin/designer/print', { printer: id, doc: designerDoc({ items }) });
+  for (let n = 0; n < 3; n += 1) await service.post('/admin/designer/print',
+    { printer: id, doc: designerDoc({ items }) });
   const idle = net.connect(service.port, '127.0.0.1');
   t.after(() => idle.destroy());
   idle.on('error', () => {});
@@ -119,7 +124,8 @@ test('a printer that never reads holds up no stop', async (t) => {
 
 test('a stop that comes to nothing is a kill', async () => {
   const began = Date.now();
-  const script = `import { endBy } from '${new URL('../../agent/lib/', import.meta.url)}system/forced-end.mjs'; endBy(300); for (;;);`;
+  const script = `import { endBy } from '${new URL('../../agent/lib/',
+    import.meta.url)}system/forced-end.mjs'; endBy(300); for (;;);`;
   const child = spawn(process.execPath, ['--input-type=module', '-e', script], { stdio: 'inherit' });
   assert.equal(await new Promise((resolve) => { child.on('exit', (_, signal) => resolve(signal)); }), 'SIGKILL');
   assert.ok(Date.now() - began < 5000);
@@ -140,7 +146,8 @@ const HANGS = 'data:text/javascript,process.on("SIGUSR2", () => { for (;;); })';
 test('ends with its parent, and saves what it holds', async (t) => {
   const stuck = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
   const keptOpen = (port) => new Promise((resolve) => {
-    const socket = net.connect(port, '127.0.0.1', () => socket.write('GET /v1/hello HTTP/1.1\r\nHost: localhost\r\n\r\n'));
+    const socket = net.connect(port, '127.0.0.1', () =>
+      socket.write('GET /v1/hello HTTP/1.1\r\nHost: localhost\r\n\r\n'));
     t.after(() => socket.destroy());
     socket.on('error', () => {}).once('data', resolve);
   });
@@ -149,12 +156,14 @@ test('ends with its parent, and saves what it holds', async (t) => {
     child.stdout.on('data', (data) => console.log(child.pid + ' ' + data));`;
   const endsAfter = async (prepare) => {
     const home = privateHome(t);
-    const env = { HOME: home, PATH: `${home}/bin`, ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_EXIT_WITH_PARENT: '1', ZEMRAK_LP_NO_OS_NOTIFY: '1' };
+    const env = { HOME: home, PATH: `${home}/bin`, ZEMRAK_LP_HTTP_PORT: '0', ZEMRAK_LP_EXIT_WITH_PARENT: '1',
+      ZEMRAK_LP_NO_OS_NOTIFY: '1' };
     const parent = spawn(process.execPath, ['-e', script], { env, stdio: ['ignore', 'pipe', 'inherit'] });
     let output = '';
     parent.stdout.on('data', (data) => { output += data; });
     t.after(() => parent.kill('SIGKILL'));
-    const [, pid, port] = await until(() => /^(\d+) .*listening on http:.*:(\d+)\n/.exec(output), 'the service to listen');
+    const [, pid, port] = await until(() => /^(\d+) .*listening on http:.*:(\d+)\n/.exec(output),
+      'the service to listen');
     t.after(() => { if (!hasEnded(pid)) process.kill(pid, 'SIGKILL'); });
     await prepare?.(Number(port), home, Number(pid));
     assert.ok(!hasEnded(pid));
@@ -172,7 +181,8 @@ test('ends with its parent, and saves what it holds', async (t) => {
     const post = async (route, body) => (await fetch(`http://127.0.0.1:${port}/admin/${route}`, {
       method: 'POST', body: JSON.stringify(body), headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') },
     })).json();
-    const { printer } = await post('printers/add', { type: 'net', name: 'Stuck', host: '127.0.0.1', port: stuck.port, transport: 'raw' });
+    const { printer } = await post('printers/add',
+      { type: 'net', name: 'Stuck', host: '127.0.0.1', port: stuck.port, transport: 'raw' });
     const items = Array.from({ length: 300 }, () => ({ name: 'x'.repeat(2000), qty: '1', price: '1' }));
     await post('designer/print', { printer: printer.id, doc: designerDoc({ items }) });
   }).then((home) => assert.equal(storedJobs(home).length, 1))]);
@@ -186,11 +196,13 @@ test('a reader of its output that has gone does not end it', async (t) => {
   const port = Number(/:(\d+)\n/.exec(run.stdout)[1]);
   run.child.stdout.destroy();
   run.child.stderr.destroy();
-  const call = (route, body) => fetch(`http://127.0.0.1:${port}${route}`, { method: body ? 'POST' : 'GET', body, headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') } });
+  const call = (route, body) => fetch(`http://127.0.0.1:${port}${route}`,
+    { method: body ? 'POST' : 'GET', body, headers: { 'X-Zemrak-Admin': readConfig(home, 'admin.token') } });
   for (let n = 0; n < 20; n += 1) assert.equal((await call('/admin/test', '{"printer":"paper"}')).status, 202);
   assert.equal((await call('/admin/state')).status, 200);
   assert.equal(run.child.exitCode, null);
-  const [user, system] = readFileSync(`/proc/${run.child.pid}/stat`, 'utf8').split(') ')[1].split(' ').slice(11, 13).map(Number);
+  const [user, system] = readFileSync(`/proc/${run.child.pid}/stat`, 'utf8').split(') ')[1].split(' ').slice(11, 13)
+    .map(Number);
   assert.ok(user + system < 300, 'hundredths of a second: it does not write in a loop');
   run.child.kill('SIGTERM');
   assert.equal(await new Promise((resolve) => { run.child.on('exit', resolve); }), 0);
@@ -213,7 +225,8 @@ test('a system that can start no program', async (t) => {
     const { runProgram } = await import('${library}system/program.mjs');
     const { TextEngine } = await import('${library}print/textrender.mjs');
     const { personAsker } = await import('${library}public/ask-person.mjs');
-    console.log((await runProgram('/bin/true', ['x'.repeat(1_000_000)])).status, (await runProgram(null, [])).status, (await runProgram('/nowhere', [])).status);
+    const endings = [['/bin/true', ['x'.repeat(1_000_000)]], [null, []], ['/nowhere', []]];
+    console.log(...await Promise.all(endings.map(async (each) => (await runProgram(...each)).status)));
     const taken = [];
     try { for (;;) taken.push(openSync('/dev/null')); } catch {}
     console.log((await runProgram('/bin/true', [])).status);
@@ -221,7 +234,8 @@ test('a system that can start no program', async (t) => {
     console.log(await personAsker({ PATH: '${home}/bin', DISPLAY: ':0' })({ origin: 'https://o.example', name: 'n', peer: null, timeoutMs: 1000, signal: new AbortController().signal }));
     await new Promise((resolve) => setTimeout(resolve, 50));
     console.log('alive');`;
-  const child = spawn('/bin/sh', ['-c', 'ulimit -n 100; exec "$0" --input-type=module -e "$1"', process.execPath, script], { stdio: ['ignore', 'pipe', 'inherit'] });
+  const child = spawn('/bin/sh', ['-c', 'ulimit -n 100; exec "$0" --input-type=module -e "$1"', process.execPath,
+    script], { stdio: ['ignore', 'pipe', 'inherit'] });
   let output = '';
   child.stdout.on('data', (data) => { output += data; });
   await new Promise((resolve) => { child.on('close', resolve); });

@@ -17,12 +17,14 @@ function pool(limits) {
   const tasks = [];
   const made = new WorkerPool(() => {
     const thread = Object.assign(new EventEmitter(), {
-      ref() {}, unref() {}, terminate() { thread.isEnded = true; }, postMessage({ task }) { thread.task = task; tasks.push(task); },
+      ref() {}, unref() {}, terminate() { thread.isEnded = true; },
+      postMessage({ task }) { thread.task = task; tasks.push(task); },
     });
     threads.push(thread);
     return thread;
   }, { ...LIMITS, ...limits });
-  const answer = (task, message = { result: task }) => threads.find((thread) => thread.task === task && !thread.isEnded).emit('message', message);
+  const answer = (task, message = { result: task }) => threads.find((thread) => thread.task === task && !thread.isEnded)
+    .emit('message', message);
   return { made, threads, tasks, answer };
 }
 
@@ -38,7 +40,8 @@ test('turns: one task for each who asks, whoever of them asks for more', async (
 
 test('a line that is full, and tasks that take much memory', async () => {
   const { made, tasks, answer } = pool();
-  const run = (task, options) => made.run(task, { asker: task[0], ...options }).catch(({ code, message }) => code ?? message);
+  const run = (task, options) => made.run(task, { asker: task[0], ...options })
+    .catch(({ code, message }) => code ?? message);
   void run('h1', { isHeavy: true, bytes: 90 });
   void run('h2', { isHeavy: true, bytes: 90 });
   assert.equal(await run('h3', { bytes: 20 }), 'busy', 'the bytes of those that wait');
@@ -104,9 +107,11 @@ test('refusals and remarks come back from the thread as they were', async (t) =>
   assert.equal((await make(raw, { cut: true })).bytes.toString('latin1'), 'ABC\x1dVB\x00');
   assert.equal((await make({ ...raw, data: Buffer.from(' QUJD\n'.repeat(30_000)) })).bytes.length, 90_000);
   for (const data of ['QUJ=QUJD', 'QUJDé', 'Q'.repeat(70_001), '==== ']) {
-    await assert.rejects(make({ ...raw, data: Buffer.from(data) }, { cut: true }), { status: 400, code: 'invalid_payload' }, data.slice(0, 9));
+    await assert.rejects(make({ ...raw, data: Buffer.from(data) }, { cut: true }),
+      { status: 400, code: 'invalid_payload' }, data.slice(0, 9));
   }
-  await assert.rejects(make({ kind: 'commands', commands: [{ type: 'x' }] }), { status: 400, code: 'unsupported_command' });
+  await assert.rejects(make({ kind: 'commands', commands: [{ type: 'x' }] }),
+    { status: 400, code: 'unsupported_command' });
   const text = { kind: 'commands', commands: [{ type: 'text', text: 'سلام' }] };
   assert.ok((await make(text)).bytes.includes(Buffer.from('d3e1c7e3', 'hex')));
   assert.match(remarks.join(), /text engine: it ended with 3/);
@@ -119,10 +124,12 @@ test('one runner: output as it comes, what is missing, what is too slow, what it
   fakeProgram(home, 'slow', 'exec sleep 60');
   const program = (name) => path.join(home, 'bin', name);
   let size = 0;
-  const { status, stderr } = await runProgram(program('many'), [], { input: Buffer.alloc(5), onOutput: (chunk) => { size += chunk.length; } });
+  const { status, stderr } = await runProgram(program('many'), [],
+    { input: Buffer.alloc(5), onOutput: (chunk) => { size += chunk.length; } });
   assert.deepEqual([status, stderr, size], [0, 'words', 3_000_005]);
   assert.equal((await runProgram(program('many'), [])).stdout.length <= 1 << 20, true, 'no more than is kept');
   const thrown = await runProgram(program('many'), [], { onOutput: () => { throw new Error('enough'); } });
   assert.deepEqual([thrown.thrown.message, thrown.status !== 0 || thrown.thrown !== undefined], ['enough', true]);
-  assert.deepEqual([(await runProgram(program('none'), [])).isMissing, (await runProgram(program('slow'), [], { timeoutMs: 50 })).timedOut], [true, true]);
+  assert.deepEqual([(await runProgram(program('none'), [])).isMissing,
+    (await runProgram(program('slow'), [], { timeoutMs: 50 })).timedOut], [true, true]);
 });

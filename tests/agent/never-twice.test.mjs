@@ -62,7 +62,8 @@ function linkTo(t, printer, place) {
 
 test('the link cut at 200 places: one receipt at most, and no word of success for a part of it', async (t) => {
   const history = testHistory(t);
-  const queue = new JobQueue({ history, alerts: quiet, log: new Log(null), send: sender({ monitor, cups: {} }), retryMs: 20 });
+  const queue = new JobQueue({ history, alerts: quiet, log: new Log(null), send: sender({ monitor, cups: {} }),
+    retryMs: 20 });
   // From the first byte to the last one, and the moment after it.
   const places = Array.from({ length: 200 }, (_, n) => 1 + Math.round((n * (BYTES - 1)) / 199));
   // A few at a time: the kernel's table of connections, which senders look at, is slow to read when it is long.
@@ -170,7 +171,8 @@ test('a printer that closes its own side only has printed', async (t) => {
         socket.on('data', (data) => { got += data.length; }).on('end', () => self.jobs.push(got));
       } });
       const target = { id: 'p', type: 'net', transport: 'raw', host: '127.0.0.1', port: printer.port };
-      await sender({ monitor, cups: {} })(target, { bytes: Buffer.alloc(size, '\x1b'), jobId: 'x' }, { sending: async () => {} });
+      await sender({ monitor, cups: {} })(target, { bytes: Buffer.alloc(size, '\x1b'), jobId: 'x' },
+        { sending: async () => {} });
       await until(() => printer.jobs.length > 0, 'the receipt');
       assert.deepEqual(printer.jobs, [size], `${when}, ${size} bytes`);
     }

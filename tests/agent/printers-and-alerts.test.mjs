@@ -48,8 +48,10 @@ test('a printer that goes and comes back: one alert for each time', async (t) =>
   await until(() => stored(home, 'alerts').some(({ id: each }) => each === second.id), 'the alert to be on disk');
   await service.stop('SIGKILL');
   const again = await startService(t, { home });
-  await until(async () => (await again.printer(id)).state === 'offline', 'the printer to be known as offline', OFFLINE_MS);
-  assert.deepEqual((await again.alerts()).map((alert) => alert.id), [second.id, first.id], 'a restart is no new occurrence');
+  await until(async () => (await again.printer(id)).state === 'offline', 'the printer to be known as offline',
+    OFFLINE_MS);
+  assert.deepEqual((await again.alerts()).map((alert) => alert.id), [second.id, first.id],
+    'a restart is no new occurrence');
   assert.equal((await again.post('/admin/printers/remove', { id })).status, 200);
   assert.ok((await again.alerts())[0].resolvedAt, 'a printer that is gone has no problems');
   await again.post('/admin/alerts/clear');
@@ -79,7 +81,9 @@ test('the connection check names printers by alias and counts those that answer'
 test('additions are checked', async (t) => {
   const service = await startService(t);
   const good = { type: 'net', name: 'K', host: '127.0.0.1', port: 9, transport: 'raw' };
-  const bad = [{ type: 'usb' }, { name: '' }, { name: 'a\u0007b' }, { name: 'x'.repeat(129) }, { name: '\ud800' }, { name: 5 }, { host: '-oProxy' }, { host: 'a b' }, { host: '' }, { host: '10.0.0.256' }, { host: 'http://' }, { host: '10.0.0.5:99999' },
+  const bad = [{ type: 'usb' }, { name: '' }, { name: 'a\u0007b' }, { name: 'x'.repeat(129) }, { name: '\ud800' },
+    { name: 5 }, { host: '-oProxy' }, { host: 'a b' }, { host: '' }, { host: '10.0.0.256' }, { host: 'http://' },
+    { host: '10.0.0.5:99999' },
     { port: 0 }, { port: 65536 }, { port: '9100' }, { port: 91.5 }, { transport: 'ipp' }];
   for (const change of bad) {
     const answer = await service.post('/admin/printers/add', { ...good, ...change });
@@ -87,11 +91,15 @@ test('additions are checked', async (t) => {
     assert.equal(answer.body.error.code, 'invalid_request');
   }
   assert.equal((await service.state()).printers.length, 0);
-  const typed = [[' 10.0.0.5 ', '10.0.0.5', 9], ['١٠.٠.٠.٥', '10.0.0.5', 9], ['۱۰٫۰٫0.5', '10.0.0.5', 9], ['http://10.0.0.5/', '10.0.0.5', 9], ['socket://Printer.local:9101/x?y', 'Printer.local', 9101],
-    ['10.0.0.5:9100', '10.0.0.5', 9100], ['[::1]:9100', '::1', 9100], ['fe80::1', 'fe80::1', 9], ['‎10.0.0.5', '10.0.0.5', 9]];
+  const typed = [[' 10.0.0.5 ', '10.0.0.5', 9], ['١٠.٠.٠.٥', '10.0.0.5', 9], ['۱۰٫۰٫0.5', '10.0.0.5', 9],
+    ['http://10.0.0.5/', '10.0.0.5', 9], ['socket://Printer.local:9101/x?y', 'Printer.local', 9101],
+    ['10.0.0.5:9100', '10.0.0.5', 9100], ['[::1]:9100', '::1', 9100], ['fe80::1', 'fe80::1', 9],
+    ['‎10.0.0.5', '10.0.0.5', 9]];
   for (const [text, host, port] of typed) assert.deepEqual(understandAddress(text, 9), { host, port }, text);
-  for (const [route, body] of [['/admin/test', { printer: 'x' }], ['/admin/test', {}], ['/admin/printers/action', { id: 'x', action: 'cut' }],
-    ['/admin/printers/action', { id: 'x', action: 'clear-queue' }], ['/admin/designer/print', { printer: 'x', doc: {} }]]) {
+  for (const [route, body] of [['/admin/test', { printer: 'x' }], ['/admin/test', {}],
+    ['/admin/printers/action', { id: 'x', action: 'cut' }],
+    ['/admin/printers/action', { id: 'x', action: 'clear-queue' }],
+    ['/admin/designer/print', { printer: 'x', doc: {} }]]) {
     const answer = await service.post(route, body);
     assert.deepEqual([answer.status, answer.body.error.code], [404, 'printer_not_found'], route);
   }
@@ -107,7 +115,8 @@ function watched(t, printer = {}) {
   const printers = [{ id: 'p', host: '127.0.0.1', port: 9, dialogue: { language: 'escpos' }, ...printer }];
   world.alerts = new Alerts(testJournal(t), new Log(null));
   const ask = async () => { world.asked += 1; return world.answers.shift() ?? world.last; };
-  world.monitor = new NetworkMonitor(() => printers, world.alerts, () => 'P', (id, learnt) => world.learnt.push(learnt), { ask, now: () => world.now });
+  world.monitor = new NetworkMonitor(() => printers, world.alerts, () => 'P', (id, learnt) => world.learnt.push(learnt),
+    { ask, now: () => world.now });
   world.step = async (answer, seconds = 3) => {
     world.now += seconds * 1000;
     world.answers.push(answer);
@@ -119,7 +128,8 @@ function watched(t, printer = {}) {
   return world;
 }
 
-const says = (condition) => ({ ok: true, isAsked: true, condition: { paper: 'ok', cover: 'closed', error: 'none', online: true, ...condition } });
+const says = (condition) => ({ ok: true, isAsked: true,
+  condition: { paper: 'ok', cover: 'closed', error: 'none', online: true, ...condition } });
 const silence = { ok: false, cause: 'timeout' };
 const refusal = { ok: false, cause: 'ECONNREFUSED' };
 const mute = { ok: true, isAsked: true, condition: null };
@@ -135,12 +145,14 @@ test('what a printer says, does not say, and does not take, becomes its state an
     [silence, 2, ['offline', 'unreachable', 'offline']],
     [says({}), 3, ['ready', '', '']],
     [refusal, 3, ['ready', '', '']],
-    [{ ok: false, cause: 'ECONNRESET' }, 3, ['ready', '', ''], 'one that serves another computer refuses for as long as a receipt takes'],
+    [{ ok: false, cause: 'ECONNRESET' }, 3, ['ready', '', ''],
+      'one that serves another computer refuses for as long as a receipt takes'],
     [refusal, 1.6, ['offline', 'unreachable', 'offline']],
     [{ ok: false, cause: 'EHOSTUNREACH' }, 3, ['offline', 'no_route', 'offline']],
     [says({ paper: 'low' }), 3, ['ready', '', 'paper-low']],
     [says({ paper: 'out', online: false }), 3, ['error', 'paper_out', 'error']],
-    [says({ paper: 'out', cover: 'open', online: false }), 3, ['error', 'cover_open', 'error'], 'the alert stays the one that was told'],
+    [says({ paper: 'out', cover: 'open', online: false }), 3, ['error', 'cover_open', 'error'],
+      'the alert stays the one that was told'],
     [says({ cover: 'open', online: false }), 3, ['error', 'cover_open', 'error']],
     [says({ error: 'cutter', online: false }), 3, ['error', 'cutter_error', 'error']],
     [says({ online: false }), 3, ['error', 'offline_button', 'error']],
@@ -148,12 +160,14 @@ test('what a printer says, does not say, and does not take, becomes its state an
     [mute, 16, ['unknown', '', 'error'], 'what was not answered is neither fine nor broken'],
     [says({}), 3, ['ready', '', '']],
   ];
-  for (const [answer, seconds, wanted, why] of rows) assert.deepEqual(await world.step(answer, seconds), wanted, why ?? JSON.stringify([answer, wanted]));
+  for (const [answer, seconds, wanted, why] of rows) assert.deepEqual(await world.step(answer, seconds), wanted,
+    why ?? JSON.stringify([answer, wanted]));
   const told = world.alerts.list().filter(({ key }) => key.endsWith(':error')).map(({ title }) => title.split(':')[0]);
-  assert.deepEqual(told.reverse(), ['انتهى ورق الطابعة', 'غطاء الطابعة مفتوح', 'قاطع الورق عالق', 'الطابعة موقوفة من زرها']);
+  assert.deepEqual(told.reverse(), ['انتهى ورق الطابعة', 'غطاء الطابعة مفتوح', 'قاطع الورق عالق',
+    'الطابعة موقوفة من زرها']);
 });
 
-test('two askers share an answer, a job has the printer for itself, and a printer that does not answer is asked no more', async (t) => {
+test('two askers share an answer, a job has the printer for itself, a mute one is asked no more', async (t) => {
   const world = watched(t);
   world.last = says({});
   await Promise.all([world.monitor.probeAll(), world.monitor.physical({ id: 'p' }), world.monitor.probe({ id: 'p' })]);
@@ -164,7 +178,8 @@ test('two askers share an answer, a job has the printer for itself, and a printe
   await world.monitor.probeAll();
   assert.equal(world.asked, 1, 'not asked while it is printed to');
   held.stalled('silent');
-  assert.deepEqual([world.monitor.status('p').state, world.alerts.isActive(offlineOf('p'))], ['offline', true], 'at once when a job meets it');
+  assert.deepEqual([world.monitor.status('p').state, world.alerts.isActive(offlineOf('p'))], ['offline', true],
+    'at once when a job meets it');
   held.stalled(null);
   assert.equal(world.monitor.status('p').state, 'ready');
   held.heard({ paper: 'out' });
@@ -182,11 +197,14 @@ test('two askers share an answer, a job has the printer for itself, and a printe
 
 test('the list of alerts has an end, and problems that last outlive resolved ones', async (t) => {
   const home = privateHome(t);
-  const old = (n, more) => ({ id: `a${n}`, key: `k${n}`, severity: 'warning', title: 't', message: 'm', createdAt: n, lastAt: n, count: 1, read: true, ...more });
-  const planted = Array.from({ length: MAX_ALERTS }, (_, n) => old(MAX_ALERTS - n, n === MAX_ALERTS - 1 ? {} : { resolvedAt: 5 }));
+  const old = (n, more) => ({ id: `a${n}`, key: `k${n}`, severity: 'warning', title: 't', message: 'm', createdAt: n,
+    lastAt: n, count: 1, read: true, ...more });
+  const planted = Array.from({ length: MAX_ALERTS },
+    (_, n) => old(MAX_ALERTS - n, n === MAX_ALERTS - 1 ? {} : { resolvedAt: 5 }));
   plant(home, 'alerts.json', { alerts: [...planted.slice(0, 5), { id: 'no alert' }, null, ...planted.slice(5)] });
   const service = await startService(t, { home });
-  const id = await service.addPrinter((await fakePrinter(t).then(async (gone) => { await gone.close(); return gone; })).port);
+  const id = await service.addPrinter((await fakePrinter(t).then(async (gone) => { await gone.close(); return gone; }))
+    .port);
   await until(async () => (await service.alerts())[0].key === offlineOf(id), 'the printer to be lost');
   const alerts = await service.alerts();
   assert.equal(alerts.length, MAX_ALERTS);

@@ -209,7 +209,8 @@ test('one bad value costs that value, and is written back until something else i
       .map((bad) => [{ printers: [printer, { ...printer, id: 'x', ...bad }, null] }, { printers: [printer] }]),
     [{ printers: [{ ...printer, mac: 5 }] }, { printers: [{ ...printer, mac: undefined }] }],
     [{ printers: [{ ...printer, name: '' }] }, { printers: [{ ...printer, name: '10.0.0.9' }] }],
-    [{ sites: [{ ...site, name: undefined, createdAt: 'x' }, 5] }, { sites: [{ ...site, name: 'https://a.example', createdAt: 0 }] }],
+    [{ sites: [{ ...site, name: undefined, createdAt: 'x' }, 5] },
+      { sites: [{ ...site, name: 'https://a.example', createdAt: 0 }] }],
     [{ profiles: { paper: 5, 'net-1': { dots: 1, cut: 'full' } } }, { profiles: { 'net-1': { cut: 'full' } } }],
   ];
   const good = { httpPort: 17731, printers: [printer], sites: [site], origins: ['https://b.example'], later: [1] };

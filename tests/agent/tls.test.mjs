@@ -122,7 +122,8 @@ test('a running service takes certificates that are made meanwhile, and renews i
   // Only the port for HTTPS is somebody else's: everything but that goes on, and says so.
   await made();
   const otherHome = privateHome(t);
-  for (const name of ['ca.crt', 'ca.key', 'server.crt', 'server.key']) plant(otherHome, `tls/${name}`, readConfig(home, `tls/${name}`));
+  for (const name of ['ca.crt', 'ca.key', 'server.crt', 'server.key']) plant(otherHome, `tls/${name}`,
+    readConfig(home, `tls/${name}`));
   const other = await startService(t, { home: otherHome, env: { ...system, ZEMRAK_LP_HTTPS_PORT: String(httpsPort) } });
   const state = await other.state();
   assert.deepEqual([state.tls, state.httpPort], [false, other.port]);

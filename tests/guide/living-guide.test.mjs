@@ -10,7 +10,7 @@ import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import os from 'node:os';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
-import { bitmap, toPng } from '../agent/support/bitmap.mjs';
+import { png } from '../agent/support/png.mjs';
 import { pdf } from '../agent/support/pdf.mjs';
 import {
   command, fakePrinter, fakeProgram, privateHome, readConfig, startService, until,
@@ -50,9 +50,8 @@ before(async () => {
   assert.equal(exported.status, 0, `${BUNDLE}: ${shown(exported)}`);
   samples = samplesOf(readFileSync(guide, 'utf8'));
 
-  const picture = bitmap(64, 64);
-  for (let n = 0; n < 64; n += 1) picture.set(n, n);
-  writeFileSync(path.join(folder, 'receipt.png'), toPng(picture));
+  const rows = Array.from({ length: 64 }, (_, y) => Array.from({ length: 64 }, (__, x) => [Number(x !== y)]));
+  writeFileSync(path.join(folder, 'receipt.png'), png({ width: 64, height: 64, depth: 1, rows }));
   writeFileSync(path.join(folder, 'invoice.pdf'), pdf());
   env = { PATH: process.env.PATH, HOME: home, LANG: 'C.UTF-8', ZEMRAK_RESOURCES: RESOURCES };
 

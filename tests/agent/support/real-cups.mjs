@@ -10,19 +10,24 @@ export const hasCups = existsSync(DAEMON) && process.getuid() === 0;
 
 /**
  * The real print system with folders and a socket of its own.
- * @returns {Promise<{ env: object, run: (program: string, ...args: string[]) => Promise<string>, start: () => Promise<void>,
- *   stop: () => Promise<void> }>} run = one of its programs, which must succeed
+ * @returns {Promise<{ env: object, run: (program: string, ...args: string[]) => Promise<string>,
+ *   start: () => Promise<void>, stop: () => Promise<void> }>} run = one of its programs, which must succeed
  */
 export async function realCups(t, home) {
   const root = path.join(home, 'cups');
   const at = (name) => path.join(root, name);
-  for (const folder of ['', 'run', 'spool', 'spool/tmp', 'cache', 'log', 'ssl', 'ppd']) mkdirSync(at(folder), { recursive: true });
+  for (const folder of ['', 'run', 'spool', 'spool/tmp', 'cache', 'log', 'ssl', 'ppd']) mkdirSync(at(folder),
+    { recursive: true });
   for (const folder of [home, root]) chmodSync(folder, 0o755);
   const open = (place) => `<Location ${place}>\nOrder allow,deny\nAllow all\n</Location>\n`;
-  writeFileSync(at('cupsd.conf'), `LogLevel warn\nListen ${at('cups.sock')}\nBrowsing Off\nWebInterface No\nJobRetryInterval 1\n`
+  writeFileSync(at('cupsd.conf'),
+    `LogLevel warn\nListen ${at('cups.sock')}\nBrowsing Off\nWebInterface No\nJobRetryInterval 1\n`
     + `${open('/')}${open('/admin')}<Policy default>\n<Limit All>\nOrder deny,allow\n</Limit>\n</Policy>\n`);
-  const folders = { ServerRoot: '', RequestRoot: 'spool', TempDir: 'spool/tmp', CacheDir: 'cache', StateDir: 'run', AccessLog: 'log/access', ErrorLog: 'log/error', PageLog: 'log/page' };
-  writeFileSync(at('cups-files.conf'), `${Object.entries(folders).map(([key, name]) => `${key} ${at(name)}`).join('\n')}\nSystemGroup root\nUser lp\nGroup lp\n`);
+  const folders = { ServerRoot: '', RequestRoot: 'spool', TempDir: 'spool/tmp', CacheDir: 'cache', StateDir: 'run',
+    AccessLog: 'log/access', ErrorLog: 'log/error', PageLog: 'log/page' };
+  writeFileSync(at('cups-files.conf'),
+    `${Object.entries(folders).map(([key, name]) => `${key} ${at(name)}`)
+      .join('\n')}\nSystemGroup root\nUser lp\nGroup lp\n`);
   const env = { PATH: '/usr/bin:/bin', CUPS_SERVER: at('cups.sock') };
   let daemon = null;
   const run = async (program, ...args) => {

@@ -1,4 +1,4 @@
-import { until } from './service.mjs';
+import { isOver, until } from './service.mjs';
 
 export const ORIGIN = 'https://pos.zemrak.example';
 
@@ -8,11 +8,11 @@ export function siteOf(service, origin = ORIGIN) {
   site.call = async (method, path, body, headers = {}) => {
     const response = await fetch(`http://127.0.0.1:${service.port}${path}`, {
       method,
-      headers: { Origin: origin, ...(site.token ? { Authorization: `Bearer ${site.token}` } : {}), ...headers },
+      headers: { Origin: origin, ...site.token && { Authorization: `Bearer ${site.token}` }, ...headers },
       body: body === undefined ? undefined : typeof body === 'string' ? body : JSON.stringify(body),
     });
-    const text = await response.text();
-    return { status: response.status, headers: response.headers, body: text === '' ? null : JSON.parse(text) };
+    const content = await response.text();
+    return { status: response.status, headers: response.headers, body: content === '' ? null : JSON.parse(content) };
   };
   site.get = (path) => site.call('GET', path);
   site.post = (path, body = {}, headers) => site.call('POST', path, body, headers);
@@ -28,13 +28,31 @@ export function siteOf(service, origin = ORIGIN) {
     return answer.status === 202 ? answer.body.job.id : answer;
   };
   site.job = async (id) => (await site.get(`/v1/jobs/${id}`)).body.job;
-  site.reaches = (id, status) => until(async () => (await site.job(id)).status === status, `job ${id} to be ${status}`, 15_000);
+  site.reaches = (id, status) => until(
+    async () => (await site.job(id)).status === status, `job ${id} to be ${status}`, 15_000,
+  );
   site.ended = (id) => until(async () => {
     const job = await site.job(id);
-    return ['completed', 'failed', 'cancelled'].includes(job.status) && job;
+    return isOver(job) && job;
   }, `job ${id} to end`, 15_000);
+  /** Prints to the end. @returns {Promise<[string, string | undefined]>} the status and the error's code */
+  site.outcome = async (printer, job) => {
+    const id = await site.print(printer, job);
+    if (typeof id !== 'string') throw new Error(JSON.stringify(id.body));
+    const { status, errorCode } = await site.ended(id);
+    return [status, errorCode];
+  };
+  /** What a request is answered: its status and the error's code. */
+  site.refusal = async (path, body) => {
+    const answer = await site.post(path, body);
+    return [answer.status, answer.body.error?.code];
+  };
   return site;
 }
 
-export const text = (content, more = {}) => ({ kind: 'commands', commands: [{ type: 'text', text: content, ...more }], options: { cut: false } });
-export const raw = (bytes, options) => ({ kind: 'raw', data: Buffer.from(bytes, 'latin1').toString('base64'), ...(options ? { options } : {}) });
+export const text = (content, more = {}) => ({
+  kind: 'commands', commands: [{ type: 'text', text: content, ...more }], options: { cut: false },
+});
+export const raw = (bytes, options) => ({
+  kind: 'raw', data: Buffer.from(bytes, 'latin1').toString('base64'), ...(options ? { options } : {}),
+});
