@@ -4,6 +4,7 @@ import assert from 'node:assert/strict';
 import path from 'node:path';
 import { privateHome } from './support/service.mjs';
 import { FAILED, PrintSystem, ippServer } from './support/print-system.mjs';
+import { CupsJob, SYSTEM } from '../../agent/lib/printers/cups-job.mjs';
 import { CupsQueues } from '../../agent/lib/printers/cups.mjs';
 import { jobReport } from '../../agent/lib/printers/ipp-job.mjs';
 import { sender } from '../../agent/lib/printers/send.mjs';
@@ -88,6 +89,9 @@ test('a job that has left a queue of the system is printed only when the system 
     const system = new PrintSystem();
     prepare(system);
     assert.equal(await outcomeOf(system), wanted, `a job that is ${name}`);
+    // What is said is believed at once; only silence and standstill are waited for.
+    const isWaitedFor = /not to be|while it was|now and then|falls silent|told of by nobody/.test(name);
+    assert.equal(system.time > 200, isWaitedFor, `${name}: after ${system.time} ms`);
   }
 });
 
@@ -109,11 +113,22 @@ test('a queue of the system: a job without headway is stalled and cancelled, one
       Object.defineProperty(system, 'isBegun', { get: () => system.cancelled.length > 0 });
       return idle;
     };
+    const movesUp = (n, system) => {
+      system.isBegun = false;
+      const before = ['Office-4', 'Office-5', 'Office-6'].slice(Math.floor(n / 10));
+      system.job('pending', 'none', { before });
+      return idle;
+    };
+    const says = (what) => () => `${printer}\tAlerts: ${what}\n`;
     // What the printer tells every tenth of a second, and how long a job may go without a word that is new.
     const rows = [
       ['pages come out', page, 60_000, 'completed'],
       ['pages come out for longer than a job may tell nothing new', page, 700, 'completed'],
       ['sheets come out without a word', sheets, 60_000, 'completed'],
+      ['jobs before it leave', movesUp, 60_000, 'completed'],
+      ['the paper is out', says('media-empty-error'), 60_000, 'completed'],
+      ['the cover is open', says('cover-open-error'), 60_000, 'completed'],
+      ['something else is wrong with the printer', says('fuser-over-temp-error'), 60_000, 'interrupted'],
       ['another job is being printed', behind, 60_000, 'completed'],
       ['another job is being printed for ever', behind, 700, 'queue_stalled'],
       ['nothing moves', () => page(1), 60_000, 'interrupted'],
@@ -139,6 +154,35 @@ test('a queue of the system: a job without headway is stalled and cancelled, one
       assert.deepEqual(system.cancelled, wanted === 'completed' ? [] : ['Office-7'], name);
     }
   });
+
+test('a job that is called off, and one that a printer of IPP has no time for', async () => {
+  const jobOf = (system, isTold) => new CupsJob(
+    { lpstat: 'lpstat', cancel: 'cancel' }, { queue: 'Office', request: 'Office-7', env: {}, isTold }, system,
+  );
+  const system = new PrintSystem();
+  const off = new AbortController();
+  system.moved = () => { if (system.time === 100) off.abort(); };
+  const { times } = system;
+  await assert.rejects(jobOf(system, false).finished({ times, signal: off.signal }), { code: 'cancelled' });
+  assert.deepEqual([system.cancelled, system.time], [['Office-7'], 100]);
+
+  for (const [isTold, outcome] of [[true, 'yes'], [false, 'queue_stalled']]) {
+    const busy = new PrintSystem();
+    busy.printer += '\tThe printer is in use.\n';
+    busy.isBegun = false;
+    busy.moved = () => { if (busy.time === 1000) busy.job('completed'); };
+    const seen = new Set();
+    const ending = jobOf(busy, isTold).finished({ times, onWait: (why) => seen.add(why) });
+    assert.equal(await ending.catch(({ code }) => code), outcome);
+    assert.ok(seen.has('busy'));
+  }
+
+  const began = performance.now();
+  await SYSTEM.pause(60_000, AbortSignal.timeout(20));
+  await SYSTEM.pause(30, AbortSignal.abort());
+  const took = performance.now() - began;
+  assert.ok(took > 40 && took < 20_000, `${took} ms: a signal ends a rest, but one that has come before does not`);
+});
 
 test('what the print system itself says of a job', async (t) => {
   const CUPS_SERVER = path.join(privateHome(t), 'cups.sock');
