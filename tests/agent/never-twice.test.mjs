@@ -1,6 +1,7 @@
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import http from 'node:http';
+import { once } from 'node:events';
 import net from 'node:net';
 import path from 'node:path';
 import { createHash } from 'node:crypto';
@@ -105,6 +106,15 @@ test('a computer that was held up has not heard the reset yet: that is no silenc
   };
   await link.write(Buffer.from('receipt'));
   await assert.rejects(link.finish(held), { code: 'interrupted' });
+});
+
+test('a connection that is closed before anything is made of it carries nothing', async (t) => {
+  const socket = net.connect((await fakePrinter(t)).port, '127.0.0.1');
+  await once(socket, 'connect');
+  socket.destroy();
+  await once(socket, 'close');
+  const link = new TcpLink(socket, () => {}, { stall: 50, dead: 400, settle: 50 });
+  await assert.rejects(link.write(Buffer.from('receipt')).then(() => link.finish(() => {})), { code: 'interrupted' });
 });
 
 test('a printer that is busy drops connections: no word of success, and one receipt when it is free', async (t) => {
