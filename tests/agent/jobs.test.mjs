@@ -7,12 +7,11 @@ import { fakePrinter, stuckPrinter } from './support/printers.mjs';
 import {
   designerDoc, fakeProgram, longReceipt, plant, printerRecord, privateHome, startService, until,
 } from './support/service.mjs';
-import { storedJobs, testHistory } from './support/store.mjs';
+import { storedJobs, target, testQueue } from './support/store.mjs';
 import { openLpd } from '../../agent/lib/printers/transport-lpd.mjs';
 import { TcpLink } from '../../agent/lib/printers/tcp-link.mjs';
 import { SendError } from '../../agent/lib/printers/send-error.mjs';
-import { JobQueue, MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
-import { Log } from '../../agent/lib/log.mjs';
+import { MAX_WAITING } from '../../agent/lib/jobs/queue.mjs';
 
 const failedOf = (id) => `job:${id}:failed`;
 
@@ -118,30 +117,20 @@ test('a job whose asker has gone before it was begun is not printed: the asker t
   assert.equal(printer.jobs.length, 1);
 });
 
-/** A queue alone, whose jobs go to `send`. */
-function queueWith(t, send) {
-  const history = testHistory(t);
-  const queue = new JobQueue({ history, alerts: { add() {} }, log: new Log(null), send, retryMs: 20 });
-  const accept = (bytes = 1, maxWaitMs = 60_000, id = 'p') => queue.accept(
-    { id, displayName: 'P' }, 'raw', { bytes: Buffer.alloc(bytes), text: '', raw: true }, { maxWaitMs },
-  );
-  return { history, queue, accept };
-}
-
 test('thirty jobs wait for a printer and 256 MB for all of them; the next is refused', async (t) => {
   const sendForEver = async (_to, _payload, hooks) => {
     await hooks.sending();
     await new Promise(() => {});
   };
-  const { queue, accept } = queueWith(t, sendForEver);
-  await accept();
+  const { queue, accept } = testQueue(t, { send: sendForEver });
+  await accept(1);
   await until(() => queue.isBusy('p'), 'the first to be sent');
-  for (let n = 0; n < MAX_WAITING; n += 1) await accept();
+  for (let n = 0; n < MAX_WAITING; n += 1) await accept(1);
   const busy = { status: 409, code: 'queue_busy' };
-  await assert.rejects(accept(), busy);
+  await assert.rejects(accept(1), busy);
   assert.equal(queue.depthOf('p'), 31);
-  await accept(1, 0, 'other printers are not concerned');
-  const large = queueWith(t, sendForEver);
+  await accept(1, { to: target(9, 'other printers are not concerned') });
+  const large = testQueue(t, { send: sendForEver });
   const most = 256 * 1024 * 1024;
   large.queue.checkRoom('p', most + 1); // a single one, however large
   await large.accept(1000);
@@ -154,11 +143,12 @@ test('a clock that is set while jobs wait shortens and lengthens nobody\'s time'
   t.after(() => { Date.now = real; });
   const [patient, hasty] = await Promise.all([60_000, 1000].map(async (maxWaitMs) => {
     const world = { isOn: false, tries: 0 };
-    const { history, accept } = queueWith(t, async () => {
+    const send = async () => {
       world.tries += 1;
       if (!world.isOn) throw new SendError('offline');
-    });
-    const { id } = await accept(1, maxWaitMs);
+    };
+    const { history, accept } = testQueue(t, { send });
+    const { id } = await accept(1, { maxWaitMs });
     const becomes = (status) => until(() => history.find(id).status === status, `the job to be ${status}`);
     await becomes('waiting');
     return Object.assign(world, { becomes });

@@ -4,10 +4,7 @@ import { fakePrinter } from './support/printers.mjs';
 import { until } from './support/service.mjs';
 import { AddressKeeper, LOST_MS } from '../../agent/lib/printers/address-keeper.mjs';
 import { parseNeighbours } from '../../agent/lib/printers/neighbours.mjs';
-import { sender } from '../../agent/lib/printers/send.mjs';
-import { testHistory } from './support/store.mjs';
-import { JobQueue } from '../../agent/lib/jobs/queue.mjs';
-import { Log } from '../../agent/lib/log.mjs';
+import { target, testQueue } from './support/store.mjs';
 
 const mac = (n) => `00:26:ab:00:00:0${n}`;
 const net = (n) => `192.168.1.${n}`;
@@ -165,16 +162,9 @@ test('printers that have swapped their addresses are told apart', async () => {
 test('a job that waits follows its printer', async (t) => {
   const [old, moved] = [await fakePrinter(t), await fakePrinter(t)];
   await old.close();
-  const history = testHistory(t);
-  const monitor = { hold: async () => ({ stalled() {}, release() {} }) };
   let { port } = old;
-  const queue = new JobQueue({
-    history, alerts: { add() {} }, log: new Log(null), retryMs: 10, relocate: (printer) => ({ ...printer, port }),
-    send: sender({ monitor, cups: {} }),
-  });
-  const target = { id: 'p', displayName: 'P', type: 'net', transport: 'raw', host: '127.0.0.1', port };
-  const { id } = await queue.accept(target, 'raw', { bytes: Buffer.from('receipt'), text: '', raw: true },
-    { maxWaitMs: 60_000 });
+  const { history, accept } = testQueue(t, { retryMs: 10, relocate: (printer) => ({ ...printer, port }) });
+  const { id } = await accept(Buffer.from('receipt'), { to: target(port) });
   await until(() => history.find(id).status === 'waiting', 'the job to wait');
   port = moved.port;
   await until(() => history.find(id).status === 'completed', 'the job to end');

@@ -1,6 +1,8 @@
 import path from 'node:path';
 import { configFolder, privateHome } from './service.mjs';
 import { JobHistory } from '../../../agent/lib/jobs/history.mjs';
+import { JobQueue } from '../../../agent/lib/jobs/queue.mjs';
+import { sender } from '../../../agent/lib/printers/send.mjs';
 import { Journal } from '../../../agent/lib/store/journal.mjs';
 import { Log } from '../../../agent/lib/log.mjs';
 
@@ -11,8 +13,32 @@ export function testJournal(t, { base = path.join(privateHome(t), 'journal'), lo
   return journal;
 }
 
-/** A list of jobs on a journal of its own. */
-export const testHistory = (t) => new JobHistory(testJournal(t), new Log(null));
+const watcher = { stalled() {}, heard() {}, learnt() {}, unanswered: () => false, muted() {}, release() {} };
+
+/** Carries a job to its printer, with nobody who watches printers. */
+export const sendTo = sender({ monitor: { hold: async () => watcher }, cups: {} });
+
+/** A network printer as JobQueue and senders know it. */
+export const target = (port, id = 'p') => ({
+  id, displayName: 'P', type: 'net', transport: 'raw', host: '127.0.0.1', port,
+});
+
+/**
+ * A queue alone, on a journal of its own.
+ * @param {import('node:test').TestContext} t
+ * @param {object} parts of JobQueue, in place of its own
+ */
+export function testQueue(t, { send = sendTo, ...parts } = {}) {
+  const history = new JobHistory(testJournal(t), new Log(null));
+  const quiet = { history, alerts: { add() {} }, log: new Log(null), retryMs: 20 };
+  const queue = new JobQueue({ ...quiet, send, ...parts });
+  /** Accepts bytes, or so many of them. @returns {Promise<object>} the job */
+  const accept = (bytes, { to = target(9), maxWaitMs = 60_000 } = {}) => {
+    const payload = { bytes: typeof bytes === 'number' ? Buffer.alloc(bytes, 'r') : bytes, text: '', raw: true };
+    return queue.accept(to, 'raw', payload, { maxWaitMs });
+  };
+  return { history, queue, accept };
+}
 
 /** The values of a table in the journal of a service, oldest first, as a start now would find them. */
 export function stored(home, table) {
