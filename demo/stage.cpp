@@ -35,7 +35,7 @@ bool Stage::enter(const Situation &situation)
     for (QByteArray &body : answers)
         body = withPort(body, m_server.port());
     m_server.answerWith([answers](const HttpRequest &request, QTcpSocket &socket) {
-        const auto answer = answers.constFind(request.target);
+        const auto answer = answers.constFind(request.target.split('?').first());
         if (answer != answers.cend())
             socket.write(HttpServer::response(*answer));
         else

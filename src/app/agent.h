@@ -140,6 +140,8 @@ public:
     /// stop(), and waits for the service to be gone, for a few seconds at most.
     void shutDown() { m_supervisor.shutDown(); }
     void refresh() { m_poll.refresh(); }
+    /// Whether a person can see the window at present; see StatePoll.
+    void setWindowShown(bool shown) { m_poll.setWindowShown(shown); }
     void flash(const QString &text) { m_toast.flash(text); }
 
     void refreshNotifStatus() { m_notifications.refresh(); }

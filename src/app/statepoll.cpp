@@ -2,6 +2,8 @@
 
 #include "model/wire.h"
 
+#include <utility>
+
 namespace zemrak {
 
 namespace {
@@ -35,11 +37,23 @@ void StatePoll::disarm()
 void StatePoll::refresh()
 {
     Q_EMIT aboutToRefresh();
-    m_service.get(QStringLiteral("/admin/state"), PrintService::usualTimeout, this,
-        [this](const PrintService::Answer &answer) { take(answer); });
+    ask(!m_windowShown);
 }
 
-void StatePoll::take(const PrintService::Answer &answer)
+void StatePoll::setWindowShown(bool shown)
+{
+    if (std::exchange(m_windowShown, shown) != shown && shown && m_timer->isActive())
+        refresh();
+}
+
+void StatePoll::ask(bool tellsClosed)
+{
+    const QString path = tellsClosed ? QStringLiteral("/admin/state?window=closed") : QStringLiteral("/admin/state");
+    m_service.get(path, PrintService::usualTimeout, this,
+        [this, tellsClosed](const PrintService::Answer &answer) { take(answer, tellsClosed); });
+}
+
+void StatePoll::take(const PrintService::Answer &answer, bool toldClosed)
 {
     if (m_state && answer == m_body) {
         Q_EMIT answered();
@@ -47,6 +61,11 @@ void StatePoll::take(const PrintService::Answer &answer)
     }
     std::optional<AgentState> state = answer ? decodeBody<AgentState>(*answer) : std::nullopt;
     const bool good = state.has_value();
+    // While another version is being installed over this one, the service may be one that does not know the query.
+    if (!good && answer && toldClosed) {
+        ask(false);
+        return;
+    }
     m_body = good ? *answer : QByteArray();
     publish(std::move(state));
     if (good)

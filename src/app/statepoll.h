@@ -24,6 +24,9 @@ public:
     /// stateChanged().
     [[nodiscard]] const AgentState *state() const { return m_state ? &*m_state : nullptr; }
 
+    /// Tells the service with every poll whether a person looks at the window, as it asks printers more often then;
+    /// until the first call nobody does. When it is shown, one poll is made at once, unless polling has been disarmed.
+    void setWindowShown(bool shown);
     /// Polls every two seconds from now, and once extra after one second.
     void arm();
     /// Polls no more; an answer under way is still taken.
@@ -40,13 +43,15 @@ Q_SIGNALS:
     void answered();
 
 private:
-    void take(const PrintService::Answer &answer);
+    void ask(bool tellsClosed);
+    void take(const PrintService::Answer &answer, bool toldClosed);
     void publish(std::optional<AgentState> state);
 
     PrintService &m_service;
     Clock &m_clock;
     std::unique_ptr<Timer> m_timer;
     std::optional<AgentState> m_state;
+    bool m_windowShown = false;
     QByteArray m_body; ///< what m_state was decoded from: the same bytes again need no decoding
 };
 

@@ -64,12 +64,49 @@ private Q_SLOTS:
         QCOMPARE(about.count(), 7);
     }
 
+    void tellsWhetherTheWindowIsShown()
+    {
+        Fixture f;
+        const auto asked = [&f] { return f.service.requests.last().path; };
+        f.poll.setWindowShown(true); // before the first poll, which comes by itself
+        QVERIFY(f.service.requests.isEmpty());
+        f.poll.arm();
+        f.clock.advance(1s);
+        QCOMPARE(asked(), QStringLiteral("/admin/state"));
+        f.poll.setWindowShown(false);
+        f.poll.setWindowShown(false);
+        QCOMPARE(f.service.requests.size(), 1);
+        f.clock.advance(1s);
+        QCOMPARE(asked(), QStringLiteral("/admin/state?window=closed"));
+        f.poll.setWindowShown(true); // what it shows is asked for at once
+        QCOMPARE(f.service.requests.size(), 3);
+        QCOMPARE(asked(), QStringLiteral("/admin/state"));
+        f.poll.disarm();
+        f.poll.setWindowShown(false);
+        f.poll.setWindowShown(true);
+        QCOMPARE(f.service.requests.size(), 3);
+    }
+
+    void asksPlainlyWhereTheQueryIsNotKnown()
+    {
+        Fixture f;
+        f.look(R"({"error":"not found"})");
+        QCOMPARE(f.service.requests.last().path, QStringLiteral("/admin/state"));
+        QVERIFY(f.changed.isEmpty() && f.answered.isEmpty());
+        f.service.requests.last().answer(stateBody());
+        QVERIFY(f.poll.state() && f.answered.count() == 1);
+        f.poll.refresh();
+        f.service.requests.last().answer({}); // nobody answers: nor would anybody the second time
+        QCOMPARE(f.service.requests.last().path, QStringLiteral("/admin/state?window=closed"));
+        QVERIFY(!f.poll.state());
+    }
+
     void sameStateAnnouncesNothing()
     {
         Fixture f;
         QVERIFY(!f.poll.state());
         f.look(stateBody());
-        QCOMPARE(f.service.requests[0].path, QStringLiteral("/admin/state"));
+        QCOMPARE(f.service.requests[0].path, QStringLiteral("/admin/state?window=closed"));
         QCOMPARE(f.service.requests[0].method, QByteArray("GET"));
         QCOMPARE(f.service.requests[0].timeout, 5s);
         QCOMPARE(f.changed.count(), 1);
@@ -90,6 +127,7 @@ private Q_SLOTS:
                 PrintService::Answer(R"({"version":"1"})"), PrintService::Answer(stateBody().chopped(1)),
                 PrintService::Answer("")}) {
             Fixture f;
+            f.poll.setWindowShown(true);
             f.look(stateBody());
             f.look(answer);
             f.look(answer);
@@ -130,6 +168,7 @@ private Q_SLOTS:
         files.setService(QStringLiteral("echo bye; exit 78"));
         Agent agent({.bundle = files.bundle(), .configDir = files.configDir(), .port = server.port()}, defaults, clock,
             host.forAgent());
+        agent.setWindowShown(true);
         QSignalSpy running(&agent, &Agent::runningChanged);
         QSignalSpy conflict(&agent, &Agent::portConflictChanged);
         QSignalSpy state(&agent, &Agent::stateChanged);

@@ -75,7 +75,7 @@ private:
     void take(const Request &request, QObject *context, Answered done)
     {
         requests.append(request);
-        if (holdBack && request.path != QLatin1String("/admin/state"))
+        if (holdBack && !request.path.startsWith(QLatin1String("/admin/state")))
             held.append({request.path, context, std::move(done)});
         else if (done)
             QMetaObject::invokeMethod(

@@ -37,7 +37,7 @@ struct Application
         server.answerWith([this](const HttpRequest &request, QTcpSocket &socket) {
             if (request.target == held)
                 unanswered = &socket;
-            else if (request.target == "/admin/state")
+            else if (request.target.startsWith("/admin/state"))
                 socket.write(HttpServer::response(toJson(state)));
             else if (request.target == "/admin/alerts")
                 socket.write(HttpServer::response(storedBody(QStringLiteral("wire/alerts.json"))));

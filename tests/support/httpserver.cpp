@@ -34,7 +34,7 @@ QList<HttpRequest> HttpServer::requestsTo(const QByteArray &target) const
 {
     QList<HttpRequest> found;
     for (const HttpRequest &request : m_requests) {
-        if (request.target == target)
+        if (request.target == target || request.target.startsWith(target + '?'))
             found.append(request);
     }
     return found;

@@ -35,6 +35,7 @@ public:
 
     [[nodiscard]] quint16 port() const { return m_server.serverPort(); }
     [[nodiscard]] const QList<HttpRequest> &requests() const { return m_requests; }
+    /// With any query, where `target` has none.
     [[nodiscard]] QList<HttpRequest> requestsTo(const QByteArray &target) const;
     void forget() { m_requests.clear(); }
 

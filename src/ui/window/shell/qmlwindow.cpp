@@ -107,8 +107,10 @@ bool QmlWindow::build()
     connect(m_window.get(), &QWindow::visibleChanged, this, &QmlWindow::closeIfHidden, Qt::QueuedConnection);
     context.session()->view()->appear();
     RelativeClock *clock = context.session()->clock();
-    connect(m_window.get(), &QWindow::visibilityChanged, clock, [clock](QWindow::Visibility visibility) {
-        clock->setActive(visibility != QWindow::Hidden && visibility != QWindow::Minimized);
+    connect(m_window.get(), &QWindow::visibilityChanged, clock, [this, clock](QWindow::Visibility visibility) {
+        const bool seen = visibility != QWindow::Hidden && visibility != QWindow::Minimized;
+        clock->setActive(seen);
+        m_services.agent.setWindowShown(seen);
     });
     return true;
 }
@@ -127,6 +129,7 @@ void QmlWindow::close()
     m_window->disconnect(this); // its visibleChanged, queued, must not close a window that is opened right after
     m_window->hide();
     m_window.reset();
+    m_services.agent.setWindowShown(false);
     UiContext &context = UiContext::of(m_engine.get());
     context.endSession();
     m_engine->collectGarbage();
