@@ -8,6 +8,29 @@ namespace {
 
 constexpr double freshMs = 60'000;
 
+// One alert a receipt; those of one printer have one key.
+bool isLostReceipt(const AlertItem &alert)
+{
+    return alert.key.startsWith(QLatin1String("job:")) && alert.key.endsWith(QLatin1String(":failed"));
+}
+
+// The ids of the alerts of that key that are still to be read.
+QStringList lastingWith(const QString &key, const QList<AlertItem> &alerts)
+{
+    QStringList ids;
+    for (const AlertItem &alert : alerts) {
+        if (alert.key == key && !alert.read && !alert.resolvedAt)
+            ids.append(alert.id);
+    }
+    return ids;
+}
+
+QStringList idsIn(QStringList ids, const QSet<QString> &set)
+{
+    ids.removeIf([&set](const QString &id) { return !set.contains(id); });
+    return ids;
+}
+
 } // namespace
 
 bool shouldAnnounce(const AlertItem &alert, const QSet<QString> &notified)
@@ -45,15 +68,22 @@ void AlertDelivery::seed(const QList<AlertItem> &alerts)
 
 bool AlertDelivery::announce(const QList<AlertItem> &alerts)
 {
-    bool posted = false;
+    const QSet<QString> before = m_notified;
     for (const AlertItem &alert : alerts) {
         if (!shouldAnnounce(alert, m_notified))
             continue;
         m_notified.insert(alert.id);
-        m_notifier.post(alert.id, alert.title, alert.message, alert.severity == QLatin1String("critical"));
-        posted = true;
+        const QStringList alike = isLostReceipt(alert) ? lastingWith(alert.key, alerts) : QStringList();
+        for (const QString &id : alike)
+            m_notified.insert(id);
+        const QStringList shown = idsIn(alike, before);
+        if (!shown.isEmpty())
+            m_notifier.retract(shown);
+        const QString title
+            = alike.size() > 1 ? QStringLiteral("%1 (%2)").arg(alert.title).arg(alike.size()) : alert.title;
+        m_notifier.post(alert.id, title, alert.message, alert.severity == QLatin1String("critical"));
     }
-    return posted;
+    return m_notified.size() > before.size();
 }
 
 bool AlertDelivery::retract(const QList<AlertItem> &alerts)

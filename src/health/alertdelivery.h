@@ -13,7 +13,7 @@
 namespace zemrak {
 
 /// Decides which alerts become notifications, so that each is announced once, also across restarts, and taken back when
-/// its problem has ended.
+/// its problem has ended. Receipts that a printer has lost share one notification, which says how many they are.
 class AlertDelivery
 {
 public:

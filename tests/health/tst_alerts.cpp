@@ -117,6 +117,31 @@ private Q_SLOTS:
         QCOMPARE(Delivery().told({alert("edge", "warning", 60'000)}), QStringLiteral("edge"));
     }
 
+    void lostReceiptsShareOneNotification()
+    {
+        const auto lost = [](const char *id, const char *printer = "p1") {
+            AlertItem item = alert(id);
+            item.key = QStringLiteral("job:%1:failed").arg(QLatin1String(printer));
+            return item;
+        };
+        const auto title = [](const Delivery &d) { return d.notifier.posted.last().title; };
+        Delivery d;
+        QCOMPARE(d.told({lost("a")}), QStringLiteral("a"));
+        QCOMPARE(title(d), QStringLiteral("عنوان"));
+        QCOMPARE(d.told({lost("d"), lost("c"), lost("x", "p2"), lost("b"), lost("a")}), QStringLiteral("d x -a"));
+        QCOMPARE(d.notifier.posted.first().title, QStringLiteral("عنوان (4)"));
+        QCOMPARE(title(d), QStringLiteral("عنوان"));
+        QCOMPARE(d.told({lost("d"), lost("c"), lost("x", "p2"), lost("b"), lost("a")}), QString());
+        // Those that have been read are told no more.
+        const QList<AlertItem> over{resolved(read(lost("d"))), resolved(read(lost("c"))), resolved(read(lost("a")))};
+        QCOMPARE(d.told(over), QStringLiteral("-d -c -a"));
+        QCOMPARE(d.told(QList<AlertItem>{lost("e")} + over).left(1), QStringLiteral("e"));
+        QCOMPARE(title(d), QStringLiteral("عنوان"));
+        AlertItem offline = alert("o1"), again = alert("o2"); // no receipt, whatever its key
+        offline.key = again.key = QStringLiteral("printer:p1:offline");
+        QCOMPARE(d.told({offline, again}), QStringLiteral("o1 o2"));
+    }
+
     void storesTheLastThreeHundredOfTheSet()
     {
         QStringList known;
