@@ -1,5 +1,6 @@
 #include "health/vocabulary.h"
 
+#include <QHash>
 #include <QLatin1String>
 
 namespace zemrak {
@@ -43,6 +44,25 @@ QString reasonLabel(const std::optional<QString> &reason)
     if (reason == QLatin1String("device_missing"))
         return QStringLiteral("الجهاز غير موجود");
     return QStringLiteral("غير متصلة");
+}
+
+QString hindranceText(const QString &code)
+{
+    static const QHash<QString, QString> texts{
+        {QStringLiteral("offline"), QStringLiteral("الطابعة غير متصلة. تحقق من الكهرباء والكابل والشبكة.")},
+        {QStringLiteral("busy"), QStringLiteral("الطابعة لا تجيب الآن، ولعلها تطبع لجهاز آخر.")},
+        {QStringLiteral("scheduler_stopped"), QStringLiteral("خدمة الطباعة في النظام متوقفة.")},
+        {QStringLiteral("cover_open"), QStringLiteral("غطاء الطابعة مفتوح. أغلقه جيدًا.")},
+        {QStringLiteral("paper_out"), QStringLiteral("انتهى ورق الطابعة. ضع لفة جديدة وأغلق الغطاء.")},
+        {QStringLiteral("cutter_error"),
+            QStringLiteral("قاطع الورق عالق. أزل الورق العالق عنده ثم أعد تشغيل الطابعة.")},
+        {QStringLiteral("printer_error"), QStringLiteral("في الطابعة خطأ. أطفئها ثم شغّلها.")},
+        {QStringLiteral("offline_button"), QStringLiteral("الطابعة موقوفة من زرها. اضغط زر التشغيل عليها.")},
+        {QStringLiteral("jam"), QStringLiteral("الورق عالق في الطابعة. أزله ثم أغلقها.")},
+        {QStringLiteral("paused"), QStringLiteral("طابور الطابعة موقوف مؤقتًا. استأنفه من إعدادات النظام.")},
+        {QStringLiteral("not_reading"), QStringLiteral("الطابعة لا تستقبل البيانات. تحقق من الورق والغطاء.")},
+    };
+    return texts.value(code, QStringLiteral("الطابعة غير مستعدة للطباعة (%1).").arg(code));
 }
 
 QString typeLabel(const QString &printerType)

@@ -30,6 +30,9 @@ struct Label
 [[nodiscard]] Label jobLabel(const QString &jobStatus);
 /// Why a printer is offline.
 [[nodiscard]] QString reasonLabel(const std::optional<QString> &reason);
+/// What keeps a printer from printing, or a job waiting, and what to do about it, in a sentence or two. An unknown code
+/// is named, so that support can be told.
+[[nodiscard]] QString hindranceText(const QString &code);
 /// How a printer is connected.
 [[nodiscard]] QString typeLabel(const QString &printerType);
 

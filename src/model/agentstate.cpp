@@ -4,6 +4,23 @@
 
 namespace zemrak {
 
+namespace {
+
+QList<AskedOrigin> decodeAsked(const QJsonValue &value)
+{
+    QList<AskedOrigin> asked;
+    const QJsonArray entries = value.toArray();
+    for (const QJsonValue &entry : entries) {
+        FieldReader fields(entry);
+        const AskedOrigin site{fields.text(QLatin1String("origin")), fields.number(QLatin1String("askedAt"))};
+        if (fields.ok())
+            asked.append(site);
+    }
+    return asked;
+}
+
+} // namespace
+
 std::optional<AgentState> AgentState::decode(const QJsonValue &value)
 {
     FieldReader fields(value);
@@ -19,6 +36,7 @@ std::optional<AgentState> AgentState::decode(const QJsonValue &value)
         .defaultOrigins = fields.texts(QLatin1String("defaultOrigins")),
         .autoApprovePairing = fields.boolean(QLatin1String("autoApprovePairing")),
         .alertsUnread = fields.integer(QLatin1String("alertsUnread")),
+        .askedOrigins = decodeAsked(value[QLatin1String("askedOrigins")]),
     };
     return fields.ok() ? std::optional(std::move(record)) : std::nullopt;
 }

@@ -12,8 +12,17 @@
 
 namespace zemrak {
 
-/// The service's whole state at one moment. Every key is required on purpose: a service that leaves one out is shown as
-/// unreachable rather than half understood.
+/// A site that wanted to print and is not on the list.
+struct AskedOrigin
+{
+    QString origin;
+    double askedAt = 0; ///< milliseconds since 1970-01-01 UTC
+
+    bool operator==(const AskedOrigin &) const = default;
+};
+
+/// The service's whole state at one moment. Every key but the last is required on purpose: a service that leaves one
+/// out is shown as unreachable rather than half understood.
 struct AgentState
 {
     QString version;
@@ -27,6 +36,7 @@ struct AgentState
     QList<QString> defaultOrigins; ///< the built-in ones
     bool autoApprovePairing = false;
     qint64 alertsUnread = 0;
+    QList<AskedOrigin> askedOrigins; ///< newest first; what is odd among them is left out
 
     [[nodiscard]] static std::optional<AgentState> decode(const QJsonValue &value);
     bool operator==(const AgentState &) const = default;

@@ -4,6 +4,16 @@
 
 namespace zemrak {
 
+namespace {
+
+// Of a search that could not be made; one that is odd counts as none.
+QString hindrance(const QJsonValue &result)
+{
+    return toText(result[QLatin1String("message")]).value_or(QString());
+}
+
+} // namespace
+
 std::optional<NetHost> NetHost::decode(const QJsonValue &value)
 {
     FieldReader fields(value);
@@ -19,6 +29,7 @@ std::optional<NetResult> NetResult::decode(const QJsonValue &value)
     FieldReader fields(value);
     NetResult record{
         .hosts = fields.records<NetHost>(QLatin1String("hosts")),
+        .message = hindrance(value),
     };
     return fields.ok() ? std::optional(std::move(record)) : std::nullopt;
 }
@@ -39,6 +50,7 @@ std::optional<UsbResult> UsbResult::decode(const QJsonValue &value)
     FieldReader fields(value);
     UsbResult record{
         .devices = fields.records<UsbDevice>(QLatin1String("devices")),
+        .message = hindrance(value),
     };
     return fields.ok() ? std::optional(std::move(record)) : std::nullopt;
 }
@@ -60,6 +72,7 @@ std::optional<BonjourResult> BonjourResult::decode(const QJsonValue &value)
     FieldReader fields(value);
     BonjourResult record{
         .services = fields.records<BonjourService>(QLatin1String("services")),
+        .message = hindrance(value),
     };
     return fields.ok() ? std::optional(std::move(record)) : std::nullopt;
 }

@@ -22,6 +22,7 @@ struct NetHost
 struct NetResult
 {
     QList<NetHost> hosts;
+    QString message; ///< why nothing could be searched, in Arabic; empty: it could
 
     [[nodiscard]] static std::optional<NetResult> decode(const QJsonValue &value);
     bool operator==(const NetResult &) const = default;
@@ -42,6 +43,7 @@ struct UsbDevice
 struct UsbResult
 {
     QList<UsbDevice> devices;
+    QString message; ///< as NetResult::message
 
     [[nodiscard]] static std::optional<UsbResult> decode(const QJsonValue &value);
     bool operator==(const UsbResult &) const = default;
@@ -63,6 +65,7 @@ struct BonjourService
 struct BonjourResult
 {
     QList<BonjourService> services;
+    QString message; ///< as NetResult::message
 
     [[nodiscard]] static std::optional<BonjourResult> decode(const QJsonValue &value);
     bool operator==(const BonjourResult &) const = default;

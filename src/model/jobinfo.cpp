@@ -13,6 +13,8 @@ std::optional<JobInfo> JobInfo::decode(const QJsonValue &value)
         .kind = fields.text(QLatin1String("kind")),
         .status = fields.text(QLatin1String("status")),
         .errorCode = fields.optionalText(QLatin1String("errorCode")),
+        .waitingFor = toText(value[QLatin1String("waitingFor")]),
+        .confirmed = toText(value[QLatin1String("confirmed")]),
         .updatedAt = fields.number(QLatin1String("updatedAt")),
     };
     return fields.ok() ? std::optional(std::move(record)) : std::nullopt;

@@ -7,7 +7,7 @@
 
 namespace zemrak {
 
-/// One recent print job.
+/// One recent print job. An odd `waitingFor` or `confirmed` costs that field and not the whole state.
 struct JobInfo
 {
     QString id;
@@ -15,6 +15,8 @@ struct JobInfo
     QString kind;
     QString status;
     std::optional<QString> errorCode;
+    std::optional<QString> waitingFor; ///< the service's code for what keeps it back
+    std::optional<QString> confirmed; ///< "yes", "no", "unknown": whether the printer itself reported the end
     double updatedAt = 0; ///< time stamp, as the service sends it
 
     [[nodiscard]] static std::optional<JobInfo> decode(const QJsonValue &value);

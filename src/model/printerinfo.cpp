@@ -13,6 +13,9 @@ std::optional<PrinterInfo> PrinterInfo::decode(const QJsonValue &value)
         .type = fields.text(QLatin1String("type")),
         .state = fields.text(QLatin1String("state")),
         .reason = toText(value[QLatin1String("reason")]),
+        .problem = toText(value[QLatin1String("problem")]),
+        .paper = toText(value[QLatin1String("paper")]),
+        .cover = toText(value[QLatin1String("cover")]),
         .protocolName = toText(value[QLatin1String("protocol")]),
         .profile = Profile::decode(value[QLatin1String("profile")]),
     };

@@ -9,8 +9,8 @@
 
 namespace zemrak {
 
-/// One printer. Only what names it and tells its state must be right; an odd reason, protocol or profile costs that
-/// field and not the whole state.
+/// One printer. Only what names it and tells its state must be right; an odd value of any other
+/// key costs that field and not the whole state.
 struct PrinterInfo
 {
     QString id;
@@ -18,6 +18,9 @@ struct PrinterInfo
     QString type;
     QString state;
     std::optional<QString> reason; ///< why it is offline
+    std::optional<QString> problem; ///< what keeps one in state "error" from printing
+    std::optional<QString> paper; ///< "ok", "low", "out"; none: not told
+    std::optional<QString> cover; ///< "closed", "open"; none: not told
     std::optional<QString> protocolName;
     std::optional<Profile> profile;
 

@@ -66,9 +66,16 @@ private Q_SLOTS:
         QCOMPARE(state->recentJobs.first().id, QStringLiteral("j2"));
         QVERIFY(!state->recentJobs.first().printerName);
         QCOMPARE(state->recentJobs.first().errorCode, QStringLiteral("offline"));
+        QCOMPARE(state->recentJobs.first().waitingFor, QStringLiteral("paper_out"));
+        QCOMPARE(state->recentJobs.first().confirmed, QStringLiteral("no"));
+        QVERIFY(!state->recentJobs.last().waitingFor && !state->recentJobs.last().confirmed);
+        const QList<AskedOrigin> asked{{QStringLiteral("https://new.example.com"), 1700000002000},
+            {QStringLiteral("https://newer.example.com"), 1700000003000}};
+        QVERIFY(state->askedOrigins == asked);
 
         const PrinterInfo &kitchen = state->printers.first();
-        QVERIFY(!kitchen.reason);
+        QVERIFY(!kitchen.reason && !kitchen.problem);
+        QVERIFY(kitchen.paper == QStringLiteral("low") && kitchen.cover == QStringLiteral("closed"));
         QCOMPARE(kitchen.protocolName, QStringLiteral("escpos"));
         const Profile expected{.protocolName = QStringLiteral("escpos"),
             .dots = 576,
@@ -142,7 +149,7 @@ private Q_SLOTS:
         QJsonObject printer = storedObject(QStringLiteral("wire/state.json"))[QLatin1String("printers")][0].toObject();
         for (const QJsonValue &odd :
             {QJsonValue(QJsonValue::Undefined), QJsonValue(), QJsonValue(5), QJsonValue(QJsonArray{1})}) {
-            for (const char *key : {"reason", "protocol", "profile"})
+            for (const char *key : {"reason", "problem", "paper", "cover", "protocol", "profile"})
                 printer.insert(QLatin1String(key), odd);
             const auto decoded = PrinterInfo::decode(printer);
             QVERIFY(decoded && !decoded->reason && !decoded->protocolName && !decoded->profile);

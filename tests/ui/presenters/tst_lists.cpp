@@ -120,10 +120,57 @@ private Q_SLOTS:
             .errorCode = QStringLiteral("weird"),
             .updatedAt = double(now - 2 * minute)};
         model.setRows({failed});
-        QCOMPARE(
-            firstRow(model, {"jobId", "printerName", "kindText", "statusText", "statusColor", "errorText", "time"}),
+        QCOMPARE(firstRow(model,
+                     {"jobId", "printerName", "kindText", "statusText", "statusColor", "errorText", "waitingText",
+                         "confirmedText", "time"}),
             (QStringList{QStringLiteral("j"), QString(), QStringLiteral("فتح الدرج"), QStringLiteral("فشلت"),
-                QStringLiteral("gRed"), QStringLiteral("لم تكتمل الطباعة (weird)."), QStringLiteral("قبل دقيقتين")}));
+                QStringLiteral("gRed"), QStringLiteral("لم تكتمل الطباعة (weird)."), QString(), QString(),
+                QStringLiteral("قبل دقيقتين")}));
+    }
+
+    void whatKeepsAJobAndWhoConfirmedIt_data()
+    {
+        QTest::addColumn<JobInfo>("job");
+        QTest::addColumn<QString>("text"); // what it waits for, or who confirmed it
+        const auto row = [](const char *status, const char *waitingFor, const char *confirmed, const char16_t *text) {
+            JobInfo job{.status = QString::fromLatin1(status)};
+            if (*waitingFor != '\0')
+                job.waitingFor = QString::fromLatin1(waitingFor);
+            if (*confirmed != '\0')
+                job.confirmed = QString::fromLatin1(confirmed);
+            QTest::addRow("%s %s %s", status, waitingFor, confirmed) << job << QString::fromUtf16(text);
+        };
+        row("waiting", "paper_out", "unknown", u"انتهى ورق الطابعة. ضع لفة جديدة وأغلق الغطاء.");
+        row("printing", "cover_open", "unknown", u"غطاء الطابعة مفتوح. أغلقه جيدًا.");
+        row("waiting", "odd", "", u"الطابعة غير مستعدة للطباعة (odd).");
+        row("waiting", "", "unknown", u"");
+        row("failed", "offline", "no", u""); // its error says so
+        row("completed", "offline", "yes", u"أكدتها الطابعة");
+        row("completed", "", "unknown", u"لم تؤكدها الطابعة");
+        row("completed", "", "", u"");
+    }
+    void whatKeepsAJobAndWhoConfirmedIt()
+    {
+        QFETCH(JobInfo, job);
+        QFETCH(QString, text);
+        QCOMPARE(jobWaitingText(job) + jobConfirmedText(job), text);
+    }
+
+    void troubleOfPrinters()
+    {
+        PrinterInfo info = printer(QStringLiteral("net"), QStringLiteral("ready"));
+        const auto trouble = [&info](const char *state, const char *problem, const char *paper) {
+            info.state = QString::fromLatin1(state);
+            info.problem = problem ? std::optional(QString::fromLatin1(problem)) : std::nullopt;
+            info.paper = paper ? std::optional(QString::fromLatin1(paper)) : std::nullopt;
+            return troubleText(info);
+        };
+        QCOMPARE(trouble("error", "cover_open", "out"), QStringLiteral("غطاء الطابعة مفتوح. أغلقه جيدًا."));
+        QCOMPARE(trouble("error", nullptr, nullptr), QStringLiteral("في الطابعة مشكلة. تحقق من الورق والغطاء."));
+        QCOMPARE(trouble("busy", nullptr, "low"), QStringLiteral("الورق على وشك النفاد. جهّز لفة جديدة."));
+        for (const char *state : {"ready", "offline", "unknown"})
+            QCOMPARE(trouble(state, nullptr, "ok"), QString());
+        QCOMPARE(trouble("offline", nullptr, "low"), QString());
     }
 
     // Texts move on, but a tick that changes no text tells nothing.
@@ -138,7 +185,7 @@ private Q_SLOTS:
         QCOMPARE(changed[0][1].toModelIndex().row(), 0);
         QCOMPARE(changed[0][2].value<QList<int>>(), QList<int>{JobListModel::TimeRole});
         model.setNow(now + minute);
-        QCOMPARE(column(model, "time"), QStringLiteral("قبل دقيقة واحدة قبل ٦ دقائق"));
+        QCOMPARE(column(model, "time"), QStringLiteral("قبل دقيقة واحدة قبل 6 دقائق"));
         changed.clear();
         model.setNow(now + minute + 1000);
         QVERIFY(changed.isEmpty());
@@ -171,7 +218,7 @@ private Q_SLOTS:
 
         model.setRows(originRows({own}, {own}, {pairing}));
         model.setNow(now + day);
-        QCOMPARE(column(model, "statusText"), QStringLiteral("مقترن منذ ٣ أيام"));
+        QCOMPARE(column(model, "statusText"), QStringLiteral("مقترن منذ 3 أيام"));
     }
 
     void alerts_data()

@@ -4,6 +4,7 @@
 #include "ui/presenters/text/relativetime.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -61,6 +62,8 @@ private Q_SLOTS:
         QFETCH(QString, words);
         const qint64 now = at(2024, 3, 31);
         QCOMPARE(relativeTime(double(now - ago), now), words);
+        QVERIFY(!relativeTime(double(now - ago), now, Digits::Western)
+                     .contains(QRegularExpression(QStringLiteral("[٠-٩]"))));
     }
 
     void monthsAreThoseOfTheCalendar()

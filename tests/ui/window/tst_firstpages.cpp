@@ -16,7 +16,9 @@ const QString testPrint = QStringLiteral("طباعة تجربة");
 QList<QQuickItem *> visibleWith(QQuickItem *item, const QString &text, const char *property = "text")
 {
     return itemsWhere(item, [&](const QQuickItem *candidate) {
-        return candidate->activeFocusOnTab() && candidate->property(property).toString() == text;
+        // Of a list only the chosen row is a stop of the Tab key.
+        return (candidate->activeFocusOnTab() || candidate->inherits("QQuickAbstractButton"))
+            && candidate->property(property).toString() == text;
     });
 }
 
@@ -115,6 +117,9 @@ private Q_SLOTS:
         QTest::keyClick(window(), Qt::Key_Return);
         QTRY_COMPARE(m_stage->server().requestsTo("/admin/test").size(), 2);
         QCOMPARE(view().editing(), QString());
+        QTest::keyClick(window(), Qt::Key_Tab); // out of the list, which is one stop
+        QVERIFY(
+            !window()->activeFocusItem() || window()->activeFocusItem()->property("text") != QStringLiteral("BT-58"));
     }
 
     void arrowsWalkALongList()

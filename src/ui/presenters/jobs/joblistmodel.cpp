@@ -30,7 +30,7 @@ QString jobErrorText(const std::optional<QString> &errorCode)
     if (!errorCode || errorCode->isEmpty())
         return {};
     static const QHash<QString, QString> texts{
-        {QStringLiteral("offline"), QStringLiteral("الطابعة غير متصلة، ولم يُطبع شيء.")},
+        {QStringLiteral("offline"), QStringLiteral("لم تكن الطابعة متصلة أو جاهزة، ولم يُطبع شيء.")},
         {QStringLiteral("timeout"), QStringLiteral("لم يؤكد نظام الطباعة طباعتها؛ راجع الورق قبل أن تعيدها.")},
         {QStringLiteral("interrupted"), QStringLiteral("انقطعت الطباعة قبل أن تكتمل؛ راجع الورق قبل أن تعيدها.")},
         {QStringLiteral("uncertain_after_restart"),
@@ -46,6 +46,21 @@ QString jobErrorText(const std::optional<QString> &errorCode)
         {QStringLiteral("invalid_payload"), QStringLiteral("محتوى الطباعة غير صالح.")},
     };
     return texts.value(*errorCode, QStringLiteral("لم تكتمل الطباعة (%1).").arg(*errorCode));
+}
+
+QString jobWaitingText(const JobInfo &job)
+{
+    const bool over = job.status == QLatin1String("completed") || job.status == QLatin1String("failed")
+        || job.status == QLatin1String("cancelled");
+    return over || !job.waitingFor ? QString() : hindranceText(*job.waitingFor);
+}
+
+QString jobConfirmedText(const JobInfo &job)
+{
+    if (job.status != QLatin1String("completed") || !job.confirmed)
+        return {};
+    return job.confirmed == QLatin1String("yes") ? QStringLiteral("أكدتها الطابعة")
+                                                 : QStringLiteral("لم تؤكدها الطابعة");
 }
 
 JobListModel::JobListModel(qint64 now, QObject *parent)
@@ -84,10 +99,14 @@ QVariant JobListModel::value(const JobInfo &job, int role) const
         return job.errorCode.value_or(QString());
     case ErrorTextRole:
         return jobErrorText(job.errorCode);
+    case WaitingTextRole:
+        return jobWaitingText(job);
+    case ConfirmedTextRole:
+        return jobConfirmedText(job);
     case UpdatedAtRole:
         return job.updatedAt;
     case TimeRole:
-        return relativeTime(job.updatedAt, m_now);
+        return relativeTime(job.updatedAt, m_now, Digits::Western);
     default:
         return {};
     }
@@ -97,7 +116,8 @@ QHash<int, QByteArray> JobListModel::roleNames() const
 {
     return {{IdRole, "jobId"}, {PrinterNameRole, "printerName"}, {KindRole, "kind"}, {KindTextRole, "kindText"},
         {StatusRole, "status"}, {StatusTextRole, "statusText"}, {StatusColorRole, "statusColor"},
-        {ErrorCodeRole, "errorCode"}, {ErrorTextRole, "errorText"}, {UpdatedAtRole, "updatedAt"}, {TimeRole, "time"}};
+        {ErrorCodeRole, "errorCode"}, {ErrorTextRole, "errorText"}, {WaitingTextRole, "waitingText"},
+        {ConfirmedTextRole, "confirmedText"}, {UpdatedAtRole, "updatedAt"}, {TimeRole, "time"}};
 }
 
 } // namespace zemrak

@@ -15,6 +15,11 @@ bool isOffline(const PrinterInfo &printer)
     return printer.state == QLatin1String("offline");
 }
 
+bool isInError(const PrinterInfo &printer)
+{
+    return printer.state == QLatin1String("error");
+}
+
 } // namespace
 
 QString printerIcon(const QString &type)
@@ -24,6 +29,16 @@ QString printerIcon(const QString &type)
     if (type == QLatin1String("serial"))
         return QStringLiteral("dot.radiowaves.left.and.right");
     return QStringLiteral("printer.fill");
+}
+
+QString troubleText(const PrinterInfo &printer)
+{
+    if (isInError(printer))
+        return printer.problem ? hindranceText(*printer.problem)
+                               : QStringLiteral("في الطابعة مشكلة. تحقق من الورق والغطاء.");
+    return isConnected(printer) && printer.paper == QLatin1String("low")
+        ? QStringLiteral("الورق على وشك النفاد. جهّز لفة جديدة.")
+        : QString();
 }
 
 QString languageLabel(const std::optional<QString> &protocolName)
@@ -58,6 +73,10 @@ QVariant PrinterListModel::value(const PrinterInfo &printer, int role) const
         return printerIcon(printer.type);
     case DetailRole:
         return isOffline(printer) ? reasonLabel(printer.reason) : typeLabel(printer.type);
+    case TroubleRole:
+        return troubleText(printer);
+    case TroubleColorRole:
+        return paletteName(isInError(printer) ? Tone::Red : Tone::Amber);
     case LanguageRole:
         return languageLabel(printer.protocolName);
     case StateRole:
@@ -80,9 +99,10 @@ QVariant PrinterListModel::value(const PrinterInfo &printer, int role) const
 QHash<int, QByteArray> PrinterListModel::roleNames() const
 {
     return {{IdRole, "printerId"}, {NameRole, "name"}, {DeviceNameRole, "deviceName"}, {TypeRole, "type"},
-        {TypeTextRole, "typeText"}, {IconRole, "icon"}, {DetailRole, "detail"}, {LanguageRole, "language"},
-        {StateRole, "printerState"}, {StateTextRole, "stateText"}, {StateColorRole, "stateColor"},
-        {ConnectedRole, "connected"}, {OfflineRole, "offline"}, {RoleTextRole, "roleText"}};
+        {TypeTextRole, "typeText"}, {IconRole, "icon"}, {DetailRole, "detail"}, {TroubleRole, "trouble"},
+        {TroubleColorRole, "troubleColor"}, {LanguageRole, "language"}, {StateRole, "printerState"},
+        {StateTextRole, "stateText"}, {StateColorRole, "stateColor"}, {ConnectedRole, "connected"},
+        {OfflineRole, "offline"}, {RoleTextRole, "roleText"}};
 }
 
 } // namespace zemrak

@@ -20,6 +20,8 @@ public:
         TypeTextRole,
         IconRole, ///< symbol name
         DetailRole, ///< why it is offline, else how it is connected
+        TroubleRole, ///< what is wrong with one that is connected, and what to do; empty: nothing is known to be
+        TroubleColorRole, ///< palette name
         LanguageRole, ///< printing language; empty: not shown
         StateRole, ///< the service's code
         StateTextRole,
@@ -41,6 +43,8 @@ protected:
 
 /// Symbol for a printer of this type.
 [[nodiscard]] QString printerIcon(const QString &type);
+/// What is wrong with a printer that is connected: why it is in error, or that its roll ends soon; else empty.
+[[nodiscard]] QString troubleText(const PrinterInfo &printer);
 /// The printing language in words; empty for none.
 [[nodiscard]] QString languageLabel(const std::optional<QString> &protocolName);
 

@@ -96,6 +96,15 @@ QString text(const RelativeStep &step)
     return U_SUCCESS(status) ? QString::fromUtf16(words.getBuffer(), words.length()) : QString();
 }
 
+QString withWesternDigits(QString text)
+{
+    for (QChar &letter : text) {
+        if (letter.isDigit())
+            letter = QLatin1Char(char('0' + letter.digitValue()));
+    }
+    return text;
+}
+
 } // namespace
 
 RelativeStep relativeStep(double then, qint64 now)
@@ -111,9 +120,10 @@ RelativeStep relativeStep(double then, qint64 now)
     return moment - now < 2 * second ? RelativeStep{} : distance(now, moment);
 }
 
-QString relativeTime(double then, qint64 now)
+QString relativeTime(double then, qint64 now, Digits digits)
 {
-    return text(relativeStep(then, now));
+    const QString words = text(relativeStep(then, now));
+    return digits == Digits::Western ? withWesternDigits(words) : words;
 }
 
 QString relativeAge(double then, qint64 now)
@@ -122,7 +132,7 @@ QString relativeAge(double then, qint64 now)
     if (step.value >= 0)
         step = {Unit::Second, -1};
     // "قبل" and "منذ" ask for the same case of the noun, so one can take the place of the other.
-    const QString words = text(step);
+    const QString words = withWesternDigits(text(step));
     const QString before = QStringLiteral("قبل ");
     return words.startsWith(before) ? words.sliced(before.size()) : words;
 }

@@ -30,10 +30,18 @@ struct RelativeStep
 /// Texts made of equal steps are equal. Months and years are those of the calendar.
 [[nodiscard]] RelativeStep relativeStep(double then, qint64 now);
 
-/// `then` told relative to `now` in full Arabic words, such as "قبل ساعتين".
-[[nodiscard]] QString relativeTime(double then, qint64 now);
+/// In the digits of the Arabic locale, or in Western ones, for a line that holds others of those.
+enum class Digits
+{
+    OfLocale,
+    Western
+};
 
-/// How long ago `then` was, to follow the word "منذ", such as "ساعتين"; at least a second.
+/// `then` told relative to `now` in full Arabic words, such as "قبل ساعتين".
+[[nodiscard]] QString relativeTime(double then, qint64 now, Digits digits = Digits::OfLocale);
+
+/// How long ago `then` was, to follow the word "منذ", such as "ساعتين"; at least a second. In Western
+/// digits.
 [[nodiscard]] QString relativeAge(double then, qint64 now);
 
 } // namespace zemrak

@@ -27,7 +27,8 @@ WindowSession::WindowSession(const MainWindowServices &services, Appearance &app
     , m_jobs(m_now.now())
     , m_foundJobs(m_jobs,
           {JobListModel::PrinterNameRole, JobListModel::KindTextRole, JobListModel::StatusTextRole,
-              JobListModel::ErrorTextRole, JobListModel::ErrorCodeRole, JobListModel::IdRole})
+              JobListModel::ErrorTextRole, JobListModel::WaitingTextRole, JobListModel::ErrorCodeRole,
+              JobListModel::IdRole})
     , m_alerts({.feed = m_agent.alertFeed(),
                    .check = m_agent.connectionCheck(),
                    .updates = m_agent.updates(),

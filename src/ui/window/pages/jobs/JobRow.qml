@@ -13,9 +13,12 @@ RowCard {
     required property string statusText
     required property string statusColor
     required property string errorText
+    required property string waitingText
+    required property string confirmedText
+    readonly property string remark: errorText === "" ? waitingText : errorText
     required property string time
 
-    facts: [kindText, statusText, errorText, time]
+    facts: [kindText, statusText, confirmedText, remark, time]
     inset: Theme.s12
     name: printerName === "" ? kindText : printerName
     row: index
@@ -36,6 +39,13 @@ RowCard {
             Accessible.ignored: true
             value: root.name
             weight: Font.Medium
+        }
+        AppText {
+            Accessible.ignored: true
+            color: Theme.gMuted
+            font.pixelSize: Theme.textSmall
+            text: root.confirmedText
+            visible: root.confirmedText !== ""
         }
         Badge {
             Accessible.ignored: true
@@ -74,10 +84,10 @@ RowCard {
     }
     AppText {
         Accessible.ignored: true
-        color: Theme.readable(Theme.gRed)
+        color: Theme.readable(root.errorText === "" ? Theme.gAmber : Theme.gRed)
         font.pixelSize: Theme.textSmall
-        text: root.errorText
-        visible: root.errorText !== ""
+        text: root.remark
+        visible: root.remark !== ""
         width: root.textRoom
         wrapMode: Text.Wrap
     }

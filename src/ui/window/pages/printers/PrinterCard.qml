@@ -3,7 +3,8 @@ import QtQuick.Layouts
 import Zemrak.Kit
 import Zemrak.Window
 
-// One printer. All of the card opens its settings; the test print on it is a button of its own.
+// One printer. All of the card opens its settings; the test print on it is a button of its own. Of the whole list only
+// the chosen card is a stop of the Tab key, and its button the next one.
 FocusScope {
     id: root
 
@@ -12,11 +13,14 @@ FocusScope {
     required property string name
     required property string icon
     required property string detail
+    required property string trouble
+    required property string troubleColor
     required property string language
     required property string stateText
     required property string stateColor
     required property bool offline
     readonly property bool hover: card.hovered
+    readonly property int stops: ListView.isCurrentItem || activeFocus ? Qt.StrongFocus : Qt.ClickFocus
     readonly property bool wide: width >= Theme.px(540)
 
     signal open()
@@ -30,6 +34,9 @@ FocusScope {
 
     implicitHeight: card.implicitHeight
 
+    onActiveFocusChanged: if (activeFocus && ListView.view)
+        ListView.view.currentIndex = index
+
     Keys.onDownPressed: stepped(1)
     Keys.onUpPressed: stepped(-1)
 
@@ -38,9 +45,10 @@ FocusScope {
 
         readonly property string help: "افتح إعدادات الطابعة"
 
-        Accessible.description: root.detail + (root.language === "" ? "" : "، " + root.language) + "، " + root.stateText + "، " + help
+        Accessible.description: root.detail + (root.language === "" ? "" : "، " + root.language) + "، " + root.stateText + (root.trouble === "" ? "" : "، " + root.trouble) + "، " + help
         anchors.fill: parent
         focus: true
+        focusPolicy: root.stops
         fade: root.offline ? Theme.offlineOpacity : 1
         hint: test.hovered ? "" : help
         implicitHeight: grid.implicitHeight + topPadding + bottomPadding
@@ -93,6 +101,15 @@ FocusScope {
                         Layout.fillWidth: true
                     }
                 }
+                AppText {
+                    Layout.fillWidth: true
+                    Accessible.ignored: true
+                    color: Theme.readable(Theme.named(root.troubleColor))
+                    font.pixelSize: Theme.textSmall
+                    text: root.trouble
+                    visible: root.trouble !== ""
+                    wrapMode: Text.Wrap
+                }
             }
             RowLayout {
                 Layout.column: root.wide ? 2 : 1
@@ -108,6 +125,7 @@ FocusScope {
                 SecondaryButton {
                     id: test
                     Accessible.description: root.name
+                    focusPolicy: root.stops
                     text: "طباعة تجربة"
 
                     onClicked: Ui.session.printers.testPrint(root.printerId)
