@@ -88,6 +88,12 @@ bool ShotMaker::makeShot(const Shot &shot, bool dark)
     }
     set->window.window()->resize(windowSize);
     shot.open(UiContext::of(set->window.engine()));
+    const AddPrinterPresenter *adding = UiContext::of(set->window.engine()).session()->addPrinter();
+    const auto isAnswered = [adding] { return !adding || (!adding->isScanning() && !adding->isAddingManual()); };
+    if (!QTest::qWaitFor(isAnswered, patience)) {
+        m_fault = QStringLiteral("a search was not answered");
+        return false;
+    }
     const auto isChecked = [&set] {
         set->clock.advance(100ms);
         return !set->stage.agent().isScanning();

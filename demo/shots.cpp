@@ -40,6 +40,15 @@ std::function<void(UiContext &)> foundPrinters(const char *tab)
     };
 }
 
+void refusedAddress(UiContext &ui)
+{
+    addPrinter(ui);
+    AddPrinterPresenter *presenter = ui.session()->addPrinter();
+    presenter->searchBonjour();
+    presenter->setHost(QStringLiteral("192.168.1"));
+    presenter->addManual();
+}
+
 std::function<void(UiContext &)> designer(std::function<void(DesignerPresenter &)> fill)
 {
     return [fill = std::move(fill)](UiContext &ui) {
@@ -130,6 +139,7 @@ std::span<const Shot> shots()
         {s("overview-crowded"), s("crowded"), check, true},
         {s("printers"), s("shop"), page("printers")},
         {s("printers-offline"), s("offline"), page("printers")},
+        {s("printers-waiting"), s("waiting"), page("printers")},
         {s("printers-stopped"), s("stopped"), page("printers")},
         {s("printers-crowded"), s("crowded"), page("printers")},
         {s("printers-empty"), s("empty"), page("printers")},
@@ -143,6 +153,7 @@ std::span<const Shot> shots()
         {s("add-printer-none"), s("quiet"), foundPrinters("net")},
         {s("add-printer-long"), s("long"), foundPrinters("net")},
         {s("add-printer-usb-long"), s("long"), foundPrinters("usb")},
+        {s("add-printer-refused"), s("waiting"), refusedAddress},
         {s("designer"), s("shop"), page("designer")},
         {s("designer-sample"), s("shop"), designer([](DesignerPresenter &view) { view.loadSample(); })},
         {s("designer-unconnected"), s("offline"), page("designer")},
@@ -150,11 +161,13 @@ std::span<const Shot> shots()
         {s("designer-faults"), s("shop"), designer(fillWithFaults)},
         {s("designer-long"), s("long"), designer(fillWithLongTexts)},
         {s("sites"), s("shop"), page("sites")},
+        {s("sites-asked"), s("waiting"), page("sites")},
         {s("sites-empty"), s("empty"), page("sites")},
         {s("sites-long"), s("long"), page("sites")},
         {s("sites-stopped"), s("stopped"), page("sites")},
         {s("sites-crowded"), s("crowded"), page("sites")},
         {s("jobs"), s("shop"), page("jobs")},
+        {s("jobs-waiting"), s("waiting"), page("jobs")},
         {s("jobs-empty"), s("empty"), page("jobs")},
         {s("jobs-long"), s("long"), page("jobs")},
         {s("jobs-stopped"), s("stopped"), page("jobs")},

@@ -116,7 +116,10 @@ Answers quiet()
 {
     QJsonObject state = shopState();
     state.insert(QStringLiteral("alertsUnread"), 0);
-    return both(state, noAlerts());
+    Answers answers = both(state, noAlerts());
+    for (const auto &[what, key] : {std::pair("network", "hosts"), {"bonjour", "services"}, {"usb", "devices"}})
+        answers.insert(QByteArray("/admin/discover/") + what, toJson({{QLatin1String(key), QJsonArray()}}));
+    return answers;
 }
 
 Answers empty()
@@ -136,6 +139,44 @@ Answers offline()
     };
     state.insert(QStringLiteral("printers"), changed(state.value(QStringLiteral("printers")).toArray(), unplug));
     return both(state, shopAlerts());
+}
+
+// Printers that say what is wrong with them, jobs that wait for them, and sites that nobody has allowed.
+Answers waiting()
+{
+    QJsonObject state = shopState();
+    const auto trouble = [](QJsonObject &printer, int i) {
+        if (i == 0)
+            printer.insert(QStringLiteral("paper"), QStringLiteral("low"));
+        if (i == 0 || i == 2)
+            return;
+        printer.insert(QStringLiteral("state"), QStringLiteral("error"));
+        printer.insert(QStringLiteral("problem"), i == 1 ? QStringLiteral("paused") : QStringLiteral("paper_out"));
+    };
+    state.insert(QStringLiteral("printers"), changed(state.value(QStringLiteral("printers")).toArray(), trouble));
+    const auto keep = [](QJsonObject &job, int i) {
+        const QString status = job.value(QStringLiteral("status")).toString();
+        if (status == QLatin1String("completed"))
+            job.insert(QStringLiteral("confirmed"), i % 2 == 0 ? QStringLiteral("yes") : QStringLiteral("unknown"));
+        else if (i == 1 || i == 2)
+            job.insert(QStringLiteral("waitingFor"), i == 1 ? QStringLiteral("paper_out") : QStringLiteral("offline"));
+    };
+    state.insert(QStringLiteral("recentJobs"), changed(state.value(QStringLiteral("recentJobs")).toArray(), keep));
+    const auto site = [](const char *host, double askedAt) {
+        return QJsonObject{
+            {QStringLiteral("origin"), QStringLiteral("https:") + QLatin1String("//") + QLatin1String(host)},
+            {QStringLiteral("askedAt"), askedAt}};
+    };
+    state.insert(QStringLiteral("askedOrigins"),
+        QJsonArray{site("menu.shop.example", 1699999820000), site("till-2.shop.example:8443", 1699990000000)});
+    Answers answers = both(state, shopAlerts());
+    const QString unsearched = QStringLiteral("خدمة Avahi متوقفة على هذا الجهاز فلم يجرِ البحث.");
+    answers.insert("/admin/discover/bonjour",
+        toJson({{QStringLiteral("services"), QJsonArray()}, {QStringLiteral("message"), unsearched}}));
+    const QJsonObject refusal{{QStringLiteral("message"),
+        QStringLiteral("العنوان ناقص أو رقم فيه أكبر من 255. اكتب عنوان الطابعة وحده، مثل 192.168.1.50.")}};
+    answers.insert("/admin/printers/add", toJson({{QStringLiteral("error"), refusal}}));
+    return answers;
 }
 
 Answers crowded()
@@ -200,6 +241,7 @@ std::span<const Situation> situations()
         {QStringLiteral("shop"), QStringLiteral("يوم عادي"), shop},
         {QStringLiteral("quiet"), QStringLiteral("بلا تحذيرات"), quiet},
         {QStringLiteral("offline"), QStringLiteral("كل الطابعات منقطعة"), offline},
+        {QStringLiteral("waiting"), QStringLiteral("طابعات تنتظر"), waiting},
         {QStringLiteral("empty"), QStringLiteral("بلا شيء"), empty},
         {QStringLiteral("stopped"), QStringLiteral("الخدمة متوقفة"), [] { return Answers(); }},
         {QStringLiteral("long"), QStringLiteral("نصوص طويلة"), longTexts},

@@ -2,6 +2,8 @@
 
 #include "model/wire.h"
 
+#include <QJsonDocument>
+
 namespace zemrak {
 
 namespace {
@@ -19,6 +21,13 @@ bool answeredWithoutError(const PrintService::Answer &answer)
 bool answeredWith(const PrintService::Answer &answer, QByteArrayView word)
 {
     return answer && answer->contains(word);
+}
+
+// The sentence of a refusal; empty: there is none.
+QString hintOf(const PrintService::Answer &answer)
+{
+    const QJsonObject body = answer ? QJsonDocument::fromJson(*answer).object() : QJsonObject();
+    return body[QLatin1String("error")][QLatin1String("message")].toString();
 }
 
 } // namespace
@@ -96,7 +105,7 @@ void Commands::remove(const QString &printerId)
         [this](const PrintService::Answer &) { m_poll.refresh(); });
 }
 
-void Commands::addNetwork(const QString &name, const QString &host, int port, const QString &transport, Succeeded done)
+void Commands::addNetwork(const QString &name, const QString &host, int port, const QString &transport, Judged done)
 {
     const QJsonObject body{
         {QStringLiteral("type"), QStringLiteral("net")},
@@ -111,7 +120,7 @@ void Commands::addNetwork(const QString &name, const QString &host, int port, co
             m_poll.refresh();
             m_toast.flash(QStringLiteral("تمت إضافة الطابعة"));
             if (done)
-                done(answeredWithoutError(answer));
+                done(answeredWithoutError(answer), hintOf(answer));
         });
 }
 
@@ -129,7 +138,7 @@ void Commands::addUsb(const QString &name, const QString &uri, Succeeded done)
         });
 }
 
-void Commands::addOrigin(const QString &origin, Succeeded done)
+void Commands::addOrigin(const QString &origin, Judged done)
 {
     post(QStringLiteral("/admin/origins/add"), QJsonObject{{QStringLiteral("origin"), origin}}, usual,
         [this, done = std::move(done)](const PrintService::Answer &answer) {
@@ -141,7 +150,7 @@ void Commands::addOrigin(const QString &origin, Succeeded done)
                 m_toast.flash(QStringLiteral("عنوان غير صالح: اكتب نطاقًا مثل pos.example.com"));
             }
             if (done)
-                done(ok);
+                done(ok, hintOf(answer));
         });
 }
 
@@ -176,8 +185,12 @@ void Commands::search(
 {
     post(path, std::nullopt, timeout, [hits, done = std::move(done)](const PrintService::Answer &answer) {
         const std::optional<Result> result = answer ? decodeBody<Result>(*answer) : std::nullopt;
-        if (done)
-            done(result ? (*result).*hits : QList<Record>());
+        if (!done)
+            return;
+        if (result)
+            done((*result).*hits, result->message);
+        else
+            done({}, QStringLiteral("لم يجرِ البحث لأن خدمة الطباعة لم تجب. أعد المحاولة بعد قليل."));
     });
 }
 

@@ -25,8 +25,10 @@ class Commands : public QObject
 
 public:
     using Succeeded = std::function<void(bool ok)>;
-    template <typename Record>
-    using Found = std::function<void(const QList<Record> &hits)>; ///< empty also when the search failed
+    /// `hint`: what is wrong with what was sent, in Arabic; empty where the service does not say.
+    using Judged = std::function<void(bool ok, const QString &hint)>;
+    /// `hindrance`: why nothing could be searched, in Arabic; empty: the search was made.
+    template <typename Record> using Found = std::function<void(const QList<Record> &hits, const QString &hindrance)>;
 
     /// How soon the same wish for the same printer counts as the second half of a double click.
     static constexpr std::chrono::milliseconds oneWish{500};
@@ -43,10 +45,10 @@ public:
     void remove(const QString &printerId);
     /// `done` may be empty.
     void addNetwork(const QString &name, const QString &host, int port,
-        const QString &transport = QStringLiteral("raw"), Succeeded done = {});
+        const QString &transport = QStringLiteral("raw"), Judged done = {});
     void addUsb(const QString &name, const QString &uri, Succeeded done = {});
 
-    void addOrigin(const QString &origin, Succeeded done);
+    void addOrigin(const QString &origin, Judged done);
     void removeOrigin(const QString &origin);
     void revoke(const QString &siteId);
     void setAutoApprove(bool on);

@@ -22,6 +22,7 @@ struct Fixture
     std::optional<bool> done;
     QString order; ///< what happened, a letter each
     std::optional<qsizetype> hits;
+    QString told; ///< the sentence that came along
 
     Commands::Succeeded note()
     {
@@ -30,9 +31,19 @@ struct Fixture
             order += QLatin1Char('d');
         };
     }
+    Commands::Judged judge()
+    {
+        return [this](bool ok, const QString &hint) {
+            note()(ok);
+            told = hint;
+        };
+    }
     template <typename Record> Commands::Found<Record> count()
     {
-        return [this](const QList<Record> &found) { hits = found.size(); };
+        return [this](const QList<Record> &found, const QString &why) {
+            hits = found.size();
+            told = why;
+        };
     }
 };
 
@@ -64,9 +75,9 @@ const Call profile = [](Fixture &f) {
 };
 const Call removePrinter = [](Fixture &f) { f.commands.remove(text("p1")); };
 const Call addNetwork = [](Fixture &f) { f.commands.addNetwork(text("K"), text("10.0.0.9"), 9100); };
-const Call addLpd = [](Fixture &f) { f.commands.addNetwork(text(""), text(" h"), -1, text("lpd"), f.note()); };
+const Call addLpd = [](Fixture &f) { f.commands.addNetwork(text(""), text(" h"), -1, text("lpd"), f.judge()); };
 const Call addUsb = [](Fixture &f) { f.commands.addUsb(text("U"), text("usb:x"), f.note()); };
-const Call addOrigin = [](Fixture &f) { f.commands.addOrigin(text(" Pos.Example "), f.note()); };
+const Call addOrigin = [](Fixture &f) { f.commands.addOrigin(text(" Pos.Example "), f.judge()); };
 const Call removeOrigin = [](Fixture &f) { f.commands.removeOrigin(text("a")); };
 const Call revokeSite = [](Fixture &f) { f.commands.revoke(text("s1")); };
 const Call autoOn = [](Fixture &f) { f.commands.setAutoApprove(true); };
@@ -187,16 +198,30 @@ private Q_SLOTS:
         }
     }
 
+    void refusalsComeWithTheirSentence()
+    {
+        for (const Call &call : {addLpd, addOrigin}) {
+            Fixture f;
+            call(f);
+            f.service.requests.first().answer(R"({"error":{"code":"invalid_request","message":"m"}})");
+            QCOMPARE(f.told, text("m"));
+        }
+    }
+
     void searches()
     {
-        const std::pair<PrintService::Answer, qsizetype> rows[]
-            = {{R"({"hosts":[{"host":"a","port":1},{"host":"b","port":2}]})", 2},
-                {R"({"hosts":[{"host":"a","port":1},{"host":"b","port":"2"}]})", 0}, {error, 0}, {none, 0}};
-        for (const auto &[answer, hits] : rows) {
+        const QString unanswered = QStringLiteral("لم يجرِ البحث لأن خدمة الطباعة لم تجب. أعد المحاولة بعد قليل.");
+        const std::tuple<PrintService::Answer, qsizetype, QString> rows[]
+            = {{R"({"hosts":[{"host":"a","port":1},{"host":"b","port":2}]})", 2, {}},
+                {R"({"hosts":[{"host":"a","port":1},{"host":"b","port":"2"}]})", 0, unanswered},
+                {R"({"hosts":[],"problem":"no_network","message":"m"})", 0, text("m")},
+                {R"({"hosts":[],"message":1})", 0, {}}, {error, 0, unanswered}, {none, 0, unanswered}};
+        for (const auto &[answer, hits, why] : rows) {
             Fixture f;
             network(f);
             f.service.requests.first().answer(answer);
             QCOMPARE(f.hits, std::optional(hits));
+            QCOMPARE(f.told, why);
             QVERIFY(f.toast.text().isNull());
         }
     }

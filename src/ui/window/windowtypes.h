@@ -92,6 +92,14 @@ struct AlertsPresenterForQml
     QML_UNCREATABLE("made by C++")
 };
 
+struct AskedListModelForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::AskedListModel)
+    QML_NAMED_ELEMENT(AskedListModel)
+    QML_UNCREATABLE("made by C++")
+};
+
 struct DesignerItemModelForQml
 {
     Q_GADGET

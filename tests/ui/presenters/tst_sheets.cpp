@@ -83,6 +83,7 @@ private Q_SLOTS:
         row("a blank before it", u"Kitchen", u"h", u" 9100", u"Kitchen", 9100);
         row("signed", u" ", u"h ", u"+515", u" ", 515);
         row("no port at all", u"K", u"h", u"-1", u"K", -1);
+        row("Arabic digits", u"K", u"h", u"٩١٠١", u"K", 9101);
     }
     void manualPrinters()
     {
@@ -198,6 +199,35 @@ private Q_SLOTS:
         QCOMPARE(app.service.countTo(QStringLiteral("/admin/printers/add")), 1);
     }
 
+    void saysWhatIsWrongAtItsField()
+    {
+        AnsweredCommands app;
+        AddPrinterPresenter finder(app.commands);
+        const QString number = QStringLiteral("هذا ليس رقم منفذ، وسيُستخدم 9100 بدلًا منه.");
+        const QString range = QStringLiteral("رقم المنفذ بين 1 و65535.");
+        for (const auto &[port, problem] : {std::pair(u"abc", number), {u" 9100", number}, {u"0", range},
+                 {u"65536", range}, {u"-1", range}, {u"٩١٠٠", QString()}, {u"65535", QString()}, {u"", QString()}}) {
+            finder.setPort(QString::fromUtf16(port));
+            QCOMPARE(finder.portProblem(), problem);
+        }
+        app.service.answer = R"({"error":{"code":"invalid_request","message":"في العنوان مسافة."}})";
+        finder.setHost(QStringLiteral("a b"));
+        finder.addManual();
+        QTRY_COMPARE(finder.hostProblem(), QStringLiteral("في العنوان مسافة."));
+        finder.setHost(QStringLiteral("ab"));
+        QCOMPARE(finder.hostProblem(), QString());
+
+        app.service.answer = R"({"hosts":[],"services":[],"problem":"no_network","message":"لا شبكة."})";
+        finder.searchNetwork();
+        finder.searchBonjour();
+        QTRY_COMPARE(finder.networkOutcome(), QStringLiteral("لا شبكة.")); // once, though neither could be made
+        app.service.answer = R"({"hosts":[],"services":[]})";
+        finder.searchNetwork();
+        QTRY_VERIFY(!finder.isScanning());
+        finder.searchBonjour();
+        QTRY_VERIFY(finder.networkOutcome().startsWith(QStringLiteral("لم يُعثر")));
+    }
+
     void searchOutlivesItsSheet()
     {
         AnsweredCommands app;
@@ -311,6 +341,37 @@ private Q_SLOTS:
         QCOMPARE(posts(), (QList<qsizetype>{1, 1, 1}));
     }
 
+    void sitesThatAskedAreAllowed()
+    {
+        AnsweredCommands app;
+        SitesPresenter sites(app.commands, 60'000);
+        const QString first = QStringLiteral("https://a.example"), second = QStringLiteral("https://b.example");
+        AgentState state{.askedOrigins = {{first, 0}, {second, 60'000}, {first, 5}}};
+        sites.show(&state);
+        QCOMPARE(sites.asked()->count(), 2);
+        QCOMPARE(cell(sites.asked(), 0, "timeText").toString(), QStringLiteral("طلب الطباعة قبل دقيقة واحدة"));
+        app.service.holdBack = true;
+        sites.allow(first);
+        sites.allow(first); // it is under way
+        sites.allow(QStringLiteral("https://gone.example"));
+        QCOMPARE(app.service.countTo(QStringLiteral("/admin/origins/add")), 1);
+        state.askedOrigins.first().askedAt = 30'000; // it asks again meanwhile
+        sites.show(&state);
+        QVERIFY(cell(sites.asked(), 0, "allowing").toBool() && !cell(sites.asked(), 1, "allowing").toBool());
+        QVERIFY(app.service.release(
+            QStringLiteral("/admin/origins/add"), R"({"error":{"message":"المسموح مواقع https."}})"));
+        QCOMPARE(cell(sites.asked(), 0, "problem").toString(), QStringLiteral("المسموح مواقع https."));
+        sites.allow(first);
+        QCOMPARE(cell(sites.asked(), 0, "problem").toString(), QString());
+        QVERIFY(app.service.release(QStringLiteral("/admin/origins/add"), {}));
+        QVERIFY(cell(sites.asked(), 0, "problem").toString().startsWith(QStringLiteral("لم يُسمح للموقع")));
+        sites.allow(first);
+        QVERIFY(app.service.release(QStringLiteral("/admin/origins/add"), R"({"origin":"a.example"})"));
+        QCOMPARE(sites.asked()->count(), 1);
+        sites.show(nullptr);
+        QCOMPARE(sites.asked()->count(), 0);
+    }
+
     void sitesAreAddedOnce()
     {
         AnsweredCommands app;
@@ -326,10 +387,11 @@ private Q_SLOTS:
         QCOMPARE(app.service.countTo(QStringLiteral("/admin/origins/add")), 1);
         QCOMPARE(app.service.lastTo(QStringLiteral("/admin/origins/add")),
             QJsonDocument::fromJson(R"({"origin":" Pos "})").object());
-        app.service.answer = R"({"error":1})";
+        app.service.answer = R"({"error":{"message":"m"}})";
         sites.add(QStringLiteral("x"));
         QTRY_VERIFY(!sites.isAdding());
         QCOMPARE(added.size(), 1);
+        QCOMPARE(sites.refusedText() + sites.refusal(), QStringLiteral("xm"));
         sites.revoke(QStringLiteral("s1"));
         QTRY_COMPARE(
             app.service.lastTo(QStringLiteral("/admin/revoke")), QJsonDocument::fromJson(R"({"id":"s1"})").object());

@@ -11,6 +11,7 @@ namespace zemrak {
 namespace {
 
 constexpr int usualPort = 9100;
+constexpr int largestPort = 65535;
 
 // A number no port can be stays one: the service judges it.
 int sendable(qint64 port)
@@ -54,6 +55,7 @@ void AddPrinterPresenter::setHost(const QString &host)
     if (m_host == host)
         return;
     m_host = host;
+    m_refusal.clear();
     Q_EMIT manualChanged();
 }
 
@@ -62,6 +64,7 @@ void AddPrinterPresenter::setPort(const QString &port)
     if (m_port == port)
         return;
     m_port = port;
+    m_refusal.clear();
     Q_EMIT manualChanged();
 }
 
@@ -80,8 +83,30 @@ QString AddPrinterPresenter::networkHint() const
                                                    : QStringLiteral("اضغط بحث، أو أدخل العنوان يدويًا أدناه.");
 }
 
+QString AddPrinterPresenter::portProblem() const
+{
+    if (m_port.isEmpty())
+        return {};
+    const std::optional<qint64> port = wholeNumber(m_port);
+    if (!port)
+        return QStringLiteral("هذا ليس رقم منفذ، وسيُستخدم %1 بدلًا منه.").arg(usualPort);
+    return *port < 1 || *port > largestPort ? QStringLiteral("رقم المنفذ بين 1 و%1.").arg(largestPort) : QString();
+}
+
+QString AddPrinterPresenter::hindrance(std::initializer_list<Kind> kinds) const
+{
+    QStringList told;
+    for (const Kind kind : kinds) {
+        if (!m_searching[kind] && !m_hindrances[kind].isEmpty() && !told.contains(m_hindrances[kind]))
+            told.append(m_hindrances[kind]);
+    }
+    return told.join(u' ');
+}
+
 QString AddPrinterPresenter::networkOutcome() const
 {
+    if (const QString why = hindrance({Network, Bonjour}); !why.isEmpty())
+        return why;
     const bool nothing
         = !isScanning() && (m_searched[Network] || m_searched[Bonjour]) && m_hosts.count() + m_bonjour.count() == 0;
     return nothing ? QStringLiteral("لم يُعثر على طابعة في الشبكة. تأكد من أنها تعمل وموصولة بالشبكة نفسها.")
@@ -95,6 +120,8 @@ QString AddPrinterPresenter::usbHint() const
 
 QString AddPrinterPresenter::usbOutcome() const
 {
+    if (const QString why = hindrance({Usb}); !why.isEmpty())
+        return why;
     return !isScanning() && m_searched[Usb] && m_usb.count() == 0
         ? QStringLiteral("لم يُعثر على طابعة USB. تأكد من الكابل ومن أنها تعمل.")
         : QString();
@@ -106,7 +133,7 @@ void AddPrinterPresenter::search(Kind kind, FoundPrinterModel &hits, void (Comma
     if (m_searching[kind])
         return;
     setSearching(kind, true);
-    (m_commands.*scan)([self = QPointer(this), kind, &hits](const QList<Record> &records) {
+    (m_commands.*scan)([self = QPointer(this), kind, &hits](const QList<Record> &records, const QString &why) {
         if (!self)
             return;
         QList<FoundPrinter> rows;
@@ -114,6 +141,7 @@ void AddPrinterPresenter::search(Kind kind, FoundPrinterModel &hits, void (Comma
             rows.append(found(record));
         hits.show(rows);
         self->m_searched[kind] = true;
+        self->m_hindrances[kind] = why;
         self->setSearching(kind, false);
     });
 }
@@ -153,7 +181,8 @@ void AddPrinterPresenter::add(FoundPrinterModel &hits, int row)
             hits.mark(id, ok ? FoundPrinter::Adding::Done : FoundPrinter::Adding::NotYet);
     };
     if (hit.uri.isEmpty())
-        m_commands.addNetwork(hit.name, hit.host, sendable(hit.port), hit.transport, done);
+        m_commands.addNetwork(
+            hit.name, hit.host, sendable(hit.port), hit.transport, [done](bool ok, const QString &) { done(ok); });
     else
         m_commands.addUsb(hit.name, hit.uri, done);
 }
@@ -180,9 +209,11 @@ void AddPrinterPresenter::addManual()
     const QString name = m_name.isEmpty() ? QStringLiteral("Network ") + m_host : m_name;
     setAddingManual(true);
     m_commands.addNetwork(name, m_host, sendable(wholeNumber(m_port).value_or(usualPort)), QStringLiteral("raw"),
-        [self = QPointer(this)](bool) {
-            if (self)
-                self->setAddingManual(false);
+        [self = QPointer(this)](bool, const QString &hint) {
+            if (!self)
+                return;
+            self->m_refusal = hint;
+            self->setAddingManual(false);
         });
 }
 

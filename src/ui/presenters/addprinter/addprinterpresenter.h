@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QVariant>
 
+#include <initializer_list>
+
 namespace zemrak {
 
 /// The sheet that adds a printer: searches on the network and at the USB ports, and an address typed by hand. Main
@@ -25,6 +27,8 @@ class AddPrinterPresenter : public QObject
     Q_PROPERTY(bool canSearchNetwork READ canSearchNetwork NOTIFY scanningChanged)
     Q_PROPERTY(bool canSearchBonjour READ canSearchBonjour NOTIFY scanningChanged)
     Q_PROPERTY(bool canSearchUsb READ canSearchUsb NOTIFY scanningChanged)
+    Q_PROPERTY(QString hostProblem READ hostProblem NOTIFY manualChanged)
+    Q_PROPERTY(QString portProblem READ portProblem NOTIFY manualChanged)
     Q_PROPERTY(bool canAddManual READ canAddManual NOTIFY manualChanged)
     Q_PROPERTY(bool addingManual READ isAddingManual NOTIFY manualChanged)
     Q_PROPERTY(QString networkHint READ networkHint NOTIFY hintsChanged)
@@ -57,11 +61,15 @@ public:
     [[nodiscard]] bool canSearchUsb() const { return !m_searching[Usb]; }
     /// There is an address to add.
     [[nodiscard]] bool canAddManual() const { return !m_host.trimmed().isEmpty(); }
+    /// Why the service refused the address as it was sent last, until another is typed; empty: it did not.
+    [[nodiscard]] QString hostProblem() const { return portProblem().isEmpty() ? m_refusal : QString(); }
+    /// What is wrong with the port as typed; empty: nothing.
+    [[nodiscard]] QString portProblem() const;
     /// Adding what was typed is under way.
     [[nodiscard]] bool isAddingManual() const { return m_addingManual; }
     /// What to tell on the network tab besides the hits; empty: nothing.
     [[nodiscard]] QString networkHint() const;
-    /// That the searches came to nothing; empty while they have not.
+    /// That the searches came to nothing, or why one could not be made; empty while they have not.
     [[nodiscard]] QString networkOutcome() const;
     [[nodiscard]] QString usbHint() const;
     [[nodiscard]] QString usbOutcome() const;
@@ -76,7 +84,7 @@ public:
     Q_INVOKABLE void addBonjour(int row);
     Q_INVOKABLE void addUsb(int row);
     /// Adds what was typed, unless that is under way. The host goes as typed; a port that is no number counts as the
-    /// usual one.
+    /// usual one. A refusal is told by hostProblem().
     Q_INVOKABLE void addManual();
 
 Q_SIGNALS:
@@ -97,6 +105,7 @@ private:
     template <typename Record>
     void search(Kind kind, FoundPrinterModel &hits, void (Commands::*scan)(Commands::Found<Record>));
     void setSearching(Kind kind, bool searching);
+    [[nodiscard]] QString hindrance(std::initializer_list<Kind> kinds) const;
     void add(FoundPrinterModel &hits, int row);
     void setAddingManual(bool adding);
 
@@ -108,9 +117,11 @@ private:
     QString m_name;
     QString m_host;
     QString m_port = QStringLiteral("9100");
+    QString m_refusal; ///< of the last address that was typed
     bool m_addingManual = false;
     bool m_searching[Kinds] = {};
     bool m_searched[Kinds] = {}; ///< at least once to the end
+    QString m_hindrances[Kinds]; ///< why the last search could not be made; empty: it was
 };
 
 } // namespace zemrak

@@ -13,7 +13,8 @@ QList<Maintenance> maintenanceFor(const QString &printerType)
     // Only a queue of the system can hold stuck jobs.
     if (printerType == QLatin1String("cups"))
         list.append({QStringLiteral("clear-queue"), QStringLiteral("مسح الوظائف العالقة"),
-            QStringLiteral("تم مسح الوظائف العالقة")});
+            QStringLiteral("تم مسح الوظائف العالقة"), false,
+            QStringLiteral("تُلغى كل الوظائف التي تنتظر في طابور هذه الطابعة ولا تُطبع.")});
     return list;
 }
 

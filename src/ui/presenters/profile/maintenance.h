@@ -12,6 +12,7 @@ struct Maintenance
     QString title; ///< of its button
     QString okMessage;
     bool sendsPin = false; ///< the chosen drawer pin goes with it
+    QString question; ///< asked before it is done; empty: it harms nothing
 };
 
 /// The commands that make sense for a printer of this type, in the order of their buttons.

@@ -4,6 +4,7 @@
 #include "ui/presenters/profile/maintenance.h"
 #include "ui/presenters/profile/profileoptions.h"
 #include "ui/presenters/text/palettename.h"
+#include "ui/presenters/text/wholenumber.h"
 
 #include <utility>
 
@@ -100,6 +101,14 @@ void ProfilePresenter::setEnc(const QString &enc)
 void ProfilePresenter::setEscT(const QString &escT)
 {
     change(m_form.escT, escT, &ProfilePresenter::escTChanged, atOnce);
+}
+
+QString ProfilePresenter::escTProblem() const
+{
+    constexpr qint64 largest = 255; // it is a byte of the command
+    const std::optional<qint64> page = wholeNumber(m_form.escT);
+    const bool right = m_form.escT.isEmpty() || (page && *page >= 0 && *page <= largest);
+    return right ? QString() : QStringLiteral("اكتب رقمًا بين 0 و%1، بلا مسافات.").arg(largest);
 }
 
 void ProfilePresenter::scheduleSave(std::chrono::milliseconds delay)
@@ -213,7 +222,8 @@ QVariantList ProfilePresenter::actions() const
     QVariantList list;
     const QList<Maintenance> offered = maintenanceFor(m_printer.type);
     for (const Maintenance &each : offered)
-        list.append(QVariantMap{{QStringLiteral("action"), each.action}, {QStringLiteral("title"), each.title}});
+        list.append(QVariantMap{{QStringLiteral("action"), each.action}, {QStringLiteral("title"), each.title},
+            {QStringLiteral("question"), each.question}});
     return list;
 }
 

@@ -32,6 +32,7 @@ class ProfilePresenter : public QObject
     Q_PROPERTY(QString __alias READ alias WRITE setAlias NOTIFY aliasChanged)
     Q_PROPERTY(QString __enc READ enc WRITE setEnc NOTIFY encChanged)
     Q_PROPERTY(QString __escT READ escT WRITE setEscT NOTIFY escTChanged)
+    Q_PROPERTY(QString escTProblem READ escTProblem NOTIFY escTChanged)
     Q_PROPERTY(bool __loaded READ isLoaded NOTIFY statusChanged)
     Q_PROPERTY(bool __pending READ isPending NOTIFY statusChanged)
     Q_PROPERTY(bool __dirty READ isDirty NOTIFY statusChanged)
@@ -80,6 +81,8 @@ public:
     [[nodiscard]] QString escT() const { return m_form.escT; }
     void setEscT(const QString &escT);
 
+    /// What is wrong with the page number as typed; empty: nothing.
+    [[nodiscard]] QString escTProblem() const;
     /// Only what is changed after this is saved; it comes true in the turn of the event loop after construction.
     [[nodiscard]] bool isLoaded() const { return m_loaded; }
     /// A save is scheduled.
@@ -103,7 +106,8 @@ public:
     [[nodiscard]] QVariantList pinOptions() const;
     [[nodiscard]] QVariantList encOptions() const;
     [[nodiscard]] QVariantList roleOptions() const;
-    /// The maintenance buttons this printer has, in order, as {action, title} objects.
+    /// The maintenance buttons this printer has, in order, as {action, title, question} objects; one that destroys
+    /// something has a question, to be asked first.
     [[nodiscard]] QVariantList actions() const;
 
     /// Sends the maintenance command of one of actions().

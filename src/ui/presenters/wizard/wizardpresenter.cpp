@@ -77,7 +77,8 @@ void WizardPresenter::allow()
         break;
     case Step::Network:
         // Whatever it finds: the search makes the system ask the person for leave.
-        m_parts.commands.scanBonjour([done = settler(WizardChoice::Enabled)](const auto &) { done(true); });
+        m_parts.commands.scanBonjour(
+            [done = settler(WizardChoice::Enabled)](const auto &, const QString &) { done(true); });
         break;
     }
 }

@@ -26,8 +26,10 @@ Card {
 
         Input {
             id: field
+            Accessible.description: problem.text
             focus: true
             Layout.fillWidth: true
+            faulty: problem.text !== ""
             name: "عنوان الموقع"
             placeholder: "https://pos.example.com"
             readOnly: Ui.session.sites.adding
@@ -44,6 +46,10 @@ Card {
 
             onClicked: Ui.session.sites.add(field.text)
         }
+    }
+    FieldProblem {
+        id: problem
+        text: field.text === Ui.session.sites.refusedText ? Ui.session.sites.refusal : ""
     }
     Connections {
         target: Ui.session.sites

@@ -28,13 +28,28 @@ SiteList {
         }
     }
     list.header: ListHead {
-        shown: Ui.session.sites.origins.count === 0
+        id: head
 
+        readonly property bool hasAsked: Ui.session.sites.asked.count > 0
+        readonly property bool isEmpty: Ui.session.sites.origins.count === 0
+
+        shown: hasAsked || isEmpty
+
+        AskedSites {
+            visible: head.hasAsked
+            width: parent.width
+        }
+        Item {
+            height: Theme.s12
+            visible: head.hasAsked
+            width: parent.width
+        }
         ListEmpty {
             expected: "تظهر المواقع هنا"
             icon: "globe"
             searching: Ui.session.sites.origins.searching
             title: "لا توجد مواقع مسموحة."
+            visible: head.isEmpty
             width: parent.width
         }
     }

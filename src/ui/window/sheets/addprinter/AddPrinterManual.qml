@@ -24,6 +24,7 @@ Card {
     InputRow {
         label: "عنوان IP"
         placeholder: "192.168.1.50"
+        problem: root.presenter.hostProblem
         text: root.presenter.__host
 
         onAccepted: root.presenter.addManual()
@@ -32,6 +33,7 @@ Card {
     InputRow {
         label: "المنفذ"
         placeholder: "9100"
+        problem: root.presenter.portProblem
         text: root.presenter.__port
 
         onAccepted: root.presenter.addManual()

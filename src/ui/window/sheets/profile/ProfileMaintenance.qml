@@ -8,7 +8,7 @@ import Zemrak.Kit
 Card {
     id: root
 
-    property var actions: [] // { action: ..., title: "..." }
+    property var actions: [] // { action: ..., title: "...", question: "..." }
 
     signal pressed(string action)
 
@@ -25,10 +25,18 @@ Card {
 
             SecondaryButton {
                 required property var modelData
+                readonly property bool destroys: modelData.question !== ""
 
+                ink: destroys ? Theme.readable(Theme.gRed) : Theme.gText
+                symbol: destroys ? "trash" : ""
                 text: modelData.title
 
-                onClicked: root.pressed(modelData.action)
+                onClicked: {
+                    if (destroys)
+                        dialog.ask(modelData);
+                    else
+                        root.pressed(modelData.action);
+                }
             }
         }
     }
@@ -38,5 +46,22 @@ Card {
         font.pixelSize: Theme.textSmall
         text: "«فتح الدرج» و«قص تجريبي» لتأكد أن الأوامر مناسبة لطابعتك. «صفحات الأكواد» تطبع سطرًا لكل رقم صفحة (0 إلى 63): اختر الرقم الذي تظهر عنده العربية صحيحة وضعه في «رقم الصفحة» أعلاه. «مسح الوظائف العالقة» يزيل أي وظيفة متوقفة تعطّل ما بعدها في طابور النظام."
         wrapMode: Text.Wrap
+    }
+    ConfirmDialog {
+        id: dialog
+
+        property var asked: ({})
+
+        function ask(action: var): void {
+            asked = action;
+            open();
+        }
+
+        confirmText: "مسح"
+        icon: "trash"
+        question: asked.question ?? ""
+        title: asked.title ? asked.title + "؟" : ""
+
+        onConfirmed: root.pressed(asked.action)
     }
 }

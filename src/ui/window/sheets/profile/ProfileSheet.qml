@@ -89,6 +89,7 @@ Sheet {
             hint: "أمر ESC t، مثل 50"
             label: "رقم الصفحة"
             placeholder: "50"
+            problem: root.presenter.escTProblem
             text: root.presenter.__escT
 
             onEdited: text => root.presenter.__escT = text
