@@ -249,7 +249,7 @@ private Q_SLOTS:
         const qsizetype files = openFiles();
         const std::size_t bytes = ::mallinfo2().uordblks; // nothing where a sanitizer allocates
         openTimes(10);
-        QCOMPARE(openFiles(), files);
+        QTRY_VERIFY(openFiles() <= files); // a command of the service may still be ending
         const auto more = static_cast<qint64>(::mallinfo2().uordblks) - static_cast<qint64>(bytes);
         QVERIFY2(more < 60'000, qPrintable(QStringLiteral("%1 bytes more").arg(more)));
     }
