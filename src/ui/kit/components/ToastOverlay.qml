@@ -2,11 +2,13 @@ import QtQuick
 import QtQuick.Templates as T
 import Zemrak.Kit
 
-// The transient message, over everything else, sheets too. Takes neither keyboard nor clicks from what lies below.
+// The transient message, over everything else, sheets too. It stands at the upper edge: what it tells about, a field, a
+// bar with buttons or the foot of a sheet, is further down. Takes neither keyboard nor clicks from what lies below.
 T.Popup {
     id: root
 
     property string text
+    property string kept // what it still tells while it goes
 
     closePolicy: T.Popup.NoAutoClose
     focus: false
@@ -17,13 +19,18 @@ T.Popup {
     visible: text !== ""
     width: parent ? Math.min(implicitWidth, parent.width - 2 * Theme.s32) : implicitWidth
     x: parent ? Math.round((parent.width - width) / 2) : 0
-    y: parent ? parent.height - height - Theme.s32 : 0
+    y: Theme.s12
     z: 1000
+
+    onTextChanged: if (text !== "")
+        kept = text
 
     leftPadding: Theme.s20
     rightPadding: Theme.s20
 
     background: Rectangle {
+        border.color: Theme.tint(Theme.toastInk, 0.3)
+        border.width: Theme.stroke
         color: Theme.toast
         radius: Theme.radiusControl
     }
@@ -32,7 +39,7 @@ T.Popup {
         Accessible.role: Accessible.AlertMessage
         color: Theme.toastInk
         horizontalAlignment: Text.AlignHCenter
-        text: root.text
+        text: root.kept
         weight: Font.Medium
         wrapMode: Text.Wrap
     }
