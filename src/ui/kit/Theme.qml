@@ -34,11 +34,13 @@ QtObject {
     readonly property color pressed: tint(gText, dark ? 0.11 : 0.08)
     readonly property color selected: tint(gPrimary, dark ? 0.18 : 0.10)
     readonly property color field: lightDark("ffffff", "070e1d")
-    readonly property color fieldBorder: lightDark("cbd5e1", "334155")
-    readonly property color fieldBorderHover: lightDark("94a3b8", "475569")
-    readonly property color track: lightDark("cbd5e1", "334155")
-    readonly property color well: lightDark("f1f5f9", "111c33") // a sunken surface: code, logs, previews
+    readonly property color fieldBorder: lightDark("7f8ea3", "5b6b82") // of what can be used: 3:1 on every surface
+    readonly property color fieldBorderHover: lightDark("64748b", "7b8ba3")
+    readonly property color track: fieldBorder
+    readonly property color groove: lightDark("cbd5e1", "334155") // what has not been done yet of a progress
+    readonly property color well: lightDark("f6f9fc", "111c33") // a sunken surface: code, logs, previews
     readonly property color raised: lightDark("ffffff", "111c33") // a surface over others: lists, toasts, sheets
+    readonly property color glyphGround: hex6("0f172a") // under the symbols of alerts, whose colours are bright
     readonly property color scrim: dark ? tint(hex6("000000"), 0.62) : tint(hex6("0f172a"), 0.38)
     readonly property color paper: hex6("ffffff") // of a printer, with its ink: the same in both appearances
     readonly property color paperInk: hex6("111827")

@@ -7,6 +7,7 @@
 #include "support/testmain.h"
 #include "support/warnings.h"
 #include "ui/kit/appearance.h"
+#include "ui/kit/colors.h"
 #include "ui/presenters/designer/designerpresenter.h"
 #include "ui/window/shell/uicontext.h"
 #include "ui/window/shell/windowengine.h"
@@ -131,14 +132,55 @@ private Q_SLOTS:
         QVERIFY(texts > 50);
     }
 
+    // What can be used, and what tells something without words, stands out from what it lies on by 3:1; text by 4.5:1.
+    void colours_data()
+    {
+        QTest::addColumn<QByteArray>("colour");
+        QTest::addColumn<QByteArrayList>("grounds");
+        QTest::addColumn<double>("least");
+        const QByteArrayList surfaces{"gBg", "gCard", "raised", "field", "well"};
+        for (const char *used : {"fieldBorder", "fieldBorderHover", "track", "gPrimary"})
+            QTest::newRow(used) << QByteArray(used) << surfaces << 3.0;
+        for (const char *glyph : {"gGreen", "gRed", "gAmber", "#60a5fa"})
+            QTest::newRow(glyph) << QByteArray(glyph) << QByteArrayList{"glyphGround"} << 3.0;
+        QTest::newRow("knob of a switch that is off") << QByteArray("onFill") << QByteArrayList{"track"} << 3.0;
+        for (const char *text : {"gText", "gMuted"})
+            QTest::newRow(text) << QByteArray(text) << surfaces << 4.5;
+        QTest::newRow("onFill") << QByteArray("onFill") << QByteArrayList{"primaryFill", "dangerFill"} << 4.5;
+        QTest::newRow("toastInk") << QByteArray("toastInk") << QByteArrayList{"toast"} << 4.5;
+    }
+    void colours()
+    {
+        QFETCH(QByteArray, colour);
+        QFETCH(QByteArrayList, grounds);
+        QFETCH(double, least);
+        for (const bool dark : {false, true}) {
+            m_appearance.overrideDark(dark);
+            const std::unique_ptr<QObject> holder = themeHolder();
+            const auto *theme = holder->property("theme").value<QObject *>();
+            const auto named = [theme](const QByteArray &name) {
+                const QColor value
+                    = name.startsWith('#') ? QColor(QLatin1String(name)) : theme->property(name).value<QColor>();
+                if (!value.isValid() || value.alpha() != 255)
+                    qFatal("no opaque colour %s", name.data());
+                return value;
+            };
+            for (const QByteArray &ground : grounds) {
+                const double found = contrast(named(colour), named(ground));
+                QVERIFY2(found >= least,
+                    qPrintable(QStringLiteral("%1 %2 on %3: %4")
+                                   .arg(dark ? QStringLiteral("dark") : QStringLiteral("light"), QLatin1String(colour),
+                                       QLatin1String(ground))
+                                   .arg(found)));
+            }
+        }
+    }
+
     // One whose name QML takes for something else is left without a value, and draws black.
     void everyColourIsThere()
     {
-        QQmlComponent holder(m_engine.get());
-        holder.setData("import QtQml; import Zemrak.Kit; QtObject { property QtObject theme: Theme }", {});
-        const std::unique_ptr<QObject> made(holder.create());
-        QVERIFY2(made, qPrintable(holder.errorString()));
-        const auto *theme = made->property("theme").value<QObject *>();
+        const std::unique_ptr<QObject> holder = themeHolder();
+        const auto *theme = holder->property("theme").value<QObject *>();
         QVERIFY(theme);
         int colours = 0;
         for (int i = 0; i < theme->metaObject()->propertyCount(); ++i) {
@@ -348,6 +390,15 @@ private Q_SLOTS:
     }
 
 private:
+    std::unique_ptr<QObject> themeHolder()
+    {
+        QQmlComponent component(m_engine.get());
+        component.setData("import QtQml; import Zemrak.Kit; QtObject { property QtObject theme: Theme }", {});
+        std::unique_ptr<QObject> holder(component.create());
+        if (!holder)
+            qFatal("%s", qPrintable(component.errorString()));
+        return holder;
+    }
     void openGallery()
     {
         QQmlComponent component(m_engine.get(), QUrl(QStringLiteral("qrc:/demo/Gallery.qml")));

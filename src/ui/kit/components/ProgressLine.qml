@@ -15,7 +15,7 @@ Item {
 
     Rectangle {
         anchors.fill: parent
-        color: Theme.track
+        color: Theme.groove
         opacity: 0.6
         radius: height / 2
     }

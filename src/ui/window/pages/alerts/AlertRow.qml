@@ -25,7 +25,7 @@ RowCard {
     row: index
 
     leading: Rectangle {
-        color: Theme.tint(root.shade, 0.14)
+        color: Theme.dark ? Theme.tint(root.shade, 0.14) : Theme.glyphGround
         height: Theme.tile
         radius: height / 2
         width: Theme.tile
