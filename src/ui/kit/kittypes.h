@@ -6,6 +6,7 @@
 #include "ui/kit/heldkeys.h"
 #include "ui/kit/icons.h"
 #include "ui/kit/kitengine.h"
+#include "ui/kit/roworder.h"
 
 #include <QtQml/qqml.h>
 
@@ -39,6 +40,13 @@ struct HeldKeysForQml
     Q_GADGET
     QML_FOREIGN(zemrak::HeldKeys)
     QML_NAMED_ELEMENT(HeldKeys)
+};
+
+struct RowOrderForQml
+{
+    Q_GADGET
+    QML_FOREIGN(zemrak::RowOrder)
+    QML_NAMED_ELEMENT(RowOrder)
 };
 
 /// The colour functions, for the theme.

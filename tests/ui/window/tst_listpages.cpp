@@ -92,6 +92,73 @@ private Q_SLOTS:
         QVERIFY(y > 0 && y < window()->height());
     }
 
+    void treeHoldsWhatTheListHolds_data()
+    {
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("list"); // of the state or of the alerts
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QByteArray>("property");
+        const auto row = [](const char *page, const char *list, const char *key, const QByteArray &property) {
+            QTest::newRow(page) << QString::fromLatin1(page) << QString::fromLatin1(list) << QString::fromLatin1(key)
+                                << property;
+        };
+        row("printers", "printers", "id", "printerId");
+        row("sites", "allowedOrigins", "", "origin");
+        row("jobs", "recentJobs", "id", "jobId");
+        row("alerts", "alerts", "title", "title");
+    }
+    void treeHoldsWhatTheListHolds()
+    {
+        QFETCH(QString, page);
+        QFETCH(QString, list);
+        QFETCH(QString, key);
+        QFETCH(QByteArray, property);
+        QAccessible::setActive(true);
+        open("shop", page.toLatin1());
+        // Grown in front, turned round, shrunk, grown again: rows are made, moved, put by and used again.
+        const QList<std::function<QJsonArray(QJsonArray)>> steps{
+            [](const QJsonArray &all) { return all; },
+            [&key](QJsonArray all) {
+                for (const char *name : {"a", "b", "c"}) {
+                    QJsonObject entry = all.first().toObject();
+                    entry.insert(QStringLiteral("id"), QLatin1String(name));
+                    entry.insert(key, QLatin1String(name));
+                    all.prepend(key.isEmpty() ? QJsonValue(QLatin1String(name)) : QJsonValue(entry));
+                }
+                return all;
+            },
+            [](const QJsonArray &all) {
+                QJsonArray turned;
+                for (const QJsonValue &entry : all)
+                    turned.prepend(entry);
+                return turned;
+            },
+            [](const QJsonArray &all) { return QJsonArray{all.first()}; },
+            [](const QJsonArray &all) { return all; },
+        };
+        for (const auto &step : steps) {
+            QStringList expected;
+            poll(changed("shop", [&](QJsonObject &state, QJsonObject &alerts) {
+                QJsonObject &holder = page == QLatin1String("alerts") ? alerts : state;
+                const QJsonArray entries = step(holder.value(list).toArray());
+                holder.insert(list, entries);
+                for (const bool over : {false, true}) { // alerts stand in two groups
+                    for (const QJsonValue &entry : entries) {
+                        if (over == entry[QLatin1String("resolvedAt")].isDouble())
+                            expected.append(key.isEmpty() ? entry.toString() : entry[key].toString());
+                    }
+                }
+            }));
+            // Rows far out of sight need not be there.
+            const auto holdsThem = [&] {
+                const QStringList found = rowsInTree(property);
+                return found == expected.mid(0, found.size())
+                    && found.size() >= std::min<qsizetype>(expected.size(), 4);
+            };
+            QTRY_VERIFY2(holdsThem(), qPrintable(rowsInTree(property).join(u' ')));
+        }
+    }
+
     void siteIsAddedByEnterAndKeptWhenRefused()
     {
         open("shop", "sites");
@@ -242,6 +309,20 @@ private:
         QVERIFY(m_stage->enter({.name = {}, .title = {}, .answers = [answers] { return answers; }}));
     }
     void click(QQuickItem *item) { QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(item)); }
+    // What `property` holds in the rows that assistive technology finds in the list, in its order.
+    QStringList rowsInTree(const QByteArray &property)
+    {
+        QStringList found;
+        QAccessibleInterface *tree = QAccessible::queryAccessibleInterface(
+            itemsWhere(root(), [](const QQuickItem *item) { return item->inherits("QQuickListView"); }).value(0));
+        for (int i = 0; tree && i < tree->childCount(); ++i) {
+            const QObject *item = tree->child(i)->object();
+            const QVariant value = item->parent() ? item->parent()->property(property) : QVariant();
+            if (value.isValid())
+                found.append(value.toString());
+        }
+        return found;
+    }
     QQuickItem *shownList() { return itemWith(root(), "keyNavigationEnabled", true); }
     static QQuickItem *topRow(QQuickItem *list)
     {

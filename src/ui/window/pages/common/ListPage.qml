@@ -44,6 +44,7 @@ FocusScope {
             Layout.fillWidth: true
             visible: list.count === 0 && !root.listStays
         }
+        // Rows that have gone are not kept for another use: assistive technology would still find and press them.
         ListView {
             id: list
             Layout.fillHeight: true
@@ -54,7 +55,6 @@ FocusScope {
             boundsBehavior: Flickable.StopAtBounds
             clip: true
             interactive: contentHeight > height
-            reuseItems: true
             spacing: Theme.s12
             visible: count > 0 || root.listStays
 
@@ -68,6 +68,9 @@ FocusScope {
         }
     }
     FocusScroller {
+        view: list
+    }
+    RowOrder {
         view: list
     }
 }

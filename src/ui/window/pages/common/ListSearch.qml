@@ -14,8 +14,13 @@ SearchField {
     name: placeholder
     visible: found !== null && found.searchOffered
 
-    Keys.onDownPressed: if (list.count > 0)
-        list.forceActiveFocus(Qt.TabFocusReason)
+    Keys.onDownPressed: {
+        if (list.count === 0)
+            return;
+        if (!list.currentItem) // what was chosen is not among what was found
+            list.currentIndex = 0;
+        (list.currentItem ?? list).forceActiveFocus(Qt.TabFocusReason);
+    }
     onTextChanged: if (found)
         found.search = text
 }

@@ -56,7 +56,6 @@ Rectangle {
             interactive: contentHeight + topMargin + bottomMargin > height
             keyNavigationEnabled: false
             model: DesignerPresenter.preview
-            reuseItems: true
             topMargin: Theme.s20
 
             T.ScrollBar.vertical: AppScrollBar {
@@ -65,6 +64,10 @@ Rectangle {
                 parent: root
                 y: Theme.s4
             }
+            RowOrder {
+                view: list
+            }
+
             delegate: DesignerPaperLine {
                 dot: root.dot
                 width: ListView.view.width

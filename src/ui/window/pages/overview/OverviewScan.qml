@@ -38,12 +38,14 @@ Card {
         implicitHeight: Math.min(contentHeight, Theme.px(400))
         interactive: contentHeight > height
         model: Ui.session.overview.scanResults
-        reuseItems: true
         visible: count > 0
 
         T.ScrollBar.vertical: AppScrollBar {
         }
 
+        RowOrder {
+            view: list
+        }
         FocusRing {
             anchors.margins: 0
             parent: list
