@@ -108,6 +108,10 @@ QtObject {
     function px(size: real): int {
         return Math.round(size * textScale);
     }
+    // What stays free beside the content of a page that is `width` wide: lines that are too long are hard to read.
+    function pageMargin(width: real): int {
+        return Math.max(s40 - s4, Math.round((width - px(960)) / 2));
+    }
     // One colour a light and one a dark appearance, each as six hexadecimal digits.
     function lightDark(light: string, dark: string): color {
         return Colors.fromHex(root.dark ? dark : light);

@@ -20,8 +20,8 @@ FocusScope {
 
     ColumnLayout {
         anchors.fill: parent
-        anchors.leftMargin: Theme.s40 - Theme.s4
-        anchors.rightMargin: Theme.s40 - Theme.s4
+        anchors.leftMargin: Theme.pageMargin(root.width)
+        anchors.rightMargin: Theme.pageMargin(root.width)
         anchors.topMargin: Theme.s32
         spacing: 0
 

@@ -30,8 +30,8 @@ FocusScope {
         ColumnLayout {
             id: column
             spacing: Theme.s20
-            width: view.width - 2 * (Theme.s40 - Theme.s4)
-            x: Theme.s40 - Theme.s4
+            width: view.width - 2 * x
+            x: Theme.pageMargin(view.width)
             y: Theme.s32
 
             PageHeader {

@@ -115,9 +115,9 @@ FocusScope {
         DesignerPrint {
             id: below
             anchors.left: parent.left
-            anchors.leftMargin: Theme.s40 - Theme.s4
+            anchors.leftMargin: Theme.pageMargin(root.width)
             anchors.right: parent.right
-            anchors.rightMargin: Theme.s40 - Theme.s4
+            anchors.rightMargin: Theme.pageMargin(root.width)
             anchors.verticalCenter: parent.verticalCenter
             wide: true
         }
