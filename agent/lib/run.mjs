@@ -1,4 +1,5 @@
-import { PortTaken, startService } from './service.mjs';
+import { PortTaken } from './open-ports.mjs';
+import { startService } from './service.mjs';
 import { endBy } from './system/forced-end.mjs';
 import { guardAgainstParent } from './system/parent-guard.mjs';
 

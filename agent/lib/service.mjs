@@ -1,3 +1,4 @@
+import { openPorts } from './open-ports.mjs';
 import { configPaths, ensurePrivateFolder } from './paths.mjs';
 import { Log } from './log.mjs';
 import { Journal } from './store/journal.mjs';
@@ -22,12 +23,9 @@ import { sender } from './printers/send.mjs';
 import { Router } from './http/router.mjs';
 import { refuseBroken } from './http/answer.mjs';
 import { Connections } from './http/connections.mjs';
-import { openListener } from './http/listener.mjs';
 import { adminGuard, renewToken } from './admin/token.mjs';
 import { lastPortConflict } from './admin/port-conflict.mjs';
 import { adminRoutes } from './admin/routes.mjs';
-import { renewIfDue } from './tls/certificates.mjs';
-import { readCertificate, watchCertificate } from './tls/fresh-certificate.mjs';
 import { Updates } from './update/updates.mjs';
 import { AskedSites } from './sites/asked-sites.mjs';
 import { Pairings } from './sites/pairings.mjs';
@@ -42,9 +40,6 @@ import { publicRoutes } from './public/routes.mjs';
 const GRACE_MS = 1500;
 const FIRST_PROBE_MS = 1000;
 
-/** The port another program holds. */
-export class PortTaken extends Error {}
-
 /**
  * Starts the service. The ports come first: a copy that does not get them has not touched
  * a single file of the copy that holds them.
@@ -57,13 +52,14 @@ export async function startService(env = process.env) {
   const log = new Log();
   const paths = configPaths(env);
   const read = readSettings(paths.settings);
-  let router = null;
-  let opened;
-  const ready = new Promise((resolve) => { opened = resolve; });
+  const router = new Router();
+  let opened = () => {};
+  const ready = /** @type {Promise<void>} */ (new Promise((resolve) => { opened = resolve; }));
   const answer = async (request, context) => {
     await ready;
     return router.answer(request, context);
   };
+  /** @type {(origin: string) => boolean} */
   let mayRead = () => false;
   const connections = new Connections({ log, onSlowHead: (socket) => refuseBroken({ code: 'slow' }, socket, mayRead) });
   const door = { answer, connections, mayRead: (origin) => mayRead(origin), log };
@@ -73,7 +69,6 @@ export async function startService(env = process.env) {
   await removeLeftovers(paths.root);
   const token = await renewToken(paths.token, log);
   const service = compose({ env, log, paths, read, listeners });
-  router = new Router();
   router.group('/admin/', adminGuard(() => token), adminRoutes(service), { isOwn: true });
   router.group('/v1/', originGuard(service.settings, service.asked), publicRoutes(service));
   mayRead = (origin) => isAllowed(service.settings, origin);
@@ -192,60 +187,4 @@ function tellOfSettings({ settings, read, alerts, log, file }) {
   } catch (error) {
     log.error(`settings.json cannot be kept aside: ${error.code}`);
   }
-}
-
-async function openPorts({ env, paths, settings, door }) {
-  const { log } = door;
-  const httpPort = portFrom(env.ZEMRAK_LP_HTTP_PORT, settings.httpPort);
-  const httpsPort = portFrom(env.ZEMRAK_LP_HTTPS_PORT, settings.httpsPort);
-  const plain = await openOrTaken({ ...door, port: httpPort });
-  const material = await readTls(paths, log);
-  let secure = null;
-  try {
-    secure = material && await openOrTaken({ ...door, port: httpsPort, tls: material });
-  } catch (error) {
-    // Everything but one browser prints without it.
-    if (error instanceof PortTaken) log.error(`HTTPS is off: ${error.message}; HTTP goes on at port ${plain.port}`);
-    else log.error(`HTTPS is off: the certificate does not load (${error.code ?? error.message})`);
-  }
-  const listeners = { httpPort: plain.port, httpsPort: secure?.port ?? httpsPort, tls: Boolean(secure) };
-  const unwatch = watchCertificate(paths, material, async (fresh) => {
-    if (secure) return void secure.renew(fresh);
-    secure = await openListener({ ...door, port: httpsPort, tls: fresh });
-    Object.assign(listeners, { httpsPort: secure.port, tls: true });
-  }, log);
-  return {
-    listeners,
-    close: () => {
-      unwatch();
-      return Promise.all([plain.close(), secure?.close()]);
-    },
-  };
-}
-
-async function openOrTaken(options) {
-  try {
-    return await openListener(options);
-  } catch (error) {
-    if (error.code === 'EADDRINUSE') throw new PortTaken(`port ${options.port} is already in use`);
-    throw error;
-  }
-}
-
-async function readTls(paths, log) {
-  try {
-    if (await renewIfDue(paths) === 'made') log.info('the certificate was made anew before it expired');
-  } catch (error) {
-    log.error(`the certificate cannot be renewed: ${error.message}`);
-  }
-  try {
-    return readCertificate(paths);
-  } catch (error) {
-    if (error.code !== 'ENOENT') log.error(`HTTPS is off: ${error.code}`);
-    return null;
-  }
-}
-
-function portFrom(text, fallback) {
-  return /^\d{1,5}$/.test(text ?? '') && Number(text) <= 65535 ? Number(text) : fallback;
 }

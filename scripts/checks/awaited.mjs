@@ -9,6 +9,8 @@ function declared(name, scope) {
     const variable = each.set.get(name);
     if (!variable) continue;
     const [definition] = variable.defs;
+    // Of a parameter, the node is the function that has it.
+    if (definition?.type === 'Parameter') return null;
     const value = definition?.type === 'Variable' ? definition.node.init : definition?.node;
     return isFunction(value) || value?.type === 'ArrowFunctionExpression' ? value : null;
   }

@@ -117,7 +117,7 @@ test('a job whose asker has gone before it was begun is not printed: the asker t
   assert.equal(printer.jobs.length, 1);
 });
 
-test('thirty jobs wait for a printer and 256 MB for all of them; the next is refused', async (t) => {
+test('thirty jobs wait for a printer and 96 MB for all of them; the next is refused', async (t) => {
   const sendForEver = async (_to, _payload, hooks) => {
     await hooks.sending();
     await new Promise(() => {});
@@ -131,7 +131,7 @@ test('thirty jobs wait for a printer and 256 MB for all of them; the next is ref
   assert.equal(queue.depthOf('p'), 31);
   await accept(1, { to: target(9, 'other printers are not concerned') });
   const large = testQueue(t, { send: sendForEver });
-  const most = 256 * 1024 * 1024;
+  const most = 96 * 1024 * 1024;
   large.queue.checkRoom('p', most + 1); // a single one, however large
   await large.accept(1000);
   large.queue.checkRoom('q', most - 1000);

@@ -26,7 +26,7 @@ export class Alerts {
   /**
    * @param {import('../store/journal.mjs').Journal} journal
    * @param {import('../log.mjs').Log} log
-   * @param {(alert: object) => void} announce called once per new occurrence
+   * @param {(alert: any) => void} announce called once per new occurrence
    */
   constructor(journal, log, announce = () => {}) {
     this.#journal = journal;

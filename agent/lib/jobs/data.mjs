@@ -64,7 +64,7 @@ export function rawPayload({ bytes, text }, { copies = 1 }) {
 
 /**
  * The payload of a small job whose bytes are ready: nothing is laid out, translated or added.
- * @param {{ job?: Record<string, any>, options?: Record<string, any>, printer: { protocol: string } }} task of
+ * @param {Record<string, any>} task of
  *   makePayload()
  * @returns {import('./payload.mjs').Payload | null} null for any other job
  * @throws {ApiError}
@@ -73,7 +73,7 @@ export function readyPayload({ job, options = {}, printer }) {
   if (job?.kind !== 'raw' && job?.kind !== 'raster') return null;
   if (job.data?.length > SMALL_DATA || options.cut || options.openDrawer || options.feedLines) return null;
   if (printer.protocol === 'starline' && options.translate !== false) return null;
-  const bytes = decodeData(job);
+  const bytes = decodeData({ ...job, kind: job.kind });
   return rawPayload({ bytes, text: `[${job.kind}: ${bytes.length} bytes]\n` }, options);
 }
 

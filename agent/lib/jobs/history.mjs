@@ -108,7 +108,8 @@ export class JobHistory {
    * @param {{ payload?: { bytes: Uint8Array, [field: string]: unknown }, waitMs?: number }} [how] payload = what a
    *   restart needs to print the job, its fields go to the disk as JSON; kept as far as there is room. waitMs = how
    *   long from now the job may be printed after a restart
-   * @returns {Promise<Record<string, any>>} its record, once it is on disk (or could not be written: `journal.trouble` tells)
+   * @returns {Promise<Record<string, any>>} its record, once it is on disk (or could not be written:
+   *   `journal.trouble` tells)
    */
   async add(fields, { payload, waitMs = 0 } = {}) {
     const now = Date.now();

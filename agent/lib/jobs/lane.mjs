@@ -8,25 +8,41 @@ export const RETRY_MS = 1000;
 const SOON_MS = 300;
 
 /**
+ * A job of a lane; times by performance.now(), as the wall clock may be set.
+ * @typedef {object} Entry
+ * @property {string | null} id null until it is on disk
+ * @property {string} kind
+ * @property {any} printer
+ * @property {{ bytes: Uint8Array, [field: string]: any }} payload
+ * @property {number} deadline
+ * @property {number} [mendBy] deadline for a printer that is there and has to be seen to
+ * @property {string} [waitsFor]
+ * @property {boolean} [sending]
+ * @property {boolean} [isOut] all of it has left
+ * @property {() => void} [wake]
+ *
+ * @typedef {Entry & { id: string, calledOff: AbortController }} Begun
+ */
+
+/**
  * The jobs of one printer, sent one at a time in the order they came.
  * A job is on record as "sending" before its first byte leaves, and is never tried again once one may have left.
  * A printer that is off, or cannot print just now, is tried until the job's time is over.
  */
 export class Lane {
-  /**
-   * Entries not yet begun: { id (null until on disk), kind, printer, payload, deadline, mendBy } (times by
-   * performance.now(): the wall clock may be set). mendBy = deadline for a printer that is there and has to be seen to
-   */
+  /** Entries not yet begun. @type {Entry[]} */
   waiting = [];
+  /** @type {Begun | null} */
   #current = null;
+  /** @type {Set<Begun>} */
   #ending = new Set();
   #running = new Set();
   #stopping = false;
   #parts;
 
   /**
-   * @param {{ history: object, alerts: object, send: Function, log: object, relocate?: Function, retryMs?: number }}
-   *   parts as of JobQueue
+   * @param {{ history: import('./history.mjs').JobHistory, alerts: import('../alerts/alerts.mjs').Alerts,
+   *   send: Function, log: import('../log.mjs').Log, relocate?: Function, retryMs?: number }} parts as of JobQueue
    */
   constructor(parts) { this.#parts = parts; }
 
@@ -45,9 +61,10 @@ export class Lane {
    * again.
    */
   pump() {
-    if (this.#current || this.#stopping || !this.waiting[0]?.id) return;
-    const entry = this.waiting.shift();
-    entry.calledOff = new AbortController();
+    const [first] = this.waiting;
+    if (this.#current || this.#stopping || !first?.id) return;
+    this.waiting.shift();
+    const entry = /** @type {Begun} */ (Object.assign(first, { calledOff: new AbortController() }));
     this.#current = entry;
     const running = this.#run(entry)
       .catch((error) => this.#parts.log.error(`job ${entry.id}: ${error.message}`))
@@ -86,10 +103,11 @@ export class Lane {
     return this.#running.size > 0 ? Promise.all(this.#running) : null;
   }
 
+  /** @param {Begun} entry */
   async #run(entry) {
     const { history, log } = this.#parts;
-    const { id, printer, calledOff: { signal } } = entry;
-    entry.printer = this.#parts.relocate?.(printer) ?? printer;
+    const { id, calledOff: { signal } } = entry;
+    this.#relocate(entry);
     for (;;) {
       const { error, confirmed } = await this.#try(entry);
       if (!error) {
@@ -108,15 +126,19 @@ export class Lane {
       Object.assign(entry, { waitsFor: error.waitsFor, sending: false, isOut: false });
       await this.#pause(entry, error);
       if (signal.aborted || this.#stopping) return;
-      // It may be off because it is reached at another address by now.
-      entry.printer = this.#parts.relocate?.(entry.printer) ?? entry.printer;
+      this.#relocate(entry);
       this.#expire(error);
     }
   }
 
+  /** It may be off because it is reached at another address by now. */
+  #relocate(entry) { entry.printer = this.#parts.relocate?.(entry.printer) ?? entry.printer; }
+
+  /** @param {Begun} entry */
   async #try(entry) {
     const { history, send } = this.#parts;
-    let soon = null;
+    /** @type {NodeJS.Timeout | undefined} */
+    let soon;
     let told;
     const tell = (waitingFor) => {
       told = waitingFor;
@@ -154,8 +176,9 @@ export class Lane {
     this.pump();
   }
 
-  #mark(id, status, more) {
-    void this.#parts.history.mark(id, status, undefined, { waitingFor: undefined, ...(status === 'cancelled' ? { confirmed: 'no' } : {}), ...more });
+  #mark(id, status, more = {}) {
+    const fields = { waitingFor: undefined, ...(status === 'cancelled' ? { confirmed: 'no' } : {}), ...more };
+    void this.#parts.history.mark(id, status, undefined, fields);
   }
 
   async #fail({ id, printer }, code, { message, waitsFor }) {
@@ -172,11 +195,11 @@ export class Lane {
   /** Waits a little, or until the job is cancelled or the service stops. */
   #pause(entry, error) {
     if (entry.calledOff.signal.aborted || this.#stopping) return null;
-    return new Promise((resolve) => {
+    return /** @type {Promise<void>} */ (new Promise((resolve) => {
       const left = this.#deadline(entry, error) - performance.now();
       const timer = setTimeout(resolve, Math.max(1, Math.min(this.#parts.retryMs ?? RETRY_MS, left)));
       entry.wake = () => { clearTimeout(timer); resolve(); };
-    });
+    }));
   }
 
   /** Jobs behind one that waits for the printer do not wait longer than their own time. */

@@ -35,7 +35,7 @@ const ORDINARY_DOTS = 960;
  */
 export async function makePayload(task, tools) {
   if (task.job) return payloadOf(task.job, task.options, task.printer, tools);
-  const { operations, dots } = ownJob(task);
+  const { operations, dots } = ownJob(/** @type {Parameters<typeof ownJob>[0]} */ (task));
   const { type, protocol, profile } = task.printer;
   const target = { type, protocol, profile, dots };
   return { ...await printed(operations, target, tools), raw: protocol !== 'none' };

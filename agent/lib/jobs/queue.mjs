@@ -15,14 +15,15 @@ const PATIENT = ['test', 'designer', 'codepage-test'];
 /** Takes jobs in and hands each to its printer's lane. */
 export class JobQueue {
   #parts;
+  /** @type {Map<string, Lane>} */
   #lanes = new Map();
   #stopping = false;
 
   /**
    * @param {{ history: import('./history.mjs').JobHistory, alerts: import('../alerts/alerts.mjs').Alerts,
-   *   send: (printer: object, payload: object, hooks: import('../printers/send.mjs').Hooks) =>
-   *   Promise<'yes'|'unknown'>, log: import('../log.mjs').Log, relocate?: (printer: object) => object, retryMs?: number
-   *   }} parts `send` as in printers/send.mjs; relocate = the same printer with the address it has now
+   *   send: (printer: any, payload: any, hooks: import('../printers/send.mjs').Hooks) => Promise<'yes'|'unknown'>,
+   *   log: import('../log.mjs').Log, relocate?: (printer: object) => object, retryMs?: number }} parts `send` as in
+   *   printers/send.mjs; relocate = the same printer with the address it has now
    */
   constructor(parts) { this.#parts = parts; }
 
@@ -49,19 +50,21 @@ export class JobQueue {
 
   /**
    * Accepts a job.
-   * @param {object} printer with id and displayName
+   * @param {Record<string, any>} printer with id and displayName
    * @param {string} kind "test", "cut", "drawer", "designer", "codepage-test", or a kind of the sites' jobs
    * @param {{ bytes: Buffer, text: string, raw: boolean, repeats?: number, copies?: number, media?: string }} payload
-   * @param {{ maxWaitMs?: number, record?: object }} how maxWaitMs = time to wait for a printer that is off; record =
-   *   more fields of its record
-   * @returns {Promise<object>} its record, on disk as queued
+   * @param {{ maxWaitMs?: number, record?: Record<string, any> }} how maxWaitMs = time to wait for a printer that is
+   *   off; record = more fields of its record
+   * @returns {Promise<Record<string, any>>} its record, on disk as queued
    * @throws {ApiError} 409 queue_busy, 503 while the service stops
    */
   async accept(printer, kind, payload, { maxWaitMs = 0, record = {} } = {}) {
     this.checkRoom(printer.id, payload.bytes.length);
     const lane = this.#lane(printer.id);
     const now = performance.now();
-    const entry = { id: null, kind, printer, payload, deadline: now + maxWaitMs, mendBy: now + (PATIENT.includes(kind) ? MEND_MS : 0) };
+    const mendBy = now + (PATIENT.includes(kind) ? MEND_MS : 0);
+    /** @type {import('./lane.mjs').Entry} */
+    const entry = { id: null, kind, printer, payload, deadline: now + maxWaitMs, mendBy };
     lane.waiting.push(entry);
     const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'queued', ...record };
     const job = await this.#parts.history.add(fields, { payload, waitMs: maxWaitMs });
@@ -73,8 +76,9 @@ export class JobQueue {
 
   /**
    * Goes on with a job of an earlier run.
-   * @param {object} printer as of accept()
-   * @param {{ job: object, payload: object, waitMs: number }} unfinished one of JobHistory.unfinished()
+   * @param {Record<string, any>} printer as of accept()
+   * @param {{ job: Record<string, any>, payload: { bytes: Uint8Array }, waitMs: number }} unfinished one of
+   *   JobHistory.unfinished()
    */
   resume(printer, { job, payload, waitMs }) {
     const lane = this.#lane(printer.id);
@@ -82,9 +86,16 @@ export class JobQueue {
     lane.pump();
   }
 
-  /** Records a job that cannot even be queued. A request that was refused has not used up its key. */
+  /**
+   * Records a job that cannot even be queued. A request that was refused has not used up its key.
+   * @param {Record<string, any>} printer
+   * @param {string} kind
+   * @param {string} errorCode
+   * @param {Record<string, any>} given as `record` of accept()
+   */
   async refuse(printer, kind, errorCode, { key, digest, ...record } = {}) {
-    const fields = { printerId: printer.id, printerName: printer.displayName, kind, status: 'failed', errorCode, ...record };
+    const { id: printerId, displayName: printerName } = printer;
+    const fields = { printerId, printerName, kind, status: 'failed', errorCode, ...record };
     const job = await this.#parts.history.add(fields);
     this.#parts.alerts.add(printFailed(printer.id, printer.displayName, errorCode));
     return job;
@@ -107,7 +118,8 @@ export class JobQueue {
     this.#stopping = true;
     const sending = [...this.#lanes.values()].map((lane) => lane.stop()).filter(Boolean);
     let timer;
-    await Promise.race([Promise.allSettled(sending), new Promise((resolve) => { timer = setTimeout(resolve, graceMs); })]);
+    const late = new Promise((resolve) => { timer = setTimeout(resolve, graceMs); });
+    await Promise.race([Promise.allSettled(sending), late]);
     clearTimeout(timer);
   }
 
@@ -119,6 +131,6 @@ export class JobQueue {
       for (const [id, lane] of this.#lanes) if (lane.depth === 0) this.#lanes.delete(id);
       this.#lanes.set(printerId, new Lane(this.#parts));
     }
-    return this.#lanes.get(printerId);
+    return /** @type {Lane} */ (this.#lanes.get(printerId));
   }
 }

@@ -55,14 +55,16 @@ export class SiteJobs {
     return this.once(origin, key, content, async (record) => {
       const printer = this.#printers.resolve(job.printer);
       this.#queue.checkRoom(printer.id);
-      const payload = await this.#payloadOf(origin, job, options, printer);
+      const payload = await this.#payloadOf(origin, { ...job, kind: given.kind }, options, printer);
       const maxWaitMs = (options.maxWaitSeconds ?? DEFAULT_WAIT_SECONDS) * 1000;
       const named = job.jobName ? { ...record, jobName: job.jobName } : record;
       return this.#queue.accept(printer, job.kind, payload, { maxWaitMs, record: named });
     });
   }
 
-  #payloadOf(origin, { kind, commands, data, encoding }, options, { type, protocol, profile }) {
+  /** @param {Record<string, any>} job */
+  #payloadOf(origin, job, options, { type, protocol, profile }) {
+    const { kind, commands, data, encoding } = job;
     const task = { job: { kind, commands, data, encoding }, options, printer: { type, protocol, profile } };
     return this.#maker.make(task, { asker: origin });
   }
@@ -87,6 +89,8 @@ export class SiteJobs {
 
   /**
    * Waits until any of several jobs has changed, as JobHistory.changed() does for one; one that is not there is news.
+   * @param {string} origin
+   * @param {string[]} ids
    * @param {{ after: number[], waitMs: number, signal: AbortSignal }} how after = a revision for each id, or none
    * @returns {Promise<Record<string, any>[]>} those of this site's that are there
    */

@@ -11,6 +11,8 @@ const PINS = ['2', '5', 'both', 'none'];
  *   } Maker
  */
 
+/** @typedef {{ record?: Record<string, any>, signal?: AbortSignal }} How see below */
+
 /**
  * Jobs of the person at this computer, some of which sites may ask for too. They do not wait for a printer that is off:
  * such a job is recorded as failed and refused. Of `how`, `record` is what the record of the job says of the site, and
@@ -74,6 +76,12 @@ export class AdminJobs {
     return this.#submit(printer, kind, content, how);
   }
 
+  /**
+   * @param {Record<string, any>} printer
+   * @param {string} kind
+   * @param {object} content
+   * @param {How} how
+   */
   async #submit(printer, kind, content, { record, signal }) {
     if (printer.state === 'offline') {
       await this.#queue.refuse(printer, kind, 'offline', record);

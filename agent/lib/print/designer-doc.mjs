@@ -23,7 +23,7 @@ const isText = (value) => typeof value === 'string' && value.length <= MAX_TEXT;
 
 /**
  * Checks a receipt of the designer: all 26 keys, each with its type and within its limits.
- * @param {unknown} doc
+ * @param {any} doc
  * @returns {Record<string, any>} the same document
  * @throws {ApiError} 400
  */

@@ -48,7 +48,7 @@ function details(doc, now) {
 
 /** A number of 0 or more in full: no exponent, as few digits as tell it from others. */
 function inFull(value) {
-  const [, whole, fraction = '', exponent = '0'] = /^(\d+)\.?(\d*)(?:e(.+))?$/.exec(String(value));
+  const [, whole, fraction = '', exponent = '0'] = /^(\d+)\.?(\d*)(?:e(.+))?$/.exec(String(value)) ?? [];
   const places = Number(exponent);
   if (places >= 0) return places === 0 ? String(value) : (whole + fraction).padEnd(places + 1, '0');
   return `0.${'0'.repeat(-places - 1)}${whole}${fraction}`;

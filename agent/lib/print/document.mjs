@@ -37,7 +37,8 @@ export async function drawDocument(operations, { dots, media }, engine) {
     const picture = pictures[drawn.indexOf(operation)];
     if (picture) return piecesOf(picture, scale * columns * DOTS_OF_COLUMN, height - 2 * MARGIN);
     if (operation.op === 'feed') return [{ height: operation.lines * LINE_DOTS * scale }];
-    return [{ height: LINE_DOTS * scale, rule: { width: columns * DOTS_OF_COLUMN * scale, height: RULE_DOTS * scale } }];
+    const rule = { width: columns * DOTS_OF_COLUMN * scale, height: RULE_DOTS * scale };
+    return [{ height: LINE_DOTS * scale, rule }];
   });
   return pdfOf(paginate(blocks, height - 2 * MARGIN), { width, height });
 }
@@ -61,16 +62,17 @@ function piecesOf({ height, rowBytes, bits }, width, room) {
 
 /** @returns {object[][]} the blocks of each page, with their distance from its upper edge */
 function paginate(blocks, room) {
+  /** @type {Record<string, any>[][]} */
   const pages = [[]];
   let used = 0;
   for (const block of blocks) {
-    if (used + block.height > room && pages.at(-1).length > 0) {
+    if (used + block.height > room && pages[pages.length - 1].length > 0) {
       pages.push([]);
       used = 0;
       // Blank paper is not carried over to the next page.
       if (!block.picture && !block.rule) continue;
     }
-    pages.at(-1).push({ ...block, from: used });
+    pages[pages.length - 1].push({ ...block, from: used });
     used += block.height;
   }
   return pages;

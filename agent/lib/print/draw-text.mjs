@@ -19,7 +19,9 @@ export async function drawText(operations, { protocol, profile, dots }, { engine
   if (drawn.length === 0) return operations;
   try {
     const pictures = await engine.draw(drawn.map((operation) => requestFor(operation, columnsOfDots(dots))));
-    const pictureOf = new Map(drawn.map((operation, index) => [operation, pictures[index]]));
+    /** @type {Map<Record<string, any>, object | null>} */
+    const pictureOf = new Map();
+    drawn.forEach((operation, index) => { pictureOf.set(operation, pictures[index]); });
     return operations.map((operation) => {
       const picture = pictureOf.get(operation);
       return picture ? { op: 'raster', picture, of: operation } : mirrored(operation);
@@ -30,7 +32,10 @@ export async function drawText(operations, { protocol, profile, dots }, { engine
   }
 }
 
-/** Whether the operation has letters that are not ASCII; invisible direction marks alone do not count. */
+/**
+ * Whether the operation has letters that are not ASCII; invisible direction marks alone do not count.
+ * @param {Record<string, any>} operation
+ */
 export function needsPicture({ op, text, left, right }) {
   if (op !== 'text' && op !== 'row') return false;
   return /[^\p{ASCII}\p{Cf}]/u.test(op === 'text' ? text : left + right);

@@ -8,11 +8,11 @@ const DEFAULT_DOTS = PAPER_DOTS[80];
 /**
  * The jobs of the person at this computer as operations for render().
  * @param {{ kind: 'test'|'designer'|'drawer'|'cut'|'codepage-test', printer: { displayName: string, type?: string,
- *   protocol: string, profile: Record<string, any> }, doc?: Record<string, any>, pin?: string, now?: Date }} job doc = as
- *     checkDesignerDoc returned it
+ *   protocol: string, profile: Record<string, any> }, doc?: Record<string, any>, pin?: string, now?: Date }} job doc =
+ *   as checkDesignerDoc returned it
  * @returns {{ operations: Record<string, any>[], dots: number }}
  */
-export function ownJob({ kind, printer, doc, pin, now = new Date() }) {
+export function ownJob({ kind, printer, doc = {}, pin, now = new Date() }) {
   const { displayName, protocol, profile } = printer;
   const dots = profile.dots ?? DEFAULT_DOTS;
   const cut = cutOf(profile);

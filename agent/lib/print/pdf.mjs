@@ -52,6 +52,7 @@ class PageReader {
   #width;
   #onPage;
   #head = '';
+  /** @type {{ width: number, height: number, grey: Buffer } | null} */
   #page = null;
   #filled = 0;
   #total = 0;

@@ -55,13 +55,14 @@ export async function decodePng(file) {
   const toGrey = shader(head, palette, transparency);
   const grey = new Uint8Array(head.width * head.height);
   const lines = linesOf(head, bits);
-  let line = lines.next();
+  // Undefined when all lines are full.
+  let line = lines.next().value || undefined;
   let above;
   let filled = 0;
   for await (const piece of unpacked(data)) {
     for (let at = 0; at < piece.length;) {
-      must(!line.done, 'more than announced');
-      const { bytes, isFirst, start, dx, columns } = line.value;
+      if (!line) throw new PictureError('more than announced');
+      const { bytes, isFirst, start, dx, columns } = line;
       const part = piece.subarray(at, at + bytes.length - filled);
       bytes.set(part, filled);
       filled += part.length;
@@ -72,10 +73,10 @@ export async function decodePng(file) {
       for (let column = 0; column < columns; column += 1) grey[start + column * dx] = toGrey(samples, column);
       above = samples;
       filled = 0;
-      line = lines.next();
+      line = lines.next().value || undefined;
     }
   }
-  must(line.done, 'less than announced');
+  must(!line, 'less than announced');
   return { width: head.width, height: head.height, grey };
 }
 
@@ -103,6 +104,7 @@ async function* unpacked(parts) {
 }
 
 function chunksOf(file) {
+  /** @type {{ data: Buffer[], palette: Buffer | null, transparency: Buffer | null }} */
   const parts = { data: [], palette: null, transparency: null };
   for (let at = 8; ;) {
     must(at + 12 <= file.length, 'cut off');

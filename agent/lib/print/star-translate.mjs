@@ -15,6 +15,7 @@ const NOTHING = Buffer.alloc(0);
 export function translateToStar(bytes, most) {
   const out = new GrowingBuffer(most);
   const state = { qr: { size: 6, ec: 'M', data: '' }, height: 80, width: 2, hri: 2 };
+  /** @type {{ rowBytes: number, height: number, rows: GrowingBuffer } | null} */
   let picture = null;
   const endPicture = () => {
     if (picture) out.append(starline.raster({ ...picture, bits: picture.rows.content }));
@@ -41,7 +42,7 @@ export function translateToStar(bytes, most) {
       continue;
     }
     // One picture in several pieces: set apart, the bands of the other language would leave gaps between them.
-    if (picture?.rowBytes !== piece.rowBytes) {
+    if (!picture || picture.rowBytes !== piece.rowBytes) {
       endPicture();
       picture = { rowBytes: piece.rowBytes, height: 0, rows: new GrowingBuffer(bytes.length) };
     }

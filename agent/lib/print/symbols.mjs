@@ -110,6 +110,8 @@ export function qrModules(data, ec = 'M') {
 /**
  * The module width of a QR code in dots, smaller than asked where the code would be wider than the paper: printers drop
  * such a one.
+ * @param {{ data: string, size?: number, ec?: string }} qr
+ * @param {number} dots of the paper
  */
 export function fittingModule({ data, size = 6, ec }, dots) {
   return Math.max(1, Math.min(size, Math.floor(dots / qrModules(data, ec))));

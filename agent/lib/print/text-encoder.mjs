@@ -14,8 +14,11 @@ function tableOf(encoding) {
   let table = tables.get(encoding);
   if (!table) {
     const high = Buffer.from(Array.from({ length: 128 }, (_, index) => 0x80 + index));
-    const known = [...iconv.decode(high, encoding)].map((character, index) => [character, [0x80 + index]]);
-    table = new Map(known.filter(([character]) => !/[\ufffd\p{Cc}\p{Cf}]/u.test(character)));
+    const made = new Map();
+    [...iconv.decode(high, encoding)].forEach((character, index) => {
+      if (!/[\ufffd\p{Cc}\p{Cf}]/u.test(character)) made.set(character, [0x80 + index]);
+    });
+    table = made;
     tables.set(encoding, table);
   }
   return table;
@@ -58,8 +61,8 @@ export function encodeText(text, { encoding }) {
   const table = tableOf(encoding);
   const bytes = [];
   for (const character of text.normalize('NFC')) {
-    let own = table.get(character);
-    if (!own) table.set(character, own = bytesOf(character, table, true));
+    const own = table.get(character) ?? bytesOf(character, table, true);
+    table.set(character, own);
     for (const byte of own) bytes.push(byte);
   }
   return Buffer.from(bytes);

@@ -12,6 +12,7 @@ const RETIRES_AFTER_MS = 8_000;
 export class TextEngine {
   #program;
   #batchMs;
+  /** @type {import('node:child_process').ChildProcessWithoutNullStreams | null} */
   #child = null;
   #busyMs = 0;
   #last = Promise.resolve();
@@ -69,8 +70,9 @@ export class TextEngine {
 
   #start() {
     const env = { ...process.env, LC_ALL: 'C.UTF-8' };
-    const child = startProgram(this.#program, ['--serve'], { env, stdio: ['pipe', 'pipe', 'pipe'] });
-    if (!child) throw new Error('it cannot be started');
+    const started = startProgram(this.#program, ['--serve'], { env, stdio: ['pipe', 'pipe', 'pipe'] });
+    if (!started) throw new Error('it cannot be started');
+    const child = /** @type {import('node:child_process').ChildProcessWithoutNullStreams} */ (started);
     child.stdin.on('error', () => {});
     child.on('error', () => {});
     child.on('close', () => { if (this.#child === child) this.#child = null; });

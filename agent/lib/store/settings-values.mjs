@@ -13,8 +13,9 @@ export const DEFAULT_HTTPS_PORT = 17732;
  * @typedef {{ id: string, origin: string, name: string, createdAt: number, tokens?: any[] }} Site
  * @typedef {{ httpPort: number, httpsPort: number, autoApprovePairing: boolean, printers: NetworkPrinter[],
  *   queues: string[], profiles: Record<string, Record<string, any>>, origins: string[], sites: Site[],
- *   tokenClock: any, releaseFolder: string | null }} SettingsValues queues = of the print system, made by this program;
- *   profiles = by printer's id
+ *   tokenClock: any, releaseFolder: string | null, systemQueues?: object[] }} SettingsValues queues = of the print
+ *   system, made by this program; profiles = by printer's id; systemQueues = those of the last look, for a start
+ *   without the print system
  */
 
 /**

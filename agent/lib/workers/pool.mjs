@@ -2,6 +2,11 @@ import { ApiError } from '../api-error.mjs';
 
 const busy = () => new ApiError(503, 'busy', 'طلبات طباعة كثيرة قيد التجهيز. حاول بعد قليل.', { 'Retry-After': '2' });
 
+/**
+ * @typedef {{ worker: import('node:worker_threads').Worker, entry: Record<string, any> | null,
+ *   timer: NodeJS.Timeout | undefined }} Thread
+ */
+
 /** The thread that a task was given to has ended, or the task took too long; the message is for the log. */
 export class TaskLost extends Error {}
 
@@ -12,6 +17,7 @@ export class TaskLost extends Error {}
 export class WorkerPool {
   #limits;
   #start;
+  /** @type {Set<Thread>} */
   #threads = new Set();
   /** Tasks that wait, by who asked; the first asker is the next one. @type {Map<string, Record<string, any>[]>} */
   #waiting = new Map();
@@ -55,7 +61,7 @@ export class WorkerPool {
       const entry = { task, bytes, isHeavy, transfer, resolve, reject };
       this.#waiting.set(asker, [...own, entry]);
       this.#waitingBytes += bytes;
-      const giveUp = () => { if (this.#take(asker, entry)) reject(signal.reason); };
+      const giveUp = () => { if (this.#take(asker, entry)) reject(signal?.reason); };
       if (signal?.aborted) return void giveUp();
       signal?.addEventListener('abort', giveUp, { once: true });
       entry.begun = () => signal?.removeEventListener('abort', giveUp);
@@ -102,7 +108,8 @@ export class WorkerPool {
   }
 
   #launch() {
-    const thread = { worker: this.#start(), entry: null, timer: null };
+    /** @type {Thread} */
+    const thread = { worker: this.#start(), entry: null, timer: undefined };
     const { worker } = thread;
     worker.on('message', ({ result, error }) => {
       const { entry } = thread;

@@ -25,7 +25,7 @@ port.on('message', async ({ task }) => {
     const { bytes } = payload;
     // Small buffers are slices of one that others use: those are copied.
     const isOwn = bytes.byteLength === bytes.buffer.byteLength || bytes.byteLength > Buffer.poolSize;
-    port.postMessage({ result: { payload, notes } }, isOwn ? [bytes.buffer] : []);
+    port.postMessage({ result: { payload, notes } }, isOwn ? [/** @type {ArrayBuffer} */ (bytes.buffer)] : []);
   } catch (error) {
     const { status, code, message, headers } = error;
     const refused = error instanceof ApiError ? { status, code, message, headers } : null;
