@@ -152,7 +152,8 @@ test('ends with its parent, and saves what it holds', async (t) => {
     socket.on('error', () => {}).once('data', resolve);
   });
   const script = `const { spawn } = require('child_process');
-    const child = spawn(process.execPath, [...${JSON.stringify(['--import', HANGS])}, ${JSON.stringify(SCRIPT)}, 'run'], { stdio: ['pipe', 'pipe', 'inherit'] });
+    const args = ${JSON.stringify(['--import', HANGS, SCRIPT, 'run'])};
+    const child = spawn(process.execPath, args, { stdio: ['pipe', 'pipe', 'inherit'] });
     child.stdout.on('data', (data) => console.log(child.pid + ' ' + data));`;
   const endsAfter = async (prepare) => {
     const home = privateHome(t);

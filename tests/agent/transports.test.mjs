@@ -129,10 +129,11 @@ test('a link that stalls and moves again says so, one that ends does not', async
   for (const isEnded of [false, true]) {
     const printer = await fakePrinter(t, { onConnection: (socket) => socket.pause() });
     const told = [];
-    const link = new TcpLink(await connectPrinter({ host: '127.0.0.1', port: printer.port }), (why) => told.push(why), { ...TIMES, stall: 20 });
+    const socket = await connectPrinter({ host: '127.0.0.1', port: printer.port });
+    const link = new TcpLink(socket, (why) => told.push(why), { ...TIMES, stall: 20 });
     const written = link.write(Buffer.alloc(20_000_000)).then(() => 'taken', ({ code }) => code);
     await until(() => told.length > 1, 'the stall to be told');
-    for (const socket of printer.sockets) { if (isEnded) socket.resetAndDestroy(); else socket.resume(); }
+    for (const each of printer.sockets) { if (isEnded) each.resetAndDestroy(); else each.resume(); }
     assert.equal(await written, isEnded ? 'interrupted' : 'taken');
     assert.deepEqual([...new Set(told)], isEnded ? ['unread'] : ['unread', null]);
     link.destroy();
