@@ -133,7 +133,10 @@ test('a link that stalls and moves again says so, one that ends does not', async
     const link = new TcpLink(socket, (why) => told.push(why), { ...TIMES, stall: 20 });
     const written = link.write(Buffer.alloc(20_000_000)).then(() => 'taken', ({ code }) => code);
     await until(() => told.length > 1, 'the stall to be told');
-    for (const each of printer.sockets) { if (isEnded) each.resetAndDestroy(); else each.resume(); }
+    for (const end of printer.sockets) {
+      if (isEnded) end.resetAndDestroy();
+      else end.resume();
+    }
     assert.equal(await written, isEnded ? 'interrupted' : 'taken');
     assert.deepEqual([...new Set(told)], isEnded ? ['unread'] : ['unread', null]);
     link.destroy();
