@@ -202,7 +202,7 @@ test('one bad value costs that value, and is written back until something else i
       [{ profiles: [] }, { profiles: {} }],
     [{ origins: 'https://a.example' }, { origins: [] }], [{ origins: ['https://a.example', 'a.example', 5] },
       { origins: ['https://a.example'] }],
-    [{ queues: ['q', '', null, 'q'] }, { queues: ['q'] }],
+    [{ queues: ['q', '', null, 'q', 'r'] }, { queues: ['q', 'r'] }],
     [{ printers: [{ ...printer, transport: 'pigeon' }, printer] }, { printers: [printer] }],
     [{ printers: [printer, { ...printer, host: '1.1.1.1' }] }, { printers: [printer] }],
     ...[{ port: 0 }, { host: 'a b' }, { id: 7 }]
