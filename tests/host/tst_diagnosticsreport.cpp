@@ -8,7 +8,6 @@
 #include "support/testmain.h"
 
 #include <QSemaphore>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include <csignal>

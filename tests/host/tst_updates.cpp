@@ -194,7 +194,7 @@ private Q_SLOTS:
             QCOMPARE(f.notices.last(), stageFailed.arg(u"unknown"_s));
             QVERIFY(f.lines.isEmpty());
         }
-        const UpdateHandover good{u"/n"_s, u"/b"_s, 7, u"1"_s};
+        const UpdateHandover good{u"/n"_s, u"/b"_s, 7, u"azAZ09.-+_~"_s};
         QVERIFY(updateCommand(u"/s"_s, good) && !updateCommand(u"s"_s, good) && !updateCommand(u"/s'"_s, good));
     }
 
