@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace zemrak::test {

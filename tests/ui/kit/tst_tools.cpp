@@ -1,5 +1,6 @@
 // The kit's C++: colours, symbols, text size, clicks, clipboard.
 #include "platform/none/inert.h"
+#include "support/rows.h"
 #include "support/testmain.h"
 #include "ui/kit/appearance.h"
 #include "ui/kit/clickoutside.h"
@@ -14,38 +15,28 @@
 #include <QPalette>
 #include <QQuickItem>
 #include <QQuickView>
-#include <QSignalSpy>
-#include <QTest>
 
 using namespace zemrak;
 using namespace zemrak::test;
+using namespace Qt::StringLiterals;
 
 class ToolsTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsColours_data()
-    {
-        QTest::addColumn<QString>("hex");
-        QTest::addColumn<QColor>("colour");
-        const auto row = [](const char *hex, const QColor &colour) {
-            QTest::newRow(*hex ? hex : "empty") << QString::fromLatin1(hex) << colour;
-        };
-        row("16a34a", QColor(22, 163, 74));
-        row("+16A34A", QColor(22, 163, 74));
-        row("a", QColor(0, 0, 10));
-        row("ff16a34a", QColor(22, 163, 74)); // what stands above 24 bits is left out
-        for (const char *bad : {"#16a34a", "", "+", "-16a34a", "++1", "16a34g", " 16a34a", "0x16a34", "116a34a00"})
-            row(bad, QColor(Qt::black));
-    }
-
     void readsColours()
     {
-        QFETCH(QString, hex);
-        QFETCH(QColor, colour);
-        QCOMPARE(colorFromHex(hex), colour);
-        QCOMPARE(colorFromHex(hex).alpha(), 255);
+        for (const QStringList &row : rowsOf(R"(
+                16a34a    | #16a34a
+                +16A34A   | #16a34a
+                a         | #00000a
+                ff16a34a  | #16a34a)")) { // what stands above 24 bits is left out
+            QCOMPARE(colorFromHex(row[0]).name(), row[1]);
+            QCOMPARE(colorFromHex(row[0]).alpha(), 255);
+        }
+        for (const char *bad : {"#16a34a", "", "+", "-16a34a", "++1", "16a34g", " 16a34a", "0x16a34", "116a34a00"})
+            QVERIFY2(colorFromHex(QString::fromLatin1(bad)) == QColor(Qt::black), bad);
     }
 
     void makesColoursReadable()
@@ -65,7 +56,7 @@ private Q_SLOTS:
     {
         IconProvider provider;
         for (const IconEntry &icon : iconTable()) {
-            const QImage image = provider.requestImage(icon.symbol + QStringLiteral("?ff0000"), nullptr, {32, 32});
+            const QImage image = provider.requestImage(icon.symbol + u"?ff0000"_s, nullptr, {32, 32});
             int drawn = 0;
             for (int y = 0; y < 32; ++y) {
                 for (int x = 0; x < 32; ++x) {
@@ -76,38 +67,26 @@ private Q_SLOTS:
             }
             QVERIFY2(drawn > 20, icon.symbol.data());
         }
-        const QString chevron = QStringLiteral("chevron.left?000000");
+        const QString chevron = u"chevron.left?000000"_s;
         const QImage plain = provider.requestImage(chevron, nullptr, {20, 20});
-        QCOMPARE(
-            provider.requestImage(chevron + QStringLiteral("&mirror"), nullptr, {20, 20}), plain.mirrored(true, false));
+        QCOMPARE(provider.requestImage(chevron + u"&mirror"_s, nullptr, {20, 20}), plain.mirrored(true, false));
         QVERIFY(findIcon(u"chevron.left")->mirrors);
         QVERIFY(!findIcon(u"clock.arrow.circlepath")->mirrors);
         QVERIFY(!findIcon(u"no.such.symbol"));
         QTest::ignoreMessage(QtWarningMsg, "No drawing for the symbol \"no.such.symbol\"");
-        QCOMPARE(provider.requestImage(QStringLiteral("no.such.symbol"), nullptr, {8, 8}).pixelColor(4, 4).alpha(), 0);
-    }
-
-    void scalesText_data()
-    {
-        QTest::addColumn<double>("points");
-        QTest::addColumn<double>("factor");
-        QTest::addColumn<double>("scale");
-        QTest::newRow("ordinary") << 10.0 << 1.0 << 1.0;
-        QTest::newRow("small") << 7.0 << 0.8 << 1.0;
-        QTest::newRow("font") << 13.75 << 1.0 << 1.25;
-        QTest::newRow("factor") << 10.0 << 1.25 << 1.25;
-        QTest::newRow("huge") << 30.0 << 3.0 << 1.5;
+        QCOMPARE(provider.requestImage(u"no.such.symbol"_s, nullptr, {8, 8}).pixelColor(4, 4).alpha(), 0);
     }
 
     void scalesText()
     {
-        QFETCH(double, points);
-        QFETCH(double, factor);
-        QFETCH(double, scale);
-        QFont font;
-        font.setPointSizeF(points);
-        QCOMPARE(textScaleFor(font, factor), scale);
-        QCOMPARE(textScaleFor(font, {}), points < 11 ? 1.0 : textScaleFor(font, 1));
+        // The desktop's font in points, its factor, and what comes of both.
+        for (const auto &[points, factor, scale] :
+            {std::array{10.0, 1.0, 1.0}, {7.0, 0.8, 1.0}, {13.75, 1.0, 1.25}, {10.0, 1.25, 1.25}, {30.0, 3.0, 1.5}}) {
+            QFont font;
+            font.setPointSizeF(points);
+            QCOMPARE(textScaleFor(font, factor), scale);
+            QCOMPARE(textScaleFor(font, {}), points < 11 ? 1.0 : textScaleFor(font, 1));
+        }
     }
 
     void followsThePaletteWithoutAPortal()
@@ -130,45 +109,50 @@ private Q_SLOTS:
     void clickOutsideEndsEditing()
     {
         QQuickView view;
-        view.setSource(QUrl(QStringLiteral("qrc:/tst/clicks.qml")));
+        view.setSource(QUrl(u"qrc:/tst/clicks.qml"_s));
         new ClickOutside(view);
         view.show();
         view.requestActivate();
         QVERIFY(QTest::qWaitForWindowActive(&view));
-        auto *field = view.rootObject()->findChild<QQuickItem *>(QStringLiteral("field"));
-        auto *other = view.rootObject()->findChild<QQuickItem *>(QStringLiteral("other"));
+        const auto named = [&view](const QString &name) { return view.rootObject()->findChild<QQuickItem *>(name); };
+        const auto click = [&view](QPoint place, Qt::MouseButton button = Qt::LeftButton) {
+            QTest::mouseClick(&view, button, {}, place);
+        };
+        constexpr QPoint ground(200, 150), inField(20, 10), inOther(20, 60);
+        QQuickItem *field = named(u"field"_s);
+        QQuickItem *other = named(u"other"_s);
         for (const Qt::MouseButton button : {Qt::LeftButton, Qt::RightButton}) {
             field->forceActiveFocus();
-            QTest::mouseClick(&view, button, {}, {200, 150}); // open ground
+            click(ground, button);
             QVERIFY(!field->hasActiveFocus());
         }
         field->forceActiveFocus();
-        QTest::mouseClick(&view, Qt::MiddleButton, {}, {200, 150});
+        click(ground, Qt::MiddleButton);
         QVERIFY(field->hasActiveFocus());
-        QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 10}); // in itself
+        click(inField);
         QVERIFY(field->hasActiveFocus());
-        QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 60}); // in another field
+        click(inOther);
         QVERIFY(other->hasActiveFocus());
         auto *popup = view.rootObject()->property("popup").value<QObject *>();
         QMetaObject::invokeMethod(popup, "open");
         QTRY_VERIFY(popup->property("opened").toBool());
         field->forceActiveFocus();
         QSignalSpy left(field, &QQuickItem::activeFocusChanged); // a press that goes on to the field gives it back
-        QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 10});
+        click(inField);
         QCOMPARE(left.count(), 0);
-        QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 60}); // on the popup, which covers the other field
+        click(inOther); // on the popup, which covers the other field
         QVERIFY(!field->hasActiveFocus() && !other->hasActiveFocus());
         QMetaObject::invokeMethod(popup, "close");
-        auto *button = view.rootObject()->findChild<QQuickItem *>(QStringLiteral("button"));
+        QQuickItem *button = named(u"button"_s);
         button->forceActiveFocus();
-        QTest::mouseClick(&view, Qt::LeftButton, {}, {200, 150});
+        click(ground);
         QVERIFY(button->hasActiveFocus()); // only editing ends
     }
 
     void copiesWithoutInvisibleMarks()
     {
-        Clipboard::copy(QStringLiteral("\u2066job-1\u2069 \u200eطابعة"));
-        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("job-1 طابعة"));
+        Clipboard::copy(u"\u2066job-1\u2069 \u200eطابعة"_s);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"job-1 طابعة"_s);
     }
 };
 
