@@ -1,28 +1,12 @@
-// The overview and the page of printers: what presses and keys do there.
+// The overview, the printers and the guide: what presses and keys do there.
+#include "guide/doctabs.h"
 #include "support/testmain.h"
 #include "ui/window/windowtest.h"
-
-#include <QApplication>
 
 using namespace zemrak;
 using namespace zemrak::test;
 using namespace std::chrono_literals;
-
-namespace {
-
-const QString testPrint = QStringLiteral("طباعة تجربة");
-
-// Those that the keyboard reaches.
-QList<QQuickItem *> visibleWith(QQuickItem *item, const QString &text, const char *property = "text")
-{
-    return itemsWhere(item, [&](const QQuickItem *candidate) {
-        // Of a list only the chosen row is a stop of the Tab key.
-        return (candidate->activeFocusOnTab() || candidate->inherits("QQuickAbstractButton"))
-            && candidate->property(property).toString() == text;
-    });
-}
-
-} // namespace
+using namespace Qt::StringLiterals;
 
 class FirstPagesTest : public WindowTest
 {
@@ -32,21 +16,16 @@ private Q_SLOTS:
     void ringStartsACheckAndFillsWithIt()
     {
         open("shop", "overview");
-        QQuickItem *ring = control(QStringLiteral("فحص الاتصال"));
+        QQuickItem *ring = control("فحص الاتصال");
         pressAccessibly(ring);
-        QVERIFY(m_stage->agent().isScanning());
+        QVERIFY(agent().isScanning());
         QCOMPARE(ring->property("tone").value<QColor>(), QColor(0xc084fc));
-        QVERIFY(control(QStringLiteral("طابعات متصلة"))); // nothing else went away
-        m_clock.advance(600ms);
-        m_clock.advance(700ms);
-        QTRY_COMPARE(m_stage->server().requestsTo("/admin/scan").size(), 1);
-        QTest::keyClick(window(), Qt::Key_Return); // while it runs, another press changes nothing
-        const auto isOver = [this] {
-            m_clock.advance(100ms);
-            return !m_stage->agent().isScanning();
-        };
-        QTRY_VERIFY(isOver());
-        QCOMPARE(m_stage->server().requestsTo("/admin/scan").size(), 1);
+        QVERIFY(control("طابعات متصلة")); // nothing else went away
+        m_clock.advance(1300ms);
+        QTRY_COMPARE(sent("/admin/scan"), 1);
+        key(Qt::Key_Return); // while it runs, another press changes nothing
+        QTRY_VERIFY((m_clock.advance(100ms), !agent().isScanning()));
+        QCOMPARE(sent("/admin/scan"), 1);
         QTRY_COMPARE(ring->property("tone").value<QColor>(), QColor(0x16a34a));
     }
 
@@ -55,9 +34,8 @@ private Q_SLOTS:
         m_window->appearance().overrideReducedMotion(false);
         open("shop", "overview");
         for (int check = 0; check < 2; ++check) { // the second does not begin where the first ended
-            pressAccessibly(control(QStringLiteral("فحص الاتصال")));
-            QQuickItem *ring = itemOfType(root(), "OverviewProgress");
-            QVERIFY(ring);
+            pressAccessibly(control("فحص الاتصال"));
+            const QQuickItem *ring = itemOfType(root(), "OverviewProgress");
             const auto shown = [ring] { return ring->property("shown").toDouble(); };
             QCOMPARE(shown(), 0.03);
             m_clock.advance(600ms);
@@ -65,17 +43,17 @@ private Q_SLOTS:
             QVERIFY(shown() < 0.22);
             QTRY_COMPARE(shown(), 0.22);
             m_clock.advance(700ms);
-            QTRY_COMPARE(m_stage->server().requestsTo("/admin/scan").size(), check + 1);
-            QTRY_VERIFY(m_clock.pending() > 0 && (m_clock.advance(1s), !m_stage->agent().isScanning()));
+            QTRY_COMPARE(sent("/admin/scan"), check + 1);
+            QTRY_VERIFY(m_clock.pending() > 0 && (m_clock.advance(1s), !agent().isScanning()));
         }
     }
 
     void countersLeadToTheirPages()
     {
         open("shop", "overview");
-        for (const auto &[counter, page] : {std::pair{QStringLiteral("طابعات متصلة"), "printers"},
-                 {QStringLiteral("مواقع مصرّحة"), "sites"}, {QStringLiteral("وظائف اليوم"), "jobs"}}) {
-            view().setPage(QStringLiteral("overview"));
+        for (const auto &[counter, page] :
+            {std::pair{"طابعات متصلة", "printers"}, {"مواقع مصرّحة", "sites"}, {"وظائف اليوم", "jobs"}}) {
+            view().setPage(u"overview"_s);
             pressAccessibly(control(counter));
             QCOMPARE(view().page(), QLatin1String(page));
         }
@@ -84,17 +62,13 @@ private Q_SLOTS:
     void cardOpensSettingsHoweverItIsPressed()
     {
         open("shop", "printers");
-        QQuickItem *card = control(QStringLiteral("المطبخ"));
-        const std::pair<const char *, std::function<void()>> presses[] = {
-            {"mouse", [&] { QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(card)); }},
-            {"assistive technology", [&] { pressAccessibly(card); }},
-            {"space", [&] { QTest::keyClick(window(), Qt::Key_Space); }},
-            {"return", [&] { QTest::keyClick(window(), Qt::Key_Return); }},
-        };
-        for (const auto &[how, pressIt] : presses) {
-            QTRY_VERIFY2(focus(card), how); // once the sheet before has gone
+        QQuickItem *card = control("المطبخ");
+        const std::function<void()> presses[] = {[&] { click(card); }, [&] { pressAccessibly(card); },
+            [&] { key(Qt::Key_Space); }, [&] { key(Qt::Key_Return); }};
+        for (const auto &pressIt : presses) {
+            QTRY_VERIFY((card->forceActiveFocus(Qt::TabFocusReason), focusItem() == card)); // the sheet before has gone
             pressIt();
-            QTRY_COMPARE(view().editing(), QStringLiteral("cups-kitchen"));
+            QTRY_COMPARE(view().editing(), u"cups-kitchen"_s);
             view().endEditing();
         }
     }
@@ -102,90 +76,124 @@ private Q_SLOTS:
     void testPrintIsAButtonOfItsOwn()
     {
         open("shop", "printers");
-        QQuickItem *card = control(QStringLiteral("Bar")); // offline: it can be tried all the same
-        QQuickItem *button = visibleWith(card, testPrint).value(0);
-        QVERIFY(button);
-        for (int i = 0; i < 2; ++i)
-            QTest::mouseClick(window(), Qt::LeftButton, {}, centreOf(button));
-        QTRY_COMPARE(m_stage->agent().toast(), QStringLiteral("تم إرسال طباعة التجربة"));
-        QCOMPARE(m_stage->server().requestsTo("/admin/test").size(), 1);
+        QQuickItem *card = control("Bar"); // offline: it can be tried all the same
+        QQuickItem *button = control("طباعة تجربة", card);
+        click(button);
+        click(button);
+        QTRY_COMPARE(agent().toast(), u"تم إرسال طباعة التجربة"_s);
+        QCOMPARE(sent("/admin/test"), 1);
+        QVERIFY(body("/admin/test").contains("net-2"));
         m_clock.advance(Commands::oneWish);
-        QVERIFY(m_stage->server().requestsTo("/admin/test").first().body.contains("net-2"));
-        QVERIFY(focus(card));
-        QTest::keyClick(window(), Qt::Key_Tab);
-        QCOMPARE(window()->activeFocusItem(), button);
-        QTest::keyClick(window(), Qt::Key_Return);
-        QTRY_COMPARE(m_stage->server().requestsTo("/admin/test").size(), 2);
-        QCOMPARE(view().editing(), QString());
-        QTest::keyClick(window(), Qt::Key_Tab); // out of the list, which is one stop
-        QVERIFY(
-            !window()->activeFocusItem() || window()->activeFocusItem()->property("text") != QStringLiteral("BT-58"));
+        focus(card);
+        key(Qt::Key_Tab);
+        QCOMPARE(focusItem(), button);
+        key(Qt::Key_Space);
+        QTRY_COMPARE(sent("/admin/test"), 2);
+        QVERIFY(view().editing().isEmpty());
+        key(Qt::Key_Tab); // out of the list, which is one stop
+        QVERIFY(focused() != u"BT-58");
     }
 
-    void arrowsWalkALongList()
+    void arrowsGoThroughALongList()
     {
         open("crowded", "printers");
-        QVERIFY(visibleWith(root(), testPrint).size() < 40); // of 500
-        QVERIFY(focus(control(QStringLiteral("كاشير 1"))));
-        for (int i = 0; i < 30; ++i)
-            QTest::keyClick(window(), Qt::Key_Down);
-        QQuickItem *card = window()->activeFocusItem();
-        QCOMPARE(card->property("text").toString(), QStringLiteral("Bar 31"));
+        QVERIFY(count("طباعة تجربة") < 80); // of 500 cards, each with a button and its label
+        focus(find("كاشير 1"));
+        key(Qt::Key_Down, {}, 30);
+        QQuickItem *card = focusItem();
+        QCOMPARE(focused(), u"Bar 31"_s);
         QVERIFY(card->property("visualFocus").toBool());
-        QVERIFY(
-            QRectF(0, 0, window()->width(), window()->height()).contains(card->mapRectToScene(card->boundingRect())));
-        QTest::keyClick(window(), Qt::Key_Up);
-        QVERIFY(window()->activeFocusItem() != card);
-        // A poll that changes nothing leaves both where they are.
-        const QQuickItem *focused = window()->activeFocusItem();
-        const double y = focused->mapToScene({}).y();
-        QVERIFY(m_stage->enter(QStringLiteral("crowded")));
-        QCOMPARE(window()->activeFocusItem(), focused);
-        QCOMPARE(focused->mapToScene({}).y(), y);
+        QVERIFY(QRectF(QPointF(), window()->size()).contains(card->mapRectToScene(card->boundingRect())));
+        key(Qt::Key_Up);
+        const QQuickItem *above = focusItem();
+        QVERIFY(above != card);
+        const double y = above->mapToScene({}).y();
+        enter("crowded"); // a poll that changes nothing leaves both where they are
+        QCOMPARE(focusItem(), above);
+        QCOMPARE(above->mapToScene({}).y(), y);
     }
 
     void searchIsThereForLongListsOnly()
     {
         open("shop", "printers");
-        QCOMPARE(searchField(), nullptr);
-        view().setPage(QStringLiteral("overview"));
-        QVERIFY(m_stage->enter(QStringLiteral("crowded")));
-        view().setPage(QStringLiteral("printers"));
-        QTRY_VERIFY(searchField());
-        searchField()->setProperty("text", QStringLiteral("bt-58 4"));
-        QTRY_COMPARE(visibleWith(root(), QStringLiteral("BT-58 4")).size(), 1);
-        QVERIFY(focus(searchField()));
-        QTest::keyClick(window(), Qt::Key_Down);
-        QCOMPARE(window()->activeFocusItem(), control(QStringLiteral("BT-58 4")));
-        searchField()->setProperty("text", QStringLiteral("zzz"));
-        QTRY_VERIFY(visibleWith(root(), testPrint).isEmpty());
-        QVERIFY(searchField()); // to empty it again
+        QVERIFY(!find("ابحث عن طابعة", "placeholderText"));
+        view().setPage(u"overview"_s);
+        enter("crowded");
+        view().setPage(u"printers"_s);
+        QTRY_VERIFY(find("ابحث عن طابعة", "placeholderText"));
+        QQuickItem *search = control("ابحث عن طابعة");
+        search->setProperty("text", u"bt-58 4"_s);
+        QTRY_VERIFY(find("BT-58 4") && !find("BT-58 14"));
+        focus(search);
+        key(Qt::Key_Down);
+        QCOMPARE(focusItem(), control("BT-58 4"));
+        search->setProperty("text", u"zzz"_s);
+        QTRY_VERIFY(!find("طباعة تجربة"));
+        QVERIFY(search->isVisible()); // to empty it again
     }
 
     void printersCanBeAddedWithoutTheService()
     {
         open("stopped", "printers");
-        pressAccessibly(control(QStringLiteral("إضافة طابعة")));
+        press("إضافة طابعة");
         QVERIFY(view().isAdding());
     }
 
+    void guideByItsTabs()
+    {
+        open("shop", "docs");
+        QElapsedTimer timer;
+        for (const DocTab &tab : docTabs()) {
+            timer.start();
+            click(find(tab.title.toUtf8()));
+            settle();
+            QVERIFY(timer.elapsed() < 4000);
+            QCOMPARE(docs().selected(), tab.id);
+            QCOMPARE(count("code", "kind"), std::ranges::count_if(tab.blocks, [](const DocBlock &block) {
+                return std::holds_alternative<DocCode>(block);
+            }));
+        }
+        key(Qt::Key_Right); // back, against the reading direction
+        QCOMPARE(docs().selected(), docTabs().at(10).id);
+        key(Qt::Key_Left);
+        QCOMPARE(docs().selected(), u"help"_s);
+        focus("ابحث في التوثيق كله"); // the tabs are one stop: from the field to the chosen one, and on to the blocks
+        goes(Qt::Key_Tab, "حل المشاكل");
+        key(Qt::Key_Tab);
+        QVERIFY(focused().startsWith(u"نسخ الجدول"_s));
+        key(Qt::Key_Space);
+        QVERIFY(QGuiApplication::clipboard()->text().startsWith(u"| المشكلة | الحل |\n|---|---|\n| "_s));
+        QCOMPARE(agent().toast(), u"تم نسخ الجدول"_s);
+    }
+
+    void guidesCodeIsCopiedAsItStands()
+    {
+        open("shop", "docs");
+        docs().setSelected(u"node"_s);
+        settle();
+        press(find("نسخ"));
+        QCOMPARE(QGuiApplication::clipboard()->text(), std::get<DocCode>(docTabs().at(4).blocks.at(1)).code);
+        QCOMPARE(agent().toast(), u"تم نسخ الكود"_s);
+        QCOMPARE(itemsWith(root(), "__copied", true).size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(itemsWith(root(), "__copied", true).size(), 0, 3000);
+    }
+
+    void guidesSearchLeadsToThePlace()
+    {
+        open("shop", "docs");
+        QQuickItem *field = control("ابحث في التوثيق كله");
+        focus(field);
+        field->setProperty("text", u"uncertain_after_restart"_s);
+        settle();
+        key(Qt::Key_Down);
+        key(Qt::Key_Return);
+        QCOMPARE(docs().selected(), u"status"_s);
+        QCOMPARE(field->property("text").toString(), QString());
+        QTRY_VERIFY(find("docs", "page")->property("contentY").toReal() > 300); // the second table, under the first
+    }
+
 private:
-    QQuickItem *control(const QString &text)
-    {
-        const QList<QQuickItem *> found = visibleWith(root(), text);
-        if (found.isEmpty())
-            qFatal("there is no %s to press", qPrintable(text));
-        return found.first();
-    }
-    QQuickItem *searchField()
-    {
-        return visibleWith(root(), QStringLiteral("ابحث عن طابعة"), "placeholderText").value(0);
-    }
-    bool focus(QQuickItem *item)
-    {
-        item->forceActiveFocus(Qt::TabFocusReason);
-        return window()->activeFocusItem() == item;
-    }
+    DocsPresenter &docs() { return *session().docs(); }
 };
 
 ZEMRAK_TEST(firstpages, FirstPagesTest, QApplication)

@@ -1,28 +1,26 @@
-// The sheets of a printer's settings and of adding one, worked as a person does, with what then reaches the service.
+// The sheets, worked as a person does: a printer's settings, adding one, the first-run wizard, the log; and the page of
+// settings, which opens two of them.
+#include "support/heldkey.h"
+#include "support/rows.h"
 #include "support/testmain.h"
 #include "ui/window/windowtest.h"
 
-#include <QApplication>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTimer>
+#include <QPointer>
+#include <QQmlComponent>
 
 using namespace zemrak;
 using namespace zemrak::test;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-const QByteArray profilePath = "/admin/profile";
-
-// The control of that name, in sight or scrolled away, but not hidden; of several the topmost, as a sheet lies on top.
-QQuickItem *control(QQuickItem *item, const QString &name)
+QString lines(int first, int last)
 {
-    const QList<QQuickItem *> found = itemsWhere(item, [&name](const QQuickItem *candidate) {
-        return candidate->activeFocusOnTab()
-            && (candidate->property("name").toString() == name || candidate->property("text").toString() == name);
-    });
-    return found.isEmpty() ? nullptr : found.last();
+    QString text;
+    for (int i = first; i <= last; ++i)
+        text += u"line %1\n"_s.arg(i);
+    return text;
 }
 
 } // namespace
@@ -32,249 +30,329 @@ class SheetsTest : public WindowTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        setUp();
-        QVERIFY(m_stage->enter(withAnswers()));
-        open();
-    }
-
     void openingSavesNothing()
     {
-        openSettings();
+        openProfile();
         m_clock.advance(5s);
         view().endEditing();
         m_window->close();
-        QVERIFY(m_stage->enter(QStringLiteral("quiet"))); // is asked after anything that was sent before
-        QCOMPARE(saves().size(), 0);
+        const qsizetype before = sent("/admin/profile");
+        enter("quiet"); // is asked after anything that was sent before
+        QCOMPARE(before, 0);
     }
 
     void aChoiceIsSavedOnce()
     {
-        openSettings();
-        QCOMPARE(focusItem()->property("name").toString(), QStringLiteral("لغة الطابعة"));
-        press(Qt::Key_Down);
-        press(Qt::Key_Down);
+        openProfile();
+        key(Qt::Key_Down, {}, 2);
         m_clock.advance(50ms);
-        QTRY_COMPARE(saves().size(), 1);
-        QCOMPARE(saves().last()[QLatin1String("protocol")].toString(), QStringLiteral("starline"));
+        QTRY_COMPARE(sent("/admin/profile"), 1);
+        QCOMPARE(saved("protocol"), u"starline"_s);
         m_clock.advance(5s);
-        QCOMPARE(saves().size(), 1);
-        focus(QStringLiteral("عرض الطباعة"));
-        press(Qt::Key_Down);
+        focus("عرض الطباعة");
+        key(Qt::Key_Down);
         m_clock.advance(50ms);
-        QTRY_COMPARE(saves().size(), 2);
-        QCOMPARE(saves().last()[QLatin1String("dots")], QJsonValue(384));
+        QTRY_COMPARE(sent("/admin/profile"), 2);
+        QCOMPARE(saved("dots"), u"384"_s);
     }
 
     void leavingSavesWhatWasTyped_data()
     {
-        QTest::addColumn<QString>("way");
-        for (const char *way : {"escape", "cross", "window", "frame", "request", "quit"})
-            QTest::newRow(way) << QString::fromLatin1(way);
+        QTest::addColumn<std::function<void()>>("leave");
+        QTest::newRow("escape") << std::function<void()>([this] { key(Qt::Key_Escape); });
+        QTest::newRow("cross") << std::function<void()>([this] { press("إغلاق"); });
+        QTest::newRow("window") << std::function<void()>([this] { key(Qt::Key_W, Qt::ControlModifier); });
+        QTest::newRow("frame") << std::function<void()>([this] { window()->close(); });
+        QTest::newRow("request") << std::function<void()>([this] { agent().setRequestedPage(Page::Alerts); });
+        QTest::newRow("the application's end") << std::function<void()>([this] { m_window->close(); });
     }
-
     void leavingSavesWhatWasTyped()
     {
-        QFETCH(QString, way);
-        openSettings();
-        focus(QStringLiteral("اسم مستعار"));
-        press(Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(window(), 'b');
+        QFETCH(std::function<void()>, leave);
+        openProfile();
+        typeAlias();
         QCoreApplication::processEvents();
-        QCOMPARE(saves().size(), 0);
-        if (way == QLatin1String("escape"))
-            press(Qt::Key_Escape);
-        else if (way == QLatin1String("cross"))
-            click(QStringLiteral("إغلاق"));
-        else if (way == QLatin1String("window"))
-            press(Qt::Key_W, Qt::ControlModifier);
-        else if (way == QLatin1String("frame"))
-            m_window->window()->close();
-        else if (way == QLatin1String("request"))
-            m_stage->agent().setRequestedPage(Page::Alerts);
-        else
-            m_window->close(); // as the application's end does
-        QTRY_COMPARE(saves().size(), 1);
-        QCOMPARE(saves().last()[QLatin1String("alias")].toString(), QStringLiteral("b"));
+        QCOMPARE(sent("/admin/profile"), 0);
+        leave();
+        QTRY_COMPARE(sent("/admin/profile"), 1);
+        QCOMPARE(saved("alias"), u"b"_s);
     }
 
     // While the service is slow to answer, what it told last is older than what the person changed last.
     void reopenedSheetHasWhatWasChanged()
     {
-        m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {});
-        openSettings();
-        focus(QStringLiteral("اسم مستعار"));
-        press(Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(window(), 'b');
-        press(Qt::Key_Escape);
-        QTRY_COMPARE(saves().size(), 1);
-        openSettings();
-        QCOMPARE(session().profile()->alias(), QStringLiteral("b"));
+        openProfile();
+        holdAnswers();
+        typeAlias();
+        key(Qt::Key_Escape);
+        QTRY_COMPARE(sent("/admin/profile"), 1);
+        openProfile(false);
+        QCOMPARE(session().profile()->alias(), u"b"_s);
     }
 
     // Somebody clicks a notification while the window, on its way out, waits for a save to be answered.
     void windowAskedForWhileItClosesComesBack()
     {
-        m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {});
-        openSettings();
-        press(Qt::Key_Down);
+        openProfile();
+        holdAnswers();
+        key(Qt::Key_Down);
         const QPointer<QQuickWindow> first = window();
         QTimer::singleShot(50ms, this, [this] {
-            m_stage->agent().setRequestedPage(Page::Alerts);
+            agent().setRequestedPage(Page::Alerts);
             m_window->show({});
             m_window->close();
             m_clock.advance(2s);
         });
         m_window->close();
         QVERIFY(!m_window->isOpen() && !first);
-        QCOMPARE(saves().size(), 1);
+        QCOMPARE(sent("/admin/profile"), 1);
         QTRY_VERIFY(m_window->isOpen());
         QVERIFY(QTest::qWaitForWindowActive(window()));
         QCoreApplication::sendPostedEvents(); // what was left of the first must not close the second
         QVERIFY(m_window->isOpen() && window()->isVisible());
-        QCOMPARE(view().page(), QStringLiteral("alerts"));
+        QCOMPARE(view().page(), u"alerts"_s);
     }
 
-    void givesTheKeyboardBack()
+    void escapeClosesTheTopmostAndGivesTheKeyboardBack()
     {
-        focus(QStringLiteral("نظرة عامة"));
+        openShop();
+        focus("نظرة عامة");
         QQuickItem *before = focusItem();
-        openSettings();
-        QVERIFY(focusItem() != before);
-        press(Qt::Key_Escape);
-        QTRY_COMPARE(focusItem(), before);
-    }
-
-    void escapeClosesTheTopmost()
-    {
-        openSettings();
-        press(Qt::Key_Return);
-        QTRY_VERIFY(control(root(), QStringLiteral("لغة الطابعة"))->property("open").toBool());
-        press(Qt::Key_Escape); // the list of choices
-        QTRY_VERIFY(!control(root(), QStringLiteral("لغة الطابعة"))->property("open").toBool());
-        QCOMPARE(view().editing(), QStringLiteral("cups-kitchen"));
-        press(Qt::Key_Escape);
+        openProfile(false);
+        const auto isOpen = [this] { return control("لغة الطابعة")->property("open").toBool(); };
+        key(Qt::Key_Return);
+        QTRY_VERIFY(isOpen());
+        key(Qt::Key_Escape); // the list of choices
+        QTRY_VERIFY(!isOpen());
+        QCOMPARE(view().editing(), u"cups-kitchen"_s);
+        key(Qt::Key_Escape);
         QTRY_COMPARE(view().editing(), QString());
+        QTRY_COMPARE(focusItem(), before);
     }
 
     void anotherPrinterTakesTheSheetOver()
     {
-        openSettings();
-        press(Qt::Key_Down);
-        view().edit(QStringLiteral("net-1"));
-        QTRY_COMPARE(saves().size(), 1);
-        QTRY_VERIFY(focusItem() && focusItem()->property("name").toString() == QStringLiteral("لغة الطابعة"));
-        QCOMPARE(control(root(), QStringLiteral("اسم مستعار"))->property("text").toString(), QStringLiteral("كاشير 1"));
-        QVERIFY(!control(root(), QStringLiteral("مسح الوظائف العالقة"))); // not a queue of the system
+        openProfile();
+        key(Qt::Key_Down);
+        view().edit(u"net-1"_s);
+        QTRY_COMPARE(sent("/admin/profile"), 1);
+        QTRY_COMPARE(focused(), u"لغة الطابعة"_s);
+        QCOMPARE(control("اسم مستعار")->property("text").toString(), u"كاشير 1"_s);
+        QVERIFY(!find("مسح الوظائف العالقة")); // not a queue of the system
     }
 
     void maintenanceIsSent()
     {
-        openSettings();
-        focus(QStringLiteral("درج النقد"));
-        press(Qt::Key_Down);
-        click(QStringLiteral("فتح الدرج"));
-        QTRY_COMPARE(body("/admin/printers/action"),
-            QJsonDocument::fromJson(R"({"id":"cups-kitchen","action":"drawer","pin":"5"})"));
-        click(QStringLiteral("مسح الوظائف العالقة")); // what cannot be taken back is asked first
-        QTRY_VERIFY(control(root(), QStringLiteral("مسح")));
-        QCOMPARE(m_stage->server().requestsTo("/admin/printers/action").size(), 1);
-        click(QStringLiteral("مسح"));
-        QTRY_COMPARE(
-            body("/admin/printers/action"), QJsonDocument::fromJson(R"({"id":"cups-kitchen","action":"clear-queue"})"));
+        openProfile();
+        focus("درج النقد");
+        key(Qt::Key_Down);
+        press("فتح الدرج");
+        isSent("/admin/printers/action", R"({"id":"cups-kitchen","action":"drawer","pin":"5"})");
+        press("مسح الوظائف العالقة"); // what cannot be taken back is asked first
+        QTRY_VERIFY(find("مسح"));
+        QCOMPARE(sent("/admin/printers/action"), 1);
+        press("مسح");
+        isSent("/admin/printers/action", R"({"id":"cups-kitchen","action":"clear-queue"})");
     }
 
     void findsAndAdds()
     {
+        openShop();
         view().setAdding(true);
-        QTRY_VERIFY(focusItem() && focusItem()->property("text").toString() == QStringLiteral("شبكة (LAN / Wi-Fi)"));
-        click(QStringLiteral("ابحث عن طابعات في الشبكة"));
-        const QString add = QStringLiteral("إضافة");
-        QTRY_VERIFY(control(itemOfType(root(), "AddPrinterHits"), add));
-        press(control(itemOfType(root(), "AddPrinterHits"), add));
-        QTRY_COMPARE(body("/admin/printers/add"),
-            QJsonDocument::fromJson(
-                R"({"type":"net","name":"Network 10.0.0.9","host":"10.0.0.9","port":9101,"transport":"raw"})"));
-        QTRY_COMPARE(control(itemOfType(root(), "AddPrinterHits"), add)->property("symbol").toString(),
-            QStringLiteral("checkmark"));
-        QCOMPARE(focusItem(), control(itemOfType(root(), "AddPrinterHits"), add));
-
-        focus(QStringLiteral("عنوان IP"));
-        QTest::keyClick(window(), 'h');
-        press(Qt::Key_Return);
-        QTRY_COMPARE(body("/admin/printers/add"),
-            QJsonDocument::fromJson(R"({"type":"net","name":"Network h","host":"h","port":9100,"transport":"raw"})"));
-
-        click(QStringLiteral("بحث Bonjour (واي فاي / AirPrint)"));
-        QTRY_VERIFY(control(root(), QStringLiteral("ابحث عن طابعات في الشبكة")));
-        focus(QStringLiteral("شبكة (LAN / Wi-Fi)"));
-        press(Qt::Key_Left); // the next tab
-        click(QStringLiteral("ابحث عن طابعات USB"));
-        QTRY_VERIFY(control(root(), QStringLiteral("تعريف للطباعة الخام")));
-        QVERIFY(!control(root(), QStringLiteral("عنوان IP")));
-        click(QStringLiteral("تعريف للطباعة الخام"));
-        QTRY_COMPARE(body("/admin/printers/add-usb"), QJsonDocument::fromJson(R"({"name":"TM","uri":"usb:x"})"));
-        press(Qt::Key_Escape);
+        QTRY_COMPARE(focused(), u"شبكة (LAN / Wi-Fi)"_s);
+        press("ابحث عن طابعات في الشبكة");
+        const auto add = [this] { return itemWithText(itemOfType(root(), "AddPrinterHits"), u"إضافة"_s); };
+        QTRY_VERIFY(add());
+        press(add());
+        isSent("/admin/printers/add",
+            R"({"type":"net","name":"Network 10.0.0.9","host":"10.0.0.9","port":9101,"transport":"raw"})");
+        QTRY_COMPARE(add()->property("symbol").toString(), u"checkmark"_s);
+        QCOMPARE(focusItem(), add());
+        focus("عنوان IP");
+        type("h");
+        key(Qt::Key_Return);
+        isSent("/admin/printers/add", R"({"type":"net","name":"Network h","host":"h","port":9100,"transport":"raw"})");
+        press("بحث Bonjour (واي فاي / AirPrint)");
+        QTRY_COMPARE(sent("/admin/discover/bonjour"), 1);
+        focus("شبكة (LAN / Wi-Fi)");
+        key(Qt::Key_Left); // the next tab
+        press("ابحث عن طابعات USB");
+        QTRY_VERIFY(find("تعريف للطباعة الخام"));
+        QVERIFY(!find("عنوان IP", "name"));
+        press("تعريف للطباعة الخام");
+        isSent("/admin/printers/add-usb", R"({"name":"TM","uri":"usb:x"})");
+        key(Qt::Key_Escape);
         QTRY_VERIFY(!view().isAdding());
     }
 
-private:
-    static Situation withAnswers()
+    void wizardByKeyboard()
     {
-        const Situation *shop = findSituation(QStringLiteral("shop"));
-        return {QStringLiteral("shop"), QString(), [shop] {
-                    Answers answers = shop->answers();
-                    for (const char *path : {"/admin/profile", "/admin/printers/action", "/admin/printers/add"})
-                        answers.insert(path, "{}");
-                    answers.insert("/admin/printers/add-usb", R"({"queue":"TM"})");
-                    answers.insert("/admin/discover/network", R"({"hosts":[{"host":"10.0.0.9","port":9101}]})");
-                    answers.insert("/admin/discover/bonjour",
-                        R"({"services":[{"name":"A","host":"a","port":631,"transport":"ipp"}]})");
-                    answers.insert("/admin/discover/usb", R"({"devices":[{"product":"TM","uri":"usb:x"}]})");
-                    return answers;
-                }};
+        m_stage->defaults().setBoolean("onboardingDone"_L1, false);
+        open();
+        QTRY_COMPARE(focused(), u"تفعيل"_s);
+        QVERIFY(!find("الطابعات")); // nothing of the pages shows through
+        key(Qt::Key_Escape);
+        QVERIFY(find("الخطوة 1 من 4"));
+        holdKey(*window(), Qt::Key_Return, 3); // this computer has no login items
+        QVERIFY(find("الخطوة 2 من 4"));
+        QCOMPARE(focused(), u"السماح بالإشعارات"_s);
+        goes(Qt::Key_Tab, "تخطي");
+        goes(Qt::Key_Return, "تفعيل"); // not on the button to skip with
+        goes(Qt::Key_Tab, "تخطي، لا أستخدم Safari");
+        goes(Qt::Key_Space, "السماح");
+        holdAnswers();
+        key(Qt::Key_Return);
+        QVERIFY(find("بانتظارك…") && !find("السماح"));
+        QTRY_COMPARE(sent("/admin/discover/bonjour"), 1);
+        key(Qt::Key_Return, {}, 3); // impatience
+        QVERIFY(find("الخطوة 4 من 4"));
+        key(Qt::Key_Tab);
+        key(Qt::Key_Return);
+        QVERIFY(find("اكتمل الإعداد") && find("لم يكتمل") && find("تم التخطي"));
+        QCOMPARE(focused(), u"ابدأ الاستخدام"_s);
+        key(Qt::Key_Return);
+        QVERIFY(!view().showsOnboarding() && find("الطابعات") && agent().isScanning());
+        QVERIFY(m_stage->defaults().boolean("onboardingDone"_L1));
+        m_window->close();
+        open();
+        QVERIFY(!view().showsOnboarding());
+        view().setPage(u"settings"_s);
+        press("فتح المعالج");
+        QVERIFY(find("الخطوة 1 من 4"));
+        QCOMPARE(focused(), u"تفعيل"_s);
     }
 
-    void openSettings()
+    void settingsAskAndShowWhatCameOfIt()
     {
-        view().edit(QStringLiteral("cups-kitchen"));
+        open("shop", "settings");
+        const auto isOn = [this](const char *words) { return control(words)->property("on").toBool(); };
+        for (const bool on : {true, false}) {
+            press("إبقاء الجهاز مستيقظًا");
+            QVERIFY(agent().keepAwake() == on && isOn("إبقاء الجهاز مستيقظًا") == on);
+        }
+        press("التشغيل عند بدء تشغيل الجهاز");
+        QVERIFY(m_stage->defaults().boolean("loginWanted"_L1) && !isOn("التشغيل عند بدء تشغيل الجهاز")); // refused
+        press("إعادة تسجيل");
+        QVERIFY(agent().toast().startsWith(u"تعذرت إعادة التسجيل"_s));
+        press("إرسال إشعار تجريبي");
+        QCOMPARE(m_stage->host().notifier.posted.size(), 1);
+        press("فتح إعدادات النظام");
+        QCOMPARE(m_stage->host().desktop.panes, {Desktop::SettingsPane::Network});
+        press("الموافقة التلقائية على المواقع المسموحة");
+        QTRY_COMPARE(sent("/admin/settings"), 1);
+        press("التحقق من التحديثات");
+        QTRY_COMPARE(sent("/admin/update/check"), 1);
+        press("حفظ التقرير");
+        QTRY_COMPARE(m_stage->host().desktop.asked.size(), 1);
+        press("إعادة التشغيل");
+        m_clock.advance(2s);
+        QTRY_VERIFY(agent().isRunning());
+        agent().shutDown();
+        press("عرض أكبر");
+        QVERIFY(view().showsLog());
+    }
+
+    void settingsHelpWhereSomethingIsMissing()
+    {
+        auto &notifier = m_stage->host().notifier;
+        notifier.authorization = NotificationStatus::Denied;
+        open("stopped", "settings");
+        QVERIFY(!control("الموافقة التلقائية على المواقع المسموحة")->isEnabled());
+        QVERIFY(!find("إرسال إشعار تجريبي"));
+        press("السماح في إعدادات النظام");
+        QCOMPARE(m_stage->host().desktop.panes, {Desktop::SettingsPane::Notifications});
+        notifier.authorization = NotificationStatus::NotDetermined; // the person was there
+        view().setPage(u"overview"_s);
+        view().setPage(u"settings"_s);
+        notifier.authorization = NotificationStatus::Authorized;
+        press("السماح بالإشعارات");
+        QVERIFY(find("إرسال إشعار تجريبي"));
+    }
+
+    void logKeepsItsPlace()
+    {
+        open();
+        QQmlComponent component(m_window->engine(), QUrl(u"qrc:/qt/qml/Zemrak/Kit/components/LogText.qml"_s));
+        const std::unique_ptr<QQuickItem> box(qobject_cast<QQuickItem *>(component.create()));
+        box->setParentItem(root());
+        box->setSize({400, 150});
+        QVERIFY(find("لا توجد رسائل."));
+        box->setProperty("log", lines(1, 40));
+        const auto having = [&box](const char *property) {
+            return itemsWhere(box.get(), [&](const QQuickItem *item) {
+                return item->property(property).isValid();
+            }).value(0);
+        };
+        QQuickItem *scroll = having("contentY");
+        QQuickItem *text = having("selectedText");
+        const auto place = [scroll] { return scroll->property("contentY").toDouble(); };
+        const auto end = [scroll] { return scroll->property("contentHeight").toDouble() - scroll->height(); };
+        const auto topLine = [&] {
+            int position = 0;
+            QMetaObject::invokeMethod(
+                text, "positionAt", Q_RETURN_ARG(int, position), Q_ARG(double, 0), Q_ARG(double, place() - text->y()));
+            QString line;
+            QMetaObject::invokeMethod(
+                text, "getText", Q_RETURN_ARG(QString, line), Q_ARG(int, position), Q_ARG(int, position + 8));
+            return line;
+        };
+        QVERIFY(end() > 100);
+        QCOMPARE(place(), end());
+        box->setProperty("log", lines(1, 60));
+        QCOMPARE(place(), end());
+        scroll->setProperty("contentY", qRound(end() / 2));
+        const QString read = topLine();
+        QVERIFY2(read.contains("line"_L1), qPrintable(read));
+        const int length = text->property("length").toInt();
+        QMetaObject::invokeMethod(text, "select", Q_ARG(int, length - 40), Q_ARG(int, length - 20));
+        const QString selected = text->property("selectedText").toString();
+        box->setProperty("log", lines(11, 90)); // some went, some came
+        QCOMPARE(topLine(), read);
+        QCOMPARE(text->property("selectedText").toString(), selected);
+        QVERIFY(place() < end() - 50);
+        box->setProperty("log", lines(200, 240)); // nothing is left of what was read
+        QVERIFY(place() <= end());
+        box->setProperty("log", QString());
+        QVERIFY(find("لا توجد رسائل."));
+    }
+
+private:
+    void openShop()
+    {
+        Answers answers{{"/admin/printers/add-usb", R"({"queue":"TM"})"},
+            {"/admin/discover/network", R"({"hosts":[{"host":"10.0.0.9","port":9101}]})"},
+            {"/admin/discover/bonjour", R"({"services":[{"name":"A","host":"a","port":631,"transport":"ipp"}]})"},
+            {"/admin/discover/usb", R"({"devices":[{"product":"TM","uri":"usb:x"}]})"}};
+        for (const char *path : {"/admin/profile", "/admin/printers/action", "/admin/printers/add"})
+            answers.insert(path, "{}");
+        enter("shop", answers);
+        open();
+    }
+    void openProfile(bool inNewWindow = true)
+    {
+        if (inNewWindow)
+            openShop();
+        view().edit(u"cups-kitchen"_s);
         m_clock.advance(0ms);
-        QTRY_VERIFY(focusItem() && focusItem()->property("name").toString() == QStringLiteral("لغة الطابعة"));
+        QTRY_COMPARE(focused(), u"لغة الطابعة"_s);
     }
-    QList<QJsonObject> saves() const
+    void holdAnswers()
     {
-        QList<QJsonObject> list;
-        const QList<HttpRequest> requests = m_stage->server().requestsTo(profilePath);
-        for (const HttpRequest &request : requests)
-            list.append(QJsonDocument::fromJson(request.body).object()[QLatin1String("profile")].toObject());
-        return list;
+        m_stage->server().answerWith([](const HttpRequest &, QTcpSocket &) {});
     }
-    QJsonDocument body(const QByteArray &path) const
+    void typeAlias()
     {
-        const QList<HttpRequest> requests = m_stage->server().requestsTo(path);
-        return requests.isEmpty() ? QJsonDocument() : QJsonDocument::fromJson(requests.last().body);
+        focus("اسم مستعار");
+        key(Qt::Key_A, Qt::ControlModifier);
+        type("b");
     }
-    void focus(const QString &name)
+    QString saved(const char *field)
     {
-        QQuickItem *item = control(root(), name);
-        QVERIFY2(item, qPrintable(name));
-        item->forceActiveFocus(Qt::TabFocusReason);
+        return QJsonDocument::fromJson(body("/admin/profile"))[u"profile"][QLatin1String(field)].toVariant().toString();
     }
-    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    void isSent(const char *path, const char *json)
     {
-        QTest::keyClick(window(), Qt::Key(key), modifiers);
-    }
-    void press(QQuickItem *item)
-    {
-        item->forceActiveFocus(Qt::TabFocusReason);
-        press(Qt::Key_Space);
-    }
-    void click(const QString &name)
-    {
-        QQuickItem *item = control(root(), name);
-        QVERIFY2(item, qPrintable(name));
-        press(item);
+        QTRY_COMPARE(QJsonDocument::fromJson(body(path)), QJsonDocument::fromJson(json));
     }
 };
 
