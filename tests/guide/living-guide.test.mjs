@@ -12,8 +12,9 @@ import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { png } from '../agent/support/png.mjs';
 import { pdf } from '../agent/support/pdf.mjs';
+import { fakePrinter } from '../agent/support/printers.mjs';
 import {
-  command, fakePrinter, fakeProgram, privateHome, readConfig, startService, until,
+  command, fakeProgram, privateHome, readConfig, startService, until,
 } from '../agent/support/service.mjs';
 import { Chromium } from './chromium.mjs';
 import { run, runBash, samplesOf } from './samples.mjs';
