@@ -100,9 +100,8 @@ private Q_SLOTS:
         QCOMPARE(wanted.size(), 0);
         m_docs->choose(0);
         QCOMPARE(m_docs->selected(), u"status"_s);
-        QCOMPARE(wanted.value(0), QVariantList{3});
+        QVERIFY(m_docs->takeTable(wanted.value(0).value(0).toInt()).contains(u"queue_stalled"_s));
         QVERIFY(m_docs->search().isEmpty() && m_docs->hits()->count() == 0);
-        QCOMPARE(kinds().value(3), u"table"_s);
     }
 
     void exportAsksWritesAndTells()
