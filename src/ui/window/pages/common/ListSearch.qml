@@ -17,8 +17,11 @@ SearchField {
     Keys.onDownPressed: {
         if (list.count === 0)
             return;
-        if (!list.currentItem) // what was chosen is not among what was found
+        list.forceLayout(); // what was found may not stand there yet
+        if (!list.currentItem) { // what was chosen is not among it
+            list.currentIndex = -1;
             list.currentIndex = 0;
+        }
         (list.currentItem ?? list).forceActiveFocus(Qt.TabFocusReason);
     }
     onTextChanged: if (found)
