@@ -28,8 +28,9 @@ public:
 
         void answer(const Answer &answer) const
         {
-            if (context && done)
-                done(answer);
+            const Answered answered = done; // what it brings about may be the next request, which moves this one
+            if (context && answered)
+                answered(answer);
         }
     };
 
@@ -51,7 +52,7 @@ public:
         if (found == requests.end())
             return false;
         found->isAnswered = true;
-        Request(*found).answer(answer); // a copy: the answer may bring the next request
+        found->answer(answer);
         return true;
     }
 
