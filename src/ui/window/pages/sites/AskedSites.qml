@@ -9,6 +9,8 @@ import Zemrak.Window
 Card {
     id: root
 
+    readonly property int count: sites.count
+
     icon: "globe"
     title: "مواقع طلبت الطباعة"
 
@@ -26,6 +28,8 @@ Card {
         spacing: 0
 
         Repeater {
+            id: sites
+
             model: Ui.session.sites.asked
 
             ListRow {

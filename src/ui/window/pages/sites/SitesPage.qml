@@ -30,12 +30,14 @@ SiteList {
     list.header: ListHead {
         id: head
 
-        readonly property bool hasAsked: Ui.session.sites.asked.count > 0
+        readonly property bool hasAsked: asked.count > 0
         readonly property bool isEmpty: Ui.session.sites.origins.count === 0
 
         shown: hasAsked || isEmpty
 
         AskedSites {
+            id: asked
+
             visible: head.hasAsked
             width: parent.width
         }
