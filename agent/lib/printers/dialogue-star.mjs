@@ -1,6 +1,6 @@
 import { UNKNOWN } from './condition.mjs';
 
-// Command codes and the automatic status as the Star Line mode specification has them.
+// Command codes and the automatic status as the Star Line mode command reference has them.
 const ESC = 0x1b;
 const RS = 0x1e;
 const ETB = 0x17;
